@@ -1,0 +1,37 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+
+namespace tavel {
+
+/// The main thread's event loop. Functions run on the thread that calls `runOnce`, one after the other, and
+/// never inside another function of the loop. They must not throw.
+class EventLoop {
+public:
+    using Function = std::function<void()>;
+
+    virtual ~EventLoop() = default;
+
+    /// One pass: waits until something is ready, until `stopWaiting`, or for `longestWait`, whichever is
+    /// first, and runs what is ready. What is posted meanwhile runs in a later pass. Main thread.
+    virtual void runOnce(std::chrono::milliseconds longestWait) = 0;
+
+    /// Runs `function` in the next pass, in the order of posting. Any thread; the wait ends at once.
+    virtual void post(Function function) = 0;
+
+    /// Runs `function` once, `delay` from now. Main thread.
+    virtual void postAfter(std::chrono::milliseconds delay, Function function) = 0;
+
+    /// Runs `function` every `interval`, for as long as the loop exists. A tick that comes late is not made up
+    /// for. Main thread.
+    virtual void repeat(std::chrono::milliseconds interval, Function function) = 0;
+
+    /// Runs `job` on a background thread. The process may end while it runs. Main thread.
+    virtual void runInBackground(Function job) = 0;
+
+    /// Ends the wait of the current or the next pass. Any thread.
+    virtual void stopWaiting() = 0;
+};
+
+} // namespace tavel

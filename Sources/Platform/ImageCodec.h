@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Support/Bytes.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace tavel {
+
+struct ImageSize {
+    std::int64_t width = 0;  // pixels
+    std::int64_t height = 0; // pixels
+};
+
+/// Reads and converts images. Any thread. An answer of nothing means that the bytes are not an image that can
+/// be read here; no operation fails in another way.
+class ImageCodec {
+public:
+    virtual ~ImageCodec() = default;
+
+    /// The size of the first image in the file, from its headers: no pixel is decoded.
+    virtual std::optional<ImageSize> measure(const Bytes& file) = 0;
+
+    /// The type identifier of the file's format, such as public.png, told from its content.
+    virtual std::optional<std::string> typeIdentifier(const Bytes& file) = 0;
+
+    /// The first image in the file, encoded anew as PNG.
+    virtual std::optional<Bytes> encodePng(const Bytes& file) = 0;
+
+    /// The first image in the file, encoded anew as JPEG; `quality` goes from 0 to 1.
+    virtual std::optional<Bytes> encodeJpeg(const Bytes& file, double quality) = 0;
+};
+
+} // namespace tavel

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Platform/EventLoop.h"
+#include "Platform/FocusProbe.h"
+#include "Platform/ImageCodec.h"
+#include "Platform/KeyboardTap.h"
+#include "Platform/NamePanelView.h"
+#include "Platform/Pasteboard.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tavel {
+
+/// What the agent asks of an operating system, from one maker, so that the parts fit each other. Main thread
+/// only. What a reference refers to lives as long as the platform.
+class Platform {
+public:
+    virtual ~Platform() = default;
+
+    /// The pasteboard of that name, which comes into being with its first use; without a name the general one.
+    /// Throws Error when the platform's pasteboards cannot be used at all.
+    virtual std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) = 0;
+
+    virtual EventLoop& eventLoop() = 0;
+    virtual ImageCodec& imageCodec() = 0;
+    virtual KeyboardTap& keyboardTap() = 0;
+    virtual FocusProbe& focusProbe() = 0;
+    virtual std::unique_ptr<NamePanelView> makeNamePanelView() = 0;
+
+    /// The directory for the user's temporary files. It may not exist.
+    virtual std::filesystem::path temporaryDirectory() = 0;
+
+    /// Makes the process a background accessory: no icon or menu of its own, though it may show a panel.
+    virtual void becomeAccessory() = 0;
+
+    /// Writes a line to the system's log, never to standard error.
+    virtual void log(const std::string& message) = 0;
+};
+
+/// The platform of this machine. Called once, by a program's entry.
+std::unique_ptr<Platform> makePlatform();
+
+} // namespace tavel

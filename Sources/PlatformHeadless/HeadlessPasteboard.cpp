@@ -1,0 +1,251 @@
+#include "PlatformHeadless/HeadlessPasteboard.h"
+
+#include "Platform/PasteboardTypes.h"
+#include "Support/FileUrl.h"
+#include "Support/Utf8.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+/// Payloads up to this size are copied: cheaper than holding a snapshot for them.
+constexpr std::size_t copiedBytes = std::size_t{64} * 1024;
+
+/// Types are named; an empty name could not be asked for.
+bool isAcceptable(std::span<const Representation> representations) {
+    return std::ranges::none_of(representations, [](const auto& one) { return one.type.empty(); });
+}
+
+bool putItem(StoredContent& content, std::uint32_t item, const PasteboardItem& representations) {
+    std::uint32_t position = 0;
+    return std::ranges::all_of(representations, [&](const Representation& one) {
+        return content.put(item, position++, one.type, one.data.view());
+    });
+}
+
+} // namespace
+
+/// What an operation reads: the running update's own view, or a snapshot. Empty if LMDB refuses one.
+struct HeadlessPasteboard::View {
+    std::shared_ptr<LmdbSnapshot> snapshot;
+    std::optional<StoredContent> content;
+
+    Bytes share(std::string_view data) const {
+        if (data.size() <= copiedBytes || snapshot == nullptr)
+            return Bytes::copyOf(data);
+        return {snapshot, data.data(), data.size()};
+    }
+};
+
+HeadlessPasteboard::HeadlessPasteboard(std::shared_ptr<const LmdbEnvironment> environment,
+                                       const std::optional<std::string>& name)
+    : environment_(std::move(environment)), key_(name) {}
+
+StoredContent HeadlessPasteboard::contentOf(MDB_txn* transaction) const {
+    return {transaction, environment_->database(), key_};
+}
+
+HeadlessPasteboard::View HeadlessPasteboard::view() {
+    if (updating_ != nullptr)
+        return {nullptr, contentOf(updating_->transaction())};
+    auto snapshot = LmdbSnapshot::take(environment_);
+    if (snapshot == nullptr)
+        return {};
+    StoredContent content = contentOf(snapshot->transaction());
+    return {std::move(snapshot), content};
+}
+
+std::int64_t HeadlessPasteboard::changeCount() {
+    if (updating_ != nullptr)
+        return contentOf(updating_->transaction()).changeCount();
+    const bool current = countSnapshot_ != nullptr ? countSnapshot_->renew()
+                                                   : (countSnapshot_ = LmdbSnapshot::take(environment_)) != nullptr;
+    if (!current)
+        return 0;
+    const std::int64_t count = contentOf(countSnapshot_->transaction()).changeCount();
+    countSnapshot_->release();
+    return count;
+}
+
+std::vector<std::string> HeadlessPasteboard::types() {
+    std::vector<std::string> types;
+    const View current = view();
+    if (!current.content)
+        return types;
+    std::unordered_set<std::string_view> seen;
+    current.content->forEach([&](const StoredContent::Entry& entry) {
+        if (seen.insert(entry.type).second)
+            types.emplace_back(entry.type);
+        return true;
+    });
+    return types;
+}
+
+std::optional<std::string> HeadlessPasteboard::availableType(std::span<const std::string_view> wanted) {
+    const std::vector<std::string> present = types();
+    for (const std::string_view type : wanted) {
+        if (std::ranges::find(present, type) != present.end())
+            return std::string(type);
+    }
+    return std::nullopt;
+}
+
+std::optional<Bytes> HeadlessPasteboard::string(std::string_view type) {
+    if (type != pasteboardType::string) {
+        auto text = data(type);
+        return text && isUtf8(text->view()) ? text : std::nullopt;
+    }
+    const View current = view();
+    if (!current.content)
+        return std::nullopt;
+    std::vector<std::string_view> texts;
+    current.content->forEach([&](const StoredContent::Entry& entry) {
+        if (entry.type == type && isUtf8(entry.data))
+            texts.push_back(entry.data);
+        return true;
+    });
+    if (texts.empty())
+        return std::nullopt;
+    if (texts.size() == 1)
+        return current.share(texts.front());
+    std::string joined(texts.front());
+    for (const std::string_view text : std::span(texts).subspan(1))
+        joined.append("\n").append(text);
+    return Bytes::adopt(std::move(joined));
+}
+
+std::optional<Bytes> HeadlessPasteboard::data(std::string_view type) {
+    std::optional<Bytes> found;
+    const View current = view();
+    if (!current.content)
+        return found;
+    current.content->forEach([&](const StoredContent::Entry& entry) {
+        if (entry.type == type)
+            found = current.share(entry.data);
+        return !found;
+    });
+    return found;
+}
+
+std::vector<std::string> HeadlessPasteboard::filePaths() {
+    std::vector<std::string> paths;
+    const View current = view();
+    if (!current.content)
+        return paths;
+    current.content->forEach([&](const StoredContent::Entry& entry) {
+        if (entry.type == pasteboardType::fileUrl) {
+            if (auto path = pathFromFileUrl(entry.data))
+                paths.push_back(std::move(*path));
+        }
+        return true;
+    });
+    return paths;
+}
+
+/// Makes one change, in the running update or in a transaction of its own.
+bool HeadlessPasteboard::write(const std::function<bool(StoredContent&)>& change) {
+    if (updating_ != nullptr) {
+        StoredContent content = contentOf(updating_->transaction());
+        const bool changed = change(content);
+        updateFailed_ = updateFailed_ || !changed;
+        return changed;
+    }
+    const auto transaction = LmdbWrite::begin(*environment_);
+    if (transaction == nullptr)
+        return false;
+    StoredContent content = contentOf(transaction->transaction());
+    return change(content) && transaction->commit();
+}
+
+/// Makes one change if the content is the one that this object's clearing began.
+bool HeadlessPasteboard::writeOwn(const std::function<bool(StoredContent&)>& change) {
+    bool own = false;
+    const bool written = write([&](StoredContent& content) {
+        own = ownCount_ == content.changeCount();
+        return !own || change(content);
+    });
+    return own && written;
+}
+
+bool HeadlessPasteboard::clear() {
+    std::int64_t count = 0;
+    const bool cleared = write([&](StoredContent& content) {
+        count = content.changeCount() + 1;
+        return content.removeAll() && content.setChangeCount(count);
+    });
+    if (cleared)
+        ownCount_ = count;
+    return cleared;
+}
+
+std::int64_t HeadlessPasteboard::clearContents() {
+    const bool cleared = clear();
+    clearedInUpdate_ = updating_ != nullptr;
+    return cleared ? *ownCount_ : changeCount();
+}
+
+bool HeadlessPasteboard::setString(std::string_view text, std::string_view type) {
+    return !type.empty() && isUtf8(text) &&
+           writeOwn([&](StoredContent& content) { return content.putOnFirstItem(type, text); });
+}
+
+bool HeadlessPasteboard::setData(const Bytes& data, std::string_view type) {
+    return !type.empty() &&
+           writeOwn([&](StoredContent& content) { return content.putOnFirstItem(type, data.view()); });
+}
+
+bool HeadlessPasteboard::writeItems(std::span<const PasteboardItem> items) {
+    if (!std::ranges::all_of(items, isAcceptable))
+        return false;
+    return writeOwn([&](StoredContent& content) {
+        std::uint32_t item = content.itemCount();
+        return std::ranges::all_of(items, [&](const auto& one) { return putItem(content, item++, one); });
+    });
+}
+
+bool HeadlessPasteboard::addTypes(std::span<const Representation> representations) {
+    if (representations.empty() || !isAcceptable(representations))
+        return false;
+    bool hasItem = false;
+    const bool written = write([&](StoredContent& content) {
+        hasItem = content.itemCount() > 0;
+        if (!hasItem)
+            return true;
+        // With the new count nobody owns the content: whoever cleared it cannot write on.
+        return content.setChangeCount(content.changeCount() + 1) &&
+               std::ranges::all_of(representations, [&](const auto& one) {
+                   return content.putOnFirstItem(one.type, one.data.view());
+               });
+    });
+    return hasItem && written;
+}
+
+bool HeadlessPasteboard::update(const std::function<bool()>& steps) {
+    updating_ = LmdbWrite::begin(*environment_);
+    if (updating_ == nullptr)
+        return false;
+    updateFailed_ = false;
+    clearedInUpdate_ = false;
+    bool done = false;
+    try {
+        done = steps();
+    } catch (...) {
+        updating_.reset();
+        throw;
+    }
+    const bool committed = !updateFailed_ && updating_->commit();
+    updating_.reset();
+    if (committed)
+        return done;
+    // Nothing of the update is there. The smaller step of only clearing needs almost no space.
+    ownCount_.reset();
+    if (clearedInUpdate_)
+        clear();
+    return false;
+}
+
+} // namespace tavel

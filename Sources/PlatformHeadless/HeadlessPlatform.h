@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Platform/Platform.h"
+#include "PlatformHeadless/GlibEventLoop.h"
+#include "PlatformHeadless/HeadlessDevices.h"
+#include "PlatformHeadless/LmdbEnvironment.h"
+
+#include <memory>
+
+namespace tavel {
+
+/// The platform of a machine without a display: embedded pasteboards, and nothing to see or type into.
+class HeadlessPlatform final : public Platform {
+public:
+    std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;
+    EventLoop& eventLoop() override { return eventLoop_; }
+    ImageCodec& imageCodec() override { return imageCodec_; }
+    KeyboardTap& keyboardTap() override { return keyboardTap_; }
+    FocusProbe& focusProbe() override { return focusProbe_; }
+    std::unique_ptr<NamePanelView> makeNamePanelView() override;
+    std::filesystem::path temporaryDirectory() override;
+    void becomeAccessory() override {}
+    void log(const std::string& message) override;
+
+private:
+    GlibEventLoop eventLoop_;
+    NoImageCodec imageCodec_;
+    RefusedKeyboardTap keyboardTap_;
+    NoFocusProbe focusProbe_;
+    std::shared_ptr<const LmdbEnvironment> environment_; // opened with the first pasteboard
+};
+
+} // namespace tavel

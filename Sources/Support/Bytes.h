@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace tavel {
+
+/// An immutable run of bytes that is cheap to copy: every copy and slice shares one buffer, which lives as
+/// long as the last of them. The buffer may belong to somebody else (a mapping, a platform's data object).
+/// Copies may be used and dropped on any thread.
+class Bytes {
+public:
+    Bytes() = default;
+
+    /// Shares `size` bytes at `data`, which `owner` keeps alive and unchanged.
+    Bytes(std::shared_ptr<const void> owner, const char* data, std::size_t size)
+        : owner_(std::move(owner)), data_(data), size_(size) {}
+
+    static Bytes copyOf(std::string_view content);
+
+    /// Takes the string's buffer over; nothing is copied.
+    static Bytes adopt(std::string content);
+
+    const char* data() const { return data_; }
+    std::size_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+    std::string_view view() const { return {data_, size_}; }
+
+    /// The part from `offset` on, at most `length` bytes; `offset` must not exceed the size.
+    Bytes slice(std::size_t offset, std::size_t length) const;
+
+private:
+    std::shared_ptr<const void> owner_;
+    const char* data_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+} // namespace tavel

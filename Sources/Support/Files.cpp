@@ -1,0 +1,65 @@
+#include "Support/Files.h"
+
+#include <cerrno>
+#include <poll.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace tavel {
+
+namespace {
+
+bool statusOf(const std::string& path, struct stat& status) {
+    // A C string would end at the zero byte and name another file.
+    return path.find('\0') == std::string::npos && stat(path.c_str(), &status) == 0;
+}
+
+} // namespace
+
+bool fileExists(const std::string& path) {
+    struct stat status {};
+    return statusOf(path, status);
+}
+
+bool isDirectory(const std::string& path) {
+    struct stat status {};
+    return statusOf(path, status) && S_ISDIR(status.st_mode);
+}
+
+bool createPrivateDirectory(const std::filesystem::path& directory) {
+    std::error_code error;
+    if (directory.has_parent_path()) {
+        std::filesystem::create_directories(directory.parent_path(), error);
+        if (error)
+            return false;
+    }
+    if (mkdir(directory.c_str(), 0700) == 0)
+        return chmod(directory.c_str(), 0700) == 0; // an unusual umask may have taken the owner's rights away
+    return errno == EEXIST && std::filesystem::is_directory(directory, error);
+}
+
+bool removeTree(const std::filesystem::path& directory) {
+    std::error_code error;
+    std::filesystem::remove_all(directory, error);
+    return !error;
+}
+
+bool writeAll(int descriptor, std::string_view content) {
+    while (!content.empty()) {
+        const ssize_t written = write(descriptor, content.data(), content.size());
+        if (written >= 0) {
+            content.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            // Whoever shares the pipe may have set O_NONBLOCK on it.
+            pollfd writable{descriptor, POLLOUT, 0};
+            if (poll(&writable, 1, -1) < 0 && errno != EINTR)
+                return false;
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace tavel

@@ -1,0 +1,25 @@
+#include "Support/Process.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace tavel {
+
+std::int32_t parentProcessIdentifier() { return getppid(); }
+
+void lowerSchedulingPriority() {
+    // Raising the nice value needs no privilege. Should it fail, the agent merely runs at normal priority.
+    static_cast<void>(setpriority(PRIO_PROCESS, 0, 10));
+}
+
+void reserveStandardDescriptors() {
+    // open(2) gives the lowest free number, so it fills the gaps one after the other.
+    int descriptor = open("/dev/null", O_RDWR);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = open("/dev/null", O_RDWR);
+    if (descriptor > STDERR_FILENO)
+        close(descriptor);
+}
+
+} // namespace tavel

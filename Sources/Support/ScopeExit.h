@@ -1,0 +1,20 @@
+#pragma once
+
+#include <utility>
+
+namespace tavel {
+
+/// Runs `action` when the scope is left, in whatever way. The action must not throw.
+template <typename Action>
+class ScopeExit {
+public:
+    explicit ScopeExit(Action action) : action_(std::move(action)) {}
+    ~ScopeExit() { action_(); }
+    ScopeExit(const ScopeExit&) = delete;
+    ScopeExit& operator=(const ScopeExit&) = delete;
+
+private:
+    Action action_;
+};
+
+} // namespace tavel

@@ -1,0 +1,92 @@
+#include "TavelClipboardAgent/main/ClipboardWorker.h"
+
+#include "Platform/UnavailablePasteboard.h"
+#include "Support/Error.h"
+#include "Support/Files.h"
+#include "Support/Process.h"
+#include "Support/Uuid.h"
+#include "TavelClipboardAgent/main/CommandReader.h"
+
+#include <chrono>
+#include <cstdlib>
+
+namespace tavel {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto pollInterval = 100ms;
+
+/// Bounds how long a stop could go unnoticed, should a platform's loop ever miss being woken.
+constexpr auto longestWait = 100ms;
+
+std::shared_ptr<Pasteboard> openPasteboard(Platform& platform, const std::optional<std::string>& name) {
+    try {
+        return platform.openPasteboard(name);
+    } catch (const Error& error) {
+        platform.log(error.description());
+        return std::make_shared<UnavailablePasteboard>();
+    }
+}
+
+} // namespace
+
+ClipboardWorker::ClipboardWorker(Platform& platform, Pipes pipes, std::int32_t parentPID,
+                                 const std::optional<std::string>& pasteboardName)
+    : platform_(platform), pipes_(pipes), pasteboard_(openPasteboard(platform, pasteboardName)),
+      output_(pipes.output), exportDirectory_(platform.temporaryDirectory() / ("tavel-clipboard-" + makeUuid())),
+      expectedParentPID_(parentPID) {
+    lowerSchedulingPriority();
+    previousChangeCount_ = pasteboard_->changeCount();
+}
+
+void ClipboardWorker::run() {
+    platform_.becomeAccessory();
+    EventLoop& loop = platform_.eventLoop();
+    loop.runInBackground([descriptor = pipes_.input, &loop, worker = weak_from_this()] {
+        readCommands(descriptor, loop, worker);
+    });
+    loop.repeat(pollInterval, [worker = weak_from_this()] {
+        if (const auto alive = worker.lock())
+            alive->poll();
+    });
+    // Failures at both ends are nobody's to repair: without a directory the exports fail on their own terms.
+    static_cast<void>(createPrivateDirectory(exportDirectory_));
+    while (!stopping_)
+        loop.runOnce(longestWait);
+    static_cast<void>(removeTree(exportDirectory_));
+}
+
+void ClipboardWorker::stop() {
+    stopping_ = true;
+    platform_.eventLoop().stopWaiting();
+}
+
+FilePaste& ClipboardWorker::filePaste() {
+    if (filePaste_ == nullptr) {
+        filePaste_ = std::make_shared<FilePaste>(platform_.keyboardTap(), pasteboard_, exportDirectory_,
+                                                 [worker = weak_from_this()](std::int64_t changeCount) {
+                                                     if (const auto alive = worker.lock())
+                                                         alive->generatedFilePasted(changeCount);
+                                                 });
+    }
+    return *filePaste_;
+}
+
+void ClipboardWorker::generatedFilePasted(std::int64_t changeCount) {
+    previousChangeCount_ = changeCount;
+    JsonObject event;
+    event.add("event", "file_renamed").add("sequence", changeCount);
+    output_.emit(std::move(event));
+}
+
+std::uint64_t ClipboardWorker::sequenceFrom(std::int64_t changeCount) {
+    if (changeCount < 0)
+        std::abort(); // no pasteboard counts backwards; nothing sensible could be said to the parent
+    return static_cast<std::uint64_t>(changeCount);
+}
+
+std::uint64_t ClipboardWorker::sequence() { return sequenceFrom(pasteboard_->changeCount()); }
+
+} // namespace tavel

@@ -1,0 +1,98 @@
+#include "Platform/PasteboardTypes.h"
+#include "Support/Process.h"
+#include "TavelClipboardAgent/Messages.h"
+#include "TavelClipboardAgent/main/ClipboardWorker.h"
+#include "TavelClipboardAgent/main/Limits.h"
+
+#include <array>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+/// Identifiers below 2 name no process that could be watched: 1 is what an orphan's parent becomes.
+constexpr std::int32_t smallestWatchedParent = 2;
+
+constexpr std::array imageTypes{pasteboardType::png, pasteboardType::tiff};
+
+bool isTooLarge(const std::vector<std::string>& paths) {
+    if (paths.size() > maximumFileCount)
+        return true;
+    std::size_t bytes = 0;
+    for (const std::string& path : paths)
+        bytes += path.size();
+    return bytes > maximumFilePathBytes;
+}
+
+} // namespace
+
+void ClipboardWorker::poll() {
+    if (expectedParentPID_ >= smallestWatchedParent && parentProcessIdentifier() != expectedParentPID_) {
+        stop();
+        return;
+    }
+    const std::int64_t current = pasteboard_->changeCount();
+    if (current == previousChangeCount_)
+        return;
+    previousChangeCount_ = current;
+
+    const std::uint64_t sequence = sequenceFrom(current);
+    const std::string marker = markerText();
+    // Before the content is looked at, which can take time: the parent learns at once that something changed.
+    JsonObject announcement;
+    announcement.add("event", "change").add("kind", "unsupported").add("marker", marker).add("sequence", sequence);
+    output_.emit(std::move(announcement));
+
+    if (captureFiles(marker, sequence))
+        return;
+    // A picture is never replaced by the text beside it; without an image codec the announcement is all that
+    // can be said of it.
+    if (pasteboard_->availableType(imageTypes))
+        return;
+    captureText(marker, sequence);
+}
+
+/// Whether the content is a selection of files, reported or too large.
+bool ClipboardWorker::captureFiles(std::string_view marker, std::uint64_t sequence) {
+    const std::vector<std::string> paths = pasteboard_->filePaths();
+    if (paths.empty())
+        return false;
+    if (isTooLarge(paths)) {
+        warn(messages::selectionTooLarge);
+        return true;
+    }
+    JsonObject event;
+    event.add("event", "change").add("kind", "files").add("paths", paths);
+    event.add("marker", marker).add("sequence", sequence);
+    output_.emit(std::move(event));
+    return true;
+}
+
+/// Deliberate: the text event is the one change event without a "kind"; the parent knows it by its "text_b64".
+void ClipboardWorker::captureText(std::string_view marker, std::uint64_t sequence) {
+    const auto text = pasteboard_->string(pasteboardType::string);
+    if (!text)
+        return;
+    if (text->size() > maximumTextBytes) {
+        warn(messages::textTooLarge);
+        return;
+    }
+    JsonObject event;
+    event.add("event", "change").addBase64("text_b64", text->view()).add("marker", marker);
+    event.add("bytes", text->size()).add("sequence", sequence);
+    output_.emit(std::move(event));
+}
+
+void ClipboardWorker::warn(std::string_view message) {
+    JsonObject event;
+    event.add("event", "log").add("level", "warning").add("message", message);
+    output_.emit(std::move(event));
+}
+
+std::string ClipboardWorker::markerText() {
+    const auto marker = pasteboard_->string(markerType);
+    return marker ? std::string(marker->view()) : std::string();
+}
+
+} // namespace tavel

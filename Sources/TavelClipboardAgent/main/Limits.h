@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace tavel {
+
+/// The largest text that is captured or written, in UTF-8 bytes: 4 MiB.
+inline constexpr std::int64_t maximumTextBytes = 4'194'304;
+
+/// The largest image that is captured or written, in bytes (128 MiB) and in pixels.
+inline constexpr std::int64_t maximumImageBytes = 134'217'728;
+inline constexpr std::int64_t maximumImagePixels = 32'000'000;
+
+/// The largest selection of files that is captured or written, in files.
+inline constexpr std::size_t maximumFileCount = 10'000;
+
+/// The largest selection of files that is captured, in UTF-8 bytes of their paths: 2 MiB.
+inline constexpr std::size_t maximumFilePathBytes = 2'097'152;
+
+/// The longest origin marker that a command may carry, in UTF-8 bytes.
+inline constexpr std::size_t maximumMarkerBytes = 512;
+
+/// The type under which the parent's origin marker stands beside everything that the agent writes for it.
+inline constexpr std::string_view markerType = "com.corvelle.tavelbridge.clipboard-origin-v1";
+
+} // namespace tavel

@@ -1,0 +1,20 @@
+#include "Support/Process.h"
+#include "TavelClipboardAgent/main/Arguments.h"
+#include "TavelClipboardAgent/main/ClipboardWorker.h"
+
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+int main(int argc, char** argv) {
+    tavel::reserveStandardDescriptors();
+    const std::vector<std::string> arguments(argv, argv + argc);
+    // Neither is ever destroyed: the reader of commands may still be blocked, and use them, while the process
+    // ends.
+    auto& platform = *tavel::makePlatform().release();
+    auto& worker = *new std::shared_ptr(std::make_shared<tavel::ClipboardWorker>(
+        platform, tavel::ClipboardWorker::Pipes{STDIN_FILENO, STDOUT_FILENO}, tavel::parentPID(arguments),
+        tavel::testPasteboardName(arguments)));
+    worker->run();
+    return 0;
+}

@@ -1,0 +1,5 @@
+# Whole-program flags: a sanitizer has to see every object file of ours.
+if(TAVEL_SANITIZERS)
+  add_compile_options(-fsanitize=${TAVEL_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${TAVEL_SANITIZERS})
+endif()
