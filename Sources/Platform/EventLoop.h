@@ -23,8 +23,8 @@ public:
     /// Runs `function` once, `delay` from now. Main thread.
     virtual void postAfter(std::chrono::milliseconds delay, Function function) = 0;
 
-    /// Runs `function` every `interval`, for as long as the loop exists. A tick that comes late is not made up
-    /// for. Main thread.
+    /// Runs `function` every `interval`, for as long as the loop exists. A tick that comes late is not made
+    /// up for. Main thread.
     virtual void repeat(std::chrono::milliseconds interval, Function function) = 0;
 
     /// Runs `job` on a background thread. The process may end while it runs. Main thread.

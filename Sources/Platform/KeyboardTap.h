@@ -9,9 +9,9 @@ enum class KeyEventType { keyDown, keyUp, tapDisabledByTimeout, tapDisabledByUse
 
 struct KeyEvent {
     KeyEventType type = KeyEventType::keyDown;
-    std::int64_t keyCode = 0;   // of the home platform, where 9 is V
-    std::uint64_t flags = 0;    // its modifier flags, where 0x100000 is Command
-    std::int64_t userData = 0;  // what the poster of a synthetic event wrote into it; 0 for a real key
+    std::int64_t keyCode = 0;  // of the home platform, where 9 is V
+    std::uint64_t flags = 0;   // its modifier flags, where 0x100000 is Command
+    std::int64_t userData = 0; // what the poster of a synthetic event wrote into it; 0 for a real key
 };
 
 enum class KeyVerdict { pass, swallow };

@@ -49,8 +49,8 @@ public:
     /// The data under `type` of the first item that has it. Can block like `string`.
     virtual std::optional<Bytes> data(std::string_view type) = 0;
 
-    /// The paths that the items' file URLs name, in item order. An item without a file URL, or whose URL names
-    /// no local path in UTF-8, is left out.
+    /// The paths that the items' file URLs name, in item order. An item without a file URL, or whose URL
+    /// names no local path in UTF-8, is left out.
     virtual std::vector<std::string> filePaths() = 0;
 
     /// Removes the content, takes the pasteboard over and gives the new change count (the old one if the

@@ -20,8 +20,8 @@ class Platform {
 public:
     virtual ~Platform() = default;
 
-    /// The pasteboard of that name, which comes into being with its first use; without a name the general one.
-    /// Throws Error when the platform's pasteboards cannot be used at all.
+    /// The pasteboard of that name, which comes into being with its first use; without a name the general
+    /// one. Throws Error when the platform's pasteboards cannot be used at all.
     virtual std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) = 0;
 
     virtual EventLoop& eventLoop() = 0;

@@ -65,7 +65,9 @@ void GlibEventLoop::repeat(std::chrono::milliseconds interval, Function function
     attachTimer(interval, std::move(function), true);
 }
 
-void GlibEventLoop::runInBackground(Function job) { std::thread(std::move(job)).detach(); }
+void GlibEventLoop::runInBackground(Function job) {
+    std::thread(std::move(job)).detach();
+}
 
 void GlibEventLoop::stopWaiting() {
     {
@@ -96,11 +98,12 @@ void GlibEventLoop::attachTimer(std::chrono::milliseconds delay, Function functi
         Function function;
         bool repeats;
     };
+
     GSource* const source = g_timeout_source_new(static_cast<guint>(delay.count()));
     g_source_set_callback(
         source,
         [](gpointer data) -> gboolean {
-            Timer* const timer = static_cast<Timer*>(data);
+            auto* const timer = static_cast<Timer*>(data);
             timer->function();
             return timer->repeats ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
         },

@@ -3,6 +3,7 @@
 #include "Platform/EventLoop.h"
 
 #include <glib.h>
+
 #include <mutex>
 #include <vector>
 

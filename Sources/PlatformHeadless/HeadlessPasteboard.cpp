@@ -62,8 +62,9 @@ HeadlessPasteboard::View HeadlessPasteboard::view() {
 std::int64_t HeadlessPasteboard::changeCount() {
     if (updating_ != nullptr)
         return contentOf(updating_->transaction()).changeCount();
-    const bool current = countSnapshot_ != nullptr ? countSnapshot_->renew()
-                                                   : (countSnapshot_ = LmdbSnapshot::take(environment_)) != nullptr;
+    const bool current = countSnapshot_ != nullptr
+                             ? countSnapshot_->renew()
+                             : (countSnapshot_ = LmdbSnapshot::take(environment_)) != nullptr;
     if (!current)
         return 0;
     const std::int64_t count = contentOf(countSnapshot_->transaction()).changeCount();

@@ -21,8 +21,12 @@ std::unique_ptr<NamePanelView> HeadlessPlatform::makeNamePanelView() {
     return std::make_unique<NoNamePanelView>();
 }
 
-std::filesystem::path HeadlessPlatform::temporaryDirectory() { return userTemporaryDirectory(); }
+std::filesystem::path HeadlessPlatform::temporaryDirectory() {
+    return userTemporaryDirectory();
+}
 
-void HeadlessPlatform::log(const std::string& message) { syslog(LOG_USER | LOG_ERR, "%s", message.c_str()); }
+void HeadlessPlatform::log(const std::string& message) {
+    syslog(LOG_USER | LOG_ERR, "%s", message.c_str());
+}
 
 } // namespace tavel

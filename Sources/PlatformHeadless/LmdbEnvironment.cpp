@@ -17,7 +17,8 @@ constexpr unsigned readerSlots = 1000;
 
 void check(int status) {
     if (status != MDB_SUCCESS)
-        throw Error("LMDB", status, std::string("The pasteboard store cannot be opened: ") + mdb_strerror(status));
+        throw Error("LMDB", status,
+                    std::string("The pasteboard store cannot be opened: ") + mdb_strerror(status));
 }
 
 } // namespace
@@ -32,7 +33,9 @@ LmdbEnvironment::LmdbEnvironment(const std::filesystem::path& directory) {
     }
 }
 
-LmdbEnvironment::~LmdbEnvironment() { mdb_env_close(environment_); }
+LmdbEnvironment::~LmdbEnvironment() {
+    mdb_env_close(environment_);
+}
 
 void LmdbEnvironment::open(const std::filesystem::path& directory) {
     check(mdb_env_set_mapsize(environment_, mapBytes));
@@ -54,7 +57,9 @@ void LmdbEnvironment::open(const std::filesystem::path& directory) {
 LmdbSnapshot::LmdbSnapshot(std::shared_ptr<const LmdbEnvironment> environment, MDB_txn* transaction)
     : environment_(std::move(environment)), transaction_(transaction) {}
 
-LmdbSnapshot::~LmdbSnapshot() { mdb_txn_abort(transaction_); }
+LmdbSnapshot::~LmdbSnapshot() {
+    mdb_txn_abort(transaction_);
+}
 
 std::shared_ptr<LmdbSnapshot> LmdbSnapshot::take(std::shared_ptr<const LmdbEnvironment> environment) {
     MDB_txn* transaction = nullptr;
@@ -70,9 +75,13 @@ std::shared_ptr<LmdbSnapshot> LmdbSnapshot::take(std::shared_ptr<const LmdbEnvir
     return std::shared_ptr<LmdbSnapshot>(new LmdbSnapshot(std::move(environment), transaction));
 }
 
-void LmdbSnapshot::release() { mdb_txn_reset(transaction_); }
+void LmdbSnapshot::release() {
+    mdb_txn_reset(transaction_);
+}
 
-bool LmdbSnapshot::renew() { return mdb_txn_renew(transaction_) == MDB_SUCCESS; }
+bool LmdbSnapshot::renew() {
+    return mdb_txn_renew(transaction_) == MDB_SUCCESS;
+}
 
 std::unique_ptr<LmdbWrite> LmdbWrite::begin(const LmdbEnvironment& environment) {
     // A killed reader's slot would keep the space of everything written since from being reused.
@@ -89,6 +98,8 @@ LmdbWrite::~LmdbWrite() {
         mdb_txn_abort(transaction_);
 }
 
-bool LmdbWrite::commit() { return mdb_txn_commit(std::exchange(transaction_, nullptr)) == MDB_SUCCESS; }
+bool LmdbWrite::commit() {
+    return mdb_txn_commit(std::exchange(transaction_, nullptr)) == MDB_SUCCESS;
+}
 
 } // namespace tavel

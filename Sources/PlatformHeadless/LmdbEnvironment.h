@@ -1,7 +1,8 @@
 #pragma once
 
-#include <filesystem>
 #include <lmdb.h>
+
+#include <filesystem>
 #include <memory>
 
 namespace tavel {

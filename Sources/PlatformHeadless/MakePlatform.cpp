@@ -3,6 +3,8 @@
 
 namespace tavel {
 
-std::unique_ptr<Platform> makePlatform() { return std::make_unique<HeadlessPlatform>(); }
+std::unique_ptr<Platform> makePlatform() {
+    return std::make_unique<HeadlessPlatform>();
+}
 
 } // namespace tavel

@@ -3,12 +3,13 @@
 #include "PlatformHeadless/TemporaryDirectory.h"
 #include "Support/Error.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <string>
-#include <sys/stat.h>
 #include <system_error>
-#include <unistd.h>
 
 namespace tavel {
 
@@ -16,6 +17,7 @@ namespace {
 
 bool isOwnDirectory(const char* path) {
     struct stat status {};
+
     return stat(path, &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid();
 }
 
@@ -35,7 +37,9 @@ std::filesystem::path pasteboardStoreDirectory() {
 void preparePasteboardStoreDirectory(const std::filesystem::path& directory) {
     if (mkdir(directory.c_str(), 0700) != 0 && errno != EEXIST)
         refuse(directory, "cannot be created: " + std::generic_category().message(errno));
+
     struct stat status {};
+
     if (lstat(directory.c_str(), &status) != 0)
         refuse(directory, "cannot be examined: " + std::generic_category().message(errno));
     if (!S_ISDIR(status.st_mode))

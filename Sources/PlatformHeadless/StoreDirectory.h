@@ -5,7 +5,8 @@
 namespace tavel {
 
 /// Where this user's embedded pasteboards live: below $XDG_RUNTIME_DIR if that is a directory of this user
-/// (XDG Base Directory Specification), else below the temporary directory, with the user's number in its name.
+/// (XDG Base Directory Specification), else below the temporary directory, with the user's number in its
+/// name.
 std::filesystem::path pasteboardStoreDirectory();
 
 /// Creates the directory with mode 0700, or checks the one that is there. Throws Error if it cannot be

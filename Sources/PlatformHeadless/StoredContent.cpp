@@ -1,8 +1,9 @@
 #include "PlatformHeadless/StoredContent.h"
 
+#include <glib.h>
+
 #include <array>
 #include <cstring>
-#include <glib.h>
 #include <memory>
 
 namespace tavel {
@@ -14,6 +15,7 @@ constexpr std::size_t indexBytes = 4;
 struct CursorCloser {
     void operator()(MDB_cursor* cursor) const { mdb_cursor_close(cursor); }
 };
+
 using Cursor = std::unique_ptr<MDB_cursor, CursorCloser>;
 
 Cursor openCursor(MDB_txn* transaction, MDB_dbi database) {
@@ -23,7 +25,9 @@ Cursor openCursor(MDB_txn* transaction, MDB_dbi database) {
 }
 
 /// LMDB takes what it only reads as mutable too.
-MDB_val valueOf(std::string_view bytes) { return {bytes.size(), const_cast<char*>(bytes.data())}; }
+MDB_val valueOf(std::string_view bytes) {
+    return {bytes.size(), const_cast<char*>(bytes.data())};
+}
 
 std::string_view viewOf(const MDB_val& value) {
     return {static_cast<const char*>(value.mv_data), value.mv_size};
@@ -117,7 +121,8 @@ std::uint32_t StoredContent::itemCount() const {
     const bool followed = mdb_cursor_get(cursor.get(), &key, &value, MDB_SET_RANGE) == MDB_SUCCESS;
     if (mdb_cursor_get(cursor.get(), &key, &value, followed ? MDB_PREV : MDB_LAST) != MDB_SUCCESS)
         return 0;
-    const auto entry = viewOf(key).starts_with(prefix) ? entryOf(viewOf(key), prefix, viewOf(value)) : std::nullopt;
+    const auto entry =
+        viewOf(key).starts_with(prefix) ? entryOf(viewOf(key), prefix, viewOf(value)) : std::nullopt;
     return entry ? entry->item + 1 : 0;
 }
 

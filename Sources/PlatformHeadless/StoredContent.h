@@ -2,9 +2,10 @@
 
 #include "Platform/Pasteboard.h"
 
+#include <lmdb.h>
+
 #include <cstdint>
 #include <functional>
-#include <lmdb.h>
 #include <optional>
 #include <string>
 #include <string_view>

@@ -1,7 +1,8 @@
 #include "PlatformHeadless/TemporaryDirectory.h"
 
-#include <string>
 #include <unistd.h>
+
+#include <string>
 
 namespace tavel {
 

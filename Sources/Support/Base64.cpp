@@ -126,8 +126,9 @@ std::optional<Bytes> decodeBase64(std::string_view text) {
             bits |= sextet(rest[i], i);
         if ((bits & invalid) != 0)
             return std::nullopt;
-        for (std::size_t i = 0; i + 1 < rest.size(); ++i)
-            decoded[groups * 3 + i] = static_cast<char>(bits >> (16 - 8 * i));
+        decoded[groups * 3] = static_cast<char>(bits >> 16);
+        if (rest.size() == 3)
+            decoded[groups * 3 + 1] = static_cast<char>(bits >> 8);
     }
     const char* const data = decoded.get();
     return Bytes(std::move(decoded), data, size);

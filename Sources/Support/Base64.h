@@ -13,8 +13,8 @@ namespace tavel {
 void appendBase64(std::string& text, std::string_view bytes, std::string_view slash = "/");
 
 /// Decodes standard base64 whose padding may be missing in part or whole. Anything outside the alphabet,
-/// line breaks included, more padding than belongs there, or a number of characters that no bytes give: nothing.
-/// Bits that no byte takes up are ignored.
+/// line breaks included, more padding than belongs there, or a number of characters that no bytes give:
+/// nothing. Bits that no byte takes up are ignored.
 std::optional<Bytes> decodeBase64(std::string_view text);
 
 } // namespace tavel

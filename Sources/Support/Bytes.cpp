@@ -5,7 +5,9 @@
 
 namespace tavel {
 
-Bytes Bytes::copyOf(std::string_view content) { return adopt(std::string(content)); }
+Bytes Bytes::copyOf(std::string_view content) {
+    return adopt(std::string(content));
+}
 
 Bytes Bytes::adopt(std::string content) {
     auto owner = std::make_shared<const std::string>(std::move(content));

@@ -16,9 +16,12 @@ bool isUnescaped(char c) {
            std::string_view("!$&'()*+,-./:=@_~").find(c) != std::string_view::npos;
 }
 
-char lowerCased(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+char lowerCased(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
 
-/// Schemes and hosts compare without regard to ASCII case (RFC 3986, 3.1 and 3.2.2). `expected` is lower case.
+/// Schemes and hosts compare without regard to ASCII case (RFC 3986, 3.1 and 3.2.2). `expected` is lower
+/// case.
 bool equalsIgnoringCase(std::string_view text, std::string_view expected) {
     if (text.size() != expected.size())
         return false;

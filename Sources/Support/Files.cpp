@@ -1,10 +1,11 @@
 #include "Support/Files.h"
 
-#include <cerrno>
 #include <poll.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
 
 namespace tavel {
 
@@ -19,11 +20,13 @@ bool statusOf(const std::string& path, struct stat& status) {
 
 bool fileExists(const std::string& path) {
     struct stat status {};
+
     return statusOf(path, status);
 }
 
 bool isDirectory(const std::string& path) {
     struct stat status {};
+
     return statusOf(path, status) && S_ISDIR(status.st_mode);
 }
 

@@ -14,17 +14,22 @@ struct Decimal {
     std::int64_t exponent = 0;
 
     std::uint64_t digitCount() const { return integer.size() + fraction.size(); }
+
     unsigned digit(std::uint64_t index) const {
         const char c = index < integer.size() ? integer[index] : fraction[index - integer.size()];
         return static_cast<unsigned>(c - '0');
     }
 };
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 std::string_view takeDigits(std::string_view& rest) {
-    const auto end = std::find_if_not(rest.begin(), rest.end(), isDigit);
-    const auto digits = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
+    std::size_t length = 0;
+    while (length < rest.size() && isDigit(rest[length]))
+        ++length;
+    const std::string_view digits = rest.substr(0, length);
     rest.remove_prefix(digits.size());
     return digits;
 }
@@ -71,7 +76,9 @@ std::optional<Decimal> parse(std::string_view rest) {
 
 } // namespace
 
-bool isJsonNumber(std::string_view token) { return parse(token).has_value(); }
+bool isJsonNumber(std::string_view token) {
+    return parse(token).has_value();
+}
 
 std::optional<std::uint64_t> unsignedFromJsonNumber(std::string_view token) {
     const auto decimal = parse(token);

@@ -8,9 +8,9 @@
 namespace tavel {
 
 /// Builds one JSON object (RFC 8259) as compact text. Slashes are escaped, which RFC 8259 allows: it is what
-/// the home platform's own writer does, so parents see one form on every platform. Keys are written as they stand: plain
-/// ASCII names without quotes or backslashes. Integers and booleans only come in through their own types,
-/// so that no pointer can slip in as a truth value.
+/// the home platform's own writer does, so parents see one form on every platform. Keys are written as they
+/// stand: plain ASCII names without quotes or backslashes. Integers and booleans only come in through their
+/// own types, so that no pointer can slip in as a truth value.
 class JsonObject {
 public:
     JsonObject& add(std::string_view key, std::string_view value);

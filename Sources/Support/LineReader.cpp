@@ -1,12 +1,13 @@
 #include "Support/LineReader.h"
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <poll.h>
-#include <unistd.h>
 
 namespace tavel {
 
@@ -40,11 +41,14 @@ std::size_t readSome(int descriptor, char* target, std::size_t room) {
 class LineReader::Buffer {
 public:
     Buffer() { grow(initialCapacity); }
+
     ~Buffer() { std::free(bytes_); }
+
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
 
     char* bytes() { return bytes_; }
+
     std::size_t capacity() const { return capacity_; }
 
     void grow(std::size_t capacity) {

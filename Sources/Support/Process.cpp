@@ -6,7 +6,9 @@
 
 namespace tavel {
 
-std::int32_t parentProcessIdentifier() { return getppid(); }
+std::int32_t parentProcessIdentifier() {
+    return getppid();
+}
 
 void lowerSchedulingPriority() {
     // Raising the nice value needs no privilege. Should it fail, the agent merely runs at normal priority.

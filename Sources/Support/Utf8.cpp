@@ -4,6 +4,8 @@
 
 namespace tavel {
 
-bool isUtf8(std::string_view bytes) { return simdjson::validate_utf8(bytes.data(), bytes.size()); }
+bool isUtf8(std::string_view bytes) {
+    return simdjson::validate_utf8(bytes.data(), bytes.size());
+}
 
 } // namespace tavel

@@ -8,7 +8,8 @@ namespace tavel::messages {
 inline constexpr std::string_view invalidText = "Texte clipboard invalide";
 inline constexpr std::string_view textWriteFailed = "Écriture NSPasteboard impossible";
 inline constexpr std::string_view invalidHistoryImage = "Image historique invalide";
-inline constexpr std::string_view changedDuringTransfer = "Le presse-papiers local a changé pendant le transfert";
+inline constexpr std::string_view changedDuringTransfer =
+    "Le presse-papiers local a changé pendant le transfert";
 inline constexpr std::string_view invalidFiles = "Fichiers clipboard invalides";
 inline constexpr std::string_view unknownFormat = "Format clipboard inconnu";
 inline constexpr std::string_view invalidFormats = "Formats clipboard invalides";
@@ -16,8 +17,8 @@ inline constexpr std::string_view invalidImage = "Image clipboard invalide ou tr
 inline constexpr std::string_view filesWriteFailed = "Écriture fichiers impossible";
 inline constexpr std::string_view unknownCommand = "Commande clipboard inconnue";
 
-inline constexpr std::string_view pasteNotPermitted =
-    "Renommage : autorise Tavel Bridge dans Accessibilité et Surveillance de l’entrée, puis réactive l’option.";
+inline constexpr std::string_view pasteNotPermitted = "Renommage : autorise Tavel Bridge dans Accessibilité "
+                                                      "et Surveillance de l’entrée, puis réactive l’option.";
 
 inline constexpr std::string_view selectionTooLarge =
     "Sélection de fichiers trop grande (10 000 éléments / 2 Mio de chemins)";

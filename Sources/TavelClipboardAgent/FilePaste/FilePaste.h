@@ -18,8 +18,8 @@ public:
     FilePaste(KeyboardTap& tap, std::shared_ptr<Pasteboard> board, std::filesystem::path root,
               std::function<void(std::int64_t)> changed);
 
-    /// Switches the feature on or off. Throws Error ("Tavel", 1), described for the user, when the system does
-    /// not let the agent see the keyboard; the feature is then off. Switching off never fails.
+    /// Switches the feature on or off. Throws Error ("Tavel", 1), described for the user, when the system
+    /// does not let the agent see the keyboard; the feature is then off. Switching off never fails.
     void configure(bool enabled);
 
 private:

@@ -10,8 +10,9 @@
 
 namespace tavel {
 
-/// The commands that the parent sends, decoded. Each begins with the parent's identifier of the request, which
-/// its reply echoes. Optional fields are absent when the line lacks them or has them with another JSON type.
+/// The commands that the parent sends, decoded. Each begins with the parent's identifier of the request,
+/// which its reply echoes. Optional fields are absent when the line lacks them or has them with another JSON
+/// type.
 namespace command {
 
 struct ConfigureFilePrompt {

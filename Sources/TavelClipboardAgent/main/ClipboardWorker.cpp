@@ -35,7 +35,8 @@ std::shared_ptr<Pasteboard> openPasteboard(Platform& platform, const std::option
 ClipboardWorker::ClipboardWorker(Platform& platform, Pipes pipes, std::int32_t parentPID,
                                  const std::optional<std::string>& pasteboardName)
     : platform_(platform), pipes_(pipes), pasteboard_(openPasteboard(platform, pasteboardName)),
-      output_(pipes.output), exportDirectory_(platform.temporaryDirectory() / ("tavel-clipboard-" + makeUuid())),
+      output_(pipes.output),
+      exportDirectory_(platform.temporaryDirectory() / ("tavel-clipboard-" + makeUuid())),
       expectedParentPID_(parentPID) {
     lowerSchedulingPriority();
     previousChangeCount_ = pasteboard_->changeCount();
@@ -87,6 +88,8 @@ std::uint64_t ClipboardWorker::sequenceFrom(std::int64_t changeCount) {
     return static_cast<std::uint64_t>(changeCount);
 }
 
-std::uint64_t ClipboardWorker::sequence() { return sequenceFrom(pasteboard_->changeCount()); }
+std::uint64_t ClipboardWorker::sequence() {
+    return sequenceFrom(pasteboard_->changeCount());
+}
 
 } // namespace tavel

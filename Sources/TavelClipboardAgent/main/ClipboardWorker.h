@@ -16,8 +16,8 @@
 namespace tavel {
 
 /// The one long-lived object of the agent: it watches the pasteboard, carries out the parent's commands and
-/// reports to the parent. Main thread only. Held by a shared_ptr, because everything that outlives a call holds
-/// it weakly.
+/// reports to the parent. Main thread only. Held by a shared_ptr, because everything that outlives a call
+/// holds it weakly.
 class ClipboardWorker : public std::enable_shared_from_this<ClipboardWorker> {
 public:
     /// The descriptors that lead to the parent. They stay the caller's.

@@ -29,7 +29,9 @@ std::optional<Bytes> textFrom(const command::WriteText& command) {
     return text;
 }
 
-bool isExistingAbsolutePath(const std::string& path) { return path.starts_with('/') && fileExists(path); }
+bool isExistingAbsolutePath(const std::string& path) {
+    return path.starts_with('/') && fileExists(path);
+}
 
 } // namespace
 
@@ -54,7 +56,9 @@ ClipboardWorker::Result ClipboardWorker::execute(const command::ConfigureFilePro
     }
 }
 
-ClipboardWorker::Result ClipboardWorker::execute(const command::Ping&) { return std::nullopt; }
+ClipboardWorker::Result ClipboardWorker::execute(const command::Ping&) {
+    return std::nullopt;
+}
 
 ClipboardWorker::Result ClipboardWorker::execute(const command::DiscardPending&) {
     previousChangeCount_ = pasteboard_->changeCount();
@@ -62,7 +66,9 @@ ClipboardWorker::Result ClipboardWorker::execute(const command::DiscardPending&)
     return std::nullopt;
 }
 
-ClipboardWorker::Result ClipboardWorker::execute(const command::Quit&) { return std::nullopt; }
+ClipboardWorker::Result ClipboardWorker::execute(const command::Quit&) {
+    return std::nullopt;
+}
 
 ClipboardWorker::Result ClipboardWorker::execute(const command::WriteText& command) {
     const auto text = textFrom(command);

@@ -41,7 +41,10 @@ void ClipboardWorker::poll() {
     const std::string marker = markerText();
     // Before the content is looked at, which can take time: the parent learns at once that something changed.
     JsonObject announcement;
-    announcement.add("event", "change").add("kind", "unsupported").add("marker", marker).add("sequence", sequence);
+    announcement.add("event", "change")
+        .add("kind", "unsupported")
+        .add("marker", marker)
+        .add("sequence", sequence);
     output_.emit(std::move(announcement));
 
     if (captureFiles(marker, sequence))
@@ -69,7 +72,8 @@ bool ClipboardWorker::captureFiles(std::string_view marker, std::uint64_t sequen
     return true;
 }
 
-/// Deliberate: the text event is the one change event without a "kind"; the parent knows it by its "text_b64".
+/// Deliberate: the text event is the one change event without a "kind"; the parent knows it by its
+/// "text_b64".
 void ClipboardWorker::captureText(std::string_view marker, std::uint64_t sequence) {
     const auto text = pasteboard_->string(pasteboardType::string);
     if (!text)

@@ -3,8 +3,9 @@
 #include "Support/JsonNumber.h"
 #include "Support/JsonString.h"
 
-#include <cstring>
 #include <simdjson.h>
+
+#include <cstring>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -67,11 +68,11 @@ private:
 
     bool walkMembers(ondemand::object object, int depth, bool topLevel) {
         for (auto member : object) {
-            ondemand::field field;
-            if (std::move(member).get(field) != simdjson::SUCCESS)
+            if (member.error() != simdjson::SUCCESS)
                 return false;
+            ondemand::field field = member.value_unsafe();
             const auto key = unescapedKey(field.key().raw());
-            ondemand::value value = field.value();
+            const ondemand::value value = field.value();
             if (!key || !(topLevel ? walkField(*key, value, depth) : walkValue(value, depth)))
                 return false;
         }
@@ -80,9 +81,9 @@ private:
 
     bool walkElements(ondemand::array array, int depth, std::optional<std::vector<std::string>>* strings) {
         for (auto element : array) {
-            ondemand::value value;
-            if (std::move(element).get(value) != simdjson::SUCCESS)
+            if (element.error() != simdjson::SUCCESS)
                 return false;
+            ondemand::value value = element.value_unsafe();
             ondemand::json_type type{};
             if (value.type().get(type) != simdjson::SUCCESS)
                 return false;
@@ -210,7 +211,8 @@ private:
     }
 
     static std::optional<std::string> stringOf(const Scalar& scalar) {
-        return scalar.type == ondemand::json_type::string ? std::optional<std::string>(scalar.text) : std::nullopt;
+        return scalar.type == ondemand::json_type::string ? std::optional<std::string>(scalar.text)
+                                                          : std::nullopt;
     }
 
     std::optional<Bytes> payloadOf(const Scalar& scalar) const {
@@ -225,7 +227,8 @@ private:
     static std::optional<std::uint64_t> unsignedOf(const Scalar& scalar) {
         if (scalar.type == ondemand::json_type::boolean)
             return scalar.text == "true" ? 1 : 0;
-        return scalar.type == ondemand::json_type::number ? unsignedFromJsonNumber(scalar.text) : std::nullopt;
+        return scalar.type == ondemand::json_type::number ? unsignedFromJsonNumber(scalar.text)
+                                                          : std::nullopt;
     }
 
     static std::optional<bool> booleanOf(const Scalar& scalar) {

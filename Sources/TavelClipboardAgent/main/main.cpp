@@ -2,8 +2,9 @@
 #include "TavelClipboardAgent/main/Arguments.h"
 #include "TavelClipboardAgent/main/ClipboardWorker.h"
 
-#include <string>
 #include <unistd.h>
+
+#include <string>
 #include <vector>
 
 int main(int argc, char** argv) {
@@ -11,8 +12,8 @@ int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv, argv + argc);
     // Neither is ever destroyed: the reader of commands may still be blocked, and use them, while the process
     // ends.
-    auto& platform = *tavel::makePlatform().release();
-    auto& worker = *new std::shared_ptr(std::make_shared<tavel::ClipboardWorker>(
+    static auto& platform = *tavel::makePlatform().release();
+    static auto& worker = *new std::shared_ptr(std::make_shared<tavel::ClipboardWorker>(
         platform, tavel::ClipboardWorker::Pipes{STDIN_FILENO, STDOUT_FILENO}, tavel::parentPID(arguments),
         tavel::testPasteboardName(arguments)));
     worker->run();
