@@ -1,5 +1,7 @@
 #include "Support/LineReader.h"
 
+#include "Support/Throughput.h"
+
 #include <poll.h>
 #include <unistd.h>
 
@@ -14,6 +16,11 @@ namespace tavel {
 namespace {
 
 constexpr std::size_t initialCapacity = std::size_t{64} * 1024;
+/// From here on the next buffer is as large as any usual line needs. Memory that is not touched costs only
+/// addresses, and a line of 90 MB is then moved once, while it is short.
+constexpr std::size_t largeCapacity = std::size_t{4} << 20;
+constexpr std::size_t hugeCapacity = std::size_t{256} << 20;
+constexpr std::size_t largePageBytes = std::size_t{2} << 20;
 constexpr std::size_t smallestRead = std::size_t{16} * 1024;
 /// Bounds what stands behind a long line when that line leaves with the buffer, and so has to be copied.
 constexpr std::size_t largestRead = std::size_t{256} * 1024;
@@ -37,33 +44,41 @@ std::size_t readSome(int descriptor, char* target, std::size_t room) {
 
 } // namespace
 
-/// Grows with realloc, because that moves the pages of a large buffer instead of copying them.
 class LineReader::Buffer {
 public:
-    Buffer() { grow(initialCapacity); }
+    Buffer() : bytes_(allocate(initialCapacity)), capacity_(initialCapacity) {}
 
-    ~Buffer() { std::free(bytes_); }
-
-    Buffer(const Buffer&) = delete;
-    Buffer& operator=(const Buffer&) = delete;
-
-    char* bytes() { return bytes_; }
-
+    char* bytes() { return bytes_.get(); }
     std::size_t capacity() const { return capacity_; }
 
-    void grow(std::size_t capacity) {
-        void* grown = std::realloc(bytes_, capacity + padding);
-        if (grown == nullptr)
-            throw std::bad_alloc();
-        bytes_ = static_cast<char*>(grown);
+    /// Makes room for at least `capacity` bytes, of which the first `used` are kept.
+    void grow(std::size_t capacity, std::size_t used) {
+        if (capacity > largeCapacity)
+            capacity = std::max(capacity, hugeCapacity);
+        auto grown = allocate(capacity);
+        std::memcpy(grown.get(), bytes_.get(), used);
+        bytes_ = std::move(grown);
         capacity_ = capacity;
-        // What stands there is never taken for text, but must not be uninitialised when it is looked at.
-        std::memset(bytes_ + capacity, 0, padding);
     }
 
 private:
-    char* bytes_ = nullptr;
-    std::size_t capacity_ = 0;
+    struct Free {
+        void operator()(char* bytes) const { std::free(bytes); }
+    };
+
+    static std::unique_ptr<char, Free> allocate(std::size_t capacity) {
+        const std::size_t alignment = capacity >= hugeCapacity ? largePageBytes : padding;
+        const std::size_t size = (capacity + padding + alignment - 1) / alignment * alignment;
+        std::unique_ptr<char, Free> bytes(static_cast<char*>(std::aligned_alloc(alignment, size)));
+        if (bytes == nullptr)
+            throw std::bad_alloc();
+        if (capacity >= hugeCapacity)
+            preferLargePages(bytes.get(), size);
+        return bytes;
+    }
+
+    std::unique_ptr<char, Free> bytes_;
+    std::size_t capacity_;
 };
 
 LineReader::LineReader(int descriptor) : descriptor_(descriptor), buffer_(std::make_unique<Buffer>()) {}
@@ -97,7 +112,9 @@ bool LineReader::fill() {
             scanned_ -= lineStart_;
             lineStart_ = 0;
         } else {
-            buffer_->grow(buffer_->capacity() * 2);
+            if (buffer_->capacity() == initialCapacity)
+                enlargePipe(descriptor_);
+            buffer_->grow(buffer_->capacity() * 2, end_);
         }
     }
     const std::size_t room = std::min(buffer_->capacity() - end_, largestRead);
@@ -120,7 +137,7 @@ LineReader::Line LineReader::takeLine(std::size_t length, std::size_t terminator
     const std::size_t rest = end_ - lineStart_;
     buffer_ = std::make_unique<Buffer>();
     if (rest > buffer_->capacity())
-        buffer_->grow(rest);
+        buffer_->grow(rest, 0);
     std::memcpy(buffer_->bytes(), owner->bytes() + lineStart_, rest);
     std::memset(buffer_->bytes() + rest, 0, padding);
     lineStart_ = scanned_ = 0;

@@ -1,0 +1,127 @@
+#include "Support/Files.h"
+#include "Support/LineReader.h"
+#include "TavelClipboardAgent/main/CommandDecoder.h"
+
+#include <benchmark/benchmark.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace tavel {
+namespace {
+
+/// A 64 MiB image in base64 makes a line of about this length.
+constexpr std::size_t lineBytes = std::size_t{90} * 1000 * 1000;
+
+/// A process that writes one long command into a pipe; a process, because two threads would share the time
+/// that the system spends on page tables.
+class Writer {
+public:
+    Writer() {
+        const std::string& text = line(); // built once, before there is a child
+        std::array<int, 2> ends{};
+        if (pipe(ends.data()) != 0)
+            std::abort();
+        child_ = fork();
+        if (child_ == 0) {
+            close(ends[0]);
+            _exit(writeAll(ends[1], text) ? 0 : 1);
+        }
+        close(ends[1]);
+        readEnd_ = ends[0];
+    }
+    ~Writer() {
+        close(readEnd_);
+        waitpid(child_, nullptr, 0);
+    }
+    Writer(const Writer&) = delete;
+    Writer& operator=(const Writer&) = delete;
+
+    int readEnd() const { return readEnd_; }
+
+private:
+    static const std::string& line() {
+        static const std::string text = [] {
+            std::string command = R"({"command":"write_image_data","request_id":1,"image_b64":")";
+            // A slash in 64 characters, escaped as most JSON writers of the home platform do.
+            while (command.size() < lineBytes)
+                command += "iVBORw0KGgoAAAANSUhEUgAAB9AAAAfQCAYAAACaOMR5AAAACXBIWXMAAAsTAAA\\/";
+            return command + "\"}\n";
+        }();
+        return text;
+    }
+
+    int readEnd_ = -1;
+    pid_t child_ = -1;
+};
+
+void setLinesPerSecond(benchmark::State& state) {
+    state.SetBytesProcessed(static_cast<std::int64_t>(lineBytes) * state.iterations());
+}
+
+/// The floor: the bytes come out of the pipe into memory that is touched for the first time, and no more.
+void readPipeOnly(benchmark::State& state) {
+    for (auto _ : state) {
+        const Writer writer;
+        auto* const target = static_cast<char*>(std::malloc(lineBytes + 4096));
+        std::size_t end = 0;
+        for (;;) {
+            const ssize_t count = read(writer.readEnd(), target + end, lineBytes + 4096 - end);
+            if (count <= 0)
+                break;
+            end += static_cast<std::size_t>(count);
+        }
+        benchmark::DoNotOptimize(target[end - 1]);
+        std::free(target);
+    }
+    setLinesPerSecond(state);
+}
+BENCHMARK(readPipeOnly)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
+
+void readLine(benchmark::State& state) {
+    for (auto _ : state) {
+        const Writer writer;
+        LineReader reader(writer.readEnd());
+        const auto line = reader.next();
+        if (!line || line->text.size() < lineBytes)
+            state.SkipWithError("the line is incomplete");
+    }
+    setLinesPerSecond(state);
+}
+BENCHMARK(readLine)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
+
+void readAndDecodeLine(benchmark::State& state) {
+    for (auto _ : state) {
+        const Writer writer;
+        LineReader reader(writer.readEnd());
+        CommandDecoder decoder;
+        const auto line = reader.next();
+        if (!line || !decoder.decode(*line))
+            state.SkipWithError("the line is no command");
+    }
+    setLinesPerSecond(state);
+}
+BENCHMARK(readAndDecodeLine)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
+
+/// A peer: the C library's reader of lines.
+void readWithGetline(benchmark::State& state) {
+    for (auto _ : state) {
+        const Writer writer;
+        FILE* const stream = fdopen(dup(writer.readEnd()), "r");
+        char* text = nullptr;
+        std::size_t capacity = 0;
+        benchmark::DoNotOptimize(getline(&text, &capacity, stream));
+        std::free(text);
+        std::fclose(stream);
+    }
+    setLinesPerSecond(state);
+}
+BENCHMARK(readWithGetline)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
+
+} // namespace
+} // namespace tavel

@@ -1,0 +1,90 @@
+#include "Support/Base64.h"
+#include "Support/JsonWriter.h"
+#include "Support/Utf8.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace tavel {
+namespace {
+
+constexpr std::size_t textBytes = std::size_t{4} << 20;
+
+/// French prose: about one byte in fifteen belongs to an accented letter.
+std::string frenchText(std::size_t size) {
+    const std::string sentence =
+        "Le cœur déçu mais l'âme plutôt naïve, Louÿs rêva de crapaüter en canoë au delà "
+        "des îles, près du mälström où brûlent les novæ.\n";
+    std::string text;
+    text.reserve(size + sentence.size());
+    while (text.size() < size)
+        text += sentence;
+    // Cut before a sentence and filled up, so that no letter is cut.
+    text.resize(size / sentence.size() * sentence.size());
+    text.resize(size, ' ');
+    return text;
+}
+
+void setBytesPerSecond(benchmark::State& state, std::size_t bytes) {
+    state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
+}
+
+/// The floor of everything that writes its result somewhere.
+void copyText(benchmark::State& state) {
+    const std::string text = frenchText(textBytes);
+    std::vector<char> target(text.size());
+    for (auto _ : state) {
+        std::memcpy(target.data(), text.data(), text.size());
+        benchmark::ClobberMemory();
+    }
+    setBytesPerSecond(state, text.size());
+}
+BENCHMARK(copyText);
+
+void checkUtf8(benchmark::State& state) {
+    const std::string text = frenchText(textBytes);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(isUtf8(text));
+    setBytesPerSecond(state, text.size());
+}
+BENCHMARK(checkUtf8);
+
+void encodeBase64Text(benchmark::State& state) {
+    const std::string text = frenchText(textBytes);
+    for (auto _ : state) {
+        std::string encoded;
+        appendBase64(encoded, text);
+        benchmark::DoNotOptimize(encoded);
+    }
+    setBytesPerSecond(state, text.size());
+}
+BENCHMARK(encodeBase64Text);
+
+void decodeBase64Text(benchmark::State& state) {
+    std::string encoded;
+    appendBase64(encoded, frenchText(textBytes));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(decodeBase64(encoded));
+    setBytesPerSecond(state, encoded.size());
+}
+BENCHMARK(decodeBase64Text);
+
+/// All that a captured text goes through on its way to the pipe.
+void buildTextEvent(benchmark::State& state) {
+    const std::string text = frenchText(textBytes);
+    for (auto _ : state) {
+        if (!isUtf8(text))
+            state.SkipWithError("the text is not UTF-8");
+        JsonObject event;
+        event.add("event", "change").addBase64("text_b64", text).add("marker", "").add("bytes", text.size());
+        benchmark::DoNotOptimize(event.takeLine());
+    }
+    setBytesPerSecond(state, text.size());
+}
+BENCHMARK(buildTextEvent);
+
+} // namespace
+} // namespace tavel
