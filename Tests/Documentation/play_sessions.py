@@ -1,0 +1,98 @@
+#!/usr/bin/env python3
+"""Plays the sessions of a Markdown page against the real agent: play_sessions.py BIN_DIRECTORY PAGE
+
+A session is a fenced block marked "session". Each gets an agent and a pasteboard of its own. Lines:
+
+    → text     sent to the agent
+    ← text     the agent's next line has to be the same JSON
+    $ command  run by the shell, with the project's programs in its path
+"""
+
+import json
+import os
+import pathlib
+import re
+import select
+import subprocess
+import sys
+import tempfile
+import time
+
+DEADLINE = 60  # seconds; only ever waited for when something is wrong
+
+
+class Session:
+    def __init__(self, programs, directory):
+        self.environment = dict(
+            os.environ, XDG_RUNTIME_DIR=directory, TMPDIR=directory, PATH=f"{programs}:{os.environ['PATH']}"
+        )
+        self.received = b""
+        self.agent = subprocess.Popen(
+            [programs / "TavelClipboardAgent"],
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+            bufsize=0,
+            env=self.environment,
+        )
+        # The directory appears when the agent has taken note of what is on the pasteboard at the start.
+        deadline = time.monotonic() + DEADLINE
+        while not list(pathlib.Path(directory).glob("tavel-clipboard-*")):
+            assert time.monotonic() < deadline, "the agent does not start"
+            time.sleep(0.005)
+
+    def play(self, line):
+        if line.startswith("→ "):
+            self.agent.stdin.write(line[2:].encode() + b"\n")
+        elif line.startswith("← "):
+            actual, expected = self.next_line(), json.loads(line[2:])
+            assert json.loads(actual) == expected, f"got {actual.decode()}"
+        elif line.startswith("$ "):
+            subprocess.run(line[2:], shell=True, check=True, env=self.environment)
+        else:
+            raise AssertionError("this is no line of a session")
+
+    def next_line(self):
+        while b"\n" not in self.received:
+            ready, _, _ = select.select([self.agent.stdout], [], [], DEADLINE)
+            assert ready, "no answer"
+            chunk = os.read(self.agent.stdout.fileno(), 1 << 16)
+            assert chunk, "the agent has ended"
+            self.received += chunk
+        line, self.received = self.received.split(b"\n", 1)
+        return line
+
+    def end(self):
+        self.agent.stdin.close()
+        rest, errors = self.received + self.agent.stdout.read(), self.agent.stderr.read()
+        assert not rest, f"unexpected: {rest.decode()}"
+        assert not errors, f"on standard error: {errors.decode()}"
+        assert self.agent.wait(DEADLINE) == 0, "the exit status is not 0"
+
+
+def sessions_of(page):
+    for block in re.finditer(r"^```session\n(.*?)^```$", page, re.MULTILINE | re.DOTALL):
+        first_line = page.count("\n", 0, block.start(1)) + 1
+        yield [(first_line + index, line) for index, line in enumerate(block[1].splitlines())]
+
+
+def main():
+    programs, page = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
+    failures = played = 0
+    for session_lines in sessions_of(page.read_text()):
+        played += 1
+        with tempfile.TemporaryDirectory() as directory:
+            number, session = session_lines[0][0], Session(programs, directory)
+            try:
+                for number, line in session_lines:
+                    session.play(line)
+                session.end()
+            except (AssertionError, ValueError, subprocess.CalledProcessError) as error:
+                failures += 1
+                print(f"{page.name}:{number}: {error}")
+                session.agent.kill()
+    print(f"{page.name}: {played} sessions, {failures} failed")
+    sys.exit(1 if failures or not played else 0)
+
+
+main()
