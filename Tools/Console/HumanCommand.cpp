@@ -1,0 +1,168 @@
+#include "Console/HumanCommand.h"
+
+#include "Console/HumanText.h"
+
+#include <glib.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace tavel {
+
+namespace {
+
+constexpr std::string_view blanks = " \t";
+
+std::string_view withoutLeadingBlanks(std::string_view text) {
+    return text.substr(std::min(text.find_first_not_of(blanks), text.size()));
+}
+
+bool isBlank(std::string_view text) {
+    return withoutLeadingBlanks(text).empty();
+}
+
+std::string absolutePath(const std::string& word, const Places& places) {
+    std::filesystem::path path = word;
+    if (word == "~" || word.starts_with("~/"))
+        path =
+            places.homeDirectory / std::filesystem::path(word.substr(std::min<std::size_t>(2, word.size())));
+    return (places.workingDirectory / path).lexically_normal().string();
+}
+
+/// The words of a line in the shell's quoting, or what is wrong with it.
+std::variant<std::vector<std::string>, wish::Mistake> splitWords(std::string_view text) {
+    if (isBlank(text))
+        return std::vector<std::string>();
+    if (text.find('\0') != std::string_view::npos)
+        return wish::Mistake{"No path holds a zero byte."};
+    gint count = 0;
+    gchar** found = nullptr;
+    GError* error = nullptr;
+    if (g_shell_parse_argv(std::string(text).c_str(), &count, &found, &error) == FALSE) {
+        const bool empty = g_error_matches(error, G_SHELL_ERROR, G_SHELL_ERROR_EMPTY_STRING) != FALSE;
+        g_error_free(error);
+        if (empty) // a comment
+            return std::vector<std::string>();
+        return wish::Mistake{"A quotation mark is not closed, or the line ends in a backslash."};
+    }
+    const std::unique_ptr<gchar*, decltype(&g_strfreev)> owner(found, g_strfreev);
+    return std::vector<std::string>(found, found + count);
+}
+
+struct PathsCommand {
+    std::string_view name; // also the protocol's kind
+    std::size_t most;
+    std::string_view usage;
+};
+
+Wish readPaths(std::string_view rest, const Places& places, const PathsCommand& command) {
+    auto split = splitWords(rest);
+    if (auto* const mistake = std::get_if<wish::Mistake>(&split))
+        return std::move(*mistake);
+    auto& words = std::get<std::vector<std::string>>(split);
+    if (words.empty() || words.size() > command.most)
+        return wish::Mistake{"Usage: " + std::string(command.usage)};
+    std::ranges::transform(words, words.begin(),
+                           [&](const auto& word) { return absolutePath(word, places); });
+    Request request = pathsRequest(command.name, words);
+    if (!request.fields.isValid())
+        return wish::Mistake{"The paths are not all in UTF-8, so they cannot be sent."};
+    return request;
+}
+
+Wish readFiles(std::string_view rest, const Places& places) {
+    return readPaths(rest, places, {"files", std::string_view::npos, "files PATH..."});
+}
+
+Wish readImage(std::string_view rest, const Places& places) {
+    return readPaths(rest, places, {"image", 1, "image PATH"});
+}
+
+Wish readFormats(std::string_view rest, const Places& places) {
+    return readPaths(rest, places, {"formats", std::string_view::npos, "formats PATH..."});
+}
+
+Wish readText(std::string_view rest, const Places&) {
+    // What follows the one separating blank is the text, further blanks included.
+    if (rest.size() <= 1)
+        return wish::Mistake{"Usage: text TEXT"};
+    return textRequest(rest.substr(1));
+}
+
+Wish readPrompt(std::string_view rest, const Places&) {
+    const std::string_view word = withoutLeadingBlanks(rest);
+    const std::string_view value = word.substr(0, word.find_last_not_of(blanks) + 1);
+    if (value != "on" && value != "off")
+        return wish::Mistake{"Usage: prompt on|off"};
+    return promptRequest(value == "on");
+}
+
+Wish readPing(std::string_view rest, const Places&) {
+    return isBlank(rest) ? Wish(pingRequest()) : wish::Mistake{"Usage: ping"};
+}
+
+Wish readDiscard(std::string_view rest, const Places&) {
+    return isBlank(rest) ? Wish(discardRequest()) : wish::Mistake{"Usage: discard"};
+}
+
+Wish readQuit(std::string_view rest, const Places&) {
+    return isBlank(rest) ? Wish(quitRequest()) : wish::Mistake{"Usage: quit"};
+}
+
+Wish readHelp(std::string_view, const Places&) {
+    return wish::Help{};
+}
+
+struct CommandReader {
+    std::string_view name;
+    Wish (*read)(std::string_view rest, const Places& places);
+};
+
+constexpr std::array commandReaders{
+    CommandReader{"text", readText},     CommandReader{"files", readFiles},
+    CommandReader{"image", readImage},   CommandReader{"formats", readFormats},
+    CommandReader{"ping", readPing},     CommandReader{"discard", readDiscard},
+    CommandReader{"prompt", readPrompt}, CommandReader{"quit", readQuit},
+    CommandReader{"help", readHelp},
+};
+
+std::filesystem::path currentDirectory() {
+    std::error_code error;
+    std::filesystem::path directory = std::filesystem::current_path(error);
+    return error ? std::filesystem::path("/") : directory;
+}
+
+} // namespace
+
+Places Places::ofThisProcess() {
+    return {currentDirectory(), g_get_home_dir()};
+}
+
+Wish readHumanCommand(std::string_view line, const Places& places) {
+    line = withoutLeadingBlanks(line);
+    if (line.empty())
+        return wish::Nothing{};
+    const std::string_view name = line.substr(0, line.find_first_of(blanks));
+    const auto* const command = std::ranges::find(commandReaders, name, &CommandReader::name);
+    if (command == commandReaders.end())
+        return wish::Mistake{"Unknown command " + quotedText(name) + ". Type help for the list."};
+    return command->read(line.substr(name.size()), places);
+}
+
+std::string_view humanCommandHelp() {
+    return "text TEXT        put the rest of the line on the pasteboard\n"
+           "files PATH...    put files on the pasteboard; paths are quoted as in a shell\n"
+           "image PATH       put an image on the pasteboard\n"
+           "formats PATH...  put one thing in several formats on the pasteboard, one file each\n"
+           "discard          forget the changes that were not reported yet\n"
+           "prompt on|off    ask for a name when a content is pasted as a file, or do not\n"
+           "ping             see whether the agent answers\n"
+           "quit             end the agent and the session\n"
+           "help             show this list\n";
+}
+
+} // namespace tavel

@@ -1,0 +1,119 @@
+#include "Console/Paragraph.h"
+
+#include "Console/HumanText.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+namespace tavel {
+
+namespace {
+
+/// The most paths that are shown of a selection.
+constexpr std::size_t longestPathList = 20;
+
+std::string numbered(std::uint64_t sequence) {
+    return "(#" + std::to_string(sequence) + ")";
+}
+
+std::string originOf(const std::string& marker) {
+    return marker.empty() ? std::string() : ", sent by " + quotedText(marker);
+}
+
+/// The size of an exported file. Empty for what has none, or is gone by now.
+std::string sizeOf(const std::string& path) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(path, error);
+    return error ? std::string() : " (" + humanSize(size) + ")";
+}
+
+std::string headlineOf(const message::PathsChange& change) {
+    if (change.kind == "files")
+        return counted(change.paths.size(), "file");
+    if (change.kind == "formats")
+        return counted(change.paths.size(), "format");
+    return visibleText(change.kind);
+}
+
+class Describer {
+public:
+    explicit Describer(std::string_view requestName) : requestName_(requestName) {}
+
+    Paragraph operator()(const message::Reply& reply) const {
+        std::string text = "[" + std::to_string(reply.requestID) + "]";
+        if (!requestName_.empty())
+            text += " " + visibleText(requestName_);
+        if (reply.ok)
+            return {text + ": done " + numbered(reply.sequence)};
+        return {text + ": failed: " + visibleText(reply.reason) + " " + numbered(reply.sequence),
+                Tone::failure};
+    }
+
+    Paragraph operator()(const message::Announcement& announcement) const {
+        return {"clipboard changed " + numbered(announcement.sequence) + originOf(announcement.marker),
+                Tone::dim};
+    }
+
+    Paragraph operator()(const message::TextChange& change) const {
+        return {"text, " + humanSize(change.text.size()) + ": " + quotedText(change.text)};
+    }
+
+    Paragraph operator()(const message::PathsChange& change) const {
+        std::string text = headlineOf(change) + ":";
+        const std::size_t shown = std::min(change.paths.size(), longestPathList);
+        for (std::size_t i = 0; i < shown; ++i) {
+            text += "\n  " + visibleText(change.paths[i]);
+            // The agent has made these files; the others are the user's, and there may be many.
+            if (change.kind != "files")
+                text += sizeOf(change.paths[i]);
+        }
+        if (shown < change.paths.size())
+            text += "\n  ... and " + std::to_string(change.paths.size() - shown) + " more";
+        return {text};
+    }
+
+    Paragraph operator()(const message::Log& log) const {
+        return {visibleText(log.level) + ": " + visibleText(log.text), Tone::warning};
+    }
+
+    Paragraph operator()(const message::FileRenamed& renamed) const {
+        return {"the content was pasted as a file " + numbered(renamed.sequence)};
+    }
+
+    Paragraph operator()(const message::Unintelligible& other) const {
+        return {"the agent said something unintelligible: " + quotedText(other.line), Tone::warning};
+    }
+
+private:
+    std::string_view requestName_;
+};
+
+std::string_view colorOf(Tone tone) {
+    switch (tone) {
+    case Tone::dim:
+        return "\x1b[2m";
+    case Tone::failure:
+        return "\x1b[31m";
+    case Tone::warning:
+        return "\x1b[33m";
+    case Tone::normal:
+        break;
+    }
+    return {};
+}
+
+} // namespace
+
+Paragraph describeMessage(const AgentMessage& message, std::string_view requestName) {
+    return std::visit(Describer(requestName), message);
+}
+
+std::string render(const Paragraph& paragraph, bool colored) {
+    const std::string_view color = colored ? colorOf(paragraph.tone) : std::string_view();
+    if (color.empty())
+        return paragraph.text + '\n';
+    return std::string(color) + paragraph.text + "\x1b[0m\n";
+}
+
+} // namespace tavel

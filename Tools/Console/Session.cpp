@@ -1,0 +1,178 @@
+#include "Console/Session.h"
+
+#include "Console/HumanText.h"
+#include "Support/Files.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+constexpr const char* promptText = "tavel> ";
+
+/// On a terminal the next prompt waits this long for the reply, because the reply reads better before it.
+constexpr std::chrono::milliseconds promptDelay{250};
+
+constexpr std::size_t readBytes = std::size_t{64} * 1024;
+
+bool isColorWanted() {
+    const char* const refused = std::getenv("NO_COLOR");
+    return isLineEditingPossible() && (refused == nullptr || *refused == '\0');
+}
+
+} // namespace
+
+Session::Session(const ConsoleOptions& options, const std::filesystem::path& agentExecutable)
+    : options_(options), places_(Places::ofThisProcess()), onTerminal_(isLineEditingPossible()),
+      colored_(isColorWanted()),
+      agent_(agentExecutable, options.pasteboard,
+             {[this](std::string_view line) { showRaw('>', line); },
+              [this](std::string_view line) { showRaw('<', line); },
+              [this](const AgentMessage& message, std::string_view name) { showSaid(message, name); },
+              [this](int status) { agentEnd_ = status; }}) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        signalWatches_.push_back(Watch::signal(number, [this] { interrupted_ = true; }));
+    signalWatches_.push_back(Watch::signal(SIGWINCH, [this] {
+        if (editor_ != nullptr)
+            editor_->resize();
+    }));
+}
+
+int Session::run() {
+    if (onTerminal_)
+        runOnTerminal();
+    else
+        runOnLines();
+    return end();
+}
+
+void Session::runOnTerminal() {
+    editor_ = std::make_unique<LineEditor>(promptText, [this] { return waitForKeyboard(); });
+    show({"The agent is running. Type help for the commands, quit or Ctrl-D to end.", Tone::dim});
+    while (!isOver()) {
+        const auto line = editor_->readLine();
+        if (!line)
+            return;
+        handleLine(*line);
+        runUntil([this] { return !agent_.hasOutstandingRequests() || isOver(); }, promptDelay);
+    }
+}
+
+void Session::runOnLines() {
+    while (!isOver() && waitForNextLine()) {
+        const std::vector<std::string> lines = std::exchange(pendingLines_, {});
+        for (const std::string& line : lines) {
+            handleLine(line);
+            if (!waitForReplies() || isOver())
+                return;
+        }
+    }
+}
+
+bool Session::isOver() const {
+    return agentEnd_ || interrupted_ || quitting_ || outputFailed_;
+}
+
+bool Session::waitForKeyboard() {
+    bool ready = false;
+    const Watch keyboard = Watch::readable(STDIN_FILENO, [&] { ready = true; });
+    while (!ready && !isOver())
+        g_main_context_iteration(nullptr, TRUE);
+    return !isOver();
+}
+
+/// Waits for as long as it takes. False at the end of input.
+bool Session::waitForNextLine() {
+    const auto keep = [this](std::string_view line) { pendingLines_.emplace_back(line); };
+    while (pendingLines_.empty() && !inputEnded_) {
+        if (!waitForKeyboard())
+            return false;
+        std::array<char, readBytes> buffer;
+        const ssize_t count = read(STDIN_FILENO, buffer.data(), buffer.size());
+        if (count > 0) {
+            inputLines_.append({buffer.data(), static_cast<std::size_t>(count)}, keep);
+        } else if (count == 0 || (errno != EINTR && errno != EAGAIN)) {
+            inputLines_.finish(keep);
+            inputEnded_ = true;
+        }
+    }
+    return !pendingLines_.empty();
+}
+
+/// False when the agent owes a reply and does not give it.
+bool Session::waitForReplies() {
+    const auto settled = [this] { return !agent_.hasOutstandingRequests() || agentEnd_ || interrupted_; };
+    unanswered_ = !runUntil(settled, options_.patience);
+    return !unanswered_;
+}
+
+/// Ends the agent where it still runs, and judges the session.
+int Session::end() {
+    agentEndExpected_ = agentEndExpected_ || !agentEnd_;
+    const bool endedByItself = !agent_.isRunning() || agent_.end(options_.patience);
+    editor_.reset();
+    if (!agentEndExpected_)
+        return complain("the agent ended unexpectedly: " + describeEnd(*agentEnd_));
+    if (unanswered_)
+        return complain("the agent does not answer");
+    if (!endedByItself)
+        return complain("the agent did not end by itself when its input ended");
+    if (agentEnd_ && *agentEnd_ != 0)
+        return complain("the agent ended with " + describeEnd(*agentEnd_));
+    if (outputFailed_)
+        return complain("standard output cannot be written");
+    return 0;
+}
+
+void Session::handleLine(std::string_view line) {
+    if (options_.raw && line.starts_with('{')) {
+        agent_.sendLine(line);
+        return;
+    }
+    Wish wish = readHumanCommand(line, places_);
+    if (auto* const request = std::get_if<Request>(&wish)) {
+        quitting_ = agentEndExpected_ = request->endsAgent;
+        agent_.send(std::move(*request));
+    } else if (const auto* const mistake = std::get_if<wish::Mistake>(&wish)) {
+        show({mistake->explanation, Tone::warning});
+    } else if (std::holds_alternative<wish::Help>(wish)) {
+        print(std::string(humanCommandHelp()));
+    }
+}
+
+void Session::showSaid(const AgentMessage& message, std::string_view requestName) {
+    if (!options_.raw)
+        show(describeMessage(message, requestName));
+}
+
+void Session::showRaw(char direction, std::string_view line) {
+    if (!options_.raw)
+        return;
+    // A program that reads this wants the very bytes; a terminal must not take them for orders.
+    std::string shown{direction, ' '};
+    shown += onTerminal_ ? visibleText(line) : std::string(line);
+    print(shown + '\n');
+}
+
+void Session::show(const Paragraph& paragraph) {
+    print(render(paragraph, colored_));
+}
+
+void Session::print(const std::string& lines) {
+    const bool printed = editor_ != nullptr ? editor_->print(lines) : writeAll(STDOUT_FILENO, lines);
+    outputFailed_ = outputFailed_ || !printed;
+}
+
+int Session::complain(std::string_view what) const {
+    static_cast<void>(writeAll(STDERR_FILENO, "tavel-console: " + std::string(what) + "\n"));
+    return 1;
+}
+
+} // namespace tavel

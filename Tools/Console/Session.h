@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Console/Agent.h"
+#include "Console/HumanCommand.h"
+#include "Console/LineEditor.h"
+#include "Console/Options.h"
+#include "Console/Paragraph.h"
+#include "Console/Watch.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tavel {
+
+/// One conversation between a person, or a script, and the agent. On a terminal it edits lines, and what the
+/// agent says comes whenever it comes. Otherwise it reads plain lines, and takes each only when the one
+/// before has its reply, so that the output has the order of the commands.
+class Session {
+public:
+    /// Starts the agent. Throws Error.
+    Session(const ConsoleOptions& options, const std::filesystem::path& agentExecutable);
+
+    /// Until the person or the agent ends it. Gives the exit status.
+    int run();
+
+private:
+    void runOnTerminal();
+    void runOnLines();
+
+    bool isOver() const;
+    bool waitForKeyboard();
+    bool waitForNextLine();
+    bool waitForReplies();
+    int end();
+
+    void handleLine(std::string_view line);
+    void showSaid(const AgentMessage& message, std::string_view requestName);
+    void showRaw(char direction, std::string_view line);
+    void show(const Paragraph& paragraph);
+    void print(const std::string& lines);
+    int complain(std::string_view what) const;
+
+    ConsoleOptions options_;
+    Places places_;
+    bool onTerminal_;
+    bool colored_;
+    std::vector<Watch> signalWatches_;
+    std::unique_ptr<LineEditor> editor_; // on a terminal only
+    std::vector<std::string> pendingLines_;
+    LineSplitter inputLines_;
+    bool inputEnded_ = false;
+    bool outputFailed_ = false;
+    bool interrupted_ = false;
+    bool quitting_ = false;
+    bool unanswered_ = false;
+    std::optional<int> agentEnd_;
+    bool agentEndExpected_ = false;
+    Agent agent_; // calls back, so it goes first
+};
+
+} // namespace tavel

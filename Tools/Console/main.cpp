@@ -1,0 +1,67 @@
+#include "Console/Demo.h"
+#include "Console/ExecutableDirectory.h"
+#include "Console/Options.h"
+#include "Console/Session.h"
+#include "Support/Error.h"
+#include "Support/Files.h"
+#include "Support/Process.h"
+
+#include <langinfo.h>
+#include <unistd.h>
+
+#include <clocale>
+#include <csignal>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+/// What is typed and shown is UTF-8, also where the user's locale does not say so.
+void useUtf8() {
+    for (const char* const locale : {"", "C.UTF-8", "en_US.UTF-8"}) {
+        if (std::setlocale(LC_CTYPE, locale) != nullptr && std::string_view(nl_langinfo(CODESET)) == "UTF-8")
+            return;
+    }
+}
+
+std::filesystem::path agentExecutable(const tavel::ConsoleOptions& options, const std::string& programName) {
+    if (options.agent)
+        return *options.agent;
+    return tavel::executableDirectory(programName) / "TavelClipboardAgent";
+}
+
+int play(const tavel::ConsoleOptions& options, const std::string& programName) {
+    tavel::Demo(
+        {agentExecutable(options, programName), tavel::executableDirectory(programName) / "tavel-pasteboard"},
+        options.patience)
+        .run();
+    return 0;
+}
+
+int run(const std::vector<std::string>& arguments, const std::string& programName) {
+    const auto parsed = tavel::parseConsoleArguments(arguments);
+    if (const auto* const usage = std::get_if<tavel::ConsoleUsage>(&parsed)) {
+        const bool written = tavel::writeAll(usage->status == 0 ? STDOUT_FILENO : STDERR_FILENO, usage->text);
+        return written ? usage->status : 1;
+    }
+    const auto& options = std::get<tavel::ConsoleOptions>(parsed);
+    if (options.demo)
+        return play(options, programName);
+    return tavel::Session(options, agentExecutable(options, programName)).run();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    tavel::reserveStandardDescriptors();
+    useUtf8();
+    std::signal(SIGPIPE, SIG_IGN); // an agent that is gone is noticed by its end
+    try {
+        return run(std::vector<std::string>(argv + 1, argv + argc), argv[0]);
+    } catch (const std::exception& error) {
+        static_cast<void>(
+            tavel::writeAll(STDERR_FILENO, std::string("tavel-console: ") + error.what() + "\n"));
+        return 1;
+    }
+}

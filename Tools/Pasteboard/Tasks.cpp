@@ -1,0 +1,126 @@
+#include "Pasteboard/Tasks.h"
+
+#include "Pasteboard/Input.h"
+#include "Platform/PasteboardTypes.h"
+#include "Support/Error.h"
+#include "Support/FileUrl.h"
+#include "Support/Files.h"
+#include "Support/Utf8.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& description) {
+    throw Error("Tavel", 1, description);
+}
+
+Representation loadRepresentation(const std::string& type, const std::string& file) {
+    Representation loaded{type, readInput(file)};
+    if (type == pasteboardType::string && !isUtf8(loaded.data.view()))
+        fail((file == standardInputName ? std::string("standard input") : file) + " is not text in UTF-8");
+    return loaded;
+}
+
+PasteboardItem fileItem(const std::string& given) {
+    // Lexically, because a link is copied as the link that was named and not as what it leads to.
+    const std::string path = std::filesystem::absolute(given).lexically_normal().string();
+    if (!fileExists(path))
+        fail(given + ": no such file or directory");
+    if (!isUtf8(path))
+        fail(given + ": the path is not in UTF-8, so no other application could read it");
+    return {{std::string(pasteboardType::fileUrl), Bytes::adopt(fileUrlFromPath(path))}};
+}
+
+/// One runs for the one task that was asked for.
+class Performer {
+public:
+    Performer(Pasteboard& pasteboard, int output) : pasteboard_(pasteboard), output_(output) {}
+
+    void operator()(const task::Copy& copy) { replaceContents({{loadRepresentation(copy.type, copy.file)}}); }
+
+    void operator()(const task::CopyFiles& copy) {
+        std::vector<PasteboardItem> items;
+        for (const std::string& path : copy.paths)
+            items.push_back(fileItem(path));
+        replaceContents(items);
+    }
+
+    void operator()(const task::Set& set) {
+        PasteboardItem item;
+        for (const auto& [type, file] : set.sources)
+            item.push_back(loadRepresentation(type, file));
+        replaceContents({item});
+    }
+
+    void operator()(const task::Paste& paste) {
+        // Of text an application gets what all items hold together; data is asked for item by item.
+        auto content = paste.type == pasteboardType::string ? pasteboard_.string(paste.type) : std::nullopt;
+        if (!content)
+            content = pasteboard_.data(paste.type);
+        if (!content)
+            fail("there is nothing of the type " + paste.type + " on the pasteboard");
+        write(content->view());
+    }
+
+    void operator()(const task::PasteFiles&) {
+        const std::vector<std::string> paths = pasteboard_.filePaths();
+        if (paths.empty())
+            fail("there are no files on the pasteboard");
+        writeLines(paths);
+    }
+
+    void operator()(const task::Types&) { writeLines(pasteboard_.types()); }
+
+    void operator()(const task::Count&) { writeLines({std::to_string(pasteboard_.changeCount())}); }
+
+    void operator()(const task::Clear&) {
+        const bool cleared = pasteboard_.update([this] {
+            pasteboard_.clearContents();
+            return true;
+        });
+        if (!cleared)
+            fail("the pasteboard cannot be cleared");
+    }
+
+private:
+    void replaceContents(const std::vector<PasteboardItem>& items) {
+        // One step for whoever watches: the empty pasteboard in between is never seen.
+        const bool written = pasteboard_.update([&] {
+            pasteboard_.clearContents();
+            return pasteboard_.writeItems(items);
+        });
+        if (!written)
+            fail("the pasteboard refused the content");
+    }
+
+    void writeLines(const std::vector<std::string>& lines) {
+        std::string text;
+        for (const std::string& line : lines)
+            text.append(line).append("\n");
+        write(text);
+    }
+
+    void write(std::string_view content) {
+        if (!writeAll(output_, content))
+            fail("standard output: " + std::generic_category().message(errno));
+    }
+
+    Pasteboard& pasteboard_;
+    int output_;
+};
+
+} // namespace
+
+void performTask(const PasteboardTask& task, Pasteboard& pasteboard, int output) {
+    std::visit(Performer(pasteboard, output), task);
+}
+
+} // namespace tavel
