@@ -1,5 +1,6 @@
 #include "PlatformHeadless/GlibEventLoop.h"
 
+#include <memory>
 #include <thread>
 #include <utility>
 
@@ -39,6 +40,9 @@ GlibEventLoop::GlibEventLoop() : context_(g_main_context_ref(g_main_context_defa
 }
 
 GlibEventLoop::~GlibEventLoop() {
+    // The main context goes on without this loop, and what its functions refer to may be gone by then.
+    for (GSource* const timer : std::exchange(timers_, {}))
+        g_source_destroy(timer);
     g_source_destroy(&postSource_->base);
     g_source_unref(&postSource_->base);
     g_main_context_unref(context_);
@@ -95,6 +99,8 @@ void GlibEventLoop::runPosted() {
 
 void GlibEventLoop::attachTimer(std::chrono::milliseconds delay, Function function, bool repeats) {
     struct Timer {
+        GlibEventLoop* loop;
+        GSource* source;
         Function function;
         bool repeats;
     };
@@ -107,7 +113,12 @@ void GlibEventLoop::attachTimer(std::chrono::milliseconds delay, Function functi
             timer->function();
             return timer->repeats ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
         },
-        new Timer{std::move(function), repeats}, [](gpointer data) { delete static_cast<Timer*>(data); });
+        new Timer{this, source, std::move(function), repeats},
+        [](gpointer data) {
+            const std::unique_ptr<Timer> timer(static_cast<Timer*>(data));
+            timer->loop->timers_.erase(timer->source);
+        });
+    timers_.insert(source);
     g_source_attach(source, context_);
     g_source_unref(source);
 }

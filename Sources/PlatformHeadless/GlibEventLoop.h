@@ -5,6 +5,7 @@
 #include <glib.h>
 
 #include <mutex>
+#include <unordered_set>
 #include <vector>
 
 namespace tavel {
@@ -35,6 +36,7 @@ private:
     GMainContext* context_;
     PostSource* postSource_;
     int longestWait_ = 0; // milliseconds, for the current pass
+    std::unordered_set<GSource*> timers_;
 
     // A queue of our own and not GLib's idle sources: its order is a promise here.
     std::mutex mutex_;

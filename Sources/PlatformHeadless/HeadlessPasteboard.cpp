@@ -65,8 +65,11 @@ std::int64_t HeadlessPasteboard::changeCount() {
     const bool current = countSnapshot_ != nullptr
                              ? countSnapshot_->renew()
                              : (countSnapshot_ = LmdbSnapshot::take(environment_)) != nullptr;
-    if (!current)
-        return 0;
+    if (!current) {
+        // Every reader's slot is taken. A write transaction needs none, and the count must not go back.
+        const auto transaction = LmdbWrite::begin(*environment_);
+        return transaction != nullptr ? contentOf(transaction->transaction()).changeCount() : 0;
+    }
     const std::int64_t count = contentOf(countSnapshot_->transaction()).changeCount();
     countSnapshot_->release();
     return count;
@@ -231,11 +234,13 @@ bool HeadlessPasteboard::update(const std::function<bool()>& steps) {
         return false;
     updateFailed_ = false;
     clearedInUpdate_ = false;
+    const auto ownCountBefore = ownCount_;
     bool done = false;
     try {
         done = steps();
     } catch (...) {
         updating_.reset();
+        ownCount_ = ownCountBefore;
         throw;
     }
     const bool committed = !updateFailed_ && updating_->commit();
@@ -243,7 +248,7 @@ bool HeadlessPasteboard::update(const std::function<bool()>& steps) {
     if (committed)
         return done;
     // Nothing of the update is there. The smaller step of only clearing needs almost no space.
-    ownCount_.reset();
+    ownCount_ = ownCountBefore;
     if (clearedInUpdate_)
         clear();
     return false;

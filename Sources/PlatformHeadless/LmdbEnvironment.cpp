@@ -1,6 +1,10 @@
 #include "PlatformHeadless/LmdbEnvironment.h"
 
+#include "PlatformHeadless/StoreFiles.h"
 #include "Support/Error.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <string>
 #include <utility>
@@ -14,6 +18,10 @@ constexpr std::size_t mapBytes = std::size_t{16} << 30;
 
 /// Every process that reads takes a slot or a few, and each large payload in use one more.
 constexpr unsigned readerSlots = 1000;
+
+/// Enough for those slots and LMDB's own record before them; a slot has the size of a processor's cache line,
+/// at most 128 bytes.
+constexpr std::size_t lockFileBytes = std::size_t{128} * 1024;
 
 void check(int status) {
     if (status != MDB_SUCCESS)
@@ -43,7 +51,12 @@ void LmdbEnvironment::open(const std::filesystem::path& directory) {
     // MDB_NOTLS: a payload that shares a snapshot may be let go on another thread than the one that took it.
     // The number is the layout's (StoredContent.h): a program with another layout uses a file of its own.
     const std::filesystem::path file = directory / "pasteboards-1.mdb";
-    check(mdb_env_open(environment_, file.c_str(), MDB_NOSUBDIR | MDB_NOTLS, 0600));
+    {
+        const StoreOpeningLock lock(directory);
+        removeUnfinishedStoreFile(file);
+        allocateLockFile(file.string() + "-lock", lockFileBytes);
+        check(mdb_env_open(environment_, file.c_str(), MDB_NOSUBDIR | MDB_NOTLS, 0600));
+    }
     int freedSlots = 0;
     check(mdb_reader_check(environment_, &freedSlots));
 
@@ -52,6 +65,25 @@ void LmdbEnvironment::open(const std::filesystem::path& directory) {
     const int status = mdb_dbi_open(transaction, nullptr, 0, &database_);
     mdb_txn_abort(transaction); // the main database's handle is valid from the start, and stays so
     check(status);
+}
+
+void LmdbEnvironment::releaseUnusedTail() const {
+    const auto lock = LmdbWrite::begin(*this); // nobody adds to the file meanwhile
+    if (lock == nullptr)
+        return;
+    MDB_envinfo info{};
+    MDB_stat statistics{};
+    int descriptor = -1;
+    struct stat status {};
+
+    if (mdb_env_info(environment_, &info) != MDB_SUCCESS ||
+        mdb_env_stat(environment_, &statistics) != MDB_SUCCESS ||
+        mdb_env_get_fd(environment_, &descriptor) != MDB_SUCCESS || fstat(descriptor, &status) != 0)
+        return;
+    // No view of the store, however old, reaches behind this page: the number only ever grows.
+    const auto usedBytes = static_cast<off_t>((info.me_last_pgno + 1) * statistics.ms_psize);
+    if (status.st_size > usedBytes)
+        static_cast<void>(ftruncate(descriptor, usedBytes)); // a longer file is no harm but to others' space
 }
 
 LmdbSnapshot::LmdbSnapshot(std::shared_ptr<const LmdbEnvironment> environment, MDB_txn* transaction)
@@ -90,7 +122,7 @@ std::unique_ptr<LmdbWrite> LmdbWrite::begin(const LmdbEnvironment& environment) 
     MDB_txn* transaction = nullptr;
     if (mdb_txn_begin(environment.handle(), nullptr, 0, &transaction) != MDB_SUCCESS)
         return nullptr;
-    return std::unique_ptr<LmdbWrite>(new LmdbWrite(transaction));
+    return std::unique_ptr<LmdbWrite>(new LmdbWrite(environment, transaction));
 }
 
 LmdbWrite::~LmdbWrite() {
@@ -99,7 +131,10 @@ LmdbWrite::~LmdbWrite() {
 }
 
 bool LmdbWrite::commit() {
-    return mdb_txn_commit(std::exchange(transaction_, nullptr)) == MDB_SUCCESS;
+    if (mdb_txn_commit(std::exchange(transaction_, nullptr)) == MDB_SUCCESS)
+        return true;
+    environment_.releaseUnusedTail();
+    return false;
 }
 
 } // namespace tavel

@@ -22,6 +22,10 @@ public:
     MDB_env* handle() const { return environment_; }
     MDB_dbi database() const { return database_; }
 
+    /// Gives the space back that a failed write took behind what is stored: LMDB leaves the file as long as
+    /// the write made it, and on a full disk that is all the space there was.
+    void releaseUnusedTail() const;
+
 private:
     void open(const std::filesystem::path& directory);
 
@@ -63,12 +67,14 @@ public:
 
     MDB_txn* transaction() const { return transaction_; }
 
-    /// False if it could not be made durable (no space); nothing of it is then there.
+    /// False if it could not be made durable (no space); nothing of it is then there, nor takes up space.
     bool commit();
 
 private:
-    explicit LmdbWrite(MDB_txn* transaction) : transaction_(transaction) {}
+    LmdbWrite(const LmdbEnvironment& environment, MDB_txn* transaction)
+        : environment_(environment), transaction_(transaction) {}
 
+    const LmdbEnvironment& environment_;
     MDB_txn* transaction_;
 };
 
