@@ -1,0 +1,71 @@
+#include "Tests/Conformance/PasteboardConformance.h"
+
+#include "Platform/PasteboardTypes.h"
+#include "Support/Uuid.h"
+
+#include <algorithm>
+#include <random>
+
+namespace tavel {
+
+namespace {
+
+std::optional<std::string> stringFrom(const std::optional<Bytes>& bytes) {
+    return bytes ? std::optional<std::string>(bytes->view()) : std::nullopt;
+}
+
+} // namespace
+
+void PrintTo(const PasteboardBackendMaker& maker, std::ostream* out) {
+    *out << maker.label;
+}
+
+std::string backendLabel(const testing::TestParamInfo<PasteboardBackendMaker>& info) {
+    return info.param.label;
+}
+
+PasteboardConformance::PasteboardConformance()
+    : backend(GetParam().make()), name("net.example.test." + makeUuid()), ours(backend->open(name)),
+      theirs(backend->openElsewhere(name)) {}
+
+void PasteboardConformance::copyText(Pasteboard& pasteboard, std::string_view text) {
+    pasteboard.clearContents();
+    ASSERT_TRUE(pasteboard.setString(text, pasteboardType::string));
+}
+
+Representation PasteboardConformance::representation(std::string_view type, std::string_view data) {
+    return {std::string(type), Bytes::copyOf(data)};
+}
+
+PasteboardItem PasteboardConformance::textItem(std::string_view text) {
+    return {representation(pasteboardType::string, text)};
+}
+
+PasteboardItem PasteboardConformance::fileUrlItem(std::string_view url) {
+    return {representation(pasteboardType::fileUrl, url)};
+}
+
+std::optional<std::string> PasteboardConformance::dataOf(Pasteboard& pasteboard, std::string_view type) {
+    return stringFrom(pasteboard.data(type));
+}
+
+std::optional<std::string> PasteboardConformance::textOf(Pasteboard& pasteboard, std::string_view type) {
+    return stringFrom(pasteboard.string(type));
+}
+
+std::optional<std::string> PasteboardConformance::textOf(Pasteboard& pasteboard) {
+    return textOf(pasteboard, pasteboardType::string);
+}
+
+Bytes PasteboardConformance::patternOf(std::size_t size, std::uint32_t seed) {
+    std::minstd_rand random(seed);
+    std::string pattern(size, '\0');
+    std::ranges::generate(pattern, [&] { return static_cast<char>(random() >> 8); });
+    return Bytes::adopt(std::move(pattern));
+}
+
+// A backend need not be able to do what these two suites ask.
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(UpdateIsolationConformance);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(GeneralPasteboardConformance);
+
+} // namespace tavel

@@ -1,0 +1,175 @@
+#include "Tests/Protocol/AgentTest.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <csignal>
+#include <set>
+
+namespace tavel {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class ExportDirectory : public AgentTest {
+protected:
+    fs::path onlyExportDirectory() const {
+        const auto found = exportDirectories();
+        EXPECT_EQ(found.size(), 1u);
+        return found.empty() ? fs::path() : found.front();
+    }
+
+    static mode_t modeOf(const fs::path& path) {
+        struct stat status {};
+        EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
+        return status.st_mode;
+    }
+
+    static std::set<fs::path> exportDirectoriesOfTheMachine() {
+        std::set<fs::path> found;
+        for (const auto& entry : fs::directory_iterator("/tmp")) {
+            if (entry.path().filename().string().starts_with("tavel-clipboard-"))
+                found.insert(entry.path());
+        }
+        return found;
+    }
+
+    /// The machine's own directory may hold directories of other agents, which come and go meanwhile.
+    void expectInTmp(const std::optional<std::string>& variable) {
+        const auto before = exportDirectoriesOfTheMachine();
+        AgentProcess::Options changed = options();
+        changed.environment["TMPDIR"] = variable;
+        AgentProcess& agent = start(changed);
+        std::set<fs::path> fresh = exportDirectoriesOfTheMachine();
+        std::erase_if(fresh, [&](const fs::path& path) { return before.contains(path); });
+        agent.closeInput();
+        EXPECT_EQ(agent.waitForExit(), 0);
+        EXPECT_TRUE(std::ranges::any_of(fresh, [](const fs::path& path) { return !fs::exists(path); }));
+        EXPECT_TRUE(exportDirectories().empty());
+    }
+};
+
+TEST_F(ExportDirectory, isNamedAfterARandomUuid) {
+    start();
+    const std::string digit = "[0-9A-F]";
+    EXPECT_THAT(onlyExportDirectory().filename().string(),
+                testing::MatchesRegex("tavel-clipboard-" + repeated(digit, 8) + "-" + repeated(digit, 4) +
+                                      "-4" + repeated(digit, 3) + "-[89AB]" + repeated(digit, 3) + "-" +
+                                      repeated(digit, 12)));
+}
+
+TEST_F(ExportDirectory, isPrivateWhateverTheUmask) {
+    AgentProcess::Options open = options();
+    open.launcher = {"/bin/sh", "-c", R"(umask 0; exec "$0" "$@")"};
+    start(open);
+    EXPECT_EQ(modeOf(onlyExportDirectory()), mode_t{S_IFDIR | 0700});
+}
+
+TEST_F(ExportDirectory, isEachAgentsOwn) {
+    AgentProcess& first = start();
+    start();
+    start(options({}));
+    EXPECT_EQ(exportDirectories().size(), 3u);
+    first.closeInput();
+    EXPECT_EQ(first.waitForExit(), 0);
+    EXPECT_EQ(exportDirectories().size(), 2u);
+}
+
+TEST_F(ExportDirectory, comesWithTheDirectoriesAboveIt) {
+    AgentProcess::Options deep = options();
+    const fs::path temporary = directory_.temporaryDirectory() / "not" / "there";
+    deep.environment["TMPDIR"] = temporary;
+    AgentProcess& agent = start(deep);
+    EXPECT_EQ(std::distance(fs::directory_iterator(temporary), {}), 1);
+    agent.closeInput();
+    EXPECT_EQ(agent.waitForExit(), 0);
+    EXPECT_TRUE(fs::is_empty(temporary));
+}
+
+TEST_F(ExportDirectory, standsInTmpWithoutATemporaryDirectory) {
+    expectInTmp(std::nullopt);
+}
+
+TEST_F(ExportDirectory, standsInTmpWhenTheTemporaryDirectoryIsEmpty) {
+    expectInTmp("");
+}
+
+TEST_F(ExportDirectory, standsInTmpWhenTheTemporaryDirectoryIsRelative) {
+    expectInTmp("temporary");
+}
+
+TEST_F(ExportDirectory, isRemovedAtEndOfInput) {
+    AgentProcess& agent = start();
+    onlyExportDirectory();
+    agent.closeInput();
+    EXPECT_EQ(agent.waitForExit(), 0);
+    EXPECT_TRUE(fs::is_empty(directory_.temporaryDirectory()));
+}
+
+TEST_F(ExportDirectory, isRemovedAfterQuit) {
+    AgentProcess& agent = start();
+    onlyExportDirectory();
+    EXPECT_EQ(request(agent, {{"command", "quit"}}), success(0));
+    EXPECT_EQ(agent.waitForExit(), 0);
+    EXPECT_TRUE(fs::is_empty(directory_.temporaryDirectory()));
+}
+
+TEST_F(ExportDirectory, isRemovedWhenTheInputWasNeverOpen) {
+    AgentProcess& agent = launch(options());
+    agent.closeInput();
+    EXPECT_EQ(agent.waitForExit(), 0);
+    EXPECT_TRUE(fs::is_empty(directory_.temporaryDirectory()));
+}
+
+TEST_F(ExportDirectory, isRemovedWithEverythingInItButNotWhatLinksLeadTo) {
+    AgentProcess& agent = start();
+    const fs::path exports = onlyExportDirectory();
+    const fs::path elsewhere = directory_.createFile("elsewhere/file");
+    directory_.createFile(exports / "sub" / "deeper" / "file");
+    directory_.createFile(exports / "file");
+    fs::create_directory_symlink(elsewhere.parent_path(), exports / "link");
+    fs::create_symlink(elsewhere, exports / "sub" / "link");
+    agent.closeInput();
+    EXPECT_EQ(agent.waitForExit(), 0);
+    EXPECT_TRUE(fs::is_empty(directory_.temporaryDirectory()));
+    EXPECT_TRUE(fs::exists(elsewhere));
+}
+
+TEST_F(ExportDirectory, isTheOnlyOneThatIsRemoved) {
+    const fs::path other =
+        directory_.temporaryDirectory() / "tavel-clipboard-00000000-0000-4000-8000-000000000000";
+    fs::create_directory(other);
+    AgentProcess& killed = start();
+    killed.signal(SIGKILL);
+    killed.waitForExit();
+    EXPECT_EQ(exportDirectories().size(), 2u);
+    AgentProcess& agent = start();
+    agent.closeInput();
+    EXPECT_EQ(agent.waitForExit(), 0);
+    EXPECT_EQ(exportDirectories().size(), 2u);
+    EXPECT_TRUE(fs::exists(other));
+}
+
+TEST_F(ExportDirectory, mayBeGoneAtTheEnd) {
+    AgentProcess& agent = start();
+    fs::remove(onlyExportDirectory());
+    agent.closeInput();
+    EXPECT_EQ(agent.waitForExit(), 0);
+}
+
+TEST_F(ExportDirectory, isDoneWithoutWhereItCannotBeCreated) {
+    AgentProcess::Options impossible = options();
+    impossible.environment["TMPDIR"] = directory_.createFile("file") / "below";
+    AgentProcess& agent = start(impossible);
+    EXPECT_EQ(request(agent, {{"command", "write_text"}, {"text_b64", "aGk"}, {"marker", ""}}), success(1));
+    const std::int64_t sequence = otherApplication().copyText("a");
+    EXPECT_EQ(agent.nextMessage(), announcement(sequence));
+    EXPECT_EQ(agent.nextMessage(), textEvent("YQ", 1, sequence));
+    agent.closeInput();
+    EXPECT_EQ(agent.waitForExit(), 0);
+}
+
+} // namespace
+
+} // namespace tavel

@@ -1,0 +1,82 @@
+#include "Tests/Protocol/OtherApplication.h"
+
+#include "PlatformHeadless/StoreDirectory.h"
+
+#include <stdexcept>
+
+namespace tavel {
+
+namespace {
+
+std::filesystem::path prepared(const std::filesystem::path& store) {
+    preparePasteboardStoreDirectory(store);
+    return store;
+}
+
+} // namespace
+
+Representation representation(std::string_view type, std::string_view data) {
+    return {std::string(type), Bytes::copyOf(data)};
+}
+
+PasteboardItem textItem(std::string_view text) {
+    return {representation("public.utf8-plain-text", text)};
+}
+
+PasteboardItem urlItem(std::string_view url) {
+    return {representation("public.file-url", url)};
+}
+
+OtherApplication::OtherApplication(const std::filesystem::path& store)
+    : environment_(std::make_shared<const LmdbEnvironment>(prepared(store))) {}
+
+std::int64_t OtherApplication::copy(const std::vector<PasteboardItem>& items, const PasteboardName& name) {
+    HeadlessPasteboard pasteboard(environment_, name);
+    std::int64_t count = 0;
+    const bool copied = pasteboard.update([&] {
+        count = pasteboard.clearContents();
+        return pasteboard.writeItems(items);
+    });
+    if (!copied)
+        throw std::runtime_error("The copy failed.");
+    return count;
+}
+
+std::int64_t OtherApplication::copyText(std::string_view text, const PasteboardName& name) {
+    return copy({textItem(text)}, name);
+}
+
+std::int64_t OtherApplication::addType(std::string_view type, std::string_view data,
+                                       const PasteboardName& name) {
+    HeadlessPasteboard pasteboard(environment_, name);
+    const Representation added = representation(type, data);
+    if (!pasteboard.addTypes({&added, 1}))
+        throw std::runtime_error("The type was not added.");
+    return pasteboard.changeCount();
+}
+
+std::int64_t OtherApplication::changeCount(const PasteboardName& name) const {
+    return HeadlessPasteboard(environment_, name).changeCount();
+}
+
+std::vector<std::vector<TypeAndData>> OtherApplication::content(const PasteboardName& name) const {
+    // The pasteboard's own interface does not tell apart the items behind the first one.
+    const auto snapshot = LmdbSnapshot::take(environment_);
+    if (snapshot == nullptr)
+        throw std::runtime_error("The pasteboard store cannot be read.");
+    const BoardKey key(name);
+    std::vector<std::vector<TypeAndData>> items;
+    StoredContent(snapshot->transaction(), environment_->database(), key).forEach([&](const auto& entry) {
+        items.resize(entry.item + std::size_t{1});
+        items.back().emplace_back(entry.type, entry.data);
+        return true;
+    });
+    return items;
+}
+
+std::optional<std::string> OtherApplication::text(const PasteboardName& name) const {
+    const auto text = HeadlessPasteboard(environment_, name).string("public.utf8-plain-text");
+    return text ? std::optional<std::string>(text->view()) : std::nullopt;
+}
+
+} // namespace tavel

@@ -1,0 +1,118 @@
+#include "Tests/Protocol/AgentTest.h"
+
+namespace tavel {
+
+namespace {
+
+class Output : public AgentTest {
+protected:
+    /// The JSON written again without any white space, with its slashes escaped.
+    static std::string compact(const std::string& line) {
+        std::string text;
+        for (const char c : nlohmann::ordered_json::parse(line).dump()) {
+            if (c == '/')
+                text += '\\';
+            text += c;
+        }
+        return text;
+    }
+
+    static void sendPings(AgentProcess& agent, std::uint64_t count) {
+        std::string lines;
+        for (std::uint64_t requestID = 0; requestID < count; ++requestID)
+            lines += pingLine(requestID);
+        agent.send(lines);
+    }
+
+    static void expectPingReplies(AgentProcess& agent, std::uint64_t count) {
+        for (std::uint64_t requestID = 0; requestID < count; ++requestID)
+            ASSERT_EQ(agent.nextMessage(), pingReply(requestID));
+    }
+
+    static constexpr int smallestPipe = 4096;
+};
+
+TEST_F(Output, isOneCompactLinePerMessage) {
+    AgentProcess& agent = start();
+    otherApplication().copy(
+        {{representation("public.utf8-plain-text", "???\n???"),
+          representation(originMarkerType, "a: {\"b\", \\c/}\n\t\x01 \x7F\u00E9\u2028\U0001F600")}});
+    for (int message = 0; message < 2; ++message) {
+        const auto line = agent.nextLine();
+        ASSERT_TRUE(line);
+        EXPECT_EQ(*line, compact(*line));
+    }
+    agent.send(R"({"command":"nonsense","request_id":7})"
+               "\n");
+    const auto line = agent.nextLine();
+    ASSERT_TRUE(line);
+    EXPECT_EQ(*line, compact(*line));
+}
+
+TEST_F(Output, escapesSlashes) {
+    AgentProcess& agent = start();
+    otherApplication().copyText("???");
+    agent.nextMessage();
+    EXPECT_THAT(agent.nextLine().value_or(""), testing::HasSubstr(R"("text_b64":"Pz8\/")"));
+    otherApplication().copy({urlItem("file:///a/b")});
+    agent.nextMessage();
+    EXPECT_THAT(agent.nextLine().value_or(""), testing::HasSubstr(R"("paths":["\/a\/b"])"));
+}
+
+TEST_F(Output, writesFrenchTextsAsTheyAreSpelt) {
+    AgentProcess& agent = start();
+    agent.send(R"({"command":"write_files","request_id":7,"expected_sequence":99})"
+               "\n");
+    EXPECT_THAT(
+        agent.nextLine().value_or(""),
+        testing::HasSubstr("\"reason\":\"Le presse-papiers local a chang\u00E9 pendant le transfert\""));
+}
+
+TEST_F(Output, reachesAParentThatReadsAFewBytesAtATime) {
+    AgentProcess::Options narrow = options();
+    narrow.outputPipeBytes = smallestPipe;
+    AgentProcess& agent = start(narrow);
+    agent.setReadSize(7);
+    const std::int64_t sequence = otherApplication().copyText(repeated("abc", 50'000));
+    EXPECT_EQ(agent.nextMessage(), announcement(sequence));
+    EXPECT_EQ(agent.nextMessage(), textEvent(repeated("YWJj", 50'000), 150'000, sequence));
+    expectSilence(agent);
+}
+
+TEST_F(Output, reachesAParentThatStoppedReadingForAWhile) {
+    AgentProcess::Options narrow = options();
+    narrow.outputPipeBytes = smallestPipe;
+    AgentProcess& agent = start(narrow);
+    constexpr std::uint64_t count = 5000;
+    sendPings(agent, count);
+    agent.waitUntilIdle();
+    EXPECT_GT(agent.unreadOutputBytes(), smallestPipe / 2);
+    agent.setReadSize(100);
+    expectPingReplies(agent, count);
+}
+
+TEST_F(Output, waitsForAStalledParentInNonBlockingModeToo) {
+    AgentProcess::Options narrow = options();
+    narrow.outputPipeBytes = smallestPipe;
+    narrow.nonBlockingPipes = true;
+    AgentProcess& agent = start(narrow);
+    constexpr std::uint64_t count = 5000;
+    sendPings(agent, count);
+    agent.waitUntilIdle();
+    EXPECT_GT(agent.unreadOutputBytes(), smallestPipe / 2);
+    agent.setReadSize(100);
+    expectPingReplies(agent, count);
+}
+
+TEST_F(Output, keepsALargeMessageWholeInNonBlockingMode) {
+    AgentProcess::Options nonBlocking = options();
+    nonBlocking.nonBlockingPipes = true;
+    AgentProcess& agent = start(nonBlocking);
+    const std::int64_t sequence = otherApplication().copyText(repeated("abc", 1'000'000));
+    EXPECT_EQ(agent.nextMessage(), announcement(sequence));
+    EXPECT_EQ(agent.nextMessage(), textEvent(repeated("YWJj", 1'000'000), 3'000'000, sequence));
+}
+
+} // namespace
+
+} // namespace tavel

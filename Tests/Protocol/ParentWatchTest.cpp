@@ -1,0 +1,94 @@
+#include "Tests/Protocol/AgentTest.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace tavel {
+
+namespace {
+
+class ParentWatch : public AgentTest {
+protected:
+    /// An agent whose parent is a shell, which can die while this process holds the agent's pipes open. The
+    /// shell adds `furtherArguments` to the agent's.
+    AgentProcess& startBelowShell(const std::string& furtherArguments) {
+        AgentProcess::Options below = options();
+        // A shell gives a background process an empty input unless it is told another one.
+        below.launcher = {"/bin/sh", "-c", R"(exec 3<&0; "$0" "$@" )" + furtherArguments + " <&3 & wait"};
+        return start(below);
+    }
+
+    static void killShell(AgentProcess& agent) {
+        agent.signal(SIGKILL);
+        ASSERT_TRUE(WIFSIGNALED(agent.waitForExit()));
+    }
+
+    /// The poll that reports a change looks for the parent first.
+    void expectPolling(AgentProcess& agent) {
+        const std::int64_t sequence = otherApplication().copyText("hi");
+        EXPECT_EQ(agent.nextMessage(), announcement(sequence));
+        EXPECT_EQ(agent.nextMessage(), textEvent("aGk", 2, sequence));
+        expectSilence(agent);
+    }
+
+    void expectSurvivingItsParent(const std::string& furtherArguments) {
+        AgentProcess& agent = startBelowShell(furtherArguments);
+        killShell(agent);
+        expectPolling(agent);
+        agent.closeInput();
+        EXPECT_EQ(agent.nextLine(), std::nullopt);
+        EXPECT_TRUE(exportDirectories().empty());
+    }
+};
+
+TEST_F(ParentWatch, endsTheAgentWhenItsParentDies) {
+    AgentProcess& agent = startBelowShell("--parent-pid $$");
+    expectPolling(agent);
+    EXPECT_EQ(exportDirectories().size(), 1u);
+    killShell(agent);
+    // Only the agent still held the output open.
+    EXPECT_EQ(agent.nextLine(), std::nullopt);
+    EXPECT_TRUE(exportDirectories().empty());
+}
+
+TEST_F(ParentWatch, letsTheAgentRunWhileItsParentLives) {
+    AgentProcess& agent =
+        start(options({"--test-pasteboard", *sharedPasteboard, "--parent-pid", std::to_string(getpid())}));
+    expectPolling(agent);
+    expectPolling(agent);
+}
+
+TEST_F(ParentWatch, endsTheAgentAtOnceBelowAnotherParent) {
+    AgentProcess& agent = launch(options({"--parent-pid", "2147483647"}));
+    EXPECT_EQ(agent.waitForExit(), 0);
+    EXPECT_EQ(agent.remainingMessages(), std::vector<Json>());
+    EXPECT_TRUE(exportDirectories().empty());
+}
+
+TEST_F(ParentWatch, beginsWithTheIdentifier2) {
+    // Unless that happens to be this very process.
+    const std::string smallest = getpid() == 2 ? "3" : "2";
+    EXPECT_EQ(launch(options({"--parent-pid", smallest})).waitForExit(), 0);
+}
+
+TEST_F(ParentWatch, isOffWithoutAnIdentifier) {
+    expectSurvivingItsParent("");
+}
+
+TEST_F(ParentWatch, isOffForTheIdentifier0) {
+    expectSurvivingItsParent("--parent-pid 0");
+}
+
+TEST_F(ParentWatch, isOffForTheIdentifier1) {
+    expectSurvivingItsParent("--parent-pid 1");
+}
+
+TEST_F(ParentWatch, isOffForANegativeIdentifier) {
+    expectSurvivingItsParent("--parent-pid -$$");
+}
+
+} // namespace
+
+} // namespace tavel

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace tavel {
+
+/// A fresh directory in which a test and the programs that it starts are on their own: it holds a runtime
+/// directory, where their pasteboards live, and a directory for temporary files. Removed with this object.
+class TestDirectory {
+public:
+    TestDirectory();
+    ~TestDirectory();
+    TestDirectory(const TestDirectory&) = delete;
+    TestDirectory& operator=(const TestDirectory&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path runtimeDirectory() const { return path_ / "runtime"; }     // mode 0700
+    std::filesystem::path temporaryDirectory() const { return path_ / "temporary"; } // mode 0700
+
+    /// Where the programs that get `environment` keep their pasteboards. It may not exist.
+    std::filesystem::path pasteboardStore() const { return runtimeDirectory() / "tavel-pasteboard"; }
+
+    /// What leads a program here: XDG_RUNTIME_DIR and TMPDIR.
+    std::map<std::string, std::optional<std::string>> environment() const;
+
+    /// Creates a file below `path` with that content, and the directories that lead to it.
+    std::filesystem::path createFile(const std::filesystem::path& name,
+                                     const std::string& content = {}) const;
+
+private:
+    std::filesystem::path path_;
+};
+
+} // namespace tavel

@@ -1,0 +1,160 @@
+#include "Tests/Tools/RunningTool.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <string_view>
+
+namespace tavel {
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// Masks what differs from one run to the next: the change counts, and the name of the temporary directory.
+std::string withoutChance(std::string text) {
+    for (std::size_t at = text.find('#'); at != std::string::npos; at = text.find('#', at + 1))
+        text.erase(at + 1, text.find_first_not_of("0123456789", at + 1) - at - 1);
+    constexpr std::string_view directory = "/tavel-console-";
+    for (std::size_t at = text.find(directory); at != std::string::npos; at = text.find(directory, at + 1))
+        text.erase(at + directory.size(), text.find('/', at + 1) - at - directory.size());
+    return text;
+}
+
+class ConsoleDemoTest : public testing::Test {
+protected:
+    ToolResult demo(std::vector<std::string> arguments = {}) const {
+        arguments.insert(arguments.begin(), {TAVEL_CONSOLE, "--demo", "--patience", "5"});
+        return runTool(world_, arguments);
+    }
+
+    /// An agent that answers like the true one, except for what the script does to its output.
+    std::string distortedAgent(const std::string& distortion) const {
+        const std::filesystem::path agent =
+            std::filesystem::path(TAVEL_CONSOLE).parent_path() / "TavelClipboardAgent";
+        // Its parent is the script's shell here, so the identifier that the console passed is left out.
+        return world_.writeScript("agent", "shift 2\n'" + agent.string() + "' \"$@\" | " + distortion + "\n");
+    }
+
+    bool isTidy() const { return std::filesystem::is_empty(world_.temporaryDirectory()); }
+
+    World world_;
+};
+
+TEST_F(ConsoleDemoTest, PlaysToTheEnd) {
+    const ToolResult result = demo();
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.output, HasSubstr("  > text Bonjour à tous, voilà l’été\n  [2] text: done (#1)\n"));
+    EXPECT_THAT(result.output, HasSubstr("pasted: \"Bonjour à tous, voilà l’été\"\n"));
+    EXPECT_THAT(result.output, HasSubstr("  text, 66 bytes: \"Shopping list:\\n\\t- bread\\n"));
+    EXPECT_THAT(result.output, HasSubstr("  2 files:\n"));
+    EXPECT_THAT(result.output,
+                EndsWith("  the agent ended with exit status 0\n\nEverything happened as expected.\n"));
+}
+
+TEST_F(ConsoleDemoTest, TellsTheSameEachTime) {
+    EXPECT_EQ(withoutChance(demo().output), withoutChance(demo().output));
+}
+
+TEST_F(ConsoleDemoTest, LeavesNothingBehind) {
+    runTool(world_, {TAVEL_PASTEBOARD, "copy"}, "mine");
+    RunningTool console(world_, {TAVEL_CONSOLE, "--demo"});
+    const std::string name = "tavel-console-demo-" + std::to_string(console.processIdentifier());
+    EXPECT_EQ(console.finish().status, 0);
+    EXPECT_TRUE(isTidy());
+    EXPECT_EQ(runTool(world_, {TAVEL_PASTEBOARD, "paste"}).output, "mine");
+    // Four contents were there, and the clearing is the fifth.
+    EXPECT_EQ(runTool(world_, {TAVEL_PASTEBOARD, "--pasteboard", name, "count"}).output, "5\n");
+    EXPECT_EQ(runTool(world_, {TAVEL_PASTEBOARD, "--pasteboard", name, "types"}).output, "");
+}
+
+TEST_F(ConsoleDemoTest, NoticesAMissingAgent) {
+    const ToolResult result = demo({"--agent", "/nowhere"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tavel-console: Cannot start /nowhere: No such file or directory\n");
+    EXPECT_TRUE(isTidy());
+}
+
+TEST_F(ConsoleDemoTest, NoticesAnAgentThatDies) {
+    const ToolResult result = demo({"--agent", world_.writeScript("agent", "read line\nkill -9 $$\n")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tavel-console: The agent ended unexpectedly: signal 9 (Killed)\n");
+    EXPECT_TRUE(isTidy());
+}
+
+TEST_F(ConsoleDemoTest, NoticesASilentAgent) {
+    const std::string agent = world_.writeScript("agent", "while read line; do :; done\n");
+    const ToolResult result = runTool(world_, {TAVEL_CONSOLE, "--demo", "--patience", "1", "--agent", agent});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tavel-console: Waited in vain for a reply.\n");
+    EXPECT_TRUE(isTidy());
+}
+
+TEST_F(ConsoleDemoTest, NoticesAMissingEvent) {
+    const std::string agent = distortedAgent("grep --line-buffered -v text_b64");
+    const ToolResult result = runTool(world_, {TAVEL_CONSOLE, "--demo", "--patience", "1", "--agent", agent});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tavel-console: Waited in vain for the copied text.\n");
+    EXPECT_THAT(result.output, EndsWith("  clipboard changed (#3)\n"));
+    EXPECT_TRUE(isTidy());
+}
+
+TEST_F(ConsoleDemoTest, NoticesWrongContent) {
+    const ToolResult result = demo({"--agent", distortedAgent("sed -u 's/text_b64\":\"U/text_b64\":\"V/'")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tavel-console: The agent told of another text.\n");
+    EXPECT_TRUE(isTidy());
+}
+
+TEST_F(ConsoleDemoTest, NoticesWhatShouldNotCome) {
+    const std::string event = R"({"event":"log","level":"warning","message":"surprise"})";
+    const ToolResult result = demo({"--agent", distortedAgent("sed -u '2i " + event + "'")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tavel-console: The agent did not reply to the command.\n");
+    EXPECT_THAT(result.output, EndsWith("  warning: surprise\n"));
+    EXPECT_TRUE(isTidy());
+}
+
+TEST_F(ConsoleDemoTest, NoticesAFailedCommand) {
+    const ToolResult result = demo({"--agent", distortedAgent("sed -u '2s/\"ok\":true/\"ok\":false/'")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tavel-console: The agent could not carry out the command.\n");
+}
+
+TEST_F(ConsoleDemoTest, NoticesAnotherExitStatus) {
+    const ToolResult result = demo({"--agent", distortedAgent("cat; exit 5")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tavel-console: The agent ended in another way than it should.\n");
+}
+
+TEST_F(ConsoleDemoTest, CanBeInterrupted) {
+    RunningTool console(world_, {TAVEL_CONSOLE, "--demo", "--agent",
+                                 world_.writeScript("agent", "while read line; do :; done\n")});
+    console.waitForOutput("> ping\n");
+    console.sendSignal(SIGINT);
+    const ToolResult result = console.finish();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tavel-console: Interrupted.\n");
+    EXPECT_TRUE(isTidy());
+}
+
+TEST_F(ConsoleDemoTest, NoticesAMissingNeighbour) {
+    const std::filesystem::path copy = world_.directory() / "tavel-console";
+    std::filesystem::copy_file(TAVEL_CONSOLE, copy);
+    std::filesystem::create_symlink(std::filesystem::path(TAVEL_CONSOLE).parent_path() /
+                                        "TavelClipboardAgent",
+                                    world_.directory() / "TavelClipboardAgent");
+    const ToolResult result = runTool(world_, {copy.string(), "--demo"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, HasSubstr("tavel-pasteboard: No such file or directory"));
+    EXPECT_TRUE(isTidy());
+}
+
+} // namespace
+
+} // namespace tavel

@@ -1,0 +1,129 @@
+#include "Console/HumanCommand.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+namespace tavel {
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+
+Wish wishFor(std::string_view line) {
+    return readHumanCommand(line, {"/work/here", "/home/me"});
+}
+
+/// The fields of the request that the line leads to.
+json requestFor(std::string_view line) {
+    Wish wish = wishFor(line);
+    auto* const request = std::get_if<Request>(&wish);
+    if (request == nullptr)
+        return "no request";
+    const std::string text = request->fields.takeLine();
+    return json::parse(text);
+}
+
+std::string mistakeIn(std::string_view line) {
+    const Wish wish = wishFor(line);
+    const auto* const mistake = std::get_if<wish::Mistake>(&wish);
+    return mistake != nullptr ? mistake->explanation : "no mistake";
+}
+
+json pathsOf(std::string_view line) {
+    return requestFor(line).value("paths", json());
+}
+
+TEST(HumanCommand, MakesTheRequestsWithoutFields) {
+    EXPECT_EQ(requestFor("ping"), json({{"command", "ping"}}));
+    EXPECT_EQ(requestFor("  ping  "), json({{"command", "ping"}}));
+    EXPECT_EQ(requestFor("discard"), json({{"command", "discard_pending"}}));
+    EXPECT_EQ(requestFor("quit"), json({{"command", "quit"}}));
+}
+
+TEST(HumanCommand, OnlyQuitEndsTheAgent) {
+    EXPECT_TRUE(std::get<Request>(wishFor("quit")).endsAgent);
+    EXPECT_FALSE(std::get<Request>(wishFor("ping")).endsAgent);
+}
+
+TEST(HumanCommand, SendsTheRestOfTheLineAsText) {
+    EXPECT_EQ(requestFor("text Bonjour"),
+              json({{"command", "write_text"}, {"text_b64", "Qm9uam91cg"}, {"marker", "tavel-console"}}));
+    EXPECT_EQ(requestFor("text  a 'b' "), json({{"command", "write_text"},
+                                                {"text_b64", "IGEgJ2InIA"}, // " a 'b' "
+                                                {"marker", "tavel-console"}}));
+    EXPECT_EQ(requestFor("text ???")["text_b64"], "Pz8/");
+}
+
+TEST(HumanCommand, SendsPathsByTheirKind) {
+    EXPECT_EQ(requestFor("files a.txt"), json({{"command", "write_files"},
+                                               {"kind", "files"},
+                                               {"paths", {"/work/here/a.txt"}},
+                                               {"marker", "tavel-console"}}));
+    EXPECT_EQ(requestFor("image a.png")["kind"], "image");
+    EXPECT_EQ(requestFor("formats a.html b.txt")["kind"], "formats");
+    EXPECT_EQ(pathsOf("formats a.html b.txt"), json({"/work/here/a.html", "/work/here/b.txt"}));
+}
+
+TEST(HumanCommand, MakesPathsAbsolute) {
+    EXPECT_EQ(pathsOf("files /a/b ./c ../d e/../f"),
+              json({"/a/b", "/work/here/c", "/work/d", "/work/here/f"}));
+    EXPECT_EQ(pathsOf("files ~/x ~ ./~ a~"),
+              json({"/home/me/x", "/home/me/", "/work/here/~", "/work/here/a~"}));
+}
+
+TEST(HumanCommand, UnderstandsTheShellsQuoting) {
+    EXPECT_EQ(pathsOf(R"(files "a b" c\ d 'e"f' g"h"i)"),
+              json({"/work/here/a b", "/work/here/c d", "/work/here/e\"f", "/work/here/ghi"}));
+    EXPECT_EQ(pathsOf("files été.txt"), json({"/work/here/été.txt"}));
+}
+
+TEST(HumanCommand, SwitchesThePrompt) {
+    EXPECT_EQ(requestFor("prompt on"), json({{"command", "configure_file_prompt"}, {"rename_prompt", true}}));
+    EXPECT_EQ(requestFor("prompt  off "),
+              json({{"command", "configure_file_prompt"}, {"rename_prompt", false}}));
+    EXPECT_EQ(mistakeIn("prompt"), "Usage: prompt on|off");
+    EXPECT_EQ(mistakeIn("prompt maybe"), "Usage: prompt on|off");
+}
+
+TEST(HumanCommand, ExplainsWhatIsMissingOrTooMuch) {
+    EXPECT_EQ(mistakeIn("text"), "Usage: text TEXT");
+    EXPECT_EQ(mistakeIn("text "), "Usage: text TEXT");
+    EXPECT_EQ(mistakeIn("files"), "Usage: files PATH...");
+    EXPECT_EQ(mistakeIn("files # only a comment"), "Usage: files PATH...");
+    EXPECT_EQ(mistakeIn("image a b"), "Usage: image PATH");
+    EXPECT_EQ(mistakeIn("formats  "), "Usage: formats PATH...");
+    EXPECT_EQ(mistakeIn("ping twice"), "Usage: ping");
+    EXPECT_EQ(mistakeIn("quit now"), "Usage: quit");
+}
+
+TEST(HumanCommand, ExplainsPathsThatCannotBeSent) {
+    EXPECT_THAT(mistakeIn("files 'a"), HasSubstr("quotation mark"));
+    EXPECT_THAT(mistakeIn("files a\xFF"), HasSubstr("UTF-8"));
+    EXPECT_THAT(mistakeIn(std::string_view("files a\0b", 9)), HasSubstr("zero byte"));
+}
+
+TEST(HumanCommand, PointsToHelpForUnknownCommands) {
+    EXPECT_EQ(mistakeIn("bogus x"), "Unknown command \"bogus\". Type help for the list.");
+    EXPECT_EQ(mistakeIn("Ping"), "Unknown command \"Ping\". Type help for the list.");
+    EXPECT_EQ(mistakeIn("\x1b[A"), "Unknown command \"\\e[A\". Type help for the list.");
+    EXPECT_EQ(mistakeIn("texture"), "Unknown command \"texture\". Type help for the list.");
+}
+
+TEST(HumanCommand, LetsEmptyLinesPass) {
+    EXPECT_TRUE(std::holds_alternative<wish::Nothing>(wishFor("")));
+    EXPECT_TRUE(std::holds_alternative<wish::Nothing>(wishFor(" \t ")));
+}
+
+TEST(HumanCommand, HelpNamesEveryCommand) {
+    EXPECT_TRUE(std::holds_alternative<wish::Help>(wishFor("help")));
+    for (const char* const name :
+         {"text", "files", "image", "formats", "ping", "discard", "prompt", "quit", "help"})
+        EXPECT_THAT(std::string(humanCommandHelp()), HasSubstr(name));
+}
+
+} // namespace
+
+} // namespace tavel

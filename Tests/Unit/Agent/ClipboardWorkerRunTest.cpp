@@ -1,0 +1,201 @@
+#include "Platform/PasteboardTypes.h"
+#include "Support/Files.h"
+#include "Tests/Unit/Agent/WorkerFixture.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <regex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tavel {
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+class ClipboardWorkerRun : public WorkerFixture {
+protected:
+    /// The parent sends these bytes and closes its end.
+    void sendAll(std::string_view content) {
+        EXPECT_TRUE(writeAll(commands.writer(), content));
+        commands.closeWriter();
+    }
+
+    /// The next pass lets the reader of commands read to the end.
+    void planReading() {
+        platform.loop.planPass([this] { platform.loop.runBackgroundJobs(); });
+    }
+
+    void planQuitting() {
+        platform.loop.planPass([this] { worker->handle(command::Quit{99}); });
+    }
+
+    std::vector<std::string> entriesOfTemporaryDirectory() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(platform.scratch.path()))
+            names.push_back(entry.path().filename().string());
+        return names;
+    }
+};
+
+TEST_F(ClipboardWorkerRun, endsAtTheEndOfInput) {
+    makeWorker();
+    sendAll("");
+    planReading();
+    worker->run();
+    EXPECT_EQ(messages(), std::vector<Json>());
+    EXPECT_EQ(platform.loop.passes(), 1U);
+}
+
+TEST_F(ClipboardWorkerRun, handlesTheCommandsBeforeTheEndOfInput) {
+    makeWorker();
+    sendAll("{\"command\":\"ping\",\"request_id\":1}\n{\"command\":\"ping\",\"request_id\":2}");
+    planReading();
+    worker->run();
+    EXPECT_EQ(messages(), (std::vector<Json>{success(1, 41), success(2, 41)}));
+}
+
+TEST_F(ClipboardWorkerRun, endsAfterQuit) {
+    makeWorker();
+    sendAll("{\"command\":\"quit\",\"request_id\":1}\n");
+    planReading();
+    worker->run();
+    EXPECT_EQ(messages(), std::vector<Json>{success(1, 41)});
+    EXPECT_EQ(platform.loop.passes(), 1U);
+}
+
+TEST_F(ClipboardWorkerRun, endsWhenItIsStopped) {
+    makeWorker();
+    platform.loop.planPass([] {});
+    platform.loop.planPass([this] { worker->stop(); });
+    worker->run();
+    EXPECT_EQ(platform.loop.passes(), 2U);
+}
+
+TEST_F(ClipboardWorkerRun, endsAtTheFirstTickForAParentThatIsNotItsOwn) {
+    makeWorker(getpid());
+    pasteboard().copyFromOutside("a");
+    worker->run(); // nothing happens but time
+    EXPECT_EQ(messages(), std::vector<Json>());
+    EXPECT_EQ(platform.loop.passes(), 1U);
+}
+
+TEST_F(ClipboardWorkerRun, pollsEveryTenthOfASecond) {
+    makeWorker();
+    platform.loop.planPass([this] {
+        pasteboard().copyFromOutside("a");
+        platform.loop.advance(99ms);
+        EXPECT_EQ(messages(), std::vector<Json>());
+        platform.loop.advance(1ms);
+        EXPECT_EQ(messages().size(), 2U);
+        pasteboard().copyFromOutside("b");
+        platform.loop.advance(99ms);
+        EXPECT_EQ(messages(), std::vector<Json>());
+        platform.loop.advance(1ms);
+        EXPECT_EQ(messages().size(), 2U);
+    });
+    planQuitting();
+    worker->run();
+}
+
+TEST_F(ClipboardWorkerRun, isAnAccessory) {
+    makeWorker();
+    EXPECT_FALSE(platform.isAccessory);
+    planQuitting();
+    worker->run();
+    EXPECT_TRUE(platform.isAccessory);
+}
+
+TEST_F(ClipboardWorkerRun, hasAPrivateExportDirectoryWhileItRuns) {
+    makeWorker();
+    EXPECT_EQ(entriesOfTemporaryDirectory(), std::vector<std::string>());
+    platform.loop.planPass([this] {
+        struct stat status {};
+        ASSERT_EQ(stat(worker->exportDirectory().c_str(), &status), 0);
+        EXPECT_TRUE(S_ISDIR(status.st_mode));
+        EXPECT_EQ(status.st_mode & 07777U, 0700U);
+        EXPECT_EQ(entriesOfTemporaryDirectory(),
+                  std::vector<std::string>{worker->exportDirectory().filename().string()});
+        platform.scratch.makeFile(worker->exportDirectory() / "export");
+    });
+    planQuitting();
+    worker->run();
+    EXPECT_EQ(entriesOfTemporaryDirectory(), std::vector<std::string>());
+}
+
+TEST_F(ClipboardWorkerRun, namesItsExportDirectoryAfresh) {
+    makeWorker();
+    const fs::path first = worker->exportDirectory();
+    makeWorker();
+    EXPECT_EQ(first.parent_path(), platform.scratch.path());
+    const std::regex form("tavel-clipboard-[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
+    EXPECT_TRUE(std::regex_match(first.filename().string(), form)) << first;
+    EXPECT_NE(worker->exportDirectory(), first);
+}
+
+TEST_F(ClipboardWorkerRun, makesATemporaryDirectoryThatIsMissing) {
+    platform.temporary = platform.scratch / "not/yet";
+    makeWorker();
+    platform.loop.planPass([this] { EXPECT_TRUE(fs::is_directory(worker->exportDirectory())); });
+    planQuitting();
+    worker->run();
+    EXPECT_FALSE(fs::exists(worker->exportDirectory()));
+}
+
+TEST_F(ClipboardWorkerRun, runsWithoutAnExportDirectory) {
+    platform.temporary = platform.scratch.makeFile("file");
+    makeWorker();
+    sendAll("{\"command\":\"ping\",\"request_id\":1}\n");
+    planReading();
+    worker->run();
+    EXPECT_EQ(messages(), std::vector<Json>{success(1, 41)});
+}
+
+TEST_F(ClipboardWorkerRun, leavesNothingBehindThatUsesAWorkerThatIsGone) {
+    makeWorker();
+    planQuitting();
+    worker->run();
+    static_cast<void>(messages());
+    const std::weak_ptr<ClipboardWorker> gone = worker;
+    worker.reset();
+    EXPECT_TRUE(gone.expired());
+    pasteboard().copyFromOutside("a");
+    sendAll("{\"command\":\"ping\",\"request_id\":1}\n");
+    platform.loop.advance(1s);
+    platform.loop.runBackgroundJobs();
+    platform.loop.runPosted();
+    EXPECT_EQ(messages(), std::vector<Json>());
+    EXPECT_EQ(pasteboard().calls(), std::vector<std::string>());
+}
+
+TEST_F(ClipboardWorkerRun, opensTheGeneralPasteboardUnlessOneIsNamed) {
+    makeWorker();
+    makeWorker(0, "test");
+    makeWorker(0, "");
+    EXPECT_EQ(platform.openedPasteboards,
+              (std::vector<std::optional<std::string>>{std::nullopt, "test", ""}));
+}
+
+TEST_F(ClipboardWorkerRun, answersWithoutAPasteboard) {
+    platform.pasteboardError = Error("LMDB", 13, "The store cannot be opened");
+    makeWorker();
+    EXPECT_EQ(platform.logged, std::vector<std::string>{"The store cannot be opened"});
+    EXPECT_EQ(replyTo(command::Ping{1}), success(1, 0));
+    EXPECT_EQ(replyTo(command::WriteText{2, Bytes::copyOf("aGk="), "m"}),
+              failure(2, "Écriture NSPasteboard impossible", 0));
+    EXPECT_EQ(replyTo(command::WriteFiles{3, "files", {"/"}, "m", 0}),
+              failure(3, "Écriture fichiers impossible", 0));
+    worker->poll();
+    EXPECT_EQ(messages(), std::vector<Json>());
+}
+
+} // namespace
+} // namespace tavel

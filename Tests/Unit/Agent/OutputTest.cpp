@@ -1,0 +1,87 @@
+#include "TavelClipboardAgent/main/Output.h"
+
+#include "Support/JsonWriter.h"
+#include "Tests/Unit/Helpers/Pipe.h"
+#include "Tests/Unit/Helpers/Signals.h"
+#include "Tests/Unit/Helpers/TemporaryFile.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <csignal>
+#include <future>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace tavel {
+namespace {
+
+JsonObject message(const std::string& value) {
+    JsonObject object;
+    object.add("k", value);
+    return object;
+}
+
+TEST(Output, writesEachMessageAsOneLineAtOnce) {
+    const TemporaryFile file;
+    Output output(file.descriptor());
+    output.emit(message("a\nb"));
+    EXPECT_EQ(file.contentFrom(0), "{\"k\":\"a\\nb\"}\n");
+    output.emit(message("c"));
+    EXPECT_EQ(file.contentFrom(0), "{\"k\":\"a\\nb\"}\n{\"k\":\"c\"}\n");
+}
+
+TEST(Output, writesNothingOfAMessageThatIsNotValid) {
+    const TemporaryFile file;
+    Output output(file.descriptor());
+    output.emit(message("caf\xE9"));
+    EXPECT_EQ(file.contentFrom(0), "");
+    output.emit(message("café"));
+    EXPECT_EQ(file.contentFrom(0), "{\"k\":\"café\"}\n");
+}
+
+TEST(Output, neverMixesTheLinesOfTwoThreads) {
+    // Longer than a pipe takes in one piece, so that a line without the lock would be torn.
+    constexpr std::size_t length = 100'000;
+    constexpr int rounds = 50;
+    Pipe pipe;
+    Output output(pipe.writer());
+    auto received = std::async(std::launch::async, [&pipe] { return pipe.drain(); });
+    std::vector<std::thread> threads;
+    for (const char letter : {'a', 'b'}) {
+        threads.emplace_back([&output, letter] {
+            for (int round = 0; round < rounds; ++round)
+                output.emit(message(std::string(length, letter)));
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    pipe.closeWriter();
+
+    const std::string text = received.get();
+    std::array<int, 2> lines{};
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = text.find('\n', start);
+        ASSERT_NE(end, std::string::npos);
+        const std::string line = text.substr(start, end - start);
+        const bool isSecond = line.find('b') != std::string::npos;
+        ASSERT_TRUE(line == "{\"k\":\"" + std::string(length, isSecond ? 'b' : 'a') + "\"}");
+        ++lines.at(isSecond ? 1 : 0);
+        start = end + 1;
+    }
+    EXPECT_EQ(lines, (std::array{rounds, rounds}));
+}
+
+TEST(Output, dropsWhatCannotBeWritten) {
+    const SignalHandler ignore(SIGPIPE, SIG_IGN);
+    Pipe pipe;
+    pipe.closeReader();
+    Output output(pipe.writer());
+    output.emit(message("lost"));
+    output.emit(message("lost too")); // and the lock is free again
+}
+
+} // namespace
+} // namespace tavel

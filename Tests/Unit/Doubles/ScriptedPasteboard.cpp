@@ -1,0 +1,201 @@
+#include "Tests/Unit/Doubles/ScriptedPasteboard.h"
+
+#include "Platform/PasteboardTypes.h"
+#include "Support/FileUrl.h"
+#include "Support/Utf8.h"
+
+#include <algorithm>
+
+namespace tavel {
+
+namespace {
+
+const Representation* find(const PasteboardItem& item, std::string_view type) {
+    const auto found = std::ranges::find(item, type, &Representation::type);
+    return found == item.end() ? nullptr : &*found;
+}
+
+const Representation* find(const std::vector<PasteboardItem>& items, std::string_view type) {
+    for (const PasteboardItem& item : items) {
+        if (const Representation* const found = find(item, type))
+            return found;
+    }
+    return nullptr;
+}
+
+std::string call(std::string_view operation, std::string_view type) {
+    return std::string(operation) + " " + std::string(type);
+}
+
+} // namespace
+
+std::int64_t ScriptedPasteboard::changeCount() {
+    return changeCount_;
+}
+
+std::vector<std::string> ScriptedPasteboard::types() {
+    record("types");
+    std::vector<std::string> types;
+    for (const PasteboardItem& item : items_) {
+        for (const Representation& representation : item) {
+            if (std::ranges::find(types, representation.type) == types.end())
+                types.push_back(representation.type);
+        }
+    }
+    return types;
+}
+
+std::optional<std::string> ScriptedPasteboard::availableType(std::span<const std::string_view> wanted) {
+    record("availableType");
+    for (const std::string_view type : wanted) {
+        if (find(items_, type) != nullptr)
+            return std::string(type);
+    }
+    return std::nullopt;
+}
+
+std::optional<Bytes> ScriptedPasteboard::string(std::string_view type) {
+    record(call("string", type));
+    std::optional<std::string> text;
+    for (const PasteboardItem& item : items_) {
+        const Representation* const found = find(item, type);
+        if (found == nullptr)
+            continue;
+        text = text ? *text + "\n" : std::string();
+        *text += found->data.view();
+        if (type != pasteboardType::string)
+            break;
+    }
+    if (!text || !isUtf8(*text))
+        return std::nullopt;
+    return Bytes::adopt(std::move(*text));
+}
+
+std::optional<Bytes> ScriptedPasteboard::data(std::string_view type) {
+    record(call("data", type));
+    const Representation* const found = find(items_, type);
+    return found == nullptr ? std::nullopt : std::optional(found->data);
+}
+
+std::vector<std::string> ScriptedPasteboard::filePaths() {
+    record("filePaths");
+    std::vector<std::string> paths;
+    for (const PasteboardItem& item : items_) {
+        const Representation* const url = find(item, pasteboardType::fileUrl);
+        auto path = url == nullptr ? std::nullopt : pathFromFileUrl(url->data.view());
+        if (path)
+            paths.push_back(std::move(*path));
+    }
+    return paths;
+}
+
+std::int64_t ScriptedPasteboard::clearContents() {
+    record("clearContents");
+    items_.clear();
+    owned_ = true;
+    clearedInUpdate_ = true;
+    return ++changeCount_;
+}
+
+bool ScriptedPasteboard::setString(std::string_view text, std::string_view type) {
+    record(call("setString", type));
+    return !isRefused(Operation::setString, type) && put(Bytes::copyOf(text), type);
+}
+
+bool ScriptedPasteboard::setData(const Bytes& data, std::string_view type) {
+    record(call("setData", type));
+    return !isRefused(Operation::setData, type) && put(data, type);
+}
+
+bool ScriptedPasteboard::writeItems(std::span<const PasteboardItem> items) {
+    record("writeItems");
+    const auto refused = [this](const PasteboardItem& item) {
+        return isRefused(Operation::writeItems, item);
+    };
+    if (!owned_ || std::ranges::any_of(items, refused))
+        return false;
+    items_.insert(items_.end(), items.begin(), items.end());
+    return true;
+}
+
+bool ScriptedPasteboard::addTypes(std::span<const Representation> representations) {
+    record("addTypes");
+    if (items_.empty() || isRefused(Operation::addTypes, representations))
+        return false;
+    ++changeCount_;
+    items_.front().insert(items_.front().end(), representations.begin(), representations.end());
+    return true;
+}
+
+bool ScriptedPasteboard::update(const std::function<bool()>& steps) {
+    record("update");
+    const std::vector<PasteboardItem> before = items_;
+    clearedInUpdate_ = false;
+    const bool succeeded = steps() && !isRefused(Operation::update, anyType);
+    if (!succeeded)
+        items_ = clearedInUpdate_ ? std::vector<PasteboardItem>() : before;
+    record("end of update");
+    return succeeded;
+}
+
+void ScriptedPasteboard::changeFromOutside(std::vector<PasteboardItem> items) {
+    items_ = std::move(items);
+    owned_ = false;
+    ++changeCount_;
+}
+
+void ScriptedPasteboard::copyFromOutside(std::string_view text) {
+    changeFromOutside({{{std::string(pasteboardType::string), Bytes::copyOf(text)}}});
+}
+
+void ScriptedPasteboard::copyFilesFromOutside(std::span<const std::string> paths) {
+    std::vector<PasteboardItem> items;
+    items.reserve(paths.size());
+    for (const std::string& path : paths)
+        items.push_back({{std::string(pasteboardType::fileUrl), Bytes::adopt(fileUrlFromPath(path))}});
+    changeFromOutside(std::move(items));
+}
+
+void ScriptedPasteboard::refuse(Operation operation, std::string_view type) {
+    refusals_.emplace(operation, type);
+}
+
+void ScriptedPasteboard::refuseNothing() {
+    refusals_.clear();
+}
+
+std::optional<std::string> ScriptedPasteboard::content(std::string_view type) const {
+    const Representation* const found = items_.empty() ? nullptr : find(items_.front(), type);
+    return found == nullptr ? std::nullopt : std::optional<std::string>(found->data.view());
+}
+
+void ScriptedPasteboard::record(std::string call) {
+    if (observer_)
+        observer_(call);
+    calls_.push_back(std::move(call));
+}
+
+bool ScriptedPasteboard::isRefused(Operation operation, std::string_view type) const {
+    return refusals_.contains({operation, std::string(anyType)}) ||
+           refusals_.contains({operation, std::string(type)});
+}
+
+bool ScriptedPasteboard::isRefused(Operation operation,
+                                   std::span<const Representation> representations) const {
+    return isRefused(operation, anyType) ||
+           std::ranges::any_of(representations, [&](const Representation& representation) {
+               return isRefused(operation, representation.type);
+           });
+}
+
+bool ScriptedPasteboard::put(const Bytes& data, std::string_view type) {
+    if (!owned_)
+        return false;
+    if (items_.empty())
+        items_.emplace_back();
+    std::erase_if(items_.front(), [type](const Representation& present) { return present.type == type; });
+    items_.front().push_back({std::string(type), data});
+    return true;
+}
+
+} // namespace tavel

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <functional>
+#include <optional>
+#include <system_error>
+
+namespace tavel {
+
+/// Runs `body` in a child process, which may ruin what belongs to a whole process, and gives the exit status
+/// that `body` returned. Nothing if the child was killed.
+inline std::optional<int> exitStatusOf(const std::function<int()>& body) {
+    const pid_t child = fork();
+    if (child < 0)
+        throw std::system_error(errno, std::generic_category(), "fork");
+    if (child == 0)
+        _exit(body());
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR)
+            throw std::system_error(errno, std::generic_category(), "waitpid");
+    }
+    return WIFEXITED(status) ? std::optional(WEXITSTATUS(status)) : std::nullopt;
+}
+
+} // namespace tavel

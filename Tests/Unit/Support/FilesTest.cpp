@@ -1,0 +1,165 @@
+#include "Support/Files.h"
+
+#include "Support/ScopeExit.h"
+#include "Tests/Unit/Helpers/ScratchDirectory.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+
+namespace tavel {
+namespace {
+
+namespace fs = std::filesystem;
+
+unsigned modeOf(const fs::path& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : ~0U;
+}
+
+/// Creates the directory while the process has that umask.
+bool createUnder(mode_t mask, const fs::path& directory) {
+    const mode_t former = umask(mask);
+    const ScopeExit restore([former] { umask(former); });
+    return createPrivateDirectory(directory);
+}
+
+TEST(Files, existAsFilesDirectoriesAndOtherThings) {
+    const ScratchDirectory scratch;
+    EXPECT_TRUE(fileExists(scratch.makeFile("file").string()));
+    EXPECT_TRUE(fileExists(scratch.path().string()));
+    EXPECT_TRUE(fileExists("/dev/null"));
+    EXPECT_TRUE(fileExists("/"));
+}
+
+TEST(Files, doNotExistUnderOtherNames) {
+    const ScratchDirectory scratch;
+    const std::string file = scratch.makeFile("file").string();
+    EXPECT_FALSE(fileExists(file + "2"));
+    EXPECT_FALSE(fileExists(file + "/below"));
+    EXPECT_FALSE(fileExists(""));
+}
+
+TEST(Files, doNotExistUnderANameWithAZeroByte) {
+    const ScratchDirectory scratch;
+    const std::string file = scratch.makeFile("file").string();
+    EXPECT_FALSE(fileExists(file + '\0'));
+    EXPECT_FALSE(fileExists(file + '\0' + "tail"));
+    EXPECT_FALSE(isDirectory(scratch.path().string() + '\0'));
+}
+
+TEST(Files, existBehindALinkOnlyIfItsTargetDoes) {
+    const ScratchDirectory scratch;
+    fs::create_symlink(scratch.makeFile("file"), scratch / "link");
+    fs::create_symlink(scratch / "missing", scratch / "dangling");
+    EXPECT_TRUE(fileExists((scratch / "link").string()));
+    EXPECT_FALSE(fileExists((scratch / "dangling").string()));
+}
+
+TEST(Files, areDirectoriesThroughLinksToo) {
+    const ScratchDirectory scratch;
+    fs::create_directory_symlink(scratch.path(), scratch / "link");
+    EXPECT_TRUE(isDirectory(scratch.path().string()));
+    EXPECT_TRUE(isDirectory((scratch / "link").string()));
+    EXPECT_FALSE(isDirectory(scratch.makeFile("file").string()));
+    EXPECT_FALSE(isDirectory((scratch / "missing").string()));
+}
+
+TEST(CreatePrivateDirectory, givesTheOwnerAloneAllRightsUnderAnyUmask) {
+    const ScratchDirectory scratch;
+    for (const mode_t mask : {0000, 0022, 0027, 0077, 0177, 0277, 0500, 0700, 0777}) {
+        const fs::path directory = scratch / std::to_string(mask);
+        EXPECT_TRUE(createUnder(mask, directory)) << std::oct << mask;
+        EXPECT_EQ(modeOf(directory), 0700U) << std::oct << mask;
+    }
+}
+
+TEST(CreatePrivateDirectory, createsWhatIsMissingAboveIt) {
+    const ScratchDirectory scratch;
+    EXPECT_TRUE(createUnder(0022, scratch / "a/b/c"));
+    EXPECT_EQ(modeOf(scratch / "a/b/c"), 0700U);
+    EXPECT_EQ(modeOf(scratch / "a/b"), 0755U);
+}
+
+TEST(CreatePrivateDirectory, givesItsRightsToANameWithATrailingSlashToo) {
+    const ScratchDirectory scratch;
+    EXPECT_TRUE(createUnder(0022, scratch / "directory/"));
+    EXPECT_EQ(modeOf(scratch / "directory"), 0700U);
+}
+
+TEST(CreatePrivateDirectory, leavesAnExistingOneAsItIs) {
+    const ScratchDirectory scratch;
+    const fs::path directory = scratch / "directory";
+    fs::create_directory(directory);
+    fs::permissions(directory, fs::perms{0755});
+    scratch.makeFile("directory/file");
+    EXPECT_TRUE(createPrivateDirectory(directory));
+    EXPECT_EQ(modeOf(directory), 0755U);
+    EXPECT_TRUE(fs::exists(directory / "file"));
+}
+
+TEST(CreatePrivateDirectory, takesALinkToADirectoryForOne) {
+    const ScratchDirectory scratch;
+    fs::create_directory(scratch / "directory");
+    fs::create_directory_symlink(scratch / "directory", scratch / "link");
+    EXPECT_TRUE(createPrivateDirectory(scratch / "link"));
+}
+
+TEST(CreatePrivateDirectory, failsWhereSomethingElseIsInTheWay) {
+    const ScratchDirectory scratch;
+    const fs::path file = scratch.makeFile("file");
+    fs::create_symlink(scratch / "missing", scratch / "dangling");
+    EXPECT_FALSE(createPrivateDirectory(file));
+    EXPECT_FALSE(createPrivateDirectory(file / "below"));
+    EXPECT_FALSE(createPrivateDirectory(file / "far/below"));
+    EXPECT_FALSE(createPrivateDirectory(scratch / "dangling"));
+    EXPECT_FALSE(createPrivateDirectory(""));
+    EXPECT_TRUE(fs::is_regular_file(file));
+}
+
+TEST(RemoveTree, removesADirectoryWithEverythingInIt) {
+    const ScratchDirectory scratch;
+    fs::create_directories(scratch / "tree/a/b");
+    scratch.makeFile("tree/file");
+    scratch.makeFile("tree/a/b/file");
+    EXPECT_TRUE(removeTree(scratch / "tree"));
+    EXPECT_FALSE(fs::exists(scratch / "tree"));
+}
+
+TEST(RemoveTree, doesNotFollowTheLinksInIt) {
+    const ScratchDirectory scratch;
+    fs::create_directory(scratch / "outside");
+    const fs::path kept = scratch.makeFile("outside/kept");
+    fs::create_directory(scratch / "tree");
+    fs::create_directory_symlink(scratch / "outside", scratch / "tree/directory-link");
+    fs::create_symlink(kept, scratch / "tree/file-link");
+    EXPECT_TRUE(removeTree(scratch / "tree"));
+    EXPECT_FALSE(fs::exists(scratch / "tree"));
+    EXPECT_TRUE(fs::exists(kept));
+}
+
+TEST(RemoveTree, removesALinkAndNotItsTarget) {
+    const ScratchDirectory scratch;
+    fs::create_directory(scratch / "outside");
+    const fs::path kept = scratch.makeFile("outside/kept");
+    fs::create_directory_symlink(scratch / "outside", scratch / "link");
+    EXPECT_TRUE(removeTree(scratch / "link"));
+    EXPECT_FALSE(fs::exists(fs::symlink_status(scratch / "link")));
+    EXPECT_TRUE(fs::exists(kept));
+}
+
+TEST(RemoveTree, hasNothingToDoForWhatDoesNotExist) {
+    const ScratchDirectory scratch;
+    EXPECT_TRUE(removeTree(scratch / "missing"));
+}
+
+TEST(RemoveTree, tellsThatItFailed) {
+    const ScratchDirectory scratch;
+    fs::create_directory(scratch / "tree");
+    EXPECT_FALSE(removeTree(scratch / "tree" / ".")); // rmdir(2) refuses this name of a directory
+}
+
+} // namespace
+} // namespace tavel

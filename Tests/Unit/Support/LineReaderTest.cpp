@@ -1,0 +1,339 @@
+#include "Support/LineReader.h"
+
+#include "Support/Files.h"
+#include "Tests/Unit/Helpers/Pipe.h"
+#include "Tests/Unit/Helpers/Random.h"
+#include "Tests/Unit/Helpers/Signals.h"
+#include "Tests/Unit/Helpers/TemporaryFile.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <optional>
+#include <semaphore>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace tavel {
+namespace {
+
+std::string textOf(const LineReader::Line& line) {
+    // Under the address sanitizer this fails unless the bytes behind the line may be looked at.
+    const volatile char* const behind = line.text.data() + line.text.size();
+    char seen = 0;
+    for (std::size_t i = 0; i < LineReader::padding; ++i)
+        seen = static_cast<char>(seen | behind[i]);
+    static_cast<void>(seen);
+    return {line.text.data(), line.text.size()};
+}
+
+std::vector<std::string> linesFrom(int descriptor) {
+    LineReader reader(descriptor);
+    std::vector<std::string> lines;
+    while (const auto line = reader.next()) {
+        lines.push_back(textOf(*line));
+        EXPECT_EQ(line->owner != nullptr, line->text.size() >= LineReader::ownedLineBytes);
+    }
+    EXPECT_FALSE(reader.next()); // the end stays the end
+    return lines;
+}
+
+std::vector<std::string> linesOf(std::string_view content) {
+    const TemporaryFile file(content);
+    return linesFrom(file.descriptor());
+}
+
+std::vector<std::string> naiveLinesOf(std::string_view content) {
+    std::vector<std::string> lines;
+    while (!content.empty()) {
+        const std::size_t feed = content.find('\n');
+        std::string_view line = content.substr(0, feed);
+        content.remove_prefix(feed == std::string_view::npos ? content.size() : feed + 1);
+        if (feed != std::string_view::npos && line.ends_with('\r'))
+            line.remove_suffix(1);
+        lines.emplace_back(line);
+    }
+    return lines;
+}
+
+/// Gives its reader the content in pieces of just these sizes, one with each read: they are the messages of a
+/// datagram socket. A piece must be small, as what a read has no room for is lost.
+class PieceFeeder {
+public:
+    PieceFeeder(std::string content, std::size_t pieceSize) {
+        if (socketpair(AF_UNIX, SOCK_DGRAM, 0, ends_.data()) != 0)
+            throw std::runtime_error("socketpair");
+        writer_ = std::thread([this, content = std::move(content), pieceSize] {
+            for (std::size_t start = 0; start < content.size(); start += pieceSize)
+                EXPECT_GE(
+                    send(ends_[1], content.data() + start, std::min(pieceSize, content.size() - start), 0),
+                    0);
+            EXPECT_EQ(send(ends_[1], "", 0, 0), 0); // the end of input
+        });
+    }
+
+    ~PieceFeeder() {
+        writer_.join();
+        close(ends_[0]);
+        close(ends_[1]);
+    }
+
+    PieceFeeder(const PieceFeeder&) = delete;
+    PieceFeeder& operator=(const PieceFeeder&) = delete;
+
+    int descriptor() const { return ends_[0]; }
+
+private:
+    std::array<int, 2> ends_{};
+    std::thread writer_;
+};
+
+using Lines = std::vector<std::string>;
+
+TEST(LineReader, findsNoLineInNothing) {
+    EXPECT_EQ(linesOf(""), Lines());
+}
+
+TEST(LineReader, endsLinesAtLineFeeds) {
+    EXPECT_EQ(linesOf("a\nbc\n"), (Lines{"a", "bc"}));
+}
+
+TEST(LineReader, takesACarriageReturnOffWithTheLineFeed) {
+    EXPECT_EQ(linesOf("a\r\nbc\r\n\r\n"), (Lines{"a", "bc", ""}));
+}
+
+TEST(LineReader, takesOneCarriageReturnOffAndNoMore) {
+    EXPECT_EQ(linesOf("a\r\r\n\r\r\n"), (Lines{"a\r", "\r"}));
+}
+
+TEST(LineReader, doesNotEndALineAtACarriageReturnAlone) {
+    EXPECT_EQ(linesOf("a\rb\n\rc\n"), (Lines{"a\rb", "\rc"}));
+}
+
+TEST(LineReader, givesEmptyLines) {
+    EXPECT_EQ(linesOf("\n\n\na\n\n"), (Lines{"", "", "", "a", ""}));
+}
+
+TEST(LineReader, givesALastLineWithoutATerminator) {
+    EXPECT_EQ(linesOf("a\nb"), (Lines{"a", "b"}));
+    EXPECT_EQ(linesOf("x"), Lines{"x"});
+}
+
+TEST(LineReader, leavesACarriageReturnAtTheVeryEnd) {
+    EXPECT_EQ(linesOf("x\r"), Lines{"x\r"});
+    EXPECT_EQ(linesOf("\r"), Lines{"\r"});
+}
+
+TEST(LineReader, givesAnEmptyLineBetweenLinesWithTerminatorsOfBothKinds) {
+    EXPECT_EQ(linesOf("a\r\n\nb\n"), (Lines{"a", "", "b"}));
+}
+
+TEST(LineReader, givesLinesWithZeroBytes) {
+    const std::string content("a\0b\n\0\n\0", 7);
+    EXPECT_EQ(linesOf(content), naiveLinesOf(content));
+    EXPECT_EQ(linesOf(content).front(), std::string("a\0b", 3));
+}
+
+TEST(LineReader, readsOneByteAtATime) {
+    const std::string content = "{\"a\":1}\n\r\nlong\rer\r\n\nlast\r";
+    const PieceFeeder feeder(content, 1);
+    EXPECT_EQ(linesFrom(feeder.descriptor()), naiveLinesOf(content));
+}
+
+TEST(LineReader, readsALineFeedApartFromItsCarriageReturn) {
+    const PieceFeeder feeder("abc\r\ndef\r\n", 4); // the second piece begins with the line feed
+    EXPECT_EQ(linesFrom(feeder.descriptor()), (Lines{"abc", "def"}));
+}
+
+TEST(LineReader, givesEachLineAsSoonAsItIsWhole) {
+    // With nothing behind it in the pipe: a reader that wanted more would wait for ever.
+    const Pipe pipe;
+    LineReader reader(pipe.reader());
+    for (const std::string_view text : {"first", "", "third"}) {
+        ASSERT_TRUE(writeAll(pipe.writer(), std::string(text) + "\n"));
+        const auto line = reader.next();
+        ASSERT_TRUE(line);
+        EXPECT_EQ(textOf(*line), text);
+    }
+}
+
+TEST(LineReader, givesLinesAroundTheSizeFromWhichTheyAreOwned) {
+    constexpr std::size_t limit = LineReader::ownedLineBytes;
+    for (std::size_t size = limit - 3; size <= limit + 3; ++size) {
+        for (const std::string_view terminator : {"\n", "\r\n", ""}) {
+            const std::string content = "short\n" + std::string(size, 'x') + std::string(terminator);
+            ASSERT_EQ(linesOf(content), naiveLinesOf(content)) << size;
+            ASSERT_EQ(linesOf(content + "\nshort\n"), naiveLinesOf(content + "\nshort\n")) << size;
+        }
+    }
+}
+
+TEST(LineReader, givesLinesAroundTheSizesAtWhichItsBufferGrows) {
+    constexpr std::size_t kibibyte = 1024;
+    for (const std::size_t edge :
+         {16 * kibibyte, 48 * kibibyte, 64 * kibibyte, 112 * kibibyte, 128 * kibibyte, 240 * kibibyte,
+          256 * kibibyte, 512 * kibibyte, 1024 * kibibyte}) {
+        for (std::size_t size = edge - 2; size <= edge + 2; ++size) {
+            // The letters differ, so that a line put together wrongly shows.
+            std::string content;
+            for (std::size_t i = 0; i < size; ++i)
+                content += static_cast<char>('a' + i % 23);
+            content += "\nafter\r\n" + std::string(size / 2, 'y') + "\nend";
+            ASSERT_TRUE(linesOf(content) == naiveLinesOf(content)) << size;
+        }
+    }
+}
+
+TEST(LineReader, givesManyShortLines) {
+    std::string content;
+    for (int i = 0; i < 100'000; ++i)
+        content += std::to_string(i) + (i % 3 == 0 ? "\r\n" : "\n");
+    EXPECT_TRUE(linesOf(content) == naiveLinesOf(content));
+}
+
+TEST(LineReader, givesRandomLinesInRandomPieces) {
+    Random random(1);
+    for (int round = 0; round < 40; ++round) {
+        std::string content;
+        for (std::size_t left = random.below(60); left > 0; --left) {
+            const std::size_t size = random.below(10) == 0 ? random.below(200'000) : random.below(300);
+            content += std::string(size, static_cast<char>('a' + left % 26));
+            constexpr std::array<std::string_view, 4> terminators{"\n", "\r\n", "\n\n", "\r"};
+            content += random.oneOf(std::span(terminators));
+        }
+        const PieceFeeder feeder(content, 1 + random.below(round % 2 == 0 ? 200 : 8000));
+        ASSERT_TRUE(linesFrom(feeder.descriptor()) == naiveLinesOf(content)) << "round " << round;
+    }
+}
+
+TEST(LineReader, keepsAnOwnedLineWhileItReadsOnAndIsGone) {
+    const std::string first(LineReader::ownedLineBytes * 5, 'x');
+    const std::string second(LineReader::ownedLineBytes * 2, 'y');
+    std::string content = first + "\n" + second + "\n";
+    for (int i = 0; i < 50'000; ++i)
+        content += "another line\n";
+    const TemporaryFile file(content);
+    std::vector<LineReader::Line> held;
+    {
+        LineReader reader(file.descriptor());
+        while (auto line = reader.next()) {
+            if (line->owner != nullptr)
+                held.push_back(std::move(*line));
+        }
+    }
+    ASSERT_EQ(held.size(), 2U);
+    EXPECT_TRUE(textOf(held[0]) == first);
+    held.erase(held.begin());
+    EXPECT_TRUE(textOf(held[0]) == second);
+}
+
+TEST(LineReader, lendsALineThatMayBeChanged) {
+    for (const std::size_t size : {std::size_t{10}, LineReader::ownedLineBytes}) {
+        const TemporaryFile file(std::string(size, 'x') + "\nnext\r\nlast");
+        LineReader reader(file.descriptor());
+        const auto line = reader.next();
+        ASSERT_TRUE(line);
+        for (char& c : line->text)
+            c = '\n';
+        const auto next = reader.next();
+        ASSERT_TRUE(next);
+        EXPECT_EQ(textOf(*next), "next");
+        const auto last = reader.next();
+        ASSERT_TRUE(last);
+        EXPECT_EQ(textOf(*last), "last");
+    }
+}
+
+TEST(LineReader, takesAReadErrorForTheEnd) {
+    const Pipe pipe;
+    LineReader reader(pipe.writer()); // cannot be read from
+    EXPECT_FALSE(reader.next());
+    EXPECT_FALSE(reader.next());
+}
+
+TEST(LineReader, givesWhatCameBeforeAReadError) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+    ASSERT_TRUE(writeAll(ends[1], "whole\npart"));
+    // A peer that closes with something unread resets the connection.
+    ASSERT_TRUE(writeAll(ends[0], "unread"));
+    close(ends[1]);
+    EXPECT_EQ(linesFrom(ends[0]), (Lines{"whole", "part"}));
+    close(ends[0]);
+}
+
+TEST(LineReader, waitsOnADescriptorInNonBlockingMode) {
+    const Pipe pipe;
+    Pipe::setNonBlocking(pipe.reader());
+    constexpr int rounds = 200;
+    std::binary_semaphore wanted(0);
+    std::thread writer([&] {
+        for (int round = 0; round < rounds; ++round) {
+            wanted.acquire(); // the pipe is empty, and the reader is about to find that out
+            EXPECT_TRUE(writeAll(pipe.writer(), std::to_string(round)));
+            EXPECT_TRUE(writeAll(pipe.writer(), "\n"));
+        }
+    });
+    LineReader reader(pipe.reader());
+    int received = 0;
+    for (; received < rounds; ++received) {
+        wanted.release();
+        const auto line = reader.next();
+        if (!line || textOf(*line) != std::to_string(received))
+            break;
+    }
+    EXPECT_EQ(received, rounds);
+    for (int round = received + 1; round < rounds; ++round)
+        wanted.release(); // lets the writer end after a failure
+    writer.join();
+}
+
+std::atomic<int> signalsHandled = 0;
+
+void countSignal(int) {
+    ++signalsHandled;
+}
+
+TEST(LineReader, goesOnWhenASignalInterruptsIt) {
+    for (const bool nonBlocking : {false, true}) {
+        const SignalHandler handler(SIGUSR1, countSignal);
+        signalsHandled = 0;
+        const Pipe pipe;
+        if (nonBlocking)
+            Pipe::setNonBlocking(pipe.reader());
+        std::atomic<bool> done = false;
+        std::string text;
+        std::thread thread([&] {
+            LineReader reader(pipe.reader());
+            const auto line = reader.next();
+            text = line ? textOf(*line) : "nothing";
+            done = true;
+        });
+        // Nothing is written yet, so the reader cannot get on; it can only be interrupted, again and again.
+        constexpr int interruptions = 100;
+        for (int sent = 0; sent < interruptions && !done; ++sent) {
+            pthread_kill(thread.native_handle(), SIGUSR1);
+            while (signalsHandled <= sent && !done)
+                std::this_thread::yield();
+        }
+        EXPECT_FALSE(done);
+        EXPECT_TRUE(writeAll(pipe.writer(), "line\n"));
+        thread.join();
+        EXPECT_EQ(text, "line");
+    }
+}
+
+} // namespace
+} // namespace tavel

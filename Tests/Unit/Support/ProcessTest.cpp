@@ -1,0 +1,126 @@
+#include "Support/Process.h"
+
+#include "Tests/Unit/Helpers/ChildProcess.h"
+#include "Tests/Unit/Helpers/Pipe.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <string>
+#include <thread>
+
+namespace tavel {
+namespace {
+
+TEST(Process, knowsItsParent) {
+    const auto parent = getpid();
+    EXPECT_EQ(exitStatusOf([parent] { return parentProcessIdentifier() == parent ? 0 : 1; }), 0);
+}
+
+TEST(Process, seesAnotherParentWhenItsOwnHasEnded) {
+    Pipe pipe;
+    const auto status = exitStatusOf([&pipe] {
+        const pid_t parent = getpid();
+        if (fork() == 0) {
+            alarm(20); // if the change is never seen, the pipe closes without a word
+            while (parentProcessIdentifier() == parent)
+                std::this_thread::yield();
+            static_cast<void>(!write(pipe.writer(), "orphan", 6));
+            _exit(0);
+        }
+        return 0;
+    });
+    ASSERT_EQ(status, 0);
+    pipe.closeWriter();
+    EXPECT_EQ(pipe.drain(), "orphan");
+}
+
+TEST(Process, lowersItsPriorityToNiceTen) {
+    if (getpriority(PRIO_PROCESS, 0) > 10)
+        GTEST_SKIP() << "This process already has a lower priority, and may not raise it";
+    EXPECT_EQ(exitStatusOf([] {
+                  lowerSchedulingPriority();
+                  return getpriority(PRIO_PROCESS, 0);
+              }),
+              10);
+}
+
+/// What stands at the descriptors 0 to 2 of a process.
+struct Standing {
+    std::array<struct stat, 3> status{};
+    std::array<bool, 3> open{};
+
+    static Standing now() {
+        Standing standing;
+        for (int descriptor = 0; descriptor < 3; ++descriptor) {
+            const auto index = static_cast<std::size_t>(descriptor);
+            standing.open.at(index) = fstat(descriptor, &standing.status.at(index)) == 0;
+        }
+        return standing;
+    }
+
+    bool isSame(const Standing& other, std::size_t index) const {
+        return open.at(index) && other.open.at(index) &&
+               status.at(index).st_dev == other.status.at(index).st_dev &&
+               status.at(index).st_ino == other.status.at(index).st_ino;
+    }
+
+    bool isNullDevice(std::size_t index) const {
+        struct stat device {};
+        return open.at(index) && stat("/dev/null", &device) == 0 && S_ISCHR(status.at(index).st_mode) &&
+               status.at(index).st_rdev == device.st_rdev;
+    }
+};
+
+int lowestFreeDescriptor() {
+    const int descriptor = open("/", O_RDONLY);
+    close(descriptor);
+    return descriptor;
+}
+
+constexpr int keptOpen = 0;
+constexpr int changedOne = 1;
+constexpr int leftClosed = 2;
+constexpr int notBothWays = 3;
+constexpr int leaked = 4;
+
+/// Closes those of the descriptors 0 to 2 whose bit is set, and puts a pipe's end on the others.
+int reserveWithClosed(unsigned closed, const Pipe& pipe) {
+    for (int descriptor = 0; descriptor < 3; ++descriptor)
+        dup2(pipe.writer(), descriptor);
+    const int free = lowestFreeDescriptor();
+    for (int descriptor = 0; descriptor < 3; ++descriptor) {
+        if ((closed >> descriptor & 1U) != 0)
+            close(descriptor);
+    }
+    const Standing before = Standing::now();
+    reserveStandardDescriptors();
+    const Standing after = Standing::now();
+    for (std::size_t index = 0; index < 3; ++index) {
+        if (before.open.at(index)) {
+            if (!after.isSame(before, index))
+                return changedOne;
+            continue;
+        }
+        if (!after.isNullDevice(index))
+            return leftClosed;
+        if ((fcntl(static_cast<int>(index), F_GETFL) & O_ACCMODE) != O_RDWR)
+            return notBothWays;
+    }
+    return lowestFreeDescriptor() == free ? keptOpen : leaked;
+}
+
+TEST(Process, putsTheNullDeviceOnEveryClosedStandardDescriptor) {
+    const Pipe pipe;
+    for (unsigned closed = 0; closed < 8; ++closed)
+        EXPECT_EQ(exitStatusOf([&] { return reserveWithClosed(closed, pipe); }), keptOpen)
+            << "closed: " << closed;
+}
+
+} // namespace
+} // namespace tavel

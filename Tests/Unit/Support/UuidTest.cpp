@@ -1,0 +1,56 @@
+#include "Support/Uuid.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace tavel {
+namespace {
+
+constexpr int rounds = 2000;
+
+TEST(Uuid, hasTheCanonicalFormInUpperCase) {
+    for (int round = 0; round < rounds; ++round) {
+        const std::string text = makeUuid();
+        ASSERT_EQ(text.size(), 36U) << text;
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            const bool hyphen = i == 8 || i == 13 || i == 18 || i == 23;
+            const std::string_view allowed = hyphen ? "-" : "0123456789ABCDEF";
+            ASSERT_NE(allowed.find(text[i]), std::string_view::npos) << text << " at " << i;
+        }
+    }
+}
+
+TEST(Uuid, isOfVersion4AndItsVariant) {
+    for (int round = 0; round < rounds; ++round) {
+        const std::string text = makeUuid();
+        ASSERT_EQ(text[14], '4') << text;
+        ASSERT_NE(std::string_view("89AB").find(text[19]), std::string_view::npos) << text;
+    }
+}
+
+TEST(Uuid, isNeverTheSameTwice) {
+    std::set<std::string> seen;
+    for (int round = 0; round < rounds; ++round)
+        seen.insert(makeUuid());
+    EXPECT_EQ(seen.size(), static_cast<std::size_t>(rounds));
+}
+
+TEST(Uuid, usesEveryDigitAtEveryRandomPosition) {
+    std::array<std::set<char>, 36> seen;
+    for (int round = 0; round < rounds; ++round) {
+        const std::string text = makeUuid();
+        for (std::size_t i = 0; i < text.size(); ++i)
+            seen[i].insert(text[i]);
+    }
+    for (std::size_t i = 0; i < seen.size(); ++i) {
+        const bool fixed = i == 8 || i == 13 || i == 14 || i == 18 || i == 23;
+        EXPECT_EQ(seen[i].size(), fixed ? 1U : i == 19 ? 4U : 16U) << "at " << i;
+    }
+}
+
+} // namespace
+} // namespace tavel
