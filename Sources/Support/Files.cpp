@@ -30,7 +30,9 @@ bool isDirectory(const std::string& path) {
     return statusOf(path, status) && S_ISDIR(status.st_mode);
 }
 
-bool createPrivateDirectory(const std::filesystem::path& directory) {
+bool createPrivateDirectory(const std::filesystem::path& path) {
+    // With a slash at its end, a path is its own parent's name.
+    const std::filesystem::path directory = path.has_filename() ? path : path.parent_path();
     std::error_code error;
     if (directory.has_parent_path()) {
         std::filesystem::create_directories(directory.parent_path(), error);

@@ -12,9 +12,9 @@ bool fileExists(const std::string& path);
 /// Whether a directory exists at `path`, links followed.
 bool isDirectory(const std::string& path);
 
-/// Creates `directory` and what is missing above it. The directory itself gets 0700; one that exists already
-/// is left as it is and counts as created. False on any failure.
-bool createPrivateDirectory(const std::filesystem::path& directory);
+/// Creates the directory `path` and what is missing above it. The directory itself gets 0700; one that exists
+/// already is left as it is and counts as created. False on any failure.
+bool createPrivateDirectory(const std::filesystem::path& path);
 
 /// Removes `directory` with everything in it, without following links. False on any failure.
 bool removeTree(const std::filesystem::path& directory);

@@ -36,12 +36,16 @@ public:
     /// Returns when the loop waits, or is one instruction away from it.
     void awaitWait() const { waiting_.wait(false); }
 
+    /// Lets go whoever still waits for a wait that did not come.
+    void release() {
+        waiting_ = true;
+        waiting_.notify_all();
+    }
+
 private:
     static gint poll(GPollFD* descriptors, guint count, gint timeout) {
-        if (timeout != 0) {
-            current_->waiting_ = true;
-            current_->waiting_.notify_all();
-        }
+        if (timeout != 0)
+            current_->release();
         return current_->before_(descriptors, count, timeout);
     }
 
@@ -148,7 +152,7 @@ TEST(GlibEventLoop, letsAFunctionGoBeforeTheNextOneRuns) {
 
 TEST(GlibEventLoop, aPostFromAnotherThreadEndsTheWaitAtOnce) {
     GlibEventLoop loop;
-    const WaitObserver observer;
+    WaitObserver observer;
     bool ran = false;
     std::thread poster([&] {
         observer.awaitWait();
@@ -158,6 +162,7 @@ TEST(GlibEventLoop, aPostFromAnotherThreadEndsTheWaitAtOnce) {
     loop.runOnce(forEver);
     EXPECT_LT(Clock::now() - start, patience);
     EXPECT_TRUE(ran) << "in the pass that was waiting";
+    observer.release();
     poster.join();
 }
 
@@ -208,7 +213,7 @@ TEST(GlibEventLoop, stopWaitingBeforeAPassEndsThatPassOnly) {
 
 TEST(GlibEventLoop, stopWaitingEndsTheWaitThatIsUnderWay) {
     GlibEventLoop loop;
-    const WaitObserver observer;
+    WaitObserver observer;
     std::thread stopper([&] {
         observer.awaitWait();
         loop.stopWaiting();
@@ -216,6 +221,7 @@ TEST(GlibEventLoop, stopWaitingEndsTheWaitThatIsUnderWay) {
     const auto start = Clock::now();
     loop.runOnce(forEver);
     EXPECT_LT(Clock::now() - start, patience);
+    observer.release();
     stopper.join();
 }
 

@@ -1,5 +1,7 @@
 #include "Tests/Protocol/AgentTest.h"
 
+#include "Tests/Support/WaitUntil.h"
+
 #include <utility>
 
 namespace tavel {
@@ -114,6 +116,12 @@ std::vector<Json> nextMessages(AgentProcess& agent, std::size_t count) {
 
 void expectSilence(AgentProcess& agent) {
     EXPECT_TRUE(request(agent, {{"command", "ping"}}).value("ok", false));
+}
+
+void waitUntilStalled(AgentProcess& agent) {
+    // Less than a pipe ever holds, and more than an announcement.
+    waitUntil([&] { return agent.unreadOutputBytes() > 2048; }, AgentProcess::deadline);
+    agent.waitUntilIdle();
 }
 
 std::string repeated(std::string_view text, std::size_t times) {

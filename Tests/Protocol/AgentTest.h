@@ -80,6 +80,10 @@ std::vector<Json> nextMessages(AgentProcess& agent, std::size_t count);
 /// to say of what it was doing, and did not answer what was sent before.
 void expectSilence(AgentProcess& agent);
 
+/// Waits until the agent cannot go on because its output was not read. It must have more to say than fits
+/// into the pipe.
+void waitUntilStalled(AgentProcess& agent);
+
 std::string repeated(std::string_view text, std::size_t times);
 
 } // namespace tavel

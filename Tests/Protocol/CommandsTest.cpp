@@ -41,9 +41,7 @@ TEST_F(Commands, discardPendingSilencesACopyThatWasNotPolled) {
     narrow.outputPipeBytes = 4096;
     AgentProcess& agent = start(narrow);
     const std::int64_t first = otherApplication().copyText(repeated("abc", 50'000));
-    while (agent.unreadOutputBytes() < 2048)
-        agent.waitUntilIdle();
-    agent.waitUntilIdle();
+    waitUntilStalled(agent);
     const std::int64_t discarded = otherApplication().copyText("secret");
     agent.send(R"({"command":"discard_pending","request_id":7})"
                "\n");

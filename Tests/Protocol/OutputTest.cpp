@@ -85,8 +85,7 @@ TEST_F(Output, reachesAParentThatStoppedReadingForAWhile) {
     AgentProcess& agent = start(narrow);
     constexpr std::uint64_t count = 5000;
     sendPings(agent, count);
-    agent.waitUntilIdle();
-    EXPECT_GT(agent.unreadOutputBytes(), smallestPipe / 2);
+    waitUntilStalled(agent);
     agent.setReadSize(100);
     expectPingReplies(agent, count);
 }
@@ -98,8 +97,7 @@ TEST_F(Output, waitsForAStalledParentInNonBlockingModeToo) {
     AgentProcess& agent = start(narrow);
     constexpr std::uint64_t count = 5000;
     sendPings(agent, count);
-    agent.waitUntilIdle();
-    EXPECT_GT(agent.unreadOutputBytes(), smallestPipe / 2);
+    waitUntilStalled(agent);
     agent.setReadSize(100);
     expectPingReplies(agent, count);
 }
@@ -109,6 +107,7 @@ TEST_F(Output, keepsALargeMessageWholeInNonBlockingMode) {
     nonBlocking.nonBlockingPipes = true;
     AgentProcess& agent = start(nonBlocking);
     const std::int64_t sequence = otherApplication().copyText(repeated("abc", 1'000'000));
+    waitUntilStalled(agent);
     EXPECT_EQ(agent.nextMessage(), announcement(sequence));
     EXPECT_EQ(agent.nextMessage(), textEvent(repeated("YWJj", 1'000'000), 3'000'000, sequence));
 }

@@ -128,8 +128,8 @@ TEST_F(PasteboardStore, standsInTheTemporaryDirectoryWithoutARuntimeDirectory) {
     without.environment["XDG_RUNTIME_DIR"] = std::nullopt;
     AgentProcess& agent = start(without);
     EXPECT_EQ(request(agent, {{"command", "write_text"}, {"text_b64", "aGk"}, {"marker", ""}}), success(1));
-    OtherApplication neighbour(directory_.temporaryDirectory() /
-                               ("tavel-pasteboard-" + std::to_string(geteuid())));
+    const OtherApplication neighbour(directory_.temporaryDirectory() /
+                                     ("tavel-pasteboard-" + std::to_string(geteuid())));
     EXPECT_EQ(neighbour.text(), "hi");
 }
 

@@ -221,7 +221,9 @@ TEST_F(WriteFiles, countsTheLastOfEqualLists) {
     EXPECT_EQ(agent().nextMessage(), pingReply(7, 1));
     EXPECT_EQ(otherApplication().content(), Content{fileItem(directoryUrl() + "/file", "")});
     for (const std::string last : {"7", "[]", "[7]", "{}", "\"x\"", "null"}) {
-        agent().send(start + R"("paths":[")" + path + R"("],"paths":)" + last + "}\n");
+        std::string line = start;
+        line.append(R"("paths":[")").append(path).append(R"("],"paths":)").append(last).append("}\n");
+        agent().send(line);
         EXPECT_EQ(agent().nextMessage().value("reason", ""), invalidFiles) << last;
     }
 }

@@ -16,7 +16,6 @@ namespace {
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 
 std::string described(std::string_view line, std::string_view requestName = "") {
     return describeMessage(decodeAgentMessage(line), requestName).text;

@@ -13,7 +13,6 @@ namespace {
 
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 /// Masks what differs from one run to the next: the change counts, and the name of the temporary directory.
 std::string withoutChance(std::string text) {
@@ -105,7 +104,7 @@ TEST_F(ConsoleDemoTest, NoticesAMissingEvent) {
 }
 
 TEST_F(ConsoleDemoTest, NoticesWrongContent) {
-    const ToolResult result = demo({"--agent", distortedAgent("sed -u 's/text_b64\":\"U/text_b64\":\"V/'")});
+    const ToolResult result = demo({"--agent", distortedAgent(R"(sed -u 's/text_b64":"U/text_b64":"V/')")});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "tavel-console: The agent told of another text.\n");
     EXPECT_TRUE(isTidy());
@@ -121,7 +120,7 @@ TEST_F(ConsoleDemoTest, NoticesWhatShouldNotCome) {
 }
 
 TEST_F(ConsoleDemoTest, NoticesAFailedCommand) {
-    const ToolResult result = demo({"--agent", distortedAgent("sed -u '2s/\"ok\":true/\"ok\":false/'")});
+    const ToolResult result = demo({"--agent", distortedAgent(R"(sed -u '2s/"ok":true/"ok":false/')")});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "tavel-console: The agent could not carry out the command.\n");
 }

@@ -57,7 +57,7 @@ TEST(VisibleText, EscapesWhatATerminalObeys) {
 }
 
 TEST(VisibleText, EscapesWhatDeceivesTheEye) {
-    EXPECT_EQ(visibleText("a\u202Etxt.exe"), "a\\u{202e}txt.exe");
+    EXPECT_EQ(visibleText("a\u202Etxt.exe\u202C"), "a\\u{202e}txt.exe\\u{202c}");
     EXPECT_EQ(visibleText("a\u2028b\u2029c\uFEFFd"), "a\\u{2028}b\\u{2029}c\\u{feff}d");
     EXPECT_EQ(visibleText("\\n"), "\\\\n"); // not to be taken for a line feed
 }

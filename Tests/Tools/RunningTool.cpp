@@ -31,6 +31,7 @@ void require(bool done, const char* what) {
 
 std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (const std::string& text : texts)
         pointers.push_back(const_cast<char*>(text.c_str())); // execve does not write to them
     pointers.push_back(nullptr);

@@ -36,9 +36,7 @@ public:
     void closeInput();
     void sendSignal(int number) const;
 
-    pid_t processIdentifier() const {
-        return process_;
-    }
+    pid_t processIdentifier() const { return process_; }
 
     /// Waits until `text` comes in the output, behind what an earlier call waited for. Gives the output from
     /// there up to the end of `text`.

@@ -50,7 +50,7 @@ std::string World::write(const std::string& name, std::string_view content) cons
 }
 
 std::string World::writeScript(const std::string& name, std::string_view lines) const {
-    const std::string path = write(name, "#!/bin/sh\n" + std::string(lines));
+    std::string path = write(name, "#!/bin/sh\n" + std::string(lines));
     std::filesystem::permissions(path, std::filesystem::perms::owner_all);
     return path;
 }

@@ -15,7 +15,8 @@
 #include <system_error>
 #include <utility>
 
-extern char** environ; // POSIX declares it nowhere
+// POSIX leaves the declaration to the program, though some systems have one.
+extern char** environ; // NOLINT(readability-redundant-declaration)
 
 namespace tavel {
 
@@ -128,6 +129,7 @@ ChildProcess::~ChildProcess() {
 
 void ChildProcess::start(const std::vector<std::string>& arguments, int input, int output) {
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments)
         pointers.push_back(const_cast<char*>(argument.c_str())); // posix_spawn does not write to them
     pointers.push_back(nullptr);
@@ -200,7 +202,7 @@ void ChildProcess::noteEnd(int status) {
     handlers_.ended(status);
 }
 
-void ChildProcess::sendSignal(int number) {
+void ChildProcess::sendSignal(int number) const {
     if (isRunning())
         kill(process_, number);
 }

@@ -37,7 +37,7 @@ public:
 
     bool isRunning() const { return process_ != 0; }
 
-    void sendSignal(int number);
+    void sendSignal(int number) const;
 
 private:
     void start(const std::vector<std::string>& arguments, int input, int output);

@@ -56,11 +56,14 @@ Demo::Demo(Programs programs, std::chrono::milliseconds patience)
 Demo::~Demo() {
     if (agent_ != nullptr && agent_->isRunning())
         agent_->end(patience_);
-    interrupted_ = false; // cleaning up is still to be done
+    // Neither keeps the rest from being tidied up.
+    interrupted_ = false;
+    agentEnd_.reset();
     try {
         runPasteboardTool({"clear"});
-    } catch (const Error&) { // NOLINT: whatever hinders it has been reported by an earlier step, or is a
-                             // lesser evil
+    } catch (const Error& error) {
+        const std::string complaint = "tavel-console: the pasteboard " + pasteboard_ + " is not cleared: ";
+        static_cast<void>(writeAll(STDERR_FILENO, complaint + error.what() + "\n"));
     }
     static_cast<void>(removeTree(directory_));
 }
@@ -182,7 +185,7 @@ std::string Demo::runPasteboardTool(const std::vector<std::string>& arguments, c
 }
 
 std::filesystem::path Demo::writeFile(const std::string& name, std::string_view content) {
-    const std::filesystem::path path = directory_ / name;
+    std::filesystem::path path = directory_ / name;
     std::ofstream file(path);
     file << content;
     file.close();

@@ -132,7 +132,7 @@ constexpr std::array commandReaders{
 
 std::filesystem::path currentDirectory() {
     std::error_code error;
-    std::filesystem::path directory = std::filesystem::current_path(error);
+    const std::filesystem::path directory = std::filesystem::current_path(error);
     return error ? std::filesystem::path("/") : directory;
 }
 

@@ -79,6 +79,7 @@ LineEditor::LineEditor(std::string prompt, WaitForKeyboard waitForKeyboard)
 }
 
 LineEditor::~LineEditor() {
+    el_set(editor_, EL_PREP_TERM, 0);
     history_end(history_);
     el_end(editor_);
 }
@@ -94,14 +95,17 @@ void LineEditor::configure() {
     el_set(editor_, EL_GETCFN, &LineEditor::readCharacter);
     // Ctrl-Z comes as a key, so that the terminal is put in order before the shell gets it.
     el_set(editor_, EL_SETTY, "-d", "-susp", nullptr);
-    el_set(editor_, EL_ADDFN, "tavel-suspend", "Suspend this program", &LineEditor::suspend);
+    // libedit keeps the wide texts as they are; of narrow ones it would keep copies for ever.
+    el_wset(editor_, EL_ADDFN, L"tavel-suspend", L"Suspend this program", &LineEditor::suspend);
     el_set(editor_, EL_BIND, "^Z", "tavel-suspend", nullptr);
     el_source(editor_, nullptr); // the user's own bindings
+    takeTerminal();
 }
 
 std::optional<std::string> LineEditor::readLine() {
     int length = 0;
     const char* const found = el_gets(editor_, &length);
+    takeTerminal();
     if (found == nullptr || length <= 0) {
         // The cursor still stands behind the prompt.
         static_cast<void>(writeAll(STDOUT_FILENO, "\n"));
@@ -135,6 +139,12 @@ void LineEditor::resize() {
     // By now the terminal has broken the line anew, at the new width.
     static_cast<void>(writeAll(STDOUT_FILENO, eraseSequence()));
     el_set(editor_, EL_REFRESH);
+}
+
+/// libedit gives the terminal back after each line, and takes it only behind the next prompt. What is typed
+/// in between would be shown at once, and Ctrl-D would be lost.
+void LineEditor::takeTerminal() {
+    el_set(editor_, EL_PREP_TERM, 1);
 }
 
 /// Moves to where the line that is being edited begins, and clears the screen from there on.

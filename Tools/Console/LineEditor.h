@@ -37,6 +37,7 @@ private:
     static unsigned char suspend(editline* editor, int key);
 
     void configure();
+    void takeTerminal();
     int nextCharacter(wchar_t& character);
     std::string eraseSequence() const;
 

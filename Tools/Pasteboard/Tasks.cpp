@@ -48,6 +48,7 @@ public:
 
     void operator()(const task::CopyFiles& copy) {
         std::vector<PasteboardItem> items;
+        items.reserve(copy.paths.size());
         for (const std::string& path : copy.paths)
             items.push_back(fileItem(path));
         replaceContents(items);
@@ -101,14 +102,14 @@ private:
             fail("the pasteboard refused the content");
     }
 
-    void writeLines(const std::vector<std::string>& lines) {
+    void writeLines(const std::vector<std::string>& lines) const {
         std::string text;
         for (const std::string& line : lines)
             text.append(line).append("\n");
         write(text);
     }
 
-    void write(std::string_view content) {
+    void write(std::string_view content) const {
         if (!writeAll(output_, content))
             fail("standard output: " + std::generic_category().message(errno));
     }

@@ -178,7 +178,9 @@ private:
         const std::string_view token = withoutTrailingWhitespace(value.raw_json_token());
         switch (type) {
         case ondemand::json_type::string: {
-            if (token.size() < 2 || !token.ends_with('"'))
+            // A string that is not taken would pass for a key, with a colon behind it.
+            if (value.get_raw_json_string().error() != simdjson::SUCCESS || token.size() < 2 ||
+                !token.ends_with('"'))
                 return std::nullopt;
             const auto text = unescaped(token.substr(1, token.size() - 2));
             return text ? std::optional(Scalar{type, *text}) : std::nullopt;

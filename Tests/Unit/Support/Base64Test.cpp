@@ -53,7 +53,7 @@ std::optional<std::string> naivelyDecoded(std::string text) {
         text += '=';
     const std::size_t end = text.find('=');
     const std::string_view padding = end == std::string::npos ? "" : std::string_view(text).substr(end);
-    if (padding != "" && padding != "=" && padding != "==")
+    if (!padding.empty() && padding != "=" && padding != "==")
         return std::nullopt;
     std::string bytes;
     unsigned bits = 0;
@@ -145,9 +145,9 @@ TEST(Base64, replacesASlashInTheLastPartialGroup) {
 }
 
 TEST(Base64, appendsToTheTextThatIsThere) {
-    std::string text = "\"a/b\":\"";
+    std::string text = R"("a/b":")";
     appendBase64(text, "\xFF\xFE", "\\/");
-    EXPECT_EQ(text, "\"a/b\":\"\\/\\/4");
+    EXPECT_EQ(text, R"("a/b":"\/\/4)");
 }
 
 TEST(Base64, takesPaddingInFullInPartOrNotAtAll) {

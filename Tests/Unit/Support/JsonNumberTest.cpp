@@ -23,7 +23,7 @@ constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
 std::vector<std::uint32_t> wideInteger(std::string_view digits) {
     std::vector<std::uint32_t> limbs;
     for (const char digit : digits) {
-        std::uint64_t carry = static_cast<std::uint64_t>(digit - '0');
+        auto carry = static_cast<std::uint64_t>(digit - '0');
         for (std::uint32_t& limb : limbs) {
             carry += std::uint64_t{limb} * 10;
             limb = static_cast<std::uint32_t>(carry & 0xFFFFFFFF);
@@ -104,11 +104,11 @@ TEST(JsonNumber, isWhatTheGrammarAllows) {
 
 TEST(JsonNumber, isNothingElse) {
     for (const std::string_view token :
-         {"",         "-",     "+",    "+1",    "--1",  "00",    "01",    "-01", "007",  "1.",
-          ".5",       "-.5",   "1.e5", "1.-5",  "1..5", "1.5.",  "1e",    "1e+", "1e-",  "e5",
-          "1e5.",     "1e5.0", "1e+-", "1ee5",  "1 ",   " 1",    "1\n",   "1a",  "a1",   "0x10",
-          "Infinity", "NaN",   "inf",  "-inf",  "1_0",  "1,000", "1'000", "0b1", "1e 5", "- 1",
-          "1f",       "true",  "null", "\"1\"", "1d",   "١",     "1\xC2"}) {
+         {"",         "-",     "+",    "+1",     "--1",  "00",    "01",    "-01", "007",  "1.",
+          ".5",       "-.5",   "1.e5", "1.-5",   "1..5", "1.5.",  "1e",    "1e+", "1e-",  "e5",
+          "1e5.",     "1e5.0", "1e+-", "1ee5",   "1 ",   " 1",    "1\n",   "1a",  "a1",   "0x10",
+          "Infinity", "NaN",   "inf",  "-inf",   "1_0",  "1,000", "1'000", "0b1", "1e 5", "- 1",
+          "1f",       "true",  "null", R"("1")", "1d",   "١",     "1\xC2"}) {
         EXPECT_FALSE(isJsonNumber(token)) << token;
         EXPECT_EQ(unsignedFromJsonNumber(token), std::nullopt) << token;
         EXPECT_EQ(booleanFromJsonNumber(token), std::nullopt) << token;
