@@ -13,7 +13,7 @@ using nlohmann::json;
 using testing::HasSubstr;
 
 Wish wishFor(std::string_view line) {
-    return readHumanCommand(line, {"/work/here", "/home/me"});
+    return readHumanCommand(line, {"/house/here", "/home/me"});
 }
 
 /// The fields of the request that the line leads to.
@@ -60,24 +60,24 @@ TEST(HumanCommand, SendsTheRestOfTheLineAsText) {
 TEST(HumanCommand, SendsPathsByTheirKind) {
     EXPECT_EQ(requestFor("files a.txt"), json({{"command", "write_files"},
                                                {"kind", "files"},
-                                               {"paths", {"/work/here/a.txt"}},
+                                               {"paths", {"/house/here/a.txt"}},
                                                {"marker", "tavel-console"}}));
     EXPECT_EQ(requestFor("image a.png")["kind"], "image");
     EXPECT_EQ(requestFor("formats a.html b.txt")["kind"], "formats");
-    EXPECT_EQ(pathsOf("formats a.html b.txt"), json({"/work/here/a.html", "/work/here/b.txt"}));
+    EXPECT_EQ(pathsOf("formats a.html b.txt"), json({"/house/here/a.html", "/house/here/b.txt"}));
 }
 
 TEST(HumanCommand, MakesPathsAbsolute) {
     EXPECT_EQ(pathsOf("files /a/b ./c ../d e/../f"),
-              json({"/a/b", "/work/here/c", "/work/d", "/work/here/f"}));
+              json({"/a/b", "/house/here/c", "/house/d", "/house/here/f"}));
     EXPECT_EQ(pathsOf("files ~/x ~ ./~ a~"),
-              json({"/home/me/x", "/home/me/", "/work/here/~", "/work/here/a~"}));
+              json({"/home/me/x", "/home/me/", "/house/here/~", "/house/here/a~"}));
 }
 
 TEST(HumanCommand, UnderstandsTheShellsQuoting) {
     EXPECT_EQ(pathsOf(R"(files "a b" c\ d 'e"f' g"h"i)"),
-              json({"/work/here/a b", "/work/here/c d", "/work/here/e\"f", "/work/here/ghi"}));
-    EXPECT_EQ(pathsOf("files été.txt"), json({"/work/here/été.txt"}));
+              json({"/house/here/a b", "/house/here/c d", "/house/here/e\"f", "/house/here/ghi"}));
+    EXPECT_EQ(pathsOf("files été.txt"), json({"/house/here/été.txt"}));
 }
 
 TEST(HumanCommand, SwitchesThePrompt) {

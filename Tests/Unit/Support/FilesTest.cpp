@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <filesystem>
 #include <string>
 
@@ -69,7 +70,8 @@ TEST(Files, areDirectoriesThroughLinksToo) {
 
 TEST(CreatePrivateDirectory, givesTheOwnerAloneAllRightsUnderAnyUmask) {
     const ScratchDirectory scratch;
-    for (const mode_t mask : {0000, 0022, 0027, 0077, 0177, 0277, 0500, 0700, 0777}) {
+    constexpr std::array<mode_t, 9> masks{0000, 0022, 0027, 0077, 0177, 0277, 0500, 0700, 0777};
+    for (const mode_t mask : masks) {
         const fs::path directory = scratch / std::to_string(mask);
         EXPECT_TRUE(createUnder(mask, directory)) << std::oct << mask;
         EXPECT_EQ(modeOf(directory), 0700U) << std::oct << mask;
