@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <functional>
+#include <ostream>
 
 namespace tavel {
 
@@ -16,6 +17,11 @@ struct Obstacle {
     std::string name;
     std::function<void(const fs::path& store)> arrange;
 };
+
+/// Otherwise gtest would print addresses, and the tests would have other names each time.
+void PrintTo(const Obstacle& obstacle, std::ostream* stream) {
+    *stream << obstacle.name;
+}
 
 class UnusableStore : public AgentTest, public testing::WithParamInterface<Obstacle> {};
 

@@ -1,5 +1,5 @@
 #include "Tests/Unit/Agent/Decoding.h"
-#include "Tests/Unit/Helpers/Random.h"
+#include "Tests/Unit/Fixtures/Random.h"
 
 #include <gtest/gtest.h>
 

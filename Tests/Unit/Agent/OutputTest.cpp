@@ -1,9 +1,9 @@
 #include "TavelClipboardAgent/main/Output.h"
 
 #include "Support/JsonWriter.h"
-#include "Tests/Unit/Helpers/Pipe.h"
-#include "Tests/Unit/Helpers/Signals.h"
-#include "Tests/Unit/Helpers/TemporaryFile.h"
+#include "Tests/Unit/Fixtures/Pipe.h"
+#include "Tests/Unit/Fixtures/Signals.h"
+#include "Tests/Unit/Fixtures/TemporaryFile.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 
 #include "TavelClipboardAgent/main/ClipboardWorker.h"
 #include "Tests/Unit/Doubles/TestPlatform.h"
-#include "Tests/Unit/Helpers/Pipe.h"
-#include "Tests/Unit/Helpers/TemporaryFile.h"
+#include "Tests/Unit/Fixtures/Pipe.h"
+#include "Tests/Unit/Fixtures/TemporaryFile.h"
 
 #include <gtest/gtest.h>
 

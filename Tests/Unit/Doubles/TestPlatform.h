@@ -4,7 +4,7 @@
 #include "Support/Error.h"
 #include "Tests/Unit/Doubles/ManualEventLoop.h"
 #include "Tests/Unit/Doubles/ScriptedPasteboard.h"
-#include "Tests/Unit/Helpers/ScratchDirectory.h"
+#include "Tests/Unit/Fixtures/ScratchDirectory.h"
 
 #include <cstdint>
 #include <filesystem>

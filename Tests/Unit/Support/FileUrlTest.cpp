@@ -1,6 +1,6 @@
 #include "Support/FileUrl.h"
 
-#include "Tests/Unit/Helpers/ScratchDirectory.h"
+#include "Tests/Unit/Fixtures/ScratchDirectory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "Support/JsonString.h"
 
-#include "Tests/Unit/Helpers/Random.h"
+#include "Tests/Unit/Fixtures/Random.h"
 
 #include <gtest/gtest.h>
 

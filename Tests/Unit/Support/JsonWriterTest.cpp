@@ -1,6 +1,6 @@
 #include "Support/JsonWriter.h"
 
-#include "Tests/Unit/Helpers/Random.h"
+#include "Tests/Unit/Fixtures/Random.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 #include "Support/LineReader.h"
 
 #include "Support/Files.h"
-#include "Tests/Unit/Helpers/Pipe.h"
-#include "Tests/Unit/Helpers/Random.h"
-#include "Tests/Unit/Helpers/Signals.h"
-#include "Tests/Unit/Helpers/TemporaryFile.h"
+#include "Tests/Unit/Fixtures/Pipe.h"
+#include "Tests/Unit/Fixtures/Random.h"
+#include "Tests/Unit/Fixtures/Signals.h"
+#include "Tests/Unit/Fixtures/TemporaryFile.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "Support/Process.h"
 
-#include "Tests/Unit/Helpers/ChildProcess.h"
-#include "Tests/Unit/Helpers/Pipe.h"
+#include "Tests/Unit/Fixtures/ChildProcess.h"
+#include "Tests/Unit/Fixtures/Pipe.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

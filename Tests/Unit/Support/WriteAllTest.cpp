@@ -1,7 +1,7 @@
 #include "Support/Files.h"
-#include "Tests/Unit/Helpers/Pipe.h"
-#include "Tests/Unit/Helpers/Random.h"
-#include "Tests/Unit/Helpers/Signals.h"
+#include "Tests/Unit/Fixtures/Pipe.h"
+#include "Tests/Unit/Fixtures/Random.h"
+#include "Tests/Unit/Fixtures/Signals.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
