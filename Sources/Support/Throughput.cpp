@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 
-#include <cstdint>
+#include <memory>
 
 namespace tavel {
 
@@ -18,12 +18,9 @@ void enlargePipe([[maybe_unused]] int descriptor) {
 
 void preferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size) {
 #ifdef MADV_HUGEPAGE
-    constexpr std::uintptr_t pageBytes =
-        4096; // madvise(2) takes whole pages; inside larger ones this is harmless
-    const auto start = (reinterpret_cast<std::uintptr_t>(memory) + pageBytes - 1) / pageBytes * pageBytes;
-    const auto end = (reinterpret_cast<std::uintptr_t>(memory) + size) / pageBytes * pageBytes;
-    if (start < end)
-        static_cast<void>(madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE));
+    constexpr std::size_t pageBytes = 4096; // madvise(2) takes whole pages
+    if (std::align(pageBytes, pageBytes, memory, size) != nullptr)
+        static_cast<void>(madvise(memory, size / pageBytes * pageBytes, MADV_HUGEPAGE));
 #endif
 }
 
