@@ -118,7 +118,8 @@ std::optional<Bytes> decodeBase64(std::string_view text) {
     const std::string_view rest = text.substr(groups * 4);
     const std::size_t size = groups * 3 + (rest.empty() ? 0 : rest.size() - 1);
     std::shared_ptr<char[]> decoded = std::make_unique_for_overwrite<char[]>(size);
-    if (!decodeGroups(text.data(), groups, decoded.get()))
+    char* const out = decoded.get();
+    if (!decodeGroups(text.data(), groups, out))
         return std::nullopt;
     if (!rest.empty()) {
         std::uint32_t bits = 0;
@@ -126,12 +127,11 @@ std::optional<Bytes> decodeBase64(std::string_view text) {
             bits |= sextet(rest[i], i);
         if ((bits & invalid) != 0)
             return std::nullopt;
-        decoded[groups * 3] = static_cast<char>(bits >> 16);
+        out[groups * 3] = static_cast<char>(bits >> 16);
         if (rest.size() == 3)
-            decoded[groups * 3 + 1] = static_cast<char>(bits >> 8);
+            out[groups * 3 + 1] = static_cast<char>(bits >> 8);
     }
-    const char* const data = decoded.get();
-    return Bytes(std::move(decoded), data, size);
+    return Bytes(std::move(decoded), out, size);
 }
 
 } // namespace tavel
