@@ -300,16 +300,9 @@ TEST(LineReader, waitsOnADescriptorInNonBlockingMode) {
     writer.join();
 }
 
-std::atomic<int> signalsHandled = 0;
-
-void countSignal(int) {
-    ++signalsHandled;
-}
-
 TEST(LineReader, goesOnWhenASignalInterruptsIt) {
     for (const bool nonBlocking : {false, true}) {
-        const SignalHandler handler(SIGUSR1, countSignal);
-        signalsHandled = 0;
+        const Interruptions interruptions;
         const Pipe pipe;
         if (nonBlocking)
             Pipe::setNonBlocking(pipe.reader());
@@ -322,12 +315,8 @@ TEST(LineReader, goesOnWhenASignalInterruptsIt) {
             done = true;
         });
         // Nothing is written yet, so the reader cannot get on; it can only be interrupted, again and again.
-        constexpr int interruptions = 100;
-        for (int sent = 0; sent < interruptions && !done; ++sent) {
-            pthread_kill(thread.native_handle(), SIGUSR1);
-            while (signalsHandled <= sent && !done)
-                std::this_thread::yield();
-        }
+        constexpr int times = 100;
+        Interruptions::interrupt(thread, times, done);
         EXPECT_FALSE(done);
         EXPECT_TRUE(writeAll(pipe.writer(), "line\n"));
         thread.join();

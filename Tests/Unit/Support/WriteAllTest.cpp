@@ -20,12 +20,6 @@
 namespace tavel {
 namespace {
 
-std::atomic<int> signalsHandled = 0;
-
-void countSignal(int) {
-    ++signalsHandled;
-}
-
 /// Reads on another thread until the pipe's writer is closed.
 std::future<std::string> drainElsewhere(const Pipe& pipe) {
     return std::async(std::launch::async, [&pipe] { return pipe.drain(); });
@@ -86,8 +80,7 @@ TEST(WriteAll, waitsForADescriptorInNonBlockingMode) {
 TEST(WriteAll, goesOnWhenASignalInterruptsIt) {
     // Blocking, and with the small non-blocking pipe: write(2) is interrupted in one, poll(2) in the other.
     for (const bool nonBlocking : {false, true}) {
-        const SignalHandler handler(SIGUSR1, countSignal);
-        signalsHandled = 0;
+        const Interruptions interruptions;
         Pipe pipe;
         Pipe::setNonBlocking(pipe.writer());
         const std::string before = fill(pipe);
@@ -102,18 +95,14 @@ TEST(WriteAll, goesOnWhenASignalInterruptsIt) {
             done = true;
         });
         // Nobody reads yet, so the writer cannot get on; it can only be interrupted, again and again.
-        constexpr int interruptions = 100;
-        for (int sent = 0; sent < interruptions && !done; ++sent) {
-            pthread_kill(writer.native_handle(), SIGUSR1);
-            while (signalsHandled <= sent && !done)
-                std::this_thread::yield();
-        }
+        constexpr int times = 100;
+        Interruptions::interrupt(writer, times, done);
         EXPECT_FALSE(done);
         auto received = drainElsewhere(pipe);
         writer.join();
         pipe.closeWriter();
         EXPECT_TRUE(written);
-        EXPECT_EQ(signalsHandled, interruptions);
+        EXPECT_GE(Interruptions::count(), times);
         EXPECT_EQ(received.get(), before + "content");
     }
 }
