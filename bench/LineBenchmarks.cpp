@@ -66,7 +66,7 @@ void setLinesPerSecond(benchmark::State& state) {
 
 /// The floor: the bytes come out of the pipe into memory that is touched for the first time, and no more.
 void readPipeOnly(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Writer writer;
         auto* const target = static_cast<char*>(std::malloc(lineBytes + 4096));
         std::size_t end = 0;
@@ -84,7 +84,7 @@ void readPipeOnly(benchmark::State& state) {
 BENCHMARK(readPipeOnly)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
 void readLine(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Writer writer;
         LineReader reader(writer.readEnd());
         const auto line = reader.next();
@@ -96,7 +96,7 @@ void readLine(benchmark::State& state) {
 BENCHMARK(readLine)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
 void readAndDecodeLine(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Writer writer;
         LineReader reader(writer.readEnd());
         CommandDecoder decoder;
@@ -110,7 +110,7 @@ BENCHMARK(readAndDecodeLine)->Unit(benchmark::kMillisecond)->UseRealTime()->MinT
 
 /// A peer: the C library's reader of lines.
 void readWithGetline(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Writer writer;
         FILE* const stream = fdopen(dup(writer.readEnd()), "r");
         char* text = nullptr;

@@ -36,7 +36,7 @@ void setBytesPerSecond(benchmark::State& state, std::size_t bytes) {
 void copyText(benchmark::State& state) {
     const std::string text = frenchText(textBytes);
     std::vector<char> target(text.size());
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         std::memcpy(target.data(), text.data(), text.size());
         benchmark::ClobberMemory();
     }
@@ -46,7 +46,7 @@ BENCHMARK(copyText);
 
 void checkUtf8(benchmark::State& state) {
     const std::string text = frenchText(textBytes);
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(isUtf8(text));
     setBytesPerSecond(state, text.size());
 }
@@ -54,7 +54,7 @@ BENCHMARK(checkUtf8);
 
 void encodeBase64Text(benchmark::State& state) {
     const std::string text = frenchText(textBytes);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         std::string encoded;
         appendBase64(encoded, text);
         benchmark::DoNotOptimize(encoded);
@@ -66,7 +66,7 @@ BENCHMARK(encodeBase64Text);
 void decodeBase64Text(benchmark::State& state) {
     std::string encoded;
     appendBase64(encoded, frenchText(textBytes));
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(decodeBase64(encoded));
     setBytesPerSecond(state, encoded.size());
 }
@@ -75,7 +75,7 @@ BENCHMARK(decodeBase64Text);
 /// All that a captured text goes through on its way to the pipe.
 void buildTextEvent(benchmark::State& state) {
     const std::string text = frenchText(textBytes);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         if (!isUtf8(text))
             state.SkipWithError("the text is not UTF-8");
         JsonObject event;
