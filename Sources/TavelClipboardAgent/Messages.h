@@ -12,8 +12,6 @@ inline constexpr std::string_view changedDuringTransfer =
     "Le presse-papiers local a changé pendant le transfert";
 inline constexpr std::string_view invalidFiles = "Fichiers clipboard invalides";
 inline constexpr std::string_view unknownFormat = "Format clipboard inconnu";
-inline constexpr std::string_view invalidFormats = "Formats clipboard invalides";
-inline constexpr std::string_view invalidImage = "Image clipboard invalide ou trop grande";
 inline constexpr std::string_view filesWriteFailed = "Écriture fichiers impossible";
 inline constexpr std::string_view unknownCommand = "Commande clipboard inconnue";
 

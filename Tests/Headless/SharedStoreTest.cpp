@@ -4,7 +4,24 @@ namespace tavel {
 
 namespace {
 
-using SharedStore = StoreProcessTest;
+class SharedStore : public StoreProcessTest {
+protected:
+    /// Writes another content of 1 MiB, so many times.
+    class Rewriter {
+    public:
+        explicit Rewriter(std::unique_ptr<HeadlessPasteboard> pasteboard)
+            : pasteboard_(std::move(pasteboard)) {}
+
+        void operator()(int times) {
+            for (int time = 0; time < times; ++time)
+                ASSERT_TRUE(writeStamped(*pasteboard_, {0, ++sequence_, mebibyte}));
+        }
+
+    private:
+        std::unique_ptr<HeadlessPasteboard> pasteboard_;
+        std::uint64_t sequence_ = 0;
+    };
+};
 
 } // namespace
 
@@ -93,12 +110,7 @@ TEST_F(SharedStore, keepsWhatAReaderHoldsAsItWasUntilTheReaderEnds) {
 }
 
 TEST_F(SharedStore, reusesTheSpaceOfContentsThatNobodySees) {
-    const auto ours = open();
-    std::uint64_t sequence = 0;
-    const auto rewrite = [&](int times) {
-        for (int time = 0; time < times; ++time)
-            ASSERT_TRUE(writeStamped(*ours, {0, ++sequence, mebibyte}));
-    };
+    Rewriter rewrite(open());
     rewrite(10);
     const std::uint64_t afterFew = storeBytes();
     rewrite(100);
@@ -108,12 +120,7 @@ TEST_F(SharedStore, reusesTheSpaceOfContentsThatNobodySees) {
 }
 
 TEST_F(SharedStore, takesBackTheSpaceThatKilledReadersHeld) {
-    const auto ours = open();
-    std::uint64_t sequence = 0;
-    const auto rewrite = [&](int times) {
-        for (int time = 0; time < times; ++time)
-            ASSERT_TRUE(writeStamped(*ours, {0, ++sequence, mebibyte}));
-    };
+    Rewriter rewrite(open());
     rewrite(10);
     std::vector<std::unique_ptr<ChildProcess>> holders;
     for (int index = 0; index < 5; ++index) {

@@ -29,6 +29,19 @@ protected:
             ASSERT_EQ(agent.nextMessage(), pingReply(requestID));
     }
 
+    /// More replies than the pipe holds, to a parent that reads nothing until the agent cannot go on.
+    void expectRepliesAfterAStall(bool nonBlockingPipes) {
+        AgentProcess::Options narrow = options();
+        narrow.outputPipeBytes = smallestPipe;
+        narrow.nonBlockingPipes = nonBlockingPipes;
+        AgentProcess& agent = start(narrow);
+        constexpr std::uint64_t count = 5000;
+        sendPings(agent, count);
+        waitUntilStalled(agent);
+        agent.setReadSize(100);
+        expectPingReplies(agent, count);
+    }
+
     static constexpr int smallestPipe = 4096;
 };
 
@@ -80,26 +93,11 @@ TEST_F(Output, reachesAParentThatReadsAFewBytesAtATime) {
 }
 
 TEST_F(Output, reachesAParentThatStoppedReadingForAWhile) {
-    AgentProcess::Options narrow = options();
-    narrow.outputPipeBytes = smallestPipe;
-    AgentProcess& agent = start(narrow);
-    constexpr std::uint64_t count = 5000;
-    sendPings(agent, count);
-    waitUntilStalled(agent);
-    agent.setReadSize(100);
-    expectPingReplies(agent, count);
+    expectRepliesAfterAStall(false);
 }
 
 TEST_F(Output, waitsForAStalledParentInNonBlockingModeToo) {
-    AgentProcess::Options narrow = options();
-    narrow.outputPipeBytes = smallestPipe;
-    narrow.nonBlockingPipes = true;
-    AgentProcess& agent = start(narrow);
-    constexpr std::uint64_t count = 5000;
-    sendPings(agent, count);
-    waitUntilStalled(agent);
-    agent.setReadSize(100);
-    expectPingReplies(agent, count);
+    expectRepliesAfterAStall(true);
 }
 
 TEST_F(Output, keepsALargeMessageWholeInNonBlockingMode) {

@@ -1,4 +1,4 @@
-#include "Tests/Protocol/AgentTest.h"
+#include "Tests/Protocol/WritingTest.h"
 
 namespace tavel {
 
@@ -10,10 +10,9 @@ const std::string invalidFiles = "Fichiers clipboard invalides";
 const std::string unknownFormat = "Format clipboard inconnu";
 const std::string changedDuringTransfer = "Le presse-papiers local a chang\u00E9 pendant le transfert";
 
-class WriteFiles : public AgentTest {
+class WriteFiles : public WritingTest {
 protected:
     using Paths = std::vector<std::string>;
-    using Content = std::vector<std::vector<TypeAndData>>;
 
     static Json writeFiles(const Paths& paths, const std::string& marker = "marker") {
         return {{"command", "write_files"}, {"kind", "files"}, {"paths", paths}, {"marker", marker}};
@@ -34,37 +33,10 @@ protected:
         return {{"public.file-url", url}, {std::string(originMarkerType), marker}};
     }
 
-    void expectWritten(const Json& command, const Content& content) {
-        SCOPED_TRACE(command.dump().substr(0, 200));
-        const std::int64_t before = otherApplication().changeCount();
-        EXPECT_EQ(request(agent(), command), success(before + 1));
-        EXPECT_EQ(otherApplication().changeCount(), before + 1);
-        EXPECT_EQ(otherApplication().content(), content);
-    }
-
-    /// The pasteboard must stay as it is.
-    void expectRefused(const Json& command, const std::string& reason) {
-        SCOPED_TRACE(command.dump().substr(0, 200));
-        const std::int64_t before = otherApplication().changeCount();
-        const Content content = otherApplication().content();
-        EXPECT_EQ(request(agent(), command), failure(reason, before));
-        EXPECT_EQ(otherApplication().changeCount(), before);
-        EXPECT_EQ(otherApplication().content(), content);
-    }
-
-    AgentProcess& agent() {
-        if (agent_ == nullptr)
-            agent_ = &start();
-        return *agent_;
-    }
-
     std::string file(const std::string& name = "file") const { return directory_.createFile(name); }
 
     /// The URL of the test's directory, whose own name needs no escape.
     std::string directoryUrl() const { return "file://" + directory_.path().string(); }
-
-private:
-    AgentProcess* agent_ = nullptr;
 };
 
 TEST_F(WriteFiles, replacesTheContentByAnItemPerPathWithTheMarkerOnEach) {

@@ -1,4 +1,4 @@
-#include "Tests/Protocol/AgentTest.h"
+#include "Tests/Protocol/WritingTest.h"
 
 #include <optional>
 
@@ -8,10 +8,8 @@ namespace {
 
 const std::string invalidText = "Texte clipboard invalide";
 
-class WriteText : public AgentTest {
+class WriteText : public WritingTest {
 protected:
-    using Content = std::vector<std::vector<TypeAndData>>;
-
     static Json writeText(const std::string& base64, const std::string& marker = "marker") {
         return {{"command", "write_text"}, {"text_b64", base64}, {"marker", marker}};
     }
@@ -21,31 +19,10 @@ protected:
     }
 
     void expectWritten(const std::string& base64, const std::string& text) {
-        SCOPED_TRACE(base64);
-        const std::int64_t before = otherApplication().changeCount();
-        EXPECT_EQ(request(agent(), writeText(base64)), success(before + 1));
-        EXPECT_EQ(otherApplication().changeCount(), before + 1);
-        EXPECT_EQ(otherApplication().content(), written(text));
+        WritingTest::expectWritten(writeText(base64), written(text));
     }
 
-    /// The pasteboard must stay as it is.
-    void expectRefused(const Json& command) {
-        SCOPED_TRACE(command.dump().substr(0, 200));
-        const std::int64_t before = otherApplication().changeCount();
-        const Content content = otherApplication().content();
-        EXPECT_EQ(request(agent(), command), failure(invalidText, before));
-        EXPECT_EQ(otherApplication().changeCount(), before);
-        EXPECT_EQ(otherApplication().content(), content);
-    }
-
-    AgentProcess& agent() {
-        if (agent_ == nullptr)
-            agent_ = &start();
-        return *agent_;
-    }
-
-private:
-    AgentProcess* agent_ = nullptr;
+    void expectRefused(const Json& command) { WritingTest::expectRefused(command, invalidText); }
 };
 
 TEST_F(WriteText, replacesTheContentByTheTextAndItsMarker) {

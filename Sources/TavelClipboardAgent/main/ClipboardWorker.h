@@ -55,7 +55,6 @@ public:
     const std::filesystem::path& exportDirectory() const { return exportDirectory_; }
 
 private:
-    using Reason = std::string_view;
     /// What carrying out a command gives: a reason for the failure, or none.
     using Result = std::optional<std::string>;
 
@@ -71,7 +70,7 @@ private:
     Result writeFileReferences(const command::WriteFiles& command);
     bool replaceContents(const std::function<bool()>& write);
     bool hasChangedSince(std::optional<std::uint64_t> expectedSequence);
-    void respond(std::uint64_t requestID, bool ok, Reason reason);
+    void respond(std::uint64_t requestID, bool ok, std::string_view reason);
 
     // ClipboardWorkerPoll.cpp
     bool captureFiles(std::string_view marker, std::uint64_t sequence);

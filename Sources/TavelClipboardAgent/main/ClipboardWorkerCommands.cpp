@@ -130,7 +130,7 @@ bool ClipboardWorker::hasChangedSince(std::optional<std::uint64_t> expectedSeque
     return expectedSequence && *expectedSequence != sequence();
 }
 
-void ClipboardWorker::respond(std::uint64_t requestID, bool ok, Reason reason) {
+void ClipboardWorker::respond(std::uint64_t requestID, bool ok, std::string_view reason) {
     JsonObject reply;
     reply.add("request_id", requestID).add("ok", ok).add("reason", reason).add("sequence", sequence());
     output_.emit(std::move(reply));

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Tests/Protocol/AgentTest.h"
+
+#include <string>
+#include <vector>
+
+namespace tavel {
+
+/// What the tests of the writing commands start from: one agent, and another program that sees what it wrote.
+class WritingTest : public AgentTest {
+protected:
+    using Content = std::vector<std::vector<TypeAndData>>;
+
+    void expectWritten(const Json& command, const Content& content) {
+        SCOPED_TRACE(command.dump().substr(0, 200));
+        const std::int64_t before = otherApplication().changeCount();
+        EXPECT_EQ(request(agent(), command), success(before + 1));
+        EXPECT_EQ(otherApplication().changeCount(), before + 1);
+        EXPECT_EQ(otherApplication().content(), content);
+    }
+
+    /// The pasteboard must stay as it is.
+    void expectRefused(const Json& command, const std::string& reason) {
+        SCOPED_TRACE(command.dump().substr(0, 200));
+        const std::int64_t before = otherApplication().changeCount();
+        const Content content = otherApplication().content();
+        EXPECT_EQ(request(agent(), command), failure(reason, before));
+        EXPECT_EQ(otherApplication().changeCount(), before);
+        EXPECT_EQ(otherApplication().content(), content);
+    }
+
+    AgentProcess& agent() {
+        if (agent_ == nullptr)
+            agent_ = &start();
+        return *agent_;
+    }
+
+private:
+    AgentProcess* agent_ = nullptr;
+};
+
+} // namespace tavel
