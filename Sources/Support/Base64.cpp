@@ -79,6 +79,43 @@ bool decodeGroups(const char* text, std::size_t groups, char* out) {
     return (seen & invalid) == 0;
 }
 
+/// What base64 without its padding decodes to.
+struct Shape {
+    std::string_view text;    // without the padding
+    std::size_t groups;       // whole groups of four characters
+    std::size_t decodedBytes; // in all
+};
+
+/// Nothing if the number of characters, or of those that pad, is not one that bytes give.
+std::optional<Shape> shapeOf(std::string_view text) {
+    const std::size_t missing = (4 - text.size() % 4) % 4;
+    const std::size_t padded = text.size() + missing;
+    while (text.ends_with('='))
+        text.remove_suffix(1);
+    const std::size_t padding = padded - text.size();
+    if (padding > 2) // also where only padding stands: it would have to be four of them
+        return std::nullopt;
+    const std::size_t groups = text.size() / 4;
+    const std::size_t rest = text.size() % 4;
+    return Shape{text, groups, groups * 3 + (rest == 0 ? 0 : rest - 1)};
+}
+
+/// Decodes to `out`, which may be where the text itself begins: no byte is written before its characters
+/// were read. False if a character is outside the alphabet.
+bool decodeTo(const Shape& shape, char* out) {
+    const std::string_view rest = shape.text.substr(shape.groups * 4);
+    std::uint32_t bits = 0;
+    for (std::size_t i = 0; i < rest.size(); ++i)
+        bits |= sextet(rest[i], i);
+    if ((bits & invalid) != 0 || !decodeGroups(shape.text.data(), shape.groups, out))
+        return false;
+    if (!rest.empty())
+        out[shape.groups * 3] = static_cast<char>(bits >> 16);
+    if (rest.size() == 3)
+        out[shape.groups * 3 + 1] = static_cast<char>(bits >> 8);
+    return true;
+}
+
 } // namespace
 
 void appendBase64(std::string& text, std::string_view bytes, std::string_view slash) {
@@ -106,32 +143,27 @@ void appendBase64(std::string& text, std::string_view bytes, std::string_view sl
 }
 
 std::optional<Bytes> decodeBase64(std::string_view text) {
-    const std::size_t missing = (4 - text.size() % 4) % 4;
-    const std::size_t padded = text.size() + missing;
-    while (text.ends_with('='))
-        text.remove_suffix(1);
-    const std::size_t padding = padded - text.size();
-    if (padding > 2) // also where only padding stands: it would have to be four of them
+    const auto shape = shapeOf(text);
+    if (!shape)
         return std::nullopt;
-
-    const std::size_t groups = text.size() / 4;
-    const std::string_view rest = text.substr(groups * 4);
-    const std::size_t size = groups * 3 + (rest.empty() ? 0 : rest.size() - 1);
-    std::shared_ptr<char[]> decoded = std::make_unique_for_overwrite<char[]>(size);
+    std::shared_ptr<char[]> decoded = std::make_unique_for_overwrite<char[]>(shape->decodedBytes);
     char* const out = decoded.get();
-    if (!decodeGroups(text.data(), groups, out))
+    if (!decodeTo(*shape, out))
         return std::nullopt;
-    if (!rest.empty()) {
-        std::uint32_t bits = 0;
-        for (std::size_t i = 0; i < rest.size(); ++i)
-            bits |= sextet(rest[i], i);
-        if ((bits & invalid) != 0)
-            return std::nullopt;
-        out[groups * 3] = static_cast<char>(bits >> 16);
-        if (rest.size() == 3)
-            out[groups * 3 + 1] = static_cast<char>(bits >> 8);
-    }
-    return Bytes(std::move(decoded), out, size);
+    return Bytes(std::move(decoded), out, shape->decodedBytes);
+}
+
+Base64Text Base64Text::copyOf(std::string_view text) {
+    auto owner = std::make_shared<std::string>(text);
+    const std::span<char> characters(*owner);
+    return {std::move(owner), characters};
+}
+
+std::optional<Bytes> Base64Text::decode() && {
+    const auto shape = shapeOf(view());
+    if (!shape || !decodeTo(*shape, characters_.data()))
+        return std::nullopt;
+    return Bytes(std::move(owner_), characters_.data(), shape->decodedBytes);
 }
 
 } // namespace tavel

@@ -36,12 +36,19 @@ bool createPrivateDirectory(const std::filesystem::path& path) {
     std::error_code error;
     if (directory.has_parent_path()) {
         std::filesystem::create_directories(directory.parent_path(), error);
-        if (error)
+        if (error) {
+            errno = error.value();
             return false;
+        }
     }
     if (mkdir(directory.c_str(), 0700) == 0)
         return chmod(directory.c_str(), 0700) == 0; // an unusual umask may have taken the owner's rights away
-    return errno == EEXIST && std::filesystem::is_directory(directory, error);
+    if (errno != EEXIST)
+        return false;
+    if (isDirectory(directory.string()))
+        return true;
+    errno = EEXIST;
+    return false;
 }
 
 bool removeTree(const std::filesystem::path& directory) {

@@ -13,7 +13,7 @@ bool fileExists(const std::string& path);
 bool isDirectory(const std::string& path);
 
 /// Creates the directory `path` and what is missing above it. The directory itself gets 0700; one that exists
-/// already is left as it is and counts as created. False on any failure.
+/// already is left as it is and counts as created. False on any failure, with errno set.
 bool createPrivateDirectory(const std::filesystem::path& path);
 
 /// Removes `directory` with everything in it, without following links. False on any failure.
