@@ -63,6 +63,10 @@ public:
     virtual bool setString(std::string_view text, std::string_view type) = 0;
     virtual bool setData(const Bytes& data, std::string_view type) = 0;
 
+    /// Whether an item may hold this representation at all. Tells before anything is cleared that writing it
+    /// would fail, as far as the platform can tell.
+    virtual bool canHold(const Representation& representation) = 0;
+
     /// Adds items behind those that are there, all or none. Fails like `setData`.
     virtual bool writeItems(std::span<const PasteboardItem> items) = 0;
 

@@ -38,6 +38,10 @@ bool UnavailablePasteboard::setData(const Bytes&, std::string_view) {
     return false;
 }
 
+bool UnavailablePasteboard::canHold(const Representation&) {
+    return true; // nothing can be written, but not because of what it is
+}
+
 bool UnavailablePasteboard::writeItems(std::span<const PasteboardItem>) {
     return false;
 }

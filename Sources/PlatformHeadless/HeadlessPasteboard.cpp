@@ -202,6 +202,10 @@ bool HeadlessPasteboard::setData(const Bytes& data, std::string_view type) {
            writeOwn([&](StoredContent& content) { return content.putOnFirstItem(type, data.view()); });
 }
 
+bool HeadlessPasteboard::canHold(const Representation& representation) {
+    return isAcceptable({&representation, 1});
+}
+
 bool HeadlessPasteboard::writeItems(std::span<const PasteboardItem> items) {
     if (!std::ranges::all_of(items, isAcceptable))
         return false;

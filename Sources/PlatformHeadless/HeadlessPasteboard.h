@@ -28,6 +28,7 @@ public:
     std::int64_t clearContents() override;
     bool setString(std::string_view text, std::string_view type) override;
     bool setData(const Bytes& data, std::string_view type) override;
+    bool canHold(const Representation& representation) override;
     bool writeItems(std::span<const PasteboardItem> items) override;
     bool addTypes(std::span<const Representation> representations) override;
     bool update(const std::function<bool()>& steps) override;

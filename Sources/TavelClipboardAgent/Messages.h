@@ -1,5 +1,8 @@
 #pragma once
 
+#include "Support/Error.h"
+
+#include <string>
 #include <string_view>
 
 /// Every text that the agent sends for people to read: the reasons of failed commands and the warnings.
@@ -8,10 +11,15 @@ namespace tavel::messages {
 inline constexpr std::string_view invalidText = "Texte clipboard invalide";
 inline constexpr std::string_view textWriteFailed = "Écriture NSPasteboard impossible";
 inline constexpr std::string_view invalidHistoryImage = "Image historique invalide";
+inline constexpr std::string_view imageWriteFailed = "Écriture image impossible";
 inline constexpr std::string_view changedDuringTransfer =
     "Le presse-papiers local a changé pendant le transfert";
 inline constexpr std::string_view invalidFiles = "Fichiers clipboard invalides";
 inline constexpr std::string_view unknownFormat = "Format clipboard inconnu";
+inline constexpr std::string_view invalidFormats = "Formats clipboard invalides";
+inline constexpr std::string_view formatRefused = "Format clipboard refusé";
+inline constexpr std::string_view formatsWriteFailed = "Écriture des formats impossible";
+inline constexpr std::string_view invalidImage = "Image clipboard invalide ou trop grande";
 inline constexpr std::string_view filesWriteFailed = "Écriture fichiers impossible";
 inline constexpr std::string_view unknownCommand = "Commande clipboard inconnue";
 
@@ -21,5 +29,16 @@ inline constexpr std::string_view pasteNotPermitted = "Renommage : autorise Tave
 inline constexpr std::string_view selectionTooLarge =
     "Sélection de fichiers trop grande (10 000 éléments / 2 Mio de chemins)";
 inline constexpr std::string_view textTooLarge = "Texte presse-papiers ignoré (>4 Mio)";
+inline constexpr std::string_view imageIgnored = "Image ignorée (limite 128 Mio / 32 mégapixels)";
+
+/// `offeredTypes` are those that could have been read, separated by ", ".
+inline std::string noReadableFormat(const std::string& offeredTypes) {
+    return "Presse-papiers : formats annoncés mais aucune représentation lisible/valide (" + offeredTypes + ").";
+}
+
+inline std::string formatsNotPrepared(const Error& error) {
+    return "Presse-papiers : échec de préparation des formats (" + error.domain() + ":" +
+           std::to_string(error.code()) + ").";
+}
 
 } // namespace tavel::messages

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Support/Bytes.h"
+#include "Support/Base64.h"
 
 #include <cstdint>
 #include <optional>
@@ -34,13 +34,13 @@ struct Quit {
 
 struct WriteText {
     std::uint64_t requestID;
-    std::optional<Bytes> textBase64;
+    std::optional<Base64Text> textBase64;
     std::optional<std::string> marker;
 };
 
 struct WriteImageData {
     std::uint64_t requestID;
-    std::optional<Bytes> imageBase64;
+    std::optional<Base64Text> imageBase64;
 };
 
 struct WriteFiles {

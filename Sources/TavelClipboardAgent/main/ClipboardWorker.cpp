@@ -2,7 +2,6 @@
 
 #include "Platform/UnavailablePasteboard.h"
 #include "Support/Error.h"
-#include "Support/Files.h"
 #include "Support/Process.h"
 #include "Support/Uuid.h"
 #include "TavelClipboardAgent/main/CommandReader.h"
@@ -36,7 +35,8 @@ ClipboardWorker::ClipboardWorker(Platform& platform, Pipes pipes, std::int32_t p
                                  const std::optional<std::string>& pasteboardName)
     : platform_(platform), pipes_(pipes), pasteboard_(openPasteboard(platform, pasteboardName)),
       output_(pipes.output),
-      exportDirectory_(platform.temporaryDirectory() / ("tavel-clipboard-" + makeUuid())),
+      exportDirectory_(std::make_shared<ExportDirectory>(platform.temporaryDirectory() /
+                                                         ("tavel-clipboard-" + makeUuid()))),
       expectedParentPID_(parentPID) {
     lowerSchedulingPriority();
     previousChangeCount_ = pasteboard_->changeCount();
@@ -52,11 +52,10 @@ void ClipboardWorker::run() {
         if (const auto alive = worker.lock())
             alive->poll();
     });
-    // Failures at both ends are nobody's to repair: without a directory the exports fail on their own terms.
-    static_cast<void>(createPrivateDirectory(exportDirectory_));
+    exportDirectory_->create();
     while (!stopping_)
         loop.runOnce(longestWait);
-    static_cast<void>(removeTree(exportDirectory_));
+    exportDirectory_->remove();
 }
 
 void ClipboardWorker::stop() {
@@ -66,7 +65,7 @@ void ClipboardWorker::stop() {
 
 FilePaste& ClipboardWorker::filePaste() {
     if (filePaste_ == nullptr) {
-        filePaste_ = std::make_shared<FilePaste>(platform_.keyboardTap(), pasteboard_, exportDirectory_,
+        filePaste_ = std::make_shared<FilePaste>(platform_.keyboardTap(), pasteboard_, exportDirectory_->path(),
                                                  [worker = weak_from_this()](std::int64_t changeCount) {
                                                      if (const auto alive = worker.lock())
                                                          alive->generatedFilePasted(changeCount);

@@ -3,6 +3,7 @@
 #include "Platform/Platform.h"
 #include "TavelClipboardAgent/FilePaste/FilePaste.h"
 #include "TavelClipboardAgent/main/ClipboardCommand.h"
+#include "TavelClipboardAgent/main/Export.h"
 #include "TavelClipboardAgent/main/Output.h"
 
 #include <cstdint>
@@ -12,8 +13,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tavel {
+
+struct FormatExport;
+struct ImageExport;
 
 /// The one long-lived object of the agent: it watches the pasteboard, carries out the parent's commands and
 /// reports to the parent. Main thread only. Held by a shared_ptr, because everything that outlives a call
@@ -52,7 +57,19 @@ public:
     /// change, which the poll does not report, but the parent is told of the file.
     void generatedFilePasted(std::int64_t changeCount);
 
-    const std::filesystem::path& exportDirectory() const { return exportDirectory_; }
+    // What background jobs post when they are done. An export that is stale by then (the content has changed,
+    // or the parent does not want it any more) is deleted; a published one takes the place of the one before.
+
+    void publishImage(const ImageExport& finished);
+    void publishFormats(const FormatExport& finished);
+
+    /// Sends a warning to the parent.
+    void warn(std::string_view message);
+
+    const std::filesystem::path& exportDirectory() const { return exportDirectory_->path(); }
+
+    /// Whether a background job is at work. It goes on when `run` has returned.
+    bool isExporting() const { return exportSlot_->isTaken(); }
 
 private:
     /// What carrying out a command gives: a reason for the failure, or none.
@@ -63,20 +80,31 @@ private:
     Result execute(const command::Ping& command);
     Result execute(const command::DiscardPending& command);
     Result execute(const command::Quit& command);
-    Result execute(const command::WriteText& command);
-    Result execute(const command::WriteImageData& command);
-    Result execute(const command::WriteFiles& command);
     Result execute(const command::Unknown& command);
+    void respond(std::uint64_t requestID, bool ok, std::string_view reason);
+
+    // ClipboardWorkerWriting.cpp
+    Result execute(command::WriteText& command);
+    Result execute(command::WriteImageData& command);
+    Result execute(const command::WriteFiles& command);
+    Result writeFormats(const command::WriteFiles& command);
+    Result writeImageFile(const command::WriteFiles& command);
     Result writeFileReferences(const command::WriteFiles& command);
     bool replaceContents(const std::function<bool()>& write);
     bool hasChangedSince(std::optional<std::uint64_t> expectedSequence);
-    void respond(std::uint64_t requestID, bool ok, std::string_view reason);
 
     // ClipboardWorkerPoll.cpp
     bool captureFiles(std::string_view marker, std::uint64_t sequence);
     void captureText(std::string_view marker, std::uint64_t sequence);
-    void warn(std::string_view message);
     std::string markerText();
+
+    // ClipboardWorkerExports.cpp
+    bool captureFormats(std::int64_t current, const std::string& marker);
+    void captureImage(std::int64_t current, const std::string& marker);
+    bool takeExportSlot(std::int64_t current);
+    ExportContext exportContext();
+    bool isCurrent(const ExportOrigin& origin);
+    void emitExport(std::string_view kind, const std::vector<std::string>& paths, const ExportOrigin& origin);
 
     std::uint64_t sequence();
     static std::uint64_t sequenceFrom(std::int64_t changeCount);
@@ -89,7 +117,10 @@ private:
     std::shared_ptr<FilePaste> filePaste_;
     bool stopping_ = false;
     std::int64_t exportGeneration_ = 0; // an export that began before it moved is stale
-    std::filesystem::path exportDirectory_;
+    std::shared_ptr<ExportDirectory> exportDirectory_;
+    std::optional<std::filesystem::path> previousImage_;   // the picture published last
+    std::optional<std::filesystem::path> previousFormats_; // the directory of formats published last
+    std::shared_ptr<ExportSlot> exportSlot_ = std::make_shared<ExportSlot>();
     std::int32_t expectedParentPID_;
 };
 

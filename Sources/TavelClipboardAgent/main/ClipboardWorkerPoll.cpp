@@ -49,11 +49,13 @@ void ClipboardWorker::poll() {
 
     if (captureFiles(marker, sequence))
         return;
-    // A picture is never replaced by the text beside it; without an image codec the announcement is all that
-    // can be said of it.
-    if (pasteboard_->availableType(imageTypes))
+    if (captureFormats(current, marker))
         return;
-    captureText(marker, sequence);
+    // A picture is never replaced by the text beside it, not even one that cannot be read.
+    if (pasteboard_->availableType(imageTypes))
+        captureImage(current, marker);
+    else
+        captureText(marker, sequence);
 }
 
 /// Whether the content is a selection of files, reported or too large.

@@ -31,8 +31,8 @@ struct Fields {
     std::optional<std::string> command;
     std::optional<std::uint64_t> requestID;
     std::optional<bool> renamePrompt;
-    std::optional<Bytes> textBase64;
-    std::optional<Bytes> imageBase64;
+    std::optional<Base64Text> textBase64;
+    std::optional<Base64Text> imageBase64;
     std::optional<std::string> marker;
     std::optional<std::string> kind;
     std::optional<std::vector<std::string>> paths;
@@ -197,11 +197,15 @@ private:
     }
 
     /// The line belongs to the decoder, so its bytes may be written through simdjson's read-only views of it.
+    std::span<char> writable(std::string_view text) const {
+        const auto offset = static_cast<std::size_t>(text.data() - line_.text.data());
+        return line_.text.subspan(offset, text.size());
+    }
+
     std::optional<std::string_view> unescaped(std::string_view text) {
         if (text.empty() || std::memchr(text.data(), '\\', text.size()) == nullptr)
             return text;
-        const auto offset = static_cast<std::size_t>(text.data() - line_.text.data());
-        return unescapeJsonString(line_.text.subspan(offset, text.size()));
+        return unescapeJsonString(writable(text));
     }
 
     /// `raw` stands behind a key's opening quote. The closing one is there: simdjson has matched the quotes.
@@ -217,12 +221,12 @@ private:
                                                           : std::nullopt;
     }
 
-    std::optional<Bytes> payloadOf(const Scalar& scalar) const {
+    std::optional<Base64Text> payloadOf(const Scalar& scalar) const {
         if (scalar.type != ondemand::json_type::string)
             return std::nullopt;
         if (line_.owner == nullptr)
-            return Bytes::copyOf(scalar.text);
-        return Bytes(line_.owner, scalar.text.data(), scalar.text.size());
+            return Base64Text::copyOf(scalar.text);
+        return Base64Text(line_.owner, writable(scalar.text));
     }
 
     /// Where a number is wanted, a truth value counts as 1 or 0.

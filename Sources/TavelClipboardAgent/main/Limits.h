@@ -13,6 +13,9 @@ inline constexpr std::int64_t maximumTextBytes = 4'194'304;
 inline constexpr std::int64_t maximumImageBytes = 134'217'728;
 inline constexpr std::int64_t maximumImagePixels = 32'000'000;
 
+/// The largest picture that the parent may send from its history, in bytes: 64 MiB.
+inline constexpr std::int64_t maximumHistoryImageBytes = 67'108'864;
+
 /// The largest selection of files that is captured or written, in files.
 inline constexpr std::size_t maximumFileCount = 10'000;
 

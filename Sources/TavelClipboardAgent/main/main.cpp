@@ -17,5 +17,8 @@ int main(int argc, char** argv) {
         platform, tavel::ClipboardWorker::Pipes{STDIN_FILENO, STDOUT_FILENO}, tavel::parentPID(arguments),
         tavel::testPasteboardName(arguments)));
     worker->run();
+    // A job may be deep in an image library, whose static objects must not be destroyed under it.
+    if (worker->isExporting())
+        _exit(0);
     return 0;
 }

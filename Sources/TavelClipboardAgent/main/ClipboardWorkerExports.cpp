@@ -1,0 +1,155 @@
+#include "Platform/PasteboardTypes.h"
+#include "Support/Files.h"
+#include "Support/Uuid.h"
+#include "TavelClipboardAgent/Formats/ClipboardFormats.h"
+#include "TavelClipboardAgent/Formats/ValidRepresentation.h"
+#include "TavelClipboardAgent/Messages.h"
+#include "TavelClipboardAgent/main/ClipboardWorker.h"
+#include "TavelClipboardAgent/main/FormatExport.h"
+#include "TavelClipboardAgent/main/ImageExport.h"
+#include "TavelClipboardAgent/main/Images.h"
+#include "TavelClipboardAgent/main/Limits.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+/// A format that makes a clipboard more than text or a plain picture.
+bool isExtra(const ClipboardFormat& format) {
+    return format.name != "image.png" && format.name != "text.txt";
+}
+
+bool isOffered(Pasteboard& pasteboard, const ClipboardFormat& format) {
+    const std::vector<std::string> types = pasteboard.types();
+    return std::ranges::find(types, format.type) != types.end();
+}
+
+std::optional<Bytes> readFormat(Pasteboard& pasteboard, const ClipboardFormat& format) {
+    return format.name == "text.txt" ? pasteboard.string(format.type) : pasteboard.data(format.type);
+}
+
+/// Every representation that is there, valid, and fits beside those before it.
+CapturedFormats readFormats(Pasteboard& pasteboard) {
+    CapturedFormats captured;
+    std::size_t room = maximumFormatsBytes;
+    for (const ClipboardFormat& format : clipboardFormats) {
+        if (!isOffered(pasteboard, format))
+            continue;
+        auto content = readFormat(pasteboard, format);
+        if (!content || !validRepresentation(format.name, content->view()) || content->size() > room)
+            continue;
+        room -= content->size();
+        captured.emplace(format.name, std::move(*content));
+    }
+    return captured;
+}
+
+/// The offered types that stand in the table, in the pasteboard's order.
+std::string knownTypes(Pasteboard& pasteboard) {
+    std::string list;
+    for (const std::string& type : pasteboard.types()) {
+        if (std::ranges::find(clipboardFormats, type, &ClipboardFormat::type) != clipboardFormats.end())
+            list.append(list.empty() ? "" : ", ").append(type);
+    }
+    return list;
+}
+
+} // namespace
+
+/// Takes the slot for an export of the content with that change count. If another export holds it, the next
+/// poll takes the content for new again: nothing is lost, and nothing is queued.
+bool ClipboardWorker::takeExportSlot(std::int64_t current) {
+    if (exportSlot_->tryAcquire())
+        return true;
+    previousChangeCount_ = current - 1;
+    return false;
+}
+
+ExportContext ClipboardWorker::exportContext() {
+    return {weak_from_this(), exportSlot_, exportDirectory_, platform_.imageCodec(), platform_.eventLoop()};
+}
+
+/// Whether the content is one of rich formats, whose export has begun or waits for the slot.
+bool ClipboardWorker::captureFormats(std::int64_t current, const std::string& marker) {
+    const auto isOfferedExtra = [this](const ClipboardFormat& format) {
+        return isExtra(format) && isOffered(*pasteboard_, format);
+    };
+    if (!std::ranges::any_of(clipboardFormats, isOfferedExtra))
+        return false;
+    if (!takeExportSlot(current))
+        return true;
+    CapturedFormats formats = readFormats(*pasteboard_);
+    if (formats.empty()) {
+        exportSlot_->release();
+        warn(messages::noReadableFormat(knownTypes(*pasteboard_)));
+        return false;
+    }
+    platform_.eventLoop().runInBackground([context = exportContext(),
+                                           origin = ExportOrigin{current, exportGeneration_, marker},
+                                           formats = std::move(formats)]() mutable {
+        exportFormats(context, origin, std::move(formats));
+    });
+    return true;
+}
+
+void ClipboardWorker::captureImage(std::int64_t current, const std::string& marker) {
+    if (!takeExportSlot(current))
+        return;
+    auto image = pasteboard_->data(pasteboardType::png);
+    if (!image)
+        image = pasteboard_->data(pasteboardType::tiff);
+    const bool usable = image && image->size() <= maximumImageBytes && validImage(platform_.imageCodec(), *image);
+    if (!usable) {
+        exportSlot_->release();
+        if (image)
+            warn(messages::imageIgnored);
+        return;
+    }
+    ImageExport pending{{current, exportGeneration_, marker}, exportDirectory_->path() / (makeUuid() + ".png")};
+    platform_.eventLoop().runInBackground(
+        [context = exportContext(), pending = std::move(pending), image = std::move(*image)] {
+            exportImage(context, pending, image);
+        });
+}
+
+/// Whether what was exported still is what the pasteboard holds, and wanted.
+bool ClipboardWorker::isCurrent(const ExportOrigin& origin) {
+    return pasteboard_->changeCount() == origin.changeCount && exportGeneration_ == origin.generation;
+}
+
+void ClipboardWorker::publishImage(const ImageExport& finished) {
+    std::error_code ignored;
+    if (!isCurrent(finished.origin)) {
+        std::filesystem::remove(finished.file, ignored);
+        return;
+    }
+    if (previousImage_)
+        std::filesystem::remove(*previousImage_, ignored);
+    previousImage_ = finished.file;
+    emitExport("image", {finished.file.string()}, finished.origin);
+}
+
+void ClipboardWorker::publishFormats(const FormatExport& finished) {
+    if (!isCurrent(finished.origin)) {
+        static_cast<void>(removeTree(finished.directory));
+        return;
+    }
+    if (previousFormats_)
+        static_cast<void>(removeTree(*previousFormats_));
+    previousFormats_ = finished.directory;
+    emitExport("formats", finished.paths, finished.origin);
+}
+
+void ClipboardWorker::emitExport(std::string_view kind, const std::vector<std::string>& paths,
+                                 const ExportOrigin& origin) {
+    JsonObject event;
+    event.add("event", "change").add("kind", kind).add("paths", paths);
+    event.add("marker", origin.marker).add("sequence", sequenceFrom(origin.changeCount));
+    output_.emit(std::move(event));
+}
+
+} // namespace tavel

@@ -1,0 +1,161 @@
+#include "Platform/PasteboardTypes.h"
+#include "Support/Error.h"
+#include "Support/FileUrl.h"
+#include "Support/Files.h"
+#include "Support/InputFile.h"
+#include "Support/Utf8.h"
+#include "TavelClipboardAgent/Formats/LoadRepresentations.h"
+#include "TavelClipboardAgent/Messages.h"
+#include "TavelClipboardAgent/main/ClipboardWorker.h"
+#include "TavelClipboardAgent/main/Images.h"
+#include "TavelClipboardAgent/main/Limits.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+bool isMarker(const std::optional<std::string>& marker) {
+    return marker && marker->size() <= maximumMarkerBytes;
+}
+
+/// The text that a command carries, if it is one that may be written. Uses up the command's field.
+std::optional<Bytes> textFrom(command::WriteText& command) {
+    if (!command.textBase64 || !isMarker(command.marker))
+        return std::nullopt;
+    auto text = std::move(*command.textBase64).decode();
+    if (!text || text->size() > maximumTextBytes || !isUtf8(text->view()))
+        return std::nullopt;
+    return text;
+}
+
+/// The picture that a command carries, as PNG, if it is one that may be written. Uses up the command's field,
+/// so that the picture as it was sent is gone when it was converted.
+std::optional<Bytes> pngFrom(ImageCodec& codec, command::WriteImageData& command) {
+    if (!command.imageBase64)
+        return std::nullopt;
+    const auto image = std::move(*std::exchange(command.imageBase64, std::nullopt)).decode();
+    return image && image->size() <= maximumHistoryImageBytes ? pngImage(codec, *image) : std::nullopt;
+}
+
+bool isExistingAbsolutePath(const std::string& path) {
+    return path.starts_with('/') && fileExists(path);
+}
+
+/// The file's content, if it is one that may be written as a picture.
+std::optional<Bytes> readImageFile(ImageCodec& codec, const std::string& path) {
+    try {
+        InputFile file(path, InputFile::Links::follow);
+        if (file.size() > maximumImageBytes)
+            return std::nullopt;
+        auto image = file.read(maximumImageBytes + 1); // the byte more shows a file that has grown
+        return image.size() <= maximumImageBytes && validImage(codec, image) ? std::optional(std::move(image))
+                                                                             : std::nullopt;
+    } catch (const Error&) {
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+ClipboardWorker::Result ClipboardWorker::execute(command::WriteText& command) {
+    const auto text = textFrom(command);
+    if (!text)
+        return std::string(messages::invalidText);
+    const bool written = replaceContents([&] {
+        return pasteboard_->setString(text->view(), pasteboardType::string) &&
+               pasteboard_->setString(*command.marker, markerType);
+    });
+    return written ? std::nullopt : Result(messages::textWriteFailed);
+}
+
+/// Deliberate: this picture comes from the parent's own history and carries no marker.
+ClipboardWorker::Result ClipboardWorker::execute(command::WriteImageData& command) {
+    const auto png = pngFrom(platform_.imageCodec(), command);
+    if (!png)
+        return std::string(messages::invalidHistoryImage);
+    const bool written = replaceContents([&] { return pasteboard_->setData(*png, pasteboardType::png); });
+    return written ? std::nullopt : Result(messages::imageWriteFailed);
+}
+
+ClipboardWorker::Result ClipboardWorker::execute(const command::WriteFiles& command) {
+    if (hasChangedSince(command.expectedSequence))
+        return std::string(messages::changedDuringTransfer);
+    if (!isMarker(command.marker) || command.paths.empty() || command.paths.size() > maximumFileCount ||
+        !std::ranges::all_of(command.paths, isExistingAbsolutePath))
+        return std::string(messages::invalidFiles);
+    if (command.kind == "formats")
+        return writeFormats(command);
+    if (command.kind == "image")
+        return writeImageFile(command);
+    if (command.kind == "files")
+        return writeFileReferences(command);
+    return std::string(messages::unknownFormat);
+}
+
+ClipboardWorker::Result ClipboardWorker::writeFormats(const command::WriteFiles& command) {
+    PasteboardItem item;
+    try {
+        item = loadRepresentations(command.paths);
+    } catch (const Error&) {
+        return std::string(messages::invalidFormats);
+    }
+    // Loading may have taken long.
+    if (hasChangedSince(command.expectedSequence))
+        return std::string(messages::changedDuringTransfer);
+    const auto canHold = [this](const Representation& one) { return pasteboard_->canHold(one); };
+    if (!std::ranges::all_of(item, canHold))
+        return std::string(messages::formatRefused);
+    item.push_back({std::string(markerType), Bytes::copyOf(*command.marker)});
+    const bool written = replaceContents([&] { return pasteboard_->writeItems({&item, 1}); });
+    return written ? std::nullopt : Result(messages::formatsWriteFailed);
+}
+
+/// The file goes out as it is: the parent sends PNG files.
+ClipboardWorker::Result ClipboardWorker::writeImageFile(const command::WriteFiles& command) {
+    if (command.paths.size() != 1)
+        return std::string(messages::invalidImage);
+    const auto image = readImageFile(platform_.imageCodec(), command.paths.front());
+    if (!image)
+        return std::string(messages::invalidImage);
+    if (hasChangedSince(command.expectedSequence))
+        return std::string(messages::changedDuringTransfer);
+    const bool written = replaceContents([&] {
+        return pasteboard_->setData(*image, pasteboardType::png) &&
+               pasteboard_->setString(*command.marker, markerType);
+    });
+    return written ? std::nullopt : Result(messages::imageWriteFailed);
+}
+
+/// The change count is not compared again: nothing since the first time has taken time worth speaking of.
+ClipboardWorker::Result ClipboardWorker::writeFileReferences(const command::WriteFiles& command) {
+    const Bytes marker = Bytes::copyOf(*command.marker);
+    std::vector<PasteboardItem> items;
+    items.reserve(command.paths.size());
+    for (const std::string& path : command.paths) {
+        items.push_back({{std::string(pasteboardType::fileUrl), Bytes::adopt(fileUrlFromPath(path))},
+                         {std::string(markerType), marker}});
+    }
+    const bool written = replaceContents([&] { return pasteboard_->writeItems(items); });
+    return written ? std::nullopt : Result(messages::filesWriteFailed);
+}
+
+/// Clears the pasteboard, lets `write` fill it, and takes note of the change as the agent's own. When it
+/// fails, the pasteboard is left cleared, and the next poll reports that as a change.
+bool ClipboardWorker::replaceContents(const std::function<bool()>& write) {
+    const bool written = pasteboard_->update([&] {
+        pasteboard_->clearContents();
+        return write();
+    });
+    if (written)
+        previousChangeCount_ = pasteboard_->changeCount();
+    return written;
+}
+
+bool ClipboardWorker::hasChangedSince(std::optional<std::uint64_t> expectedSequence) {
+    return expectedSequence && *expectedSequence != sequence();
+}
+
+} // namespace tavel

@@ -1,0 +1,97 @@
+#include "TavelClipboardAgent/main/FormatExport.h"
+
+#include "Support/Error.h"
+#include "Support/FileError.h"
+#include "Support/Files.h"
+#include "Support/OutputFile.h"
+#include "Support/ScopeExit.h"
+#include "Support/Uuid.h"
+#include "TavelClipboardAgent/Formats/ClipboardFormats.h"
+#include "TavelClipboardAgent/Messages.h"
+#include "TavelClipboardAgent/main/ClipboardWorker.h"
+#include "TavelClipboardAgent/main/Images.h"
+
+#include <cerrno>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+std::size_t totalBytes(const CapturedFormats& formats) {
+    std::size_t total = 0;
+    for (const auto& [name, content] : formats)
+        total += content.size();
+    return total;
+}
+
+/// The picture that a PNG is made from: the first in the table's order. A vector picture is never turned into
+/// pixels.
+const Bytes* pictureIn(const CapturedFormats& formats) {
+    for (const ClipboardFormat& format : clipboardFormats) {
+        if (!format.name.starts_with("image.") || format.name == "image.svg")
+            continue;
+        if (const auto found = formats.find(format.name); found != formats.end())
+            return &found->second;
+    }
+    return nullptr;
+}
+
+/// Only one picture is tried, and if it cannot be converted or does not fit, there is no PNG.
+void addPng(ImageCodec& codec, CapturedFormats& formats) {
+    const Bytes* const picture = formats.contains("image.png") ? nullptr : pictureIn(formats);
+    if (picture == nullptr)
+        return;
+    auto png = pngImage(codec, *picture);
+    if (png && totalBytes(formats) + png->size() <= maximumFormatsBytes)
+        formats.emplace("image.png", std::move(*png));
+}
+
+/// False if the export directory is gone for good. Throws Error.
+bool writeFormats(ExportDirectory& parent, const std::filesystem::path& directory,
+                  const CapturedFormats& formats) {
+    bool there = parent.whileThere([&] {
+        if (!createPrivateDirectory(directory))
+            throw fileWriteError(errno, directory.string());
+    });
+    // One by one, so that the end of the agent waits for one file at most.
+    for (auto one = formats.begin(); there && one != formats.end(); ++one)
+        there = parent.whileThere([&] { writePrivateFile(directory / one->first, one->second.view()); });
+    return there;
+}
+
+void discard(const std::filesystem::path& directory) {
+    static_cast<void>(removeTree(directory));
+}
+
+} // namespace
+
+void exportFormats(const ExportContext& context, const ExportOrigin& origin, CapturedFormats formats) {
+    if (context.worker.expired())
+        return; // the slot went with its owner
+    const ScopeExit release([&] { context.slot->release(); });
+    addPng(context.codec, formats);
+    FormatExport pending{origin, context.directory->path() / ("formats-" + makeUuid()), {}};
+    try {
+        if (!writeFormats(*context.directory, pending.directory, formats))
+            return;
+    } catch (const Error& error) {
+        discard(pending.directory);
+        context.loop.post([worker = context.worker, message = messages::formatsNotPrepared(error)] {
+            if (const auto alive = worker.lock())
+                alive->warn(message);
+        });
+        return;
+    }
+    for (const auto& [name, content] : formats)
+        pending.paths.push_back((pending.directory / name).string());
+    context.loop.post([worker = context.worker, pending] {
+        // Deliberate: unlike a picture's file, the directory goes when the worker is gone.
+        if (const auto alive = worker.lock())
+            alive->publishFormats(pending);
+        else
+            discard(pending.directory);
+    });
+}
+
+} // namespace tavel
