@@ -1,13 +1,11 @@
 #include "Console/AgentMessage.h"
 
 #include "Console/Paragraph.h"
+#include "Console/SamplePicture.h"
+#include "Tests/Tools/World.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
 
 namespace tavel {
 
@@ -99,19 +97,22 @@ TEST(Paragraph, TellsOfChanges) {
               "1 file:\n  /a\\nb");
 }
 
-TEST(Paragraph, TellsTheSizesOfExports) {
-    const std::filesystem::path file =
-        std::filesystem::temp_directory_path() / ("tavel-paragraph-" + std::to_string(getpid()));
-    std::ofstream(file) << std::string(2048, 'x');
-    const std::string list = R"("paths":[")" + file.string() + R"(","/gone"],"marker":"","sequence":1})";
+TEST(Paragraph, TellsWhatExportsHold) {
+    const World world;
+    const std::string picture = world.write("image.png", samplePicture());
+    const std::string page = world.write("text.html", std::string(2048, 'x'));
+    const std::string list = R"("paths":[")" + picture + R"(",")" + page + R"("],"marker":"","sequence":1})";
+    EXPECT_EQ(described(R"({"event":"change","kind":"image","paths":[")" + picture +
+                        R"("],"marker":"","sequence":1})"),
+              "picture, 24 × 16 pixels, 96 bytes: " + picture);
     EXPECT_EQ(described(R"({"event":"change","kind":"formats",)" + list),
-              "2 formats:\n  " + file.string() + " (2.0 KiB)\n  /gone");
-    EXPECT_EQ(described(R"({"event":"change","kind":"image",)" + list),
-              "image:\n  " + file.string() + " (2.0 KiB)\n  /gone");
-    // Other people's files are only named.
+              "2 formats:\n  PNG picture, 24 × 16 pixels, 96 bytes: " + picture +
+                  "\n  HTML, 2.0 KiB: " + page);
+    // Other people's files are only named, and so is what nobody knows.
     EXPECT_EQ(described(R"({"event":"change","kind":"files",)" + list),
-              "2 files:\n  " + file.string() + "\n  /gone");
-    std::filesystem::remove(file);
+              "2 files:\n  " + picture + "\n  " + page);
+    EXPECT_EQ(described(R"({"event":"change","kind":"so\nunds",)" + list),
+              "so\\nunds:\n  " + picture + "\n  " + page);
 }
 
 TEST(Paragraph, ShortensLongSelections) {

@@ -14,13 +14,19 @@ namespace {
 using testing::EndsWith;
 using testing::HasSubstr;
 
-/// Masks what differs from one run to the next: the change counts, and the name of the temporary directory.
+/// Removes what stands between `begin` and the first of `ends`, wherever it occurs.
+void removeBehind(std::string& text, std::string_view begin, const char* ends) {
+    for (std::size_t at = text.find(begin); at != std::string::npos; at = text.find(begin, at + 1)) {
+        const std::size_t from = at + begin.size();
+        text.erase(from, text.find_first_of(ends, from) - from);
+    }
+}
+
+/// Masks what differs from one run to the next: the change counts, and the names of what is temporary.
 std::string withoutChance(std::string text) {
-    for (std::size_t at = text.find('#'); at != std::string::npos; at = text.find('#', at + 1))
-        text.erase(at + 1, text.find_first_not_of("0123456789", at + 1) - at - 1);
-    constexpr std::string_view directory = "/tavel-console-";
-    for (std::size_t at = text.find(directory); at != std::string::npos; at = text.find(directory, at + 1))
-        text.erase(at + directory.size(), text.find('/', at + 1) - at - directory.size());
+    removeBehind(text, "#", ")");
+    removeBehind(text, "/tavel-console-", "/");
+    removeBehind(text, "/tavel-clipboard-", "\n");
     return text;
 }
 
@@ -52,6 +58,12 @@ TEST_F(ConsoleDemoTest, PlaysToTheEnd) {
     EXPECT_THAT(result.output, HasSubstr("pasted: \"Bonjour à tous, voilà l’été\"\n"));
     EXPECT_THAT(result.output, HasSubstr("  text, 66 bytes: \"Shopping list:\\n\\t- bread\\n"));
     EXPECT_THAT(result.output, HasSubstr("  2 files:\n"));
+    EXPECT_THAT(result.output, HasSubstr("  [4] image: done (#5)\n  pasted: 96 bytes of png\n"));
+    EXPECT_THAT(result.output, HasSubstr("  [5] image-data: done (#6)\n  pasted: "));
+    EXPECT_THAT(result.output, HasSubstr("  [6] formats: done (#7)\n  pasted: "));
+    EXPECT_THAT(result.output, HasSubstr("  picture, 24 × 16 pixels, 96 bytes: /"));
+    EXPECT_THAT(result.output, HasSubstr("  2 formats:\n    HTML, 25 bytes: /"));
+    EXPECT_THAT(result.output, HasSubstr("\n    plain text, 11 bytes: /"));
     EXPECT_THAT(result.output,
                 EndsWith("  the agent ended with exit status 0\n\nEverything happened as expected.\n"));
 }
@@ -67,8 +79,8 @@ TEST_F(ConsoleDemoTest, LeavesNothingBehind) {
     EXPECT_EQ(console.finish().status, 0);
     EXPECT_TRUE(isTidy());
     EXPECT_EQ(runTool(world_, {TAVEL_PASTEBOARD, "paste"}).output, "mine");
-    // Four contents were there, and the clearing is the fifth.
-    EXPECT_EQ(runTool(world_, {TAVEL_PASTEBOARD, "--pasteboard", name, "count"}).output, "5\n");
+    // Nine contents were there, and the clearing is the tenth.
+    EXPECT_EQ(runTool(world_, {TAVEL_PASTEBOARD, "--pasteboard", name, "count"}).output, "10\n");
     EXPECT_EQ(runTool(world_, {TAVEL_PASTEBOARD, "--pasteboard", name, "types"}).output, "");
 }
 
@@ -107,6 +119,33 @@ TEST_F(ConsoleDemoTest, NoticesWrongContent) {
     const ToolResult result = demo({"--agent", distortedAgent(R"(sed -u 's/text_b64":"U/text_b64":"V/')")});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "tavel-console: The agent told of another text.\n");
+    EXPECT_TRUE(isTidy());
+}
+
+TEST_F(ConsoleDemoTest, NoticesAPictureThatIsNotThere) {
+    const ToolResult result = demo({"--agent", distortedAgent(R"(sed -u 's/\.png"/.gone"/')")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, EndsWith(".gone: No such file or directory\n"));
+    EXPECT_THAT(result.output, HasSubstr("\n  picture, gone by now: /"));
+    EXPECT_TRUE(isTidy());
+}
+
+TEST_F(ConsoleDemoTest, NoticesAnotherPicture) {
+    const ToolResult result = demo({"--agent", distortedAgent(R"(sed -u 's/"image"/"files"/')")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tavel-console: The agent told of another picture.\n");
+    EXPECT_TRUE(isTidy());
+}
+
+TEST_F(ConsoleDemoTest, NoticesOtherFormats) {
+    const auto errors = [this](const std::string& distortion) {
+        const ToolResult result = demo({"--agent", distortedAgent("sed -u '/formats/" + distortion + "'")});
+        EXPECT_EQ(result.status, 1);
+        return result.errors;
+    };
+    EXPECT_EQ(errors(R"(s/,"[^"]*text.txt"//)"), "tavel-console: The agent told of other formats.\n");
+    EXPECT_EQ(errors("s/text.html/text.txt/"), "tavel-console: The agent told of another page.\n");
+    EXPECT_EQ(errors("s/text.txt/text.html/"), "tavel-console: The agent told of another text.\n");
     EXPECT_TRUE(isTidy());
 }
 

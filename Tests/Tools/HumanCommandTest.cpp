@@ -57,14 +57,11 @@ TEST(HumanCommand, SendsTheRestOfTheLineAsText) {
     EXPECT_EQ(requestFor("text ???")["text_b64"], "Pz8/");
 }
 
-TEST(HumanCommand, SendsPathsByTheirKind) {
+TEST(HumanCommand, SendsPathsOfFiles) {
     EXPECT_EQ(requestFor("files a.txt"), json({{"command", "write_files"},
                                                {"kind", "files"},
                                                {"paths", {"/house/here/a.txt"}},
                                                {"marker", "tavel-console"}}));
-    EXPECT_EQ(requestFor("image a.png")["kind"], "image");
-    EXPECT_EQ(requestFor("formats a.html b.txt")["kind"], "formats");
-    EXPECT_EQ(pathsOf("formats a.html b.txt"), json({"/house/here/a.html", "/house/here/b.txt"}));
 }
 
 TEST(HumanCommand, MakesPathsAbsolute) {
@@ -94,6 +91,8 @@ TEST(HumanCommand, ExplainsWhatIsMissingOrTooMuch) {
     EXPECT_EQ(mistakeIn("files"), "Usage: files PATH...");
     EXPECT_EQ(mistakeIn("files # only a comment"), "Usage: files PATH...");
     EXPECT_EQ(mistakeIn("image a b"), "Usage: image PATH");
+    EXPECT_EQ(mistakeIn("image-data"), "Usage: image-data PATH");
+    EXPECT_EQ(mistakeIn("image-data a b"), "Usage: image-data PATH");
     EXPECT_EQ(mistakeIn("formats  "), "Usage: formats PATH...");
     EXPECT_EQ(mistakeIn("ping twice"), "Usage: ping");
     EXPECT_EQ(mistakeIn("quit now"), "Usage: quit");
@@ -119,8 +118,8 @@ TEST(HumanCommand, LetsEmptyLinesPass) {
 
 TEST(HumanCommand, HelpNamesEveryCommand) {
     EXPECT_TRUE(std::holds_alternative<wish::Help>(wishFor("help")));
-    for (const char* const name :
-         {"text", "files", "image", "formats", "ping", "discard", "prompt", "quit", "help"})
+    for (const char* const name : {"text TEXT", "files PATH", "image PATH", "image-data PATH", "formats PATH",
+                                   "ping ", "discard ", "prompt on|off", "quit ", "help "})
         EXPECT_THAT(std::string(humanCommandHelp()), HasSubstr(name));
 }
 

@@ -43,6 +43,20 @@ TEST(PasteboardInvocation, TakesFileAndType) {
     EXPECT_EQ(taskFrom<task::Copy>({"copy", "--type", "com.example.own"}).type, "com.example.own");
 }
 
+TEST(PasteboardInvocation, TakesTheTypeFromTheFilesName) {
+    EXPECT_EQ(taskFrom<task::Copy>({"copy", "photo.JPG"}).type, "public.jpeg");
+    EXPECT_EQ(taskFrom<task::Copy>({"copy", "[photo].png"}).type, "public.png");
+    EXPECT_EQ(taskFrom<task::Copy>({"copy", "--type", "text", "photo.jpg"}).type, "public.utf8-plain-text");
+    EXPECT_EQ(taskFrom<task::Copy>({"copy", "photo.jpg", "--type", "com.example.own"}).type,
+              "com.example.own");
+}
+
+TEST(PasteboardInvocation, PastesByForceOnRequest) {
+    EXPECT_FALSE(taskFrom<task::Paste>({"paste"}).forced);
+    EXPECT_TRUE(taskFrom<task::Paste>({"paste", "--force", "--type", "png"}).forced);
+    EXPECT_THAT(mistakeIn({"copy", "--force"}), HasSubstr("--force"));
+}
+
 TEST(PasteboardInvocation, TakesPathsOfAnyLook) {
     EXPECT_THAT(
         taskFrom<task::CopyFiles>({"copy-files", "copy", "[a,b]", "clear", "[", "x=y", "a b", ""}).paths,
@@ -87,6 +101,7 @@ TEST(PasteboardInvocation, ExplainsMistakes) {
     EXPECT_THAT(mistakeIn({"set", "text="}), HasSubstr("not of the form"));
     EXPECT_THAT(mistakeIn({"set", "text=a", "public.utf8-plain-text=b"}), HasSubstr("given twice"));
     EXPECT_THAT(mistakeIn({"set", "text=-", "html=-"}), HasSubstr("standard input"));
+    EXPECT_THAT(mistakeIn({"copy", "a.png", "--type", ""}), HasSubstr("--type needs a name"));
     EXPECT_THAT(mistakeIn({"paste", "--type", ""}), HasSubstr("--type needs a name"));
     EXPECT_THAT(mistakeIn({"copy", "a", "b"}), HasSubstr("b"));
     EXPECT_THAT(mistakeIn({"types", "[x]"}), HasSubstr("not expected: [x]"));
@@ -115,6 +130,29 @@ TEST(TypeNames, StandForIdentifiers) {
     EXPECT_EQ(typeIdentifier("file-url"), "public.file-url");
     EXPECT_EQ(typeIdentifier("Text"), "Text");
     EXPECT_EQ(typeIdentifier(""), "");
+}
+
+TEST(TypeNames, AreFoundByTheEndOfAFilesName) {
+    EXPECT_EQ(typeIdentifierForFile("a.png"), "public.png");
+    EXPECT_EQ(typeIdentifierForFile("a.jpg"), "public.jpeg");
+    EXPECT_EQ(typeIdentifierForFile("a.jpeg"), "public.jpeg");
+    EXPECT_EQ(typeIdentifierForFile("a.gif"), "com.compuserve.gif");
+    EXPECT_EQ(typeIdentifierForFile("a.tif"), "public.tiff");
+    EXPECT_EQ(typeIdentifierForFile("a.tiff"), "public.tiff");
+    EXPECT_EQ(typeIdentifierForFile("a.webp"), "org.webmproject.webp");
+    EXPECT_EQ(typeIdentifierForFile("a.svg"), "public.svg-image");
+    EXPECT_EQ(typeIdentifierForFile("a.pdf"), "com.adobe.pdf");
+    EXPECT_EQ(typeIdentifierForFile("a.rtf"), "public.rtf");
+    EXPECT_EQ(typeIdentifierForFile("a.html"), "public.html");
+    EXPECT_EQ(typeIdentifierForFile("a.htm"), "public.html");
+    EXPECT_EQ(typeIdentifierForFile("/x.y/A.b.WebP"), "org.webmproject.webp");
+    EXPECT_EQ(typeIdentifierForFile("a.TIF"), "public.tiff");
+}
+
+TEST(TypeNames, AreTextForOtherFiles) {
+    for (const char* const name :
+         {"-", "", "a", "png", ".png", "a.txt", "a.png ", "a.pngx", "a.png/b", "a.file-url"})
+        EXPECT_EQ(typeIdentifierForFile(name), "public.utf8-plain-text") << name;
 }
 
 } // namespace

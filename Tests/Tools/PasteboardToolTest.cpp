@@ -55,6 +55,16 @@ TEST_F(PasteboardToolTest, CopiesAFile) {
     EXPECT_EQ(output({"types"}), "public.html\n");
 }
 
+TEST_F(PasteboardToolTest, CopiesAFileAsWhatItsNameSays) {
+    world_.write("photo.PNG", allBytes(1000)); // nobody looks whether it is one
+    output({"copy", "photo.PNG"});
+    EXPECT_EQ(output({"types"}), "public.png\n");
+    EXPECT_EQ(output({"paste", "--type", "png"}), allBytes(1000));
+    world_.write("note.png", "a note");
+    output({"copy", "note.png", "--type", "text"});
+    EXPECT_EQ(output({"types"}), "public.utf8-plain-text\n");
+}
+
 TEST_F(PasteboardToolTest, CopiesEmptyContent) {
     output({"copy"});
     EXPECT_EQ(output({"paste"}), "");
@@ -119,6 +129,55 @@ TEST_F(PasteboardToolTest, SetsSeveralTypesOfOneThing) {
     EXPECT_EQ(output({"paste"}), "hi");
     EXPECT_EQ(output({"paste", "--type", "html"}), "<b>hi</b>");
     EXPECT_EQ(output({"paste", "--type", "com.example.own"}), "<b>hi</b>");
+}
+
+TEST_F(PasteboardToolTest, SetsEveryFormat) {
+    const std::vector<std::string> names{"pdf",  "gif", "svg", "webp", "tiff",
+                                         "jpeg", "png", "rtf", "html", "text"};
+    std::vector<std::string> arguments{"set"};
+    for (const std::string& name : names) {
+        const std::string file = world_.write("file of " + name, name == "text" ? "text" : name + "\xFF");
+        arguments.push_back(std::string(name).append("=").append(file));
+    }
+    output(arguments);
+    EXPECT_EQ(output({"types"}),
+              "com.adobe.pdf\ncom.compuserve.gif\npublic.svg-image\norg.webmproject.webp\npublic.tiff\n"
+              "public.jpeg\npublic.png\npublic.rtf\npublic.html\npublic.utf8-plain-text\n");
+    for (const std::string& name : names)
+        EXPECT_EQ(output({"paste", "--type", name}), name == "text" ? "text" : name + "\xFF");
+}
+
+/// What the program does on a terminal.
+class PasteboardTerminalTest : public PasteboardToolTest {
+protected:
+    ToolResult runOnTerminal(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), TAVEL_PASTEBOARD);
+        return RunningTool(world_, arguments, RunningTool::Place::terminal).finish();
+    }
+};
+
+TEST_F(PasteboardTerminalTest, KeepsBinaryDataFromTheTerminal) {
+    for (const std::string_view content : {std::string_view("a\0b", 3), std::string_view("caf\xE9")}) {
+        output({"copy", "--type", "png"}, content);
+        const ToolResult result = runOnTerminal({"paste", "--type", "png"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.output, "tavel-pasteboard: what is on the pasteboard is not text, and a terminal "
+                                 "could take it for orders; send it to a file, or use --force\r\n");
+    }
+}
+
+TEST_F(PasteboardTerminalTest, WritesBinaryDataToTheTerminalByForce) {
+    output({"copy", "--type", "png"}, "caf\xE9");
+    const ToolResult result = runOnTerminal({"paste", "--type", "png", "--force"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "caf\xE9");
+}
+
+TEST_F(PasteboardTerminalTest, WritesTextOfAnyTypeToTheTerminal) {
+    output({"copy", "--type", "html"}, "<p>déjà vu");
+    const ToolResult result = runOnTerminal({"paste", "--type", "html"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "<p>déjà vu");
 }
 
 TEST_F(PasteboardToolTest, NamesTheFileThatItCannotRead) {

@@ -56,10 +56,10 @@ Agent::Agent(const std::filesystem::path& executable, const std::optional<std::s
 std::uint64_t Agent::send(Request request) {
     const std::uint64_t requestID = ++lastRequestID_;
     request.fields.add("request_id", requestID);
-    const std::string line = request.fields.takeLine();
+    std::string line = request.fields.takeLine();
     outstanding_.emplace(requestID, std::move(request.name));
     handlers_.sent(std::string_view(line).substr(0, line.size() - 1));
-    process_.send(line);
+    process_.send(std::move(line));
     return requestID;
 }
 

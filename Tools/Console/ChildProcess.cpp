@@ -142,10 +142,13 @@ void ChildProcess::start(const std::vector<std::string>& arguments, int input, i
     }
 }
 
-void ChildProcess::send(std::string_view bytes) {
+void ChildProcess::send(std::string bytes) {
     if (input_ < 0 || closing_)
         return;
-    queue_.append(bytes);
+    if (queue_.empty())
+        queue_ = std::move(bytes);
+    else
+        queue_.append(bytes);
     writeQueue();
 }
 
@@ -168,7 +171,7 @@ void ChildProcess::writeQueue() {
             break;
         }
     }
-    queue_.clear();
+    std::string().swap(queue_); // a picture's memory is given back, which clear would keep
     queueOffset_ = 0;
     inputWatch_ = {};
     if (closing_ && input_ >= 0)

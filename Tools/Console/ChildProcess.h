@@ -30,7 +30,7 @@ public:
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     /// Never blocks: what the program does not take at once is written later.
-    void send(std::string_view bytes);
+    void send(std::string bytes);
 
     /// Ends the program's input behind what was sent.
     void closeInput();

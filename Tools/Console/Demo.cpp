@@ -3,8 +3,11 @@
 #include "Console/HumanText.h"
 #include "Console/LineSplitter.h"
 #include "Console/Paragraph.h"
+#include "Console/SamplePicture.h"
 #include "Support/Error.h"
 #include "Support/Files.h"
+#include "Support/ImageHeader.h"
+#include "Support/InputFile.h"
 
 #include <glib.h>
 #include <unistd.h>
@@ -23,6 +26,9 @@ constexpr std::string_view sentText = "Bonjour à tous, voilà l’été";
 constexpr std::string_view copiedText =
     "Shopping list:\n\t- bread\n\t- \x1b[31mred\x1b[0m apples\n\t- café crème ☕";
 
+constexpr std::string_view formattedText = "Fresh bread";
+constexpr std::string_view formattedPage = "<p><b>Fresh</b> bread</p>";
+
 [[noreturn]] void fail(const std::string& what) {
     throw Error("Tavel", 1, what);
 }
@@ -30,6 +36,18 @@ constexpr std::string_view copiedText =
 void expect(bool holds, const std::string& what) {
     if (!holds)
         fail(what);
+}
+
+bool isSamplePicture(std::string_view file) {
+    // An agent may pack the pixels in another way.
+    const auto header = readImageHeader(file);
+    return header && header->typeIdentifier == "public.png" && header->width == samplePictureWidth &&
+           header->height == samplePictureHeight;
+}
+
+Bytes contentOf(const std::string& path) {
+    InputFile file(path, InputFile::Links::refuse);
+    return file.read(file.size());
 }
 
 std::filesystem::path makeTemporaryDirectory() {
@@ -76,6 +94,10 @@ void Demo::run() {
     sendFiles();
     copyTextElsewhere();
     copyFilesElsewhere();
+    sendPicture();
+    sendFormats();
+    copyPictureElsewhere();
+    copyFormatsElsewhere();
     quitAgent();
     narrate("\nEverything happened as expected.");
 }
@@ -130,6 +152,51 @@ void Demo::copyFilesElsewhere() {
     expect(change.kind == "files" && change.paths == paths, "The agent told of other files.");
 }
 
+void Demo::sendPicture() {
+    narrate("\nThe parent puts a picture there as a file, and another application pastes it:");
+    writeFile("flag.png", samplePicture());
+    command("image flag.png");
+    expect(pasteData("png") == samplePicture(), "The other application pasted another picture.");
+    narrate("\nThe parent sends the picture's bytes themselves:");
+    command("image-data flag.png");
+    expect(isSamplePicture(pasteData("png")), "The other application pasted another picture.");
+}
+
+void Demo::sendFormats() {
+    narrate("\nThe parent puts one thing there in three formats, and another application may choose:");
+    writeFile("text.html", formattedPage);
+    writeFile("text.txt", formattedText);
+    writeFile("image.png", samplePicture());
+    command("formats text.html text.txt image.png");
+    // The agent puts a byte-order mark in front: without it, readers take HTML for another encoding.
+    expect(pasteData("html").ends_with(formattedPage), "The other application pasted another page.");
+    expect(pasteData("text") == formattedText, "The other application pasted another text.");
+    expect(pasteData("png") == samplePicture(), "The other application pasted another picture.");
+}
+
+void Demo::copyPictureElsewhere() {
+    narrate("\nAnother application copies a picture, and the parent gets it as a file:");
+    runPasteboardTool({"copy", writeFile("other flag.png", samplePicture()).string()});
+    const auto change = nextChange<message::PathsChange>("the copied picture");
+    expect(change.kind == "image" && change.paths.size() == 1 &&
+               isSamplePicture(contentOf(change.paths.front()).view()),
+           "The agent told of another picture.");
+}
+
+void Demo::copyFormatsElsewhere() {
+    narrate("\nAnother application copies a page that is also text, and the parent gets a file for each:");
+    runPasteboardTool({"set", "html=" + writeFile("page.html", formattedPage).string(),
+                       "text=" + writeFile("page.txt", formattedText).string()});
+    const auto change = nextChange<message::PathsChange>("the copied page");
+    expect(change.kind == "formats" && change.paths.size() == 2, "The agent told of other formats.");
+    const std::filesystem::path page = change.paths.front();
+    const std::filesystem::path text = change.paths.back();
+    expect(page.filename() == "text.html" && contentOf(page.string()).view().ends_with(formattedPage),
+           "The agent told of another page.");
+    expect(text.filename() == "text.txt" && contentOf(text.string()).view() == formattedText,
+           "The agent told of another text.");
+}
+
 void Demo::quitAgent() {
     narrate("\nThe parent asks once more whether the agent is there, and ends it:");
     command("ping");
@@ -168,6 +235,12 @@ Change Demo::nextChange(std::string_view expected) {
     expect(change != nullptr && change->sequence == announcement->sequence,
            "The agent did not tell of " + std::string(expected) + ".");
     return std::move(*change);
+}
+
+std::string Demo::pasteData(const std::string& type) {
+    std::string pasted = runPasteboardTool({"paste", "--type", type});
+    showIndented("pasted: " + humanSize(pasted.size()) + " of " + type);
+    return pasted;
 }
 
 std::string Demo::runPasteboardTool(const std::vector<std::string>& arguments, const std::string& input) {

@@ -36,6 +36,10 @@ private:
     void sendFiles();
     void copyTextElsewhere();
     void copyFilesElsewhere();
+    void sendPicture();
+    void sendFormats();
+    void copyPictureElsewhere();
+    void copyFormatsElsewhere();
     void quitAgent();
 
     /// Types the line as a person would, and awaits success.
@@ -45,6 +49,8 @@ private:
     template <typename Change>
     Change nextChange(std::string_view expected);
 
+    /// What the other application gets of that type, which it also shows the size of.
+    std::string pasteData(const std::string& type);
     /// Runs the other application to its end, and gives what it wrote.
     std::string runPasteboardTool(const std::vector<std::string>& arguments, const std::string& input = {});
     std::filesystem::path writeFile(const std::string& name, std::string_view content);

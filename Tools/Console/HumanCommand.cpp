@@ -1,6 +1,8 @@
 #include "Console/HumanCommand.h"
 
 #include "Console/HumanText.h"
+#include "Support/Error.h"
+#include "Support/InputFile.h"
 
 #include <glib.h>
 
@@ -14,6 +16,9 @@
 namespace tavel {
 
 namespace {
+
+/// Far more than the agent takes, so that its own refusal can be seen, and still little enough for memory.
+constexpr std::size_t largestImageData = std::size_t{256} * 1024 * 1024;
 
 constexpr std::string_view blanks = " \t";
 
@@ -53,37 +58,84 @@ std::variant<std::vector<std::string>, wish::Mistake> splitWords(std::string_vie
     return std::vector<std::string>(found, found + count);
 }
 
+using Paths = std::vector<std::string>;
+
 struct PathsCommand {
-    std::string_view name; // also the protocol's kind
-    std::size_t most;
     std::string_view usage;
+    std::size_t most;
+    Wish (*wishFor)(const Paths& paths); // absolute ones
 };
+
+constexpr std::size_t anyNumber = std::string_view::npos;
 
 Wish readPaths(std::string_view rest, const Places& places, const PathsCommand& command) {
     auto split = splitWords(rest);
     if (auto* const mistake = std::get_if<wish::Mistake>(&split))
         return std::move(*mistake);
-    auto& words = std::get<std::vector<std::string>>(split);
+    auto& words = std::get<Paths>(split);
     if (words.empty() || words.size() > command.most)
         return wish::Mistake{"Usage: " + std::string(command.usage)};
     std::ranges::transform(words, words.begin(),
                            [&](const auto& word) { return absolutePath(word, places); });
-    Request request = pathsRequest(command.name, words);
+    return command.wishFor(words);
+}
+
+wish::Mistake unreadable(const Error& error) {
+    return {"Cannot read " + visibleText(error.what())};
+}
+
+Wish requestForPaths(std::string_view kind, const Paths& paths) {
+    Request request = pathsRequest(kind, paths);
     if (!request.fields.isValid())
         return wish::Mistake{"The paths are not all in UTF-8, so they cannot be sent."};
     return request;
 }
 
+/// For files whose content the agent reads: of one that cannot be read it would not say why.
+Wish requestForContents(std::string_view kind, const Paths& paths) {
+    try {
+        for (const std::string& path : paths)
+            const InputFile opened(path, InputFile::Links::follow);
+    } catch (const Error& error) {
+        return unreadable(error);
+    }
+    return requestForPaths(kind, paths);
+}
+
+Wish requestForImageData(const std::string& path) {
+    try {
+        InputFile file(path, InputFile::Links::follow);
+        if (file.size() > largestImageData)
+            return wish::Mistake{visibleText(path) + " has more than " + humanSize(largestImageData) +
+                                 ", which is too much to send."};
+        return imageDataRequest(file.read(largestImageData).view());
+    } catch (const Error& error) {
+        return unreadable(error);
+    }
+}
+
 Wish readFiles(std::string_view rest, const Places& places) {
-    return readPaths(rest, places, {"files", std::string_view::npos, "files PATH..."});
+    return readPaths(rest, places, {"files PATH...", anyNumber, [](const Paths& paths) {
+                                        return requestForPaths("files", paths);
+                                    }});
 }
 
 Wish readImage(std::string_view rest, const Places& places) {
-    return readPaths(rest, places, {"image", 1, "image PATH"});
+    return readPaths(rest, places, {"image PATH", 1, [](const Paths& paths) {
+                                        return requestForContents("image", paths);
+                                    }});
 }
 
 Wish readFormats(std::string_view rest, const Places& places) {
-    return readPaths(rest, places, {"formats", std::string_view::npos, "formats PATH..."});
+    return readPaths(rest, places, {"formats PATH...", anyNumber, [](const Paths& paths) {
+                                        return requestForContents("formats", paths);
+                                    }});
+}
+
+Wish readImageData(std::string_view rest, const Places& places) {
+    return readPaths(rest, places, {"image-data PATH", 1, [](const Paths& paths) {
+                                        return requestForImageData(paths.front());
+                                    }});
 }
 
 Wish readText(std::string_view rest, const Places&) {
@@ -123,11 +175,11 @@ struct CommandReader {
 };
 
 constexpr std::array commandReaders{
-    CommandReader{"text", readText},     CommandReader{"files", readFiles},
-    CommandReader{"image", readImage},   CommandReader{"formats", readFormats},
-    CommandReader{"ping", readPing},     CommandReader{"discard", readDiscard},
-    CommandReader{"prompt", readPrompt}, CommandReader{"quit", readQuit},
-    CommandReader{"help", readHelp},
+    CommandReader{"text", readText},       CommandReader{"files", readFiles},
+    CommandReader{"image", readImage},     CommandReader{"image-data", readImageData},
+    CommandReader{"formats", readFormats}, CommandReader{"ping", readPing},
+    CommandReader{"discard", readDiscard}, CommandReader{"prompt", readPrompt},
+    CommandReader{"quit", readQuit},       CommandReader{"help", readHelp},
 };
 
 std::filesystem::path currentDirectory() {
@@ -156,8 +208,11 @@ Wish readHumanCommand(std::string_view line, const Places& places) {
 std::string_view humanCommandHelp() {
     return "text TEXT        put the rest of the line on the pasteboard\n"
            "files PATH...    put files on the pasteboard; paths are quoted as in a shell\n"
-           "image PATH       put an image on the pasteboard\n"
-           "formats PATH...  put one thing in several formats on the pasteboard, one file each\n"
+           "image PATH       put a PNG picture on the pasteboard; the agent reads the file\n"
+           "image-data PATH  put a picture of any kind there, as PNG and unmarked; the agent gets its bytes\n"
+           "formats PATH...  put one thing in several formats there, one file each, which is named\n"
+           "                 document.pdf, image.gif, image.svg, image.webp, image.tiff, image.jpeg,\n"
+           "                 image.png, text.rtf, text.html or text.txt\n"
            "discard          forget the changes that were not reported yet\n"
            "prompt on|off    ask for a name when a content is pasted as a file, or do not\n"
            "ping             see whether the agent answers\n"

@@ -1,10 +1,9 @@
 #include "Console/Paragraph.h"
 
+#include "Console/ExportedFile.h"
 #include "Console/HumanText.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
 
 namespace tavel {
 
@@ -19,13 +18,6 @@ std::string numbered(std::uint64_t sequence) {
 
 std::string originOf(const std::string& marker) {
     return marker.empty() ? std::string() : ", sent by " + quotedText(marker);
-}
-
-/// The size of an exported file. Empty for what has none, or is gone by now.
-std::string sizeOf(const std::string& path) {
-    std::error_code error;
-    const auto size = std::filesystem::file_size(path, error);
-    return error ? std::string() : " (" + humanSize(size) + ")";
 }
 
 std::string headlineOf(const message::PathsChange& change) {
@@ -60,14 +52,13 @@ public:
     }
 
     Paragraph operator()(const message::PathsChange& change) const {
+        if (change.kind == "image" && change.paths.size() == 1)
+            return {describePicture(change.paths.front())};
+        const bool inFormats = change.kind == "formats";
         std::string text = headlineOf(change) + ":";
         const std::size_t shown = std::min(change.paths.size(), longestPathList);
-        for (std::size_t i = 0; i < shown; ++i) {
-            text += "\n  " + visibleText(change.paths[i]);
-            // The agent has made these files; the others are the user's, and there may be many.
-            if (change.kind != "files")
-                text += sizeOf(change.paths[i]);
-        }
+        for (std::size_t i = 0; i < shown; ++i)
+            text += "\n  " + (inFormats ? describeFormat(change.paths[i]) : visibleText(change.paths[i]));
         if (shown < change.paths.size())
             text += "\n  ... and " + std::to_string(change.paths.size() - shown) + " more";
         return {text};

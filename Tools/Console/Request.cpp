@@ -38,6 +38,12 @@ Request textRequest(std::string_view text) {
     return write;
 }
 
+Request imageDataRequest(std::string_view image) {
+    Request write = request("image-data", "write_image_data");
+    write.fields.addBase64("image_b64", image);
+    return write;
+}
+
 Request pathsRequest(std::string_view kind, std::span<const std::string> paths) {
     Request write = request(kind, "write_files");
     write.fields.add("kind", kind).add("paths", paths).add("marker", consoleMarker);

@@ -24,6 +24,9 @@ Request quitRequest();
 Request promptRequest(bool enabled);
 Request textRequest(std::string_view text);
 
+/// `image` is the content of an image file.
+Request imageDataRequest(std::string_view image);
+
 /// `kind` is "files", "image" or "formats". With a path that is not UTF-8 the fields are not valid.
 Request pathsRequest(std::string_view kind, std::span<const std::string> paths);
 

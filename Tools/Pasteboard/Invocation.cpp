@@ -31,7 +31,9 @@ std::string unguarded(std::string text) {
 /// Where CLI11 puts what it found.
 struct Values {
     std::string pasteboard;
-    std::string type = "text";
+    std::optional<std::string> copiedType; // what the file's name says without one
+    std::string pastedType = "text";
+    bool forced = false;
     std::string file = standardInputName;
     std::vector<std::string> paths;
     std::vector<std::string> assignments;
@@ -47,7 +49,9 @@ void addWritingCommands(CLI::App& app, Values& values) {
     CLI::App* const copy =
         app.add_subcommand("copy", "Put a file's content, or standard input, on the pasteboard");
     copy->add_option("FILE", values.file, "The file; standard input without it, and for -");
-    copy->add_option("--type", values.type, "The type of the content")->capture_default_str();
+    copy->add_option("--type", values.copiedType,
+                     "The type of the content; without it what the file's name ends in (.png, .jpg, .html "
+                     "and so on) says it, and everything else is text");
 
     CLI::App* const copyFiles = app.add_subcommand("copy-files", "Put references to files on the pasteboard");
     copyFiles->add_option("PATH", values.paths, "Files and directories; they must exist")->required();
@@ -63,10 +67,18 @@ void addWritingCommands(CLI::App& app, Values& values) {
 void addReadingCommands(CLI::App& app, Values& values) {
     CLI::App* const paste =
         app.add_subcommand("paste", "Write what is on the pasteboard to standard output, as it is");
-    paste->add_option("--type", values.type, "The wanted type")->capture_default_str();
+    paste->add_option("--type", values.pastedType, "The wanted type")->capture_default_str();
+    paste->add_flag("--force", values.forced, "Write to a terminal even what is not text");
     app.add_subcommand("paste-files", "List the paths of the files on the pasteboard, one per line");
     app.add_subcommand("types", "List the types on the pasteboard, one per line");
     app.add_subcommand("count", "Tell the change count, which moves with every new content");
+}
+
+task::Copy copyTask(const Values& values) {
+    std::string file = unguarded(values.file);
+    std::string type =
+        values.copiedType ? typeIdentifier(unguarded(*values.copiedType)) : typeIdentifierForFile(file);
+    return {std::move(file), std::move(type)};
 }
 
 task::CopyFiles copyFilesTask(const std::vector<std::string>& paths) {
@@ -88,13 +100,13 @@ task::Set setTask(const std::vector<std::string>& assignments) {
 PasteboardTask taskFrom(const CLI::App& app, const Values& values) {
     const std::string name = app.get_subcommands().front()->get_name();
     if (name == "copy")
-        return task::Copy{unguarded(values.file), typeIdentifier(unguarded(values.type))};
+        return copyTask(values);
     if (name == "copy-files")
         return copyFilesTask(values.paths);
     if (name == "set")
         return setTask(values.assignments);
     if (name == "paste")
-        return task::Paste{typeIdentifier(unguarded(values.type))};
+        return task::Paste{typeIdentifier(unguarded(values.pastedType)), values.forced};
     if (name == "paste-files")
         return task::PasteFiles{};
     if (name == "types")

@@ -30,6 +30,7 @@ struct Set {
 
 struct Paste {
     std::string type;
+    bool forced = false; // what is no text goes to a terminal, too
 };
 
 struct PasteFiles {};

@@ -7,6 +7,8 @@
 #include "Support/Files.h"
 #include "Support/Utf8.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <filesystem>
 #include <string>
@@ -20,6 +22,10 @@ namespace {
 
 [[noreturn]] void fail(const std::string& description) {
     throw Error("Tavel", 1, description);
+}
+
+bool isText(std::string_view content) {
+    return content.find('\0') == std::string_view::npos && isUtf8(content);
 }
 
 Representation loadRepresentation(const std::string& type, const std::string& file) {
@@ -68,6 +74,9 @@ public:
             content = pasteboard_.data(paste.type);
         if (!content)
             fail("there is nothing of the type " + paste.type + " on the pasteboard");
+        if (!paste.forced && isatty(output_) != 0 && !isText(content->view()))
+            fail("what is on the pasteboard is not text, and a terminal could take it for orders; send it "
+                 "to a file, or use --force");
         write(content->view());
     }
 

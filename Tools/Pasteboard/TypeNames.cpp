@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 
 namespace tavel {
 
@@ -28,6 +29,22 @@ constexpr std::array typeNames{
     TypeName{"file-url", pasteboardType::fileUrl},
 };
 
+struct FileNameEnding {
+    std::string_view ending;
+    std::string_view typeName;
+};
+
+constexpr std::array fileNameEndings{
+    FileNameEnding{".html", "html"}, FileNameEnding{".htm", "html"},  FileNameEnding{".rtf", "rtf"},
+    FileNameEnding{".png", "png"},   FileNameEnding{".tiff", "tiff"}, FileNameEnding{".tif", "tiff"},
+    FileNameEnding{".jpeg", "jpeg"}, FileNameEnding{".jpg", "jpeg"},  FileNameEnding{".gif", "gif"},
+    FileNameEnding{".pdf", "pdf"},   FileNameEnding{".svg", "svg"},   FileNameEnding{".webp", "webp"},
+};
+
+char inLowerCase(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
 constexpr std::size_t nameColumnWidth = 10;
 
 } // namespace
@@ -35,6 +52,13 @@ constexpr std::size_t nameColumnWidth = 10;
 std::string typeIdentifier(std::string_view name) {
     const auto* const found = std::ranges::find(typeNames, name, &TypeName::name);
     return std::string(found != typeNames.end() ? found->identifier : name);
+}
+
+std::string typeIdentifierForFile(const std::string& file) {
+    std::string ending = std::filesystem::path(file).extension().string();
+    std::ranges::transform(ending, ending.begin(), inLowerCase);
+    const auto* const found = std::ranges::find(fileNameEndings, ending, &FileNameEnding::ending);
+    return typeIdentifier(found != fileNameEndings.end() ? found->typeName : "text");
 }
 
 std::string typeNameTable() {

@@ -9,6 +9,10 @@ namespace tavel {
 /// any other name as it stands, since it may be an identifier itself.
 std::string typeIdentifier(std::string_view name);
 
+/// The pasteboard type of a file's content as far as the end of the file's name tells it, in letters of any
+/// case: "page.HTM" holds public.html. Text for every other name, that of standard input included.
+std::string typeIdentifierForFile(const std::string& file);
+
 /// The short names with their identifiers, one pair a line, for the help text.
 std::string typeNameTable();
 
