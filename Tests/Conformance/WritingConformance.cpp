@@ -182,6 +182,24 @@ TEST_P(PasteboardConformance, dataReadOutlivesThePasteboard) {
     EXPECT_TRUE(readLarge->view() == large.view());
 }
 
+TEST_P(PasteboardConformance, whatItCanHoldCanBeWritten) {
+    const Representation named{std::string(someType), Bytes::copyOf("data")};
+    ASSERT_TRUE(ours->canHold(named));
+    ours->clearContents();
+    const PasteboardItem item{named};
+    EXPECT_TRUE(ours->writeItems({&item, 1}));
+}
+
+TEST_P(PasteboardConformance, saysThatItCannotHoldATypeWithoutANameAndStaysAsItIs) {
+    ours->clearContents();
+    ASSERT_TRUE(ours->setString("there", someType));
+    const std::int64_t before = ours->changeCount();
+    EXPECT_FALSE(ours->canHold({"", Bytes::copyOf("data")}));
+    EXPECT_TRUE(ours->canHold({std::string(someType), Bytes::copyOf("data")}));
+    EXPECT_EQ(ours->changeCount(), before);
+    EXPECT_EQ(ours->string(someType)->view(), "there");
+}
+
 TEST_P(PasteboardConformance, dataReadCanBeWrittenBack) {
     const Bytes payload = patternOf(mebibyte, 3);
     ours->clearContents();

@@ -23,6 +23,7 @@ TEST(UnavailablePasteboard, refusesEveryWrite) {
     EXPECT_FALSE(pasteboard.setData(Bytes::copyOf("data"), pasteboardType::png));
     EXPECT_FALSE(pasteboard.writeItems(oneItem()));
     EXPECT_FALSE(pasteboard.addTypes(oneItem().front()));
+    EXPECT_TRUE(pasteboard.canHold(oneItem().front().front())) << "the content is not to blame";
 }
 
 TEST(UnavailablePasteboard, isEmptyAndNeverChanges) {

@@ -25,7 +25,7 @@ constexpr std::string_view filesWriteFailed = "Écriture fichiers impossible";
 constexpr std::string_view changedDuringTransfer = "Le presse-papiers local a changé pendant le transfert";
 
 command::WriteText writeText(std::string_view base64, std::string marker = "m") {
-    return {7, Bytes::copyOf(base64), std::move(marker)};
+    return {7, Base64Text::copyOf(base64), std::move(marker)};
 }
 
 /// Base64 of that many letters x.
@@ -49,11 +49,6 @@ protected:
         for (const std::string& call : pasteboard().calls())
             EXPECT_EQ(call.find("clear"), std::string::npos);
         EXPECT_EQ(pasteboard().changeCount(), 41);
-    }
-
-    std::vector<Json> polled() {
-        worker->poll();
-        return messages();
     }
 };
 
@@ -126,7 +121,7 @@ TEST_F(ClipboardWorkerCommands, refusesATextThatIsNoBase64OrNoUtf8) {
 
 TEST_F(ClipboardWorkerCommands, refusesATextWithoutItsFields) {
     EXPECT_EQ(replyTo(command::WriteText{7, std::nullopt, "m"}), failure(7, invalidText, 41));
-    EXPECT_EQ(replyTo(command::WriteText{7, Bytes::copyOf("aGk="), std::nullopt}),
+    EXPECT_EQ(replyTo(command::WriteText{7, Base64Text::copyOf("aGk="), std::nullopt}),
               failure(7, invalidText, 41));
     expectUntouched();
 }

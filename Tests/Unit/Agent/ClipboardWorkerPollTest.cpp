@@ -20,31 +20,9 @@ class ClipboardWorkerPoll : public WorkerFixture {
 protected:
     ClipboardWorkerPoll() { makeWorker(); }
 
-    std::vector<Json> polled() {
-        worker->poll();
-        return messages();
-    }
-
     static Json filesEvent(const std::vector<std::string>& paths, std::int64_t sequence,
                            std::string_view marker = "") {
-        return {{"event", "change"},
-                {"kind", "files"},
-                {"paths", paths},
-                {"marker", marker},
-                {"sequence", sequence}};
-    }
-
-    static Json textEvent(std::string_view base64, std::size_t bytes, std::int64_t sequence,
-                          std::string_view marker = "") {
-        return {{"event", "change"},
-                {"text_b64", base64},
-                {"bytes", bytes},
-                {"marker", marker},
-                {"sequence", sequence}};
-    }
-
-    static Representation representation(std::string_view type, std::string_view content) {
-        return {std::string(type), Bytes::copyOf(content)};
+        return pathsEvent("files", paths, sequence, marker);
     }
 };
 

@@ -256,9 +256,9 @@ TEST(CommandDecoder, goesOnAfterAVeryLongLine) {
 }
 
 /// The payload of a "write_text" command.
-Bytes payloadOf(const std::optional<ClipboardCommand>& command) {
+std::string_view payloadOf(const std::optional<ClipboardCommand>& command) {
     const WriteText* const text = command ? std::get_if<WriteText>(&*command) : nullptr;
-    return text != nullptr && text->textBase64 ? *text->textBase64 : Bytes();
+    return text != nullptr && text->textBase64 ? text->textBase64->view() : std::string_view();
 }
 
 bool isInside(const char* position, std::span<const char> text) {
@@ -276,7 +276,7 @@ TEST(CommandDecoder, sharesTheBufferOfALongLineWithItsPayload) {
         EXPECT_TRUE(isInside(payloadOf(command).data(), line.text));
         line.owner.reset();
         EXPECT_FALSE(buffer.expired());
-        EXPECT_TRUE(payloadOf(command).view() == (written == payload ? payload : payload + "//"));
+        EXPECT_TRUE(payloadOf(command) == (written == payload ? payload : payload + "//"));
         command.reset();
         EXPECT_TRUE(buffer.expired());
     }
@@ -301,7 +301,7 @@ TEST(CommandDecoder, copiesThePayloadOfAShortLine) {
         command = CommandDecoder().decode(line);
         EXPECT_FALSE(isInside(payloadOf(command).data(), line.text));
     }
-    EXPECT_EQ(payloadOf(command).view(), "aGk=");
+    EXPECT_EQ(payloadOf(command), "aGk=");
 }
 
 } // namespace

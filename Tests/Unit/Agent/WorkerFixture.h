@@ -32,6 +32,19 @@ protected:
             pasteboardName);
     }
 
+    /// What the worker sends when it looks at the pasteboard now.
+    std::vector<Json> polled() {
+        worker->poll();
+        return messages();
+    }
+
+    /// What the worker sends when the background job that is held runs now, and then what it posted.
+    std::vector<Json> finished() {
+        platform.loop.runBackgroundJobs();
+        platform.loop.runPosted();
+        return messages();
+    }
+
     /// What the worker sent since the last time that it was asked for.
     std::vector<Json> messages() {
         const std::string text = output.contentFrom(seen_);
@@ -64,6 +77,28 @@ protected:
     /// The event that announces a change before its content is looked at.
     static Json announcement(std::int64_t sequence, std::string_view marker = "") {
         return {{"event", "change"}, {"kind", "unsupported"}, {"marker", marker}, {"sequence", sequence}};
+    }
+
+    static Json pathsEvent(std::string_view kind, const std::vector<std::string>& paths,
+                           std::int64_t sequence, std::string_view marker = "") {
+        return {{"event", "change"},
+                {"kind", kind},
+                {"paths", paths},
+                {"marker", marker},
+                {"sequence", sequence}};
+    }
+
+    static Json textEvent(std::string_view base64, std::size_t bytes, std::int64_t sequence,
+                          std::string_view marker = "") {
+        return {{"event", "change"},
+                {"text_b64", base64},
+                {"bytes", bytes},
+                {"marker", marker},
+                {"sequence", sequence}};
+    }
+
+    static Representation representation(std::string_view type, std::string_view content) {
+        return {std::string(type), Bytes::copyOf(content)};
     }
 
     static Json warning(std::string_view message) {

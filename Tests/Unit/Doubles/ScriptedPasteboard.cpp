@@ -30,7 +30,10 @@ std::string call(std::string_view operation, std::string_view type) {
 } // namespace
 
 std::int64_t ScriptedPasteboard::changeCount() {
-    return changeCount_;
+    const std::int64_t count = changeCount_;
+    if (countObserver_)
+        countObserver_();
+    return count;
 }
 
 std::vector<std::string> ScriptedPasteboard::types() {
@@ -56,6 +59,8 @@ std::optional<std::string> ScriptedPasteboard::availableType(std::span<const std
 
 std::optional<Bytes> ScriptedPasteboard::string(std::string_view type) {
     record(call("string", type));
+    if (withheld_.contains(type))
+        return std::nullopt;
     std::optional<std::string> text;
     for (const PasteboardItem& item : items_) {
         const Representation* const found = find(item, type);
@@ -73,6 +78,8 @@ std::optional<Bytes> ScriptedPasteboard::string(std::string_view type) {
 
 std::optional<Bytes> ScriptedPasteboard::data(std::string_view type) {
     record(call("data", type));
+    if (withheld_.contains(type))
+        return std::nullopt;
     const Representation* const found = find(items_, type);
     return found == nullptr ? std::nullopt : std::optional(found->data);
 }
@@ -105,6 +112,11 @@ bool ScriptedPasteboard::setString(std::string_view text, std::string_view type)
 bool ScriptedPasteboard::setData(const Bytes& data, std::string_view type) {
     record(call("setData", type));
     return !isRefused(Operation::setData, type) && put(data, type);
+}
+
+bool ScriptedPasteboard::canHold(const Representation& representation) {
+    record(call("canHold", representation.type));
+    return !isRefused(Operation::canHold, representation.type);
 }
 
 bool ScriptedPasteboard::writeItems(std::span<const PasteboardItem> items) {

@@ -16,7 +16,7 @@ namespace tavel {
 /// refuse, be the other program that changes it, and see in which order it was used.
 class ScriptedPasteboard final : public Pasteboard {
 public:
-    enum class Operation { setString, setData, writeItems, addTypes, update };
+    enum class Operation { setString, setData, canHold, writeItems, addTypes, update };
 
     /// Stands for every type where a refusal names one.
     static constexpr std::string_view anyType{};
@@ -30,6 +30,7 @@ public:
     std::int64_t clearContents() override;
     bool setString(std::string_view text, std::string_view type) override;
     bool setData(const Bytes& data, std::string_view type) override;
+    bool canHold(const Representation& representation) override;
     bool writeItems(std::span<const PasteboardItem> items) override;
     bool addTypes(std::span<const Representation> representations) override;
     bool update(const std::function<bool()>& steps) override;
@@ -46,8 +47,14 @@ public:
     void refuse(Operation operation, std::string_view type = anyType);
     void refuseNothing();
 
+    /// From now on the type is offered, but its data is not delivered.
+    void withhold(std::string_view type) { withheld_.emplace(type); }
+
     /// Runs before each operation but `changeCount`, with the call as it is then recorded.
     void onCall(std::function<void(const std::string& call)> observer) { observer_ = std::move(observer); }
+
+    /// Runs after each reading of the change count.
+    void onCountRead(std::function<void()> observer) { countObserver_ = std::move(observer); }
 
     /// Every call but those of `changeCount`, oldest first: the operation's name and, where there is one, the
     /// type. What an update does stands between "update" and "end of update".
@@ -73,8 +80,10 @@ private:
     bool owned_ = false; // cleared through this object, and by nobody else since
     bool clearedInUpdate_ = false;
     std::set<std::pair<Operation, std::string>> refusals_;
+    std::set<std::string, std::less<>> withheld_;
     std::vector<std::string> calls_;
     std::function<void(const std::string& call)> observer_;
+    std::function<void()> countObserver_;
 };
 
 } // namespace tavel

@@ -6,11 +6,13 @@
 #include "Tests/Unit/Doubles/ScriptedPasteboard.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tavel {
@@ -53,17 +55,24 @@ public:
     std::vector<std::int32_t> activated;
 };
 
-/// Takes nothing for an image.
-class BlindImageCodec final : public ImageCodec {
+/// Reads pictures of the form that `scriptedPicture` makes.
+class ScriptedImageCodec final : public ImageCodec {
 public:
-    std::optional<ImageSize> measure(const Bytes&) override { return std::nullopt; }
-
-    std::optional<std::string> typeIdentifier(const Bytes&) override { return std::nullopt; }
-
-    std::optional<Bytes> encodePng(const Bytes&) override { return std::nullopt; }
-
+    std::optional<ImageSize> measure(const Bytes& file) override;
+    std::optional<std::string> typeIdentifier(const Bytes& file) override;
+    std::optional<Bytes> encodePng(const Bytes& file) override;
     std::optional<Bytes> encodeJpeg(const Bytes&, double) override { return std::nullopt; }
+
+    bool converts = true;          // or refuses every conversion
+    std::size_t extraPngBytes = 0; // how much larger a PNG is made
+    std::vector<std::string> converted;
 };
+
+/// Bytes that begin with `signature` and that the scripted codec takes for a picture of that size. Converted
+/// to PNG they are `scriptedPicture(pngSignature, width, height)`.
+std::string scriptedPicture(std::string_view signature, std::int64_t width, std::int64_t height);
+
+inline constexpr std::string_view pngSignature = "\x89PNG\r\n\x1A\n";
 
 /// A panel's window on a machine that shows none.
 class HiddenNamePanelView final : public NamePanelView {
@@ -104,7 +113,7 @@ public:
     std::filesystem::path temporary = scratch.path();
     std::shared_ptr<ScriptedPasteboard> pasteboard = std::make_shared<ScriptedPasteboard>();
     ManualEventLoop loop;
-    BlindImageCodec codec;
+    ScriptedImageCodec codec;
     ScriptedKeyboardTap tap;
     ScriptedFocusProbe focus;
     std::optional<Error> pasteboardError; // thrown instead of opening a pasteboard

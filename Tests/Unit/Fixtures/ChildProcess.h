@@ -26,4 +26,11 @@ inline std::optional<int> exitStatusOf(const std::function<int()>& body) {
     return WIFEXITED(status) ? std::optional(WEXITSTATUS(status)) : std::nullopt;
 }
 
+/// For such a child: what the modes of files refuse is refused to root too from here on.
+inline void dropRootRights() {
+    constexpr uid_t nobody = 65534;
+    if (geteuid() == 0 && setuid(nobody) != 0)
+        _exit(126);
+}
+
 } // namespace tavel

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace tavel {
@@ -33,10 +34,11 @@ public:
     std::filesystem::path operator/(const std::filesystem::path& name) const { return path_ / name; }
 
     /// Makes a file of that name and gives its path.
-    std::filesystem::path makeFile(const std::filesystem::path& name) const {
+    std::filesystem::path makeFile(const std::filesystem::path& name,
+                                   std::string_view content = "content") const {
         std::filesystem::path file = path_ / name;
         std::ofstream stream(file);
-        stream << "content";
+        stream << content;
         if (!stream.flush())
             throw std::runtime_error("A file cannot be made in the temporary directory");
         return file;

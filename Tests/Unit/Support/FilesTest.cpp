@@ -1,12 +1,14 @@
 #include "Support/Files.h"
 
 #include "Support/ScopeExit.h"
+#include "Tests/Unit/Fixtures/ChildProcess.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <array>
+#include <cerrno>
 #include <filesystem>
 #include <string>
 
@@ -119,6 +121,48 @@ TEST(CreatePrivateDirectory, failsWhereSomethingElseIsInTheWay) {
     EXPECT_FALSE(createPrivateDirectory(scratch / "dangling"));
     EXPECT_FALSE(createPrivateDirectory(""));
     EXPECT_TRUE(fs::is_regular_file(file));
+}
+
+/// The errno of creating the directory; 0 if that works.
+int creationFailure(const fs::path& directory) {
+    errno = 0;
+    return createPrivateDirectory(directory) ? 0 : errno;
+}
+
+TEST(CreatePrivateDirectory, tellsWhatIsInTheWay) {
+    const ScratchDirectory scratch;
+    const fs::path file = scratch.makeFile("file");
+    fs::create_symlink(scratch / "missing", scratch / "dangling");
+    fs::create_symlink(scratch / "loop", scratch / "loop");
+    EXPECT_EQ(creationFailure(file), EEXIST);
+    EXPECT_EQ(creationFailure(scratch / "dangling"), EEXIST);
+    EXPECT_EQ(creationFailure(scratch / "loop"), EEXIST);
+    EXPECT_EQ(creationFailure(file / "below"), ENOTDIR);
+    EXPECT_EQ(creationFailure(file / "far/below"), ENOTDIR);
+    EXPECT_EQ(creationFailure(scratch / "loop/below"), ELOOP);
+}
+
+TEST(CreatePrivateDirectory, tellsThatANameIsNone) {
+    const ScratchDirectory scratch;
+    const std::string longName(256, 'n');
+    EXPECT_EQ(creationFailure(""), ENOENT);
+    EXPECT_EQ(creationFailure(scratch / longName), ENAMETOOLONG);
+    EXPECT_EQ(creationFailure(scratch / longName / "below"), ENAMETOOLONG);
+    EXPECT_EQ(creationFailure(scratch / longName.substr(1)), 0);
+}
+
+TEST(CreatePrivateDirectory, tellsThatItIsNotPermitted) {
+    const ScratchDirectory scratch;
+    fs::create_directory(scratch / "closed");
+    fs::permissions(scratch / "closed", fs::perms{0500});
+    const auto failsWithoutRights = [](const fs::path& directory) {
+        return exitStatusOf([&] {
+            dropRootRights();
+            return creationFailure(directory) == EACCES ? 0 : 1;
+        });
+    };
+    EXPECT_EQ(failsWithoutRights(scratch / "closed/directory"), 0);
+    EXPECT_EQ(failsWithoutRights(scratch / "closed/far/below"), 0);
 }
 
 TEST(RemoveTree, removesADirectoryWithEverythingInIt) {

@@ -1,0 +1,152 @@
+#include "Tests/Unit/Agent/ExportFixture.h"
+
+namespace tavel {
+namespace {
+
+constexpr std::string_view html = "public.html";
+
+/// What becomes of an export once it has begun.
+class FormatExporting : public ExportFixture {
+protected:
+    void copyHtml(std::string_view content = "a") { copy({representation(html, content)}); }
+
+    std::filesystem::path publishedDirectory() {
+        EXPECT_EQ(polled(), Events{announcement(pasteboard().changeCount())});
+        return std::filesystem::path(pathsIn(finished(), "formats").at(0)).parent_path();
+    }
+
+    /// The job runs, and warns that it could not write.
+    void expectWriteFailure(std::string_view domainAndCode) {
+        EXPECT_EQ(polled(), Events{announcement(pasteboard().changeCount())});
+        EXPECT_EQ(finished(), Events{warning("Presse-papiers : échec de préparation des formats (" +
+                                             std::string(domainAndCode) + ").")});
+        EXPECT_EQ(polled(), Events());
+    }
+};
+
+TEST_F(FormatExporting, deletesTheDirectoryPublishedBefore) {
+    copyHtml("1");
+    const std::filesystem::path first = publishedDirectory();
+    copyHtml("2");
+    const std::filesystem::path second = publishedDirectory();
+    EXPECT_NE(first, second);
+    EXPECT_EQ(exported(), Names{second.filename().string()});
+}
+
+TEST_F(FormatExporting, leavesThePublishedPictureAlone) {
+    copyPng(scriptedPicture(pngSignature, 2, 3));
+    EXPECT_EQ(polled(), Events{announcement(42)});
+    const std::filesystem::path picture = pathsIn(finished(), "image").at(0);
+    copyHtml();
+    static_cast<void>(publishedDirectory());
+    EXPECT_TRUE(std::filesystem::exists(picture));
+}
+
+TEST_F(FormatExporting, comesBackInTheNextTickWhileAnotherExportRuns) {
+    copyHtml("1");
+    EXPECT_EQ(polled(), Events{announcement(42)});
+    copyHtml("2");
+    pasteboard().forgetCalls();
+    for (int tick = 0; tick < 3; ++tick)
+        EXPECT_EQ(polled(), Events{announcement(43)});
+    for (const std::string& call : pasteboard().calls())
+        EXPECT_NE(call, "data public.html"); // nothing is read in vain
+    EXPECT_EQ(platform.loop.heldBackgroundJobs(), 1U);
+    EXPECT_EQ(finished(), Events());
+    EXPECT_EQ(contentOf(publishedDirectory() / "text.html"), "2");
+}
+
+TEST_F(FormatExporting, sharesTheSlotWithPictures) {
+    copyPng(scriptedPicture(pngSignature, 2, 3));
+    static_cast<void>(polled());
+    copyHtml();
+    EXPECT_EQ(polled(), Events{announcement(43)});
+    EXPECT_EQ(polled(), Events{announcement(43)});
+    EXPECT_EQ(finished(), Events());
+    static_cast<void>(publishedDirectory());
+}
+
+TEST_F(FormatExporting, readsNothingInTheBackground) {
+    copyHtml();
+    static_cast<void>(polled());
+    pasteboard().forgetCalls();
+    platform.loop.runBackgroundJobs();
+    EXPECT_EQ(pasteboard().calls(), std::vector<std::string>());
+    EXPECT_EQ(messages(), Events()); // and says nothing from there
+}
+
+TEST_F(FormatExporting, deletesTheDirectoryWhenTheContentHasChanged) {
+    copyHtml("1");
+    const std::filesystem::path published = publishedDirectory();
+    copyHtml("2");
+    static_cast<void>(polled());
+    pasteboard().copyFromOutside("a");
+    EXPECT_EQ(finished(), Events());
+    EXPECT_EQ(exported(), Names{published.filename().string()});
+}
+
+TEST_F(FormatExporting, deletesTheDirectoryWhenTheParentDiscardedIt) {
+    copyHtml();
+    static_cast<void>(polled());
+    platform.loop.runBackgroundJobs();
+    EXPECT_EQ(exported().size(), 1U);
+    EXPECT_EQ(replyTo(command::DiscardPending{7}), success(7, 42));
+    platform.loop.runPosted();
+    EXPECT_EQ(messages(), Events());
+    EXPECT_EQ(exported(), Names());
+    EXPECT_EQ(polled(), Events());
+}
+
+TEST_F(FormatExporting, doesNotExportWhenTheWorkerIsGone) {
+    copyHtml();
+    static_cast<void>(polled());
+    const std::filesystem::path directory = worker->exportDirectory();
+    worker.reset();
+    platform.loop.runBackgroundJobs();
+    EXPECT_EQ(namesIn(directory), Names());
+}
+
+TEST_F(FormatExporting, deletesTheDirectoryWhenTheWorkerGoesBeforeItIsPublished) {
+    copyHtml();
+    static_cast<void>(polled());
+    platform.loop.runBackgroundJobs();
+    const std::filesystem::path directory = worker->exportDirectory();
+    EXPECT_EQ(namesIn(directory).size(), 1U);
+    worker.reset();
+    platform.loop.runPosted();
+    EXPECT_EQ(namesIn(directory), Names());
+}
+
+TEST_F(FormatExporting, makesTheExportDirectoryWhenItIsMissing) {
+    std::filesystem::remove_all(worker->exportDirectory());
+    copyHtml();
+    EXPECT_EQ(contentOf(publishedDirectory() / "text.html"), "a");
+}
+
+TEST_F(FormatExporting, warnsWhenTheDirectoryCannotBeMade) {
+    // A file where a directory should be.
+    std::filesystem::remove_all(worker->exportDirectory());
+    std::ofstream(worker->exportDirectory()) << "a";
+    copyHtml();
+    expectWriteFailure("NSCocoaErrorDomain:512");
+    std::filesystem::remove(worker->exportDirectory());
+    copyHtml(); // the slot is free again
+    EXPECT_EQ(contentOf(publishedDirectory() / "text.html"), "a");
+}
+
+TEST_F(FormatExporting, makesNothingAfterTheEnd) {
+    copyHtml();
+    static_cast<void>(polled());
+    const std::filesystem::path directory = worker->exportDirectory();
+    commands.closeWriter(); // the reader of commands is one of the jobs
+    platform.loop.planPass([this] { worker->stop(); });
+    worker->run();
+    EXPECT_TRUE(worker->isExporting());
+    EXPECT_FALSE(std::filesystem::exists(directory));
+    EXPECT_EQ(finished(), Events());
+    EXPECT_FALSE(std::filesystem::exists(directory));
+    EXPECT_FALSE(worker->isExporting());
+}
+
+} // namespace
+} // namespace tavel

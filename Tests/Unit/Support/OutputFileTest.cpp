@@ -1,0 +1,193 @@
+#include "Support/OutputFile.h"
+
+#include "Support/ScopeExit.h"
+#include "Tests/Unit/Fixtures/ChildProcess.h"
+#include "Tests/Unit/Fixtures/Random.h"
+#include "Tests/Unit/Fixtures/ScratchDirectory.h"
+#include "Tests/Unit/Support/WritingPrivateFile.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+namespace tavel {
+namespace {
+
+namespace fs = std::filesystem;
+
+unsigned modeOf(const fs::path& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : ~0U;
+}
+
+void writeUnder(mode_t mask, const Writer& writer, const fs::path& path) {
+    const mode_t former = umask(mask);
+    const ScopeExit restore([former] { umask(former); });
+    writer.write(path, "new");
+}
+
+/// Writes a mebibyte where no file may have more than 4 KiB. 0 if it fails as an unknown failure.
+int writeBeyondTheLimit(const Writer& writer, const fs::path& path) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    constexpr rlimit limit{4096, 4096};
+    if (setrlimit(RLIMIT_FSIZE, &limit) != 0)
+        return 1;
+    return writingCode(writer, path, std::string(1 << 20, 'x')) == 512 ? 0 : 2;
+}
+
+TEST(OutputFile, holdsWhatWasWritten) {
+    const ScratchDirectory scratch;
+    Random random(1);
+    for (const Writer& writer : writers) {
+        for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{5'000'000}}) {
+            const std::string content = random.bytes(size);
+            writer.write(scratch / "file", content);
+            EXPECT_TRUE(readBack(scratch / "file") == content) << writer.name << ", " << size << " bytes";
+        }
+    }
+    EXPECT_EQ(countEntries(scratch.path()), 1);
+}
+
+TEST(OutputFile, isItsOwnersAloneUnderAnyUmask) {
+    const ScratchDirectory scratch;
+    for (const Writer& writer : writers) {
+        for (const mode_t mask : {0000U, 0022U, 0077U, 0177U, 0277U, 0400U, 0600U, 0777U}) {
+            const fs::path file = scratch / (std::string(writer.name) + std::to_string(mask));
+            writeUnder(mask, writer, file);
+            EXPECT_EQ(modeOf(file), 0600U) << writer.name << std::oct << mask;
+        }
+    }
+}
+
+TEST(OutputFile, takesTheRightsOfOthersToAFileThatExists) {
+    for (const Writer& writer : writers) {
+        const ScratchDirectory scratch;
+        const fs::path file = scratch.makeFile("file");
+        for (const unsigned mode : {0644U, 0666U, 0755U, 0640U}) {
+            fs::permissions(file, fs::perms{mode});
+            writeUnder(0022, writer, file);
+            EXPECT_EQ(modeOf(file), 0600U) << writer.name << std::oct << mode;
+        }
+    }
+}
+
+TEST(OutputFile, leavesNothingOfALongerFile) {
+    for (const Writer& writer : writers) {
+        const ScratchDirectory scratch;
+        const fs::path file = scratch.makeFile("file", std::string(100'000, 'x'));
+        writer.write(file, "short");
+        EXPECT_EQ(readBack(file), "short") << writer.name;
+        EXPECT_EQ(countEntries(scratch.path()), 1) << writer.name;
+    }
+}
+
+TEST(OutputFile, replacesTheBytesOfAFileOrTheWholeFile) {
+    const ScratchDirectory scratch;
+    const fs::path file = scratch.makeFile("file", "old");
+    fs::create_hard_link(file, scratch / "other name");
+    writePrivateFileAtomically(file, "new");
+    EXPECT_EQ(readBack(file), "new");
+    EXPECT_EQ(readBack(scratch / "other name"), "old") << "who has it open reads on undisturbed";
+
+    fs::remove(scratch / "other name");
+    fs::create_hard_link(file, scratch / "other name");
+    writePrivateFile(file, "newer");
+    EXPECT_EQ(readBack(scratch / "other name"), "newer");
+}
+
+TEST(OutputFile, doesNotGoThroughALink) {
+    for (const Writer& writer : writers) {
+        const ScratchDirectory scratch;
+        const fs::path target = scratch.makeFile("target", "target");
+        fs::permissions(target, fs::perms{0644});
+        fs::create_symlink(target, scratch / "link");
+        fs::create_symlink(scratch / "missing", scratch / "dangling");
+        const bool isAtomic = writer.write == writePrivateFileAtomically;
+        EXPECT_EQ(writingCode(writer, scratch / "link", "new"), isAtomic ? 0 : 512);
+        EXPECT_EQ(writingCode(writer, scratch / "dangling", "new"), isAtomic ? 0 : 512);
+        EXPECT_EQ(readBack(target), "target") << writer.name;
+        EXPECT_EQ(modeOf(target), 0644U) << writer.name;
+        EXPECT_EQ(fs::is_symlink(scratch / "link"), !isAtomic) << "the link itself is what gets replaced";
+        EXPECT_FALSE(fs::exists(scratch / "missing")) << writer.name;
+        EXPECT_EQ(countEntries(scratch.path()), 3) << writer.name;
+    }
+}
+
+TEST(OutputFile, staysAsItWasWhenWritingAtomicallyFails) {
+    const ScratchDirectory scratch;
+    const fs::path file = scratch.makeFile("file", "old");
+    fs::permissions(file, fs::perms{0644});
+    EXPECT_EQ(exitStatusOf([&] { return writeBeyondTheLimit(atomicWriter, file); }), 0);
+    EXPECT_EQ(exitStatusOf([&] { return writeBeyondTheLimit(atomicWriter, scratch / "missing"); }), 0);
+    EXPECT_EQ(readBack(file), "old");
+    EXPECT_EQ(modeOf(file), 0644U);
+    EXPECT_EQ(countEntries(scratch.path()), 1);
+}
+
+TEST(OutputFile, tellsThatWritingDirectlyFailed) {
+    const ScratchDirectory scratch;
+    EXPECT_EQ(exitStatusOf([&] { return writeBeyondTheLimit(directWriter, scratch / "file"); }), 0);
+    EXPECT_LE(fs::file_size(scratch / "file"), 4096U);
+    EXPECT_EQ(modeOf(scratch / "file"), 0600U);
+}
+
+TEST(OutputFile, tellsWhyItCannotBeMade) {
+    for (const Writer& writer : writers) {
+        const ScratchDirectory scratch;
+        const fs::path file = scratch.makeFile("file");
+        EXPECT_EQ(writingCode(writer, scratch / "missing/file", "new"), 4) << writer.name;
+        EXPECT_EQ(writingCode(writer, file / "below", "new"), 512) << writer.name;
+        EXPECT_EQ(writingCode(writer, scratch / std::string(256, 'n'), "new"), 514) << writer.name;
+        EXPECT_EQ(readBack(file), "content") << writer.name;
+        EXPECT_EQ(countEntries(scratch.path()), 1) << writer.name;
+    }
+}
+
+TEST(OutputFile, doesNotTakeADirectorysPlace) {
+    for (const Writer& writer : writers) {
+        const ScratchDirectory scratch;
+        fs::create_directory(scratch / "directory");
+        EXPECT_EQ(writingCode(writer, scratch / "directory", "new"), 512) << writer.name;
+        EXPECT_TRUE(fs::is_directory(scratch / "directory")) << writer.name;
+        EXPECT_EQ(countEntries(scratch / "directory"), 0) << writer.name;
+        EXPECT_EQ(countEntries(scratch.path()), 1) << writer.name;
+    }
+}
+
+TEST(OutputFile, tellsThatItMayNotBeMade) {
+    for (const Writer& writer : writers) {
+        const ScratchDirectory scratch;
+        fs::permissions(scratch.path(), fs::perms{0500});
+        EXPECT_EQ(exitStatusOf([&] {
+                      dropRootRights();
+                      return writingCode(writer, scratch / "file", "new") == 513 ? 0 : 1;
+                  }),
+                  0)
+            << writer.name;
+        fs::permissions(scratch.path(), fs::perms{0700});
+        EXPECT_EQ(countEntries(scratch.path()), 0) << writer.name;
+    }
+}
+
+TEST(OutputFile, isNamedByItsErrors) {
+    const ScratchDirectory scratch;
+    const fs::path file = scratch / "missing/file";
+    for (const Writer& writer : writers) {
+        try {
+            writer.write(file, "new");
+            FAIL() << "Writing has to fail";
+        } catch (const Error& error) {
+            EXPECT_EQ(error.domain(), "NSCocoaErrorDomain");
+            EXPECT_EQ(error.description(), file.string() + ": " + std::strerror(ENOENT)) << writer.name;
+        }
+    }
+}
+
+} // namespace
+} // namespace tavel

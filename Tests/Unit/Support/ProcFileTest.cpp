@@ -1,0 +1,38 @@
+#include "Support/Error.h"
+#include "Support/InputFile.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace tavel {
+namespace {
+
+// Linux's files about the system and its processes: regular ones whose size is always 0.
+
+TEST(ProcFile, isReadAlthoughItsSizeIsZero) {
+    std::ostringstream expected;
+    expected << std::ifstream("/proc/version").rdbuf();
+    ASSERT_GT(expected.str().size(), 10U);
+    InputFile file("/proc/version", InputFile::Links::refuse);
+    EXPECT_EQ(file.size(), 0U);
+    EXPECT_EQ(file.read(5).view(), expected.str().substr(0, 5));
+    EXPECT_EQ(file.read(std::size_t{1} << 40).view(), expected.str().substr(5));
+}
+
+TEST(ProcFile, tellsThatReadingFailed) {
+    InputFile file("/proc/self/mem", InputFile::Links::refuse); // nothing is at address 0
+    try {
+        static_cast<void>(file.read(100));
+        FAIL() << "Reading has to fail";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.domain(), "NSCocoaErrorDomain");
+        EXPECT_EQ(error.code(), 256);
+        EXPECT_TRUE(error.description().starts_with("/proc/self/mem: ")) << error.description();
+    }
+}
+
+} // namespace
+} // namespace tavel

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Support/Error.h"
+#include "Support/OutputFile.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+namespace tavel {
+
+/// One of the two ways of writing a private file.
+struct Writer {
+    std::string_view name;
+    void (*write)(const std::filesystem::path& path, std::string_view content);
+};
+
+inline constexpr Writer directWriter{"directly", writePrivateFile};
+inline constexpr Writer atomicWriter{"atomically", writePrivateFileAtomically};
+inline constexpr Writer writers[] = {directWriter, atomicWriter};
+
+/// The code of the error with which writing fails; 0 if it does not.
+inline int writingCode(const Writer& writer, const std::filesystem::path& path, std::string_view content) {
+    try {
+        writer.write(path, content);
+        return 0;
+    } catch (const Error& error) {
+        return error.code();
+    }
+}
+
+inline std::string readBack(const std::filesystem::path& path) {
+    std::ostringstream content;
+    content << std::ifstream(path).rdbuf();
+    return content.str();
+}
+
+/// How many things the directory holds. A file that is left in part is one too many.
+inline std::ptrdiff_t countEntries(const std::filesystem::path& directory) {
+    return std::distance(std::filesystem::directory_iterator(directory), {});
+}
+
+} // namespace tavel
