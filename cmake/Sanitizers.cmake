@@ -7,3 +7,7 @@ if(TAVEL_SANITIZERS)
     add_compile_options(-Wno-maybe-uninitialized)
   endif()
 endif()
+
+if(TAVEL_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link) # lets libFuzzer see which code an input reaches
+endif()

@@ -1,22 +1,12 @@
 #pragma once
 
 #include "Platform/FocusProbe.h"
-#include "Platform/ImageCodec.h"
 #include "Platform/KeyboardTap.h"
 #include "Platform/NamePanelView.h"
 
 namespace tavel {
 
-/// What a machine without a display answers: there is no image codec, no keyboard, no program in front, no
-/// window.
-
-class NoImageCodec final : public ImageCodec {
-public:
-    std::optional<ImageSize> measure(const Bytes&) override { return std::nullopt; }
-    std::optional<std::string> typeIdentifier(const Bytes&) override { return std::nullopt; }
-    std::optional<Bytes> encodePng(const Bytes&) override { return std::nullopt; }
-    std::optional<Bytes> encodeJpeg(const Bytes&, double) override { return std::nullopt; }
-};
+/// What a machine without a display answers: there is no keyboard, no program in front, no window.
 
 class RefusedKeyboardTap final : public KeyboardTap {
 public:

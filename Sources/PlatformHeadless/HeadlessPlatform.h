@@ -3,6 +3,7 @@
 #include "Platform/Platform.h"
 #include "PlatformHeadless/GlibEventLoop.h"
 #include "PlatformHeadless/HeadlessDevices.h"
+#include "PlatformHeadless/HeadlessImageCodec.h"
 #include "PlatformHeadless/LmdbEnvironment.h"
 
 #include <memory>
@@ -14,7 +15,7 @@ class HeadlessPlatform final : public Platform {
 public:
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;
     EventLoop& eventLoop() override { return eventLoop_; }
-    ImageCodec& imageCodec() override { return imageCodec_; }
+    ImageCodec& imageCodec() override { return *imageCodec_; }
     KeyboardTap& keyboardTap() override { return keyboardTap_; }
     FocusProbe& focusProbe() override { return focusProbe_; }
     std::unique_ptr<NamePanelView> makeNamePanelView() override;
@@ -24,7 +25,7 @@ public:
 
 private:
     GlibEventLoop eventLoop_;
-    NoImageCodec imageCodec_;
+    std::unique_ptr<ImageCodec> imageCodec_ = makeHeadlessImageCodec([this](const auto& line) { log(line); });
     RefusedKeyboardTap keyboardTap_;
     NoFocusProbe focusProbe_;
     std::shared_ptr<const LmdbEnvironment> environment_; // opened with the first pasteboard
