@@ -6,6 +6,8 @@ A session is a fenced block marked "session". Each gets an agent and a pasteboar
     → text     sent to the agent
     ← text     the agent's next line has to be the same JSON
     $ command  run by the shell, with the project's programs in its path
+
+What is sent may hold $TMPDIR; a string to be received may begin with "…", which stands for any path below it.
 """
 
 import json
@@ -21,8 +23,23 @@ import time
 DEADLINE = 60  # seconds; only ever waited for when something is wrong
 
 
+def matches(actual, expected, directory):
+    if isinstance(expected, dict) and isinstance(actual, dict):
+        return expected.keys() == actual.keys() and all(
+            matches(actual[key], expected[key], directory) for key in expected
+        )
+    if isinstance(expected, list) and isinstance(actual, list):
+        return len(expected) == len(actual) and all(
+            matches(*pair, directory) for pair in zip(actual, expected)
+        )
+    if isinstance(expected, str) and expected.startswith("…"):
+        return isinstance(actual, str) and actual.startswith(directory + "/") and actual.endswith(expected[1:])
+    return type(actual) is type(expected) and actual == expected
+
+
 class Session:
     def __init__(self, programs, directory):
+        self.directory = directory
         self.environment = dict(
             os.environ, XDG_RUNTIME_DIR=directory, TMPDIR=directory, PATH=f"{programs}:{os.environ['PATH']}"
         )
@@ -43,10 +60,10 @@ class Session:
 
     def play(self, line):
         if line.startswith("→ "):
-            self.agent.stdin.write(line[2:].encode() + b"\n")
+            self.agent.stdin.write(line[2:].replace("$TMPDIR", self.directory).encode() + b"\n")
         elif line.startswith("← "):
             actual, expected = self.next_line(), json.loads(line[2:])
-            assert json.loads(actual) == expected, f"got {actual.decode()}"
+            assert matches(json.loads(actual), expected, self.directory), f"got {actual.decode()}"
         elif line.startswith("$ "):
             subprocess.run(line[2:], shell=True, check=True, env=self.environment)
         else:
