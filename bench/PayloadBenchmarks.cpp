@@ -1,6 +1,7 @@
 #include "Support/Base64.h"
 #include "Support/JsonWriter.h"
 #include "Support/Utf8.h"
+#include "TavelClipboardAgent/Formats/ValidRepresentation.h"
 
 #include <benchmark/benchmark.h>
 
@@ -51,6 +52,15 @@ void checkUtf8(benchmark::State& state) {
     setBytesPerSecond(state, text.size());
 }
 BENCHMARK(checkUtf8);
+
+/// What every text and page is asked before it is exported or written.
+void checkTextFormat(benchmark::State& state) {
+    const std::string text = frenchText(textBytes);
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(validRepresentation("text.txt", text));
+    setBytesPerSecond(state, text.size());
+}
+BENCHMARK(checkTextFormat);
 
 void encodeBase64Text(benchmark::State& state) {
     const std::string text = frenchText(textBytes);
