@@ -3,6 +3,7 @@
 #include "Tests/Protocol/OtherApplication.h"
 #include "Tests/Support/AgentProcess.h"
 #include "Tests/Support/TestDirectory.h"
+#include "Tests/Unit/Fixtures/PrintJson.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +11,6 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>

@@ -2,6 +2,7 @@
 #include "Support/Base64.h"
 #include "Support/ImageHeader.h"
 #include "Tests/Tools/RunningTool.h"
+#include "Tests/Unit/Fixtures/PrintJson.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <nlohmann/json.hpp>
 
 namespace tavel {
 

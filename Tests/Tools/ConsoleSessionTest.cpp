@@ -1,11 +1,11 @@
 #include "Tests/Tools/RunningTool.h"
+#include "Tests/Unit/Fixtures/PrintJson.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <sstream>
 
 namespace tavel {

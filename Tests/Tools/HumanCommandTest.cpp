@@ -1,9 +1,9 @@
 #include "Console/HumanCommand.h"
 
+#include "Tests/Unit/Fixtures/PrintJson.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
 
 namespace tavel {
 

@@ -1,12 +1,12 @@
 #include "Console/HumanCommand.h"
 #include "Tests/Tools/World.h"
+#include "Tests/Unit/Fixtures/PrintJson.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <nlohmann/json.hpp>
 
 namespace tavel {
 

@@ -1,4 +1,5 @@
 #include "Tests/Unit/Agent/Decoding.h"
+#include "Tests/Unit/Fixtures/PrintJson.h"
 #include "Tests/Unit/Fixtures/Random.h"
 
 #include <gtest/gtest.h>
@@ -6,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <span>
 #include <string>

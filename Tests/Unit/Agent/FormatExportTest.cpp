@@ -126,7 +126,7 @@ TEST_F(FormatExporting, makesTheExportDirectoryWhenItIsMissing) {
 TEST_F(FormatExporting, warnsWhenTheDirectoryCannotBeMade) {
     // A file where a directory should be.
     std::filesystem::remove_all(worker->exportDirectory());
-    std::ofstream(worker->exportDirectory()) << "a";
+    writeFile(worker->exportDirectory(), "a");
     copyHtml();
     expectWriteFailure("NSCocoaErrorDomain:512");
     std::filesystem::remove(worker->exportDirectory());

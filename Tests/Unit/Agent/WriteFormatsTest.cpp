@@ -15,7 +15,7 @@ class WriteFormats : public ExportFixture {
 protected:
     std::string makeFile(const std::string& name, std::string_view content) const {
         const std::filesystem::path file = platform.scratch / name;
-        std::ofstream(file, std::ios::binary) << content;
+        writeFile(file, content);
         return file.string();
     }
 

@@ -33,7 +33,7 @@ protected:
     /// A file of that content, of `size` bytes in all if that is more.
     std::string makeFile(std::string_view content, std::uintmax_t size = 0) const {
         const std::filesystem::path file = platform.scratch / "picture";
-        std::ofstream(file, std::ios::binary | std::ios::trunc) << content;
+        writeFile(file, content);
         if (size > content.size())
             std::filesystem::resize_file(file, size);
         return file.string();

@@ -1,12 +1,12 @@
 #include "Support/JsonString.h"
 
+#include "Tests/Unit/Fixtures/PrintJson.h"
 #include "Tests/Unit/Fixtures/Random.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <span>
 #include <string>

@@ -1,5 +1,6 @@
 #include "Support/JsonWriter.h"
 
+#include "Tests/Unit/Fixtures/PrintJson.h"
 #include "Tests/Unit/Fixtures/Random.h"
 
 #include <gtest/gtest.h>
@@ -7,7 +8,6 @@
 #include <array>
 #include <cstdint>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <span>
 #include <string>
 #include <string_view>
