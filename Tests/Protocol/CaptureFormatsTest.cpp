@@ -136,10 +136,10 @@ TEST_F(CaptureFormats, warnsWithTheErrorsCodeWhenTheDirectoryCannotBeMade) {
 TEST_F(CaptureFormats, warnsOfAFullDiskAndLeavesNothingThere) {
     enterOwnFileSystemView();
     const std::string temporary = directory_.temporaryDirectory().string();
-    if (mount("tmpfs", temporary.c_str(), "tmpfs", 0, "mode=0700,size=1m") != 0)
+    if (mount("tmpfs", temporary.c_str(), "tmpfs", 0, "mode=0700,size=8m") != 0)
         throw std::system_error(errno, std::generic_category(),
                                 "This test mounts a small file system, which is not permitted here");
-    expectWarning({html("a"), representation("com.adobe.pdf", "%PDF-" + std::string(2'000'000, '.'))},
+    expectWarning({html("a"), representation("com.adobe.pdf", "%PDF-" + std::string(10'000'000, '.'))},
                   notPrepared + "NSCocoaErrorDomain:640).");
     EXPECT_EQ(namesIn(exportDirectory()), Names());
     EXPECT_EQ(namesOf(filesOf({html("a")})), Names{"text.html"}); // what fits is exported as ever

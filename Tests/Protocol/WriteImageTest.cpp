@@ -30,6 +30,14 @@ protected:
         return picture;
     }
 
+    /// The command for such a PNG. Zero bytes are the letter A in base64, so that there is little to encode.
+    static std::string writeLargeImageData(std::size_t bytes) {
+        std::string base64;
+        appendBase64(base64, pngOfSize(3 * readPicture("png-2-8.png").size()));
+        base64.resize((bytes * 4 + 2) / 3, 'A');
+        return R"({"command":"write_image_data","request_id":1,"image_b64":")" + base64 + "\"}\n";
+    }
+
     std::string file(const std::string& name, const std::string& content) const {
         return directory_.createFile(name, content);
     }
@@ -82,10 +90,12 @@ TEST_F(WriteImage, refusesDocumentsAndVectorPicturesOfTheHistory) {
 }
 
 TEST_F(WriteImage, takesAHistoryPictureOf64MebibytesAndNotOneByteMore) {
-    const std::string picture = pngOfSize(67'108'864);
-    EXPECT_TRUE(request(agent(), writeImageData(picture)).value("ok", false));
-    EXPECT_TRUE(otherApplication().content().at(0).at(0).second == picture);
-    expectRefused(writeImageData(pngOfSize(67'108'865)), invalidHistoryImage);
+    agent().send(writeLargeImageData(67'108'864));
+    EXPECT_TRUE(agent().nextMessage().value("ok", false));
+    EXPECT_TRUE(otherApplication().content().at(0).at(0).second == pngOfSize(67'108'864));
+    agent().send(writeLargeImageData(67'108'865));
+    EXPECT_EQ(agent().nextMessage().value("reason", ""), invalidHistoryImage);
+    EXPECT_EQ(otherApplication().changeCount(), 1);
 }
 
 TEST_F(WriteImage, writesAFileAsItIsWithTheMarker) {

@@ -25,6 +25,11 @@ World::World() {
     setVariable("TMPDIR", temporaryDirectory().string());
     setVariable("HOME", directory_.string());
     setVariable("PATH", "/usr/bin:/bin");
+    // How the sanitizers were told to behave holds for every program.
+    for (const char* const option : {"ASAN_OPTIONS", "TSAN_OPTIONS"}) {
+        if (const char* const value = std::getenv(option))
+            setVariable(option, value);
+    }
     setVariable("LC_ALL", "C.UTF-8");
     setVariable("TERM", "xterm");
 }
