@@ -23,8 +23,8 @@ public:
     /// The file's size in bytes when it was opened. It may change at any time.
     std::size_t size() const { return size_; }
 
-    /// What the file holds from where the last call ended, but at most `limit` bytes; the memory taken follows
-    /// what is there, not the limit.
+    /// What the file holds from where the last call ended, but at most `limit` bytes; the memory taken
+    /// follows what is there, not the limit.
     Bytes read(std::size_t limit);
 
 private:

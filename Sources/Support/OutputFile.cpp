@@ -27,7 +27,8 @@ int fill(int descriptor, std::string_view content) {
 }
 
 int writeWith(int flags, const std::filesystem::path& path, std::string_view content) {
-    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | flags, privateMode);
+    const int descriptor =
+        open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | flags, privateMode);
     return descriptor < 0 ? errno : fill(descriptor, content);
 }
 

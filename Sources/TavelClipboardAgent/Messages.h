@@ -33,7 +33,8 @@ inline constexpr std::string_view imageIgnored = "Image ignorée (limite 128 Mio
 
 /// `offeredTypes` are those that could have been read, separated by ", ".
 inline std::string noReadableFormat(const std::string& offeredTypes) {
-    return "Presse-papiers : formats annoncés mais aucune représentation lisible/valide (" + offeredTypes + ").";
+    return "Presse-papiers : formats annoncés mais aucune représentation lisible/valide (" + offeredTypes +
+           ").";
 }
 
 inline std::string formatsNotPrepared(const Error& error) {

@@ -30,6 +30,16 @@ protected:
         EXPECT_EQ(otherApplication().content(), content);
     }
 
+    /// The command must only be carried out while the pasteboard holds what the parent saw last.
+    void expectLocalCopyWins(Json command) {
+        agent();
+        const std::int64_t current = otherApplication().copyText("copied meanwhile");
+        command["expected_sequence"] = current - 1;
+        expectRefused(command, "Le presse-papiers local a chang\u00E9 pendant le transfert");
+        command["expected_sequence"] = current;
+        EXPECT_EQ(request(agent(), command), success(current + 1));
+    }
+
     AgentProcess& agent() {
         if (agent_ == nullptr)
             agent_ = &start();

@@ -1,7 +1,7 @@
 #include "Console/SamplePicture.h"
 #include "Support/Base64.h"
 #include "Support/ImageHeader.h"
-#include "Tests/Tools/RunningTool.h"
+#include "Tests/Tools/ConsoleTest.h"
 #include "Tests/Unit/Fixtures/PrintJson.h"
 
 #include <gmock/gmock.h>
@@ -24,23 +24,8 @@ using testing::StartsWith;
 constexpr const char* markerType = "com.corvelle.tavelbridge.clipboard-origin-v1";
 
 /// Pictures and sets of formats on their way through the console, with the agent and another application.
-class ConsolePictureTest : public testing::Test {
+class ConsolePictureTest : public ConsoleTest {
 protected:
-    /// Expects that the session ends well, and gives its output.
-    std::string output(std::string_view input) const {
-        const ToolResult result = runTool(world_, {TAVEL_CONSOLE}, input);
-        EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.errors, "");
-        return result.output;
-    }
-
-    std::string pasteboard(std::vector<std::string> arguments, std::string_view input = {}) const {
-        arguments.insert(arguments.begin(), TAVEL_PASTEBOARD);
-        const ToolResult result = runTool(world_, arguments, input);
-        EXPECT_EQ(result.status, 0) << result.errors;
-        return result.output;
-    }
-
     /// What is copied behind this is news to the agent.
     static void awaitAgent(RunningTool& console) {
         console.send("ping\n");
@@ -51,8 +36,6 @@ protected:
         std::ifstream file(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-
-    World world_;
 };
 
 TEST_F(ConsolePictureTest, SendsAPictureAsAFile) {

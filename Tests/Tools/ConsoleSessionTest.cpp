@@ -1,4 +1,4 @@
-#include "Tests/Tools/RunningTool.h"
+#include "Tests/Tools/ConsoleTest.h"
 #include "Tests/Unit/Fixtures/PrintJson.h"
 
 #include <gmock/gmock.h>
@@ -16,32 +16,9 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-/// The console and its agent over pipes, and the other program that plays the applications around them.
-class ConsoleSessionTest : public testing::Test {
+class ConsoleSessionTest : public ConsoleTest {
 protected:
-    ToolResult session(std::string_view input, std::vector<std::string> arguments = {}) const {
-        arguments.insert(arguments.begin(), TAVEL_CONSOLE);
-        return runTool(world_, arguments, input);
-    }
-
-    /// Expects that the session ends well, and gives its output.
-    std::string output(std::string_view input, const std::vector<std::string>& arguments = {}) const {
-        const ToolResult result = session(input, arguments);
-        EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.errors, "");
-        return result.output;
-    }
-
-    std::string pasteboard(std::vector<std::string> arguments, std::string_view input = {}) const {
-        arguments.insert(arguments.begin(), TAVEL_PASTEBOARD);
-        const ToolResult result = runTool(world_, arguments, input);
-        EXPECT_EQ(result.status, 0) << result.errors;
-        return result.output;
-    }
-
     bool isTidy() const { return std::filesystem::is_empty(world_.temporaryDirectory()); }
-
-    World world_;
 };
 
 TEST_F(ConsoleSessionTest, EndsAtOnceWithoutInput) {

@@ -1,6 +1,6 @@
 #include "Console/HumanCommand.h"
 
-#include "Tests/Unit/Fixtures/PrintJson.h"
+#include "Tests/Tools/Wishes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,20 +16,12 @@ Wish wishFor(std::string_view line) {
     return readHumanCommand(line, {"/house/here", "/home/me"});
 }
 
-/// The fields of the request that the line leads to.
 json requestFor(std::string_view line) {
-    Wish wish = wishFor(line);
-    auto* const request = std::get_if<Request>(&wish);
-    if (request == nullptr)
-        return "no request";
-    const std::string text = request->fields.takeLine();
-    return json::parse(text);
+    return requestIn(wishFor(line));
 }
 
-std::string mistakeIn(std::string_view line) {
-    const Wish wish = wishFor(line);
-    const auto* const mistake = std::get_if<wish::Mistake>(&wish);
-    return mistake != nullptr ? mistake->explanation : "no mistake";
+std::string mistakeFor(std::string_view line) {
+    return mistakeIn(wishFor(line));
 }
 
 json pathsOf(std::string_view line) {
@@ -81,34 +73,34 @@ TEST(HumanCommand, SwitchesThePrompt) {
     EXPECT_EQ(requestFor("prompt on"), json({{"command", "configure_file_prompt"}, {"rename_prompt", true}}));
     EXPECT_EQ(requestFor("prompt  off "),
               json({{"command", "configure_file_prompt"}, {"rename_prompt", false}}));
-    EXPECT_EQ(mistakeIn("prompt"), "Usage: prompt on|off");
-    EXPECT_EQ(mistakeIn("prompt maybe"), "Usage: prompt on|off");
+    EXPECT_EQ(mistakeFor("prompt"), "Usage: prompt on|off");
+    EXPECT_EQ(mistakeFor("prompt maybe"), "Usage: prompt on|off");
 }
 
 TEST(HumanCommand, ExplainsWhatIsMissingOrTooMuch) {
-    EXPECT_EQ(mistakeIn("text"), "Usage: text TEXT");
-    EXPECT_EQ(mistakeIn("text "), "Usage: text TEXT");
-    EXPECT_EQ(mistakeIn("files"), "Usage: files PATH...");
-    EXPECT_EQ(mistakeIn("files # only a comment"), "Usage: files PATH...");
-    EXPECT_EQ(mistakeIn("image a b"), "Usage: image PATH");
-    EXPECT_EQ(mistakeIn("image-data"), "Usage: image-data PATH");
-    EXPECT_EQ(mistakeIn("image-data a b"), "Usage: image-data PATH");
-    EXPECT_EQ(mistakeIn("formats  "), "Usage: formats PATH...");
-    EXPECT_EQ(mistakeIn("ping twice"), "Usage: ping");
-    EXPECT_EQ(mistakeIn("quit now"), "Usage: quit");
+    EXPECT_EQ(mistakeFor("text"), "Usage: text TEXT");
+    EXPECT_EQ(mistakeFor("text "), "Usage: text TEXT");
+    EXPECT_EQ(mistakeFor("files"), "Usage: files PATH...");
+    EXPECT_EQ(mistakeFor("files # only a comment"), "Usage: files PATH...");
+    EXPECT_EQ(mistakeFor("image a b"), "Usage: image PATH");
+    EXPECT_EQ(mistakeFor("image-data"), "Usage: image-data PATH");
+    EXPECT_EQ(mistakeFor("image-data a b"), "Usage: image-data PATH");
+    EXPECT_EQ(mistakeFor("formats  "), "Usage: formats PATH...");
+    EXPECT_EQ(mistakeFor("ping twice"), "Usage: ping");
+    EXPECT_EQ(mistakeFor("quit now"), "Usage: quit");
 }
 
 TEST(HumanCommand, ExplainsPathsThatCannotBeSent) {
-    EXPECT_THAT(mistakeIn("files 'a"), HasSubstr("quotation mark"));
-    EXPECT_THAT(mistakeIn("files a\xFF"), HasSubstr("UTF-8"));
-    EXPECT_THAT(mistakeIn(std::string_view("files a\0b", 9)), HasSubstr("zero byte"));
+    EXPECT_THAT(mistakeFor("files 'a"), HasSubstr("quotation mark"));
+    EXPECT_THAT(mistakeFor("files a\xFF"), HasSubstr("UTF-8"));
+    EXPECT_THAT(mistakeFor(std::string_view("files a\0b", 9)), HasSubstr("zero byte"));
 }
 
 TEST(HumanCommand, PointsToHelpForUnknownCommands) {
-    EXPECT_EQ(mistakeIn("bogus x"), "Unknown command \"bogus\". Type help for the list.");
-    EXPECT_EQ(mistakeIn("Ping"), "Unknown command \"Ping\". Type help for the list.");
-    EXPECT_EQ(mistakeIn("\x1b[A"), "Unknown command \"\\e[A\". Type help for the list.");
-    EXPECT_EQ(mistakeIn("texture"), "Unknown command \"texture\". Type help for the list.");
+    EXPECT_EQ(mistakeFor("bogus x"), "Unknown command \"bogus\". Type help for the list.");
+    EXPECT_EQ(mistakeFor("Ping"), "Unknown command \"Ping\". Type help for the list.");
+    EXPECT_EQ(mistakeFor("\x1b[A"), "Unknown command \"\\e[A\". Type help for the list.");
+    EXPECT_EQ(mistakeFor("texture"), "Unknown command \"texture\". Type help for the list.");
 }
 
 TEST(HumanCommand, LetsEmptyLinesPass) {

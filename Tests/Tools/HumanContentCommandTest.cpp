@@ -1,6 +1,6 @@
 #include "Console/HumanCommand.h"
+#include "Tests/Tools/Wishes.h"
 #include "Tests/Tools/World.h"
-#include "Tests/Unit/Fixtures/PrintJson.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,21 +23,9 @@ protected:
         return readHumanCommand(line, {world_.directory(), world_.directory()});
     }
 
-    /// The fields of the request that the line leads to.
-    json requestFor(std::string_view line) const {
-        Wish wish = wishFor(line);
-        auto* const request = std::get_if<Request>(&wish);
-        if (request == nullptr)
-            return "no request";
-        const std::string text = request->fields.takeLine();
-        return json::parse(text);
-    }
+    json requestFor(std::string_view line) const { return requestIn(wishFor(line)); }
 
-    std::string mistakeIn(std::string_view line) const {
-        const Wish wish = wishFor(line);
-        const auto* const mistake = std::get_if<wish::Mistake>(&wish);
-        return mistake != nullptr ? mistake->explanation : "no mistake";
-    }
+    std::string mistakeFor(std::string_view line) const { return mistakeIn(wishFor(line)); }
 
     std::string inWorld(const std::string& name) const { return (world_.directory() / name).string(); }
 
@@ -79,28 +67,28 @@ TEST_F(HumanContentCommand, ExplainsFilesThatCannotBeRead) {
     world_.write("there", "x");
     std::filesystem::create_directory(inWorld("d"));
     const std::string gone = "Cannot read " + inWorld("gone") + ": No such file or directory";
-    EXPECT_EQ(mistakeIn("image gone"), gone);
-    EXPECT_EQ(mistakeIn("image-data gone"), gone);
-    EXPECT_EQ(mistakeIn("formats there gone"), gone);
-    EXPECT_EQ(mistakeIn("image d"), "Cannot read " + inWorld("d") + ": Is a directory");
-    EXPECT_EQ(mistakeIn("image 'a\x1b'"), "Cannot read " + inWorld("a\\e") + ": No such file or directory");
+    EXPECT_EQ(mistakeFor("image gone"), gone);
+    EXPECT_EQ(mistakeFor("image-data gone"), gone);
+    EXPECT_EQ(mistakeFor("formats there gone"), gone);
+    EXPECT_EQ(mistakeFor("image d"), "Cannot read " + inWorld("d") + ": Is a directory");
+    EXPECT_EQ(mistakeFor("image 'a\x1b'"), "Cannot read " + inWorld("a\\e") + ": No such file or directory");
 }
 
 TEST_F(HumanContentCommand, DoesNotWaitForWhatMayNeverBeWritten) {
     ASSERT_EQ(mkfifo(inWorld("fifo").c_str(), 0600), 0);
-    EXPECT_THAT(mistakeIn("image fifo"), StartsWith("Cannot read "));
-    EXPECT_THAT(mistakeIn("image-data fifo"), StartsWith("Cannot read "));
+    EXPECT_THAT(mistakeFor("image fifo"), StartsWith("Cannot read "));
+    EXPECT_THAT(mistakeFor("image-data fifo"), StartsWith("Cannot read "));
 }
 
 TEST_F(HumanContentCommand, SendsNoPathThatIsNotUtf8) {
     world_.write("caf\xE9", "x");
-    EXPECT_THAT(mistakeIn("image caf\xE9"), HasSubstr("UTF-8"));
+    EXPECT_THAT(mistakeFor("image caf\xE9"), HasSubstr("UTF-8"));
     EXPECT_EQ(requestFor("image-data caf\xE9")["image_b64"], "eA"); // the path is not sent
 }
 
 TEST_F(HumanContentCommand, SendsNoImageThatFillsTheMemory) {
     std::filesystem::resize_file(world_.write("huge", ""), 256 * 1024 * 1024 + 1);
-    EXPECT_EQ(mistakeIn("image-data huge"),
+    EXPECT_EQ(mistakeFor("image-data huge"),
               inWorld("huge") + " has more than 256.0 MiB, which is too much to send.");
     EXPECT_EQ(requestFor("image huge")["kind"], "image"); // the agent reads that itself
 }

@@ -34,9 +34,8 @@ std::shared_ptr<Pasteboard> openPasteboard(Platform& platform, const std::option
 ClipboardWorker::ClipboardWorker(Platform& platform, Pipes pipes, std::int32_t parentPID,
                                  const std::optional<std::string>& pasteboardName)
     : platform_(platform), pipes_(pipes), pasteboard_(openPasteboard(platform, pasteboardName)),
-      output_(pipes.output),
-      exportDirectory_(std::make_shared<ExportDirectory>(platform.temporaryDirectory() /
-                                                         ("tavel-clipboard-" + makeUuid()))),
+      output_(pipes.output), exportDirectory_(std::make_shared<ExportDirectory>(
+                                 platform.temporaryDirectory() / ("tavel-clipboard-" + makeUuid()))),
       expectedParentPID_(parentPID) {
     lowerSchedulingPriority();
     previousChangeCount_ = pasteboard_->changeCount();
@@ -65,11 +64,12 @@ void ClipboardWorker::stop() {
 
 FilePaste& ClipboardWorker::filePaste() {
     if (filePaste_ == nullptr) {
-        filePaste_ = std::make_shared<FilePaste>(platform_.keyboardTap(), pasteboard_, exportDirectory_->path(),
-                                                 [worker = weak_from_this()](std::int64_t changeCount) {
-                                                     if (const auto alive = worker.lock())
-                                                         alive->generatedFilePasted(changeCount);
-                                                 });
+        filePaste_ =
+            std::make_shared<FilePaste>(platform_.keyboardTap(), pasteboard_, exportDirectory_->path(),
+                                        [worker = weak_from_this()](std::int64_t changeCount) {
+                                            if (const auto alive = worker.lock())
+                                                alive->generatedFilePasted(changeCount);
+                                        });
     }
     return *filePaste_;
 }

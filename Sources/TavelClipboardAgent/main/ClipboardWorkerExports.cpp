@@ -88,11 +88,9 @@ bool ClipboardWorker::captureFormats(std::int64_t current, const std::string& ma
         warn(messages::noReadableFormat(knownTypes(*pasteboard_)));
         return false;
     }
-    platform_.eventLoop().runInBackground([context = exportContext(),
-                                           origin = ExportOrigin{current, exportGeneration_, marker},
-                                           formats = std::move(formats)]() mutable {
-        exportFormats(context, origin, std::move(formats));
-    });
+    platform_.eventLoop().runInBackground(
+        [context = exportContext(), origin = ExportOrigin{current, exportGeneration_, marker},
+         formats = std::move(formats)]() mutable { exportFormats(context, origin, std::move(formats)); });
     return true;
 }
 
@@ -102,14 +100,16 @@ void ClipboardWorker::captureImage(std::int64_t current, const std::string& mark
     auto image = pasteboard_->data(pasteboardType::png);
     if (!image)
         image = pasteboard_->data(pasteboardType::tiff);
-    const bool usable = image && image->size() <= maximumImageBytes && validImage(platform_.imageCodec(), *image);
+    const bool usable =
+        image && image->size() <= maximumImageBytes && validImage(platform_.imageCodec(), *image);
     if (!usable) {
         exportSlot_->release();
         if (image)
             warn(messages::imageIgnored);
         return;
     }
-    ImageExport pending{{current, exportGeneration_, marker}, exportDirectory_->path() / (makeUuid() + ".png")};
+    ImageExport pending{{current, exportGeneration_, marker},
+                        exportDirectory_->path() / (makeUuid() + ".png")};
     platform_.eventLoop().runInBackground(
         [context = exportContext(), pending = std::move(pending), image = std::move(*image)] {
             exportImage(context, pending, image);

@@ -16,8 +16,8 @@ public:
     /// Makes the directory, with what is missing above it. A failure shows when something is put in it.
     void create();
 
-    /// Runs `write`, which puts something into the directory, unless the directory was removed for good. False
-    /// if it was. What `write` throws passes through.
+    /// Runs `write`, which puts something into the directory, unless the directory was removed for good.
+    /// False if it was. What `write` throws passes through.
     bool whileThere(const std::function<void()>& write);
 
     /// Removes the directory with everything in it. Waits for a write that runs; none begins afterwards, so
