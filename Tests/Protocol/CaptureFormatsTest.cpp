@@ -139,7 +139,9 @@ TEST_F(CaptureFormats, warnsOfAFullDiskAndLeavesNothingThere) {
     if (mount("tmpfs", temporary.c_str(), "tmpfs", 0, "mode=0700,size=8m") != 0)
         throw std::system_error(errno, std::generic_category(),
                                 "This test mounts a small file system, which is not permitted here");
-    expectWarning({html("a"), representation("com.adobe.pdf", "%PDF-" + std::string(10'000'000, '.'))},
+    std::string document = "%PDF-";
+    document.resize(10'000'000, '.');
+    expectWarning({html("a"), representation("com.adobe.pdf", document)},
                   notPrepared + "NSCocoaErrorDomain:640).");
     EXPECT_EQ(namesIn(exportDirectory()), Names());
     EXPECT_EQ(namesOf(filesOf({html("a")})), Names{"text.html"}); // what fits is exported as ever
