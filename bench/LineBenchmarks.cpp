@@ -1,5 +1,6 @@
 #include "Support/Files.h"
 #include "Support/LineReader.h"
+#include "Support/Throughput.h"
 #include "TavelClipboardAgent/main/CommandDecoder.h"
 
 #include <benchmark/benchmark.h>
@@ -88,6 +89,29 @@ void readPipeOnly(benchmark::State& state) {
     setLinesPerSecond(state);
 }
 BENCHMARK(readPipeOnly)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
+
+/// The floor of a reader that also enlarges the pipe and asks for large pages.
+void readPipeWithHints(benchmark::State& state) {
+    constexpr std::size_t pageBytes = std::size_t{2} << 20;
+    constexpr std::size_t room = (lineBytes / pageBytes + 1) * pageBytes;
+    for ([[maybe_unused]] auto _ : state) {
+        const Writer writer;
+        enlargePipe(writer.readEnd());
+        auto* const target = static_cast<char*>(std::aligned_alloc(pageBytes, room));
+        preferLargePages(target, room);
+        std::size_t end = 0;
+        for (;;) {
+            const ssize_t count = read(writer.readEnd(), target + end, room - end);
+            if (count <= 0)
+                break;
+            end += static_cast<std::size_t>(count);
+        }
+        benchmark::DoNotOptimize(target[end - 1]);
+        std::free(target);
+    }
+    setLinesPerSecond(state);
+}
+BENCHMARK(readPipeWithHints)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
 void readLine(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
