@@ -62,6 +62,18 @@ TEST(EncodePng, keepsGreyGrey) {
     EXPECT_EQ(throughPng(readPicture("tiff-deep-grey.tif"))->colourType, 0);
 }
 
+TEST(EncodePng, saysGreysInAsFewBitsAsSayThemExactly) {
+    for (const auto& [name, depth] : {std::pair("tiff-bilevel.tif", 1), std::pair("tiff-grey-four.tif", 2),
+                                      std::pair("tiff-grey-uneven.tif", 8), std::pair("tiff-grey.tif", 8)}) {
+        SCOPED_TRACE(name);
+        const auto png = throughPng(readPicture(name));
+        ASSERT_TRUE(png);
+        EXPECT_EQ(png->colourType, 0);
+        EXPECT_EQ(png->depth, depth);
+        EXPECT_EQ(distance(png->pixels, readPixels(name)).largest, 0);
+    }
+}
+
 TEST(EncodePng, turnsCmykIntoTheColoursThatWerePrinted) {
     // Two roundings apart: ImageMagick converts from 16 bits.
     for (const std::string name : {"jpeg-cmyk.jpg", "jpeg-cmyk-bare.jpg", "tiff-cmyk.tif"}) {

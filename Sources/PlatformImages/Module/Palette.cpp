@@ -59,18 +59,31 @@ std::optional<std::vector<std::uint8_t>> indexAll(const RowLayout& layout,
     return indices;
 }
 
-/// The palette is in RGB; grey stands for three equal samples, and what follows the colours is alpha.
+/// The palette is in RGB; what follows the colours is alpha.
 void describePalette(const std::vector<Colour>& colours, std::size_t bands, PngHeader& header) {
-    const bool isGrey = bands < 3;
-    const bool hasAlpha = bands == 2 || bands == 4;
     for (const Colour& colour : colours) {
         for (std::size_t i = 0; i < 3; ++i)
-            header.palette += static_cast<char>(colour[isGrey ? 0 : i]);
-        if (hasAlpha)
-            header.alphas += static_cast<char>(colour[bands - 1]);
+            header.palette += static_cast<char>(colour[i]);
+        if (bands == 4)
+            header.alphas += static_cast<char>(colour[3]);
     }
     header.colour = PngColour::palette;
     header.depth = colours.size() <= 2 ? 1 : colours.size() <= 4 ? 2 : colours.size() <= 16 ? 4 : 8;
+}
+
+/// Chooses the fewest bits that say the greys exactly, and replaces their indices by what is said: the values
+/// are spread evenly, from black to white. False if it takes all 8.
+bool describeGreys(const std::vector<Colour>& greys, PngHeader& header, std::vector<std::uint8_t>& indices) {
+    for (const unsigned depth : {1U, 2U, 4U}) {
+        const unsigned step = 255U / ((1U << depth) - 1U);
+        if (!std::ranges::all_of(greys, [step](const Colour& grey) { return grey[0] % step == 0; }))
+            continue;
+        header.depth = depth;
+        for (std::uint8_t& index : indices)
+            index = static_cast<std::uint8_t>(greys[index][0] / step);
+        return true;
+    }
+    return false;
 }
 
 /// Packs the indices, the leftmost into the upper bits, behind the filter 0: indices of neighbours say
@@ -94,13 +107,18 @@ std::vector<std::uint8_t> pack(const std::vector<std::uint8_t>& indices, const P
 
 std::optional<IndexedPixels> indexPixels(const RowLayout& layout, std::span<const std::uint8_t> pixels,
                                          const PngHeader& header) {
-    const std::size_t most = layout.bands == 1 ? 16 : 256;
-    ColourTable table(most);
-    const auto indices = indexAll(layout, pixels, table);
+    if (layout.bands == 2)
+        return std::nullopt; // there is no shorter form of grey with alpha that stays grey
+    const bool isGrey = layout.bands == 1;
+    ColourTable table(isGrey ? 16 : 256);
+    auto indices = indexAll(layout, pixels, table);
     if (!indices)
         return std::nullopt;
     IndexedPixels result{header, {}};
-    describePalette(table.colours(), layout.bands, result.header);
+    if (!isGrey)
+        describePalette(table.colours(), layout.bands, result.header);
+    else if (!describeGreys(table.colours(), result.header, *indices))
+        return std::nullopt;
     result.filtered = pack(*indices, result.header);
     return result;
 }

@@ -15,8 +15,9 @@ struct IndexedPixels {
     std::vector<std::uint8_t> filtered;
 };
 
-/// Replaces pixels of 8 bits a sample by indices into a palette, if they have few enough colours for that to
-/// be smaller: 256, or 16 of grey. `header` is that of the image as it is.
+/// Says pixels of 8 bits a sample in fewer bits: up to 256 colours as indices into a palette, greys as they
+/// are if 1, 2 or 4 bits say them exactly. Nothing if that is not possible. `header` is that of the image as
+/// it is.
 std::optional<IndexedPixels> indexPixels(const RowLayout& layout, std::span<const std::uint8_t> pixels,
                                          const PngHeader& header);
 
