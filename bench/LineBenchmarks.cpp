@@ -71,19 +71,23 @@ void setLinesPerSecond(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(lineBytes) * state.iterations());
 }
 
+void readToEnd(int descriptor, char* target, std::size_t room) {
+    std::size_t end = 0;
+    for (;;) {
+        const ssize_t count = read(descriptor, target + end, room - end);
+        if (count <= 0)
+            break;
+        end += static_cast<std::size_t>(count);
+    }
+    benchmark::DoNotOptimize(target[end - 1]);
+}
+
 /// The floor: the bytes come out of the pipe into memory that is touched for the first time, and no more.
 void readPipeOnly(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         const Writer writer;
         auto* const target = static_cast<char*>(std::malloc(lineBytes + 4096));
-        std::size_t end = 0;
-        for (;;) {
-            const ssize_t count = read(writer.readEnd(), target + end, lineBytes + 4096 - end);
-            if (count <= 0)
-                break;
-            end += static_cast<std::size_t>(count);
-        }
-        benchmark::DoNotOptimize(target[end - 1]);
+        readToEnd(writer.readEnd(), target, lineBytes + 4096);
         std::free(target);
     }
     setLinesPerSecond(state);
@@ -99,14 +103,7 @@ void readPipeWithHints(benchmark::State& state) {
         enlargePipe(writer.readEnd());
         auto* const target = static_cast<char*>(std::aligned_alloc(pageBytes, room));
         preferLargePages(target, room);
-        std::size_t end = 0;
-        for (;;) {
-            const ssize_t count = read(writer.readEnd(), target + end, room - end);
-            if (count <= 0)
-                break;
-            end += static_cast<std::size_t>(count);
-        }
-        benchmark::DoNotOptimize(target[end - 1]);
+        readToEnd(writer.readEnd(), target, room);
         std::free(target);
     }
     setLinesPerSecond(state);
