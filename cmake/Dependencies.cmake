@@ -6,7 +6,8 @@ pkg_check_modules(glib REQUIRED IMPORTED_TARGET glib-2.0)
 pkg_check_modules(lmdb REQUIRED IMPORTED_TARGET lmdb)
 pkg_check_modules(libedit REQUIRED IMPORTED_TARGET libedit)
 find_package(CLI11 REQUIRED)
-if(NOT APPLE) # which reads and writes images itself
+if(NOT APPLE) # which has a pasteboard, and reads and writes images itself
+  pkg_check_modules(xcb REQUIRED IMPORTED_TARGET xcb xcb-xfixes)
   pkg_check_modules(vips REQUIRED IMPORTED_TARGET vips)
   pkg_check_modules(gdk_pixbuf REQUIRED IMPORTED_TARGET gdk-pixbuf-2.0)
   pkg_check_modules(gmodule REQUIRED IMPORTED_TARGET gmodule-no-export-2.0)

@@ -34,6 +34,10 @@ public:
 
     virtual std::int64_t changeCount() = 0;
 
+    /// The change count as far as news of it has come in by itself. Costs no request to another process, and
+    /// lags behind `changeCount` by no more than the event loop does: for polling.
+    virtual std::int64_t noticedChangeCount() = 0;
+
     /// The types of all items, each once, in the order in which they first occur.
     virtual std::vector<std::string> types() = 0;
 

@@ -24,6 +24,14 @@ public:
     /// one. Throws Error when the platform's pasteboards cannot be used at all.
     virtual std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) = 0;
 
+    /// Whether other programs depend on this process for what it has put on a pasteboard: it lives here, and
+    /// goes with the process.
+    virtual bool servesContents() = 0;
+
+    /// Lets what lives in this process outlive it, where the platform has somebody who takes it over. To be
+    /// called at the process's end; takes a second at the most.
+    virtual void handOverContents() = 0;
+
     virtual EventLoop& eventLoop() = 0;
     virtual ImageCodec& imageCodec() = 0;
     virtual KeyboardTap& keyboardTap() = 0;

@@ -6,6 +6,10 @@ std::int64_t UnavailablePasteboard::changeCount() {
     return 0;
 }
 
+std::int64_t UnavailablePasteboard::noticedChangeCount() {
+    return 0;
+}
+
 std::vector<std::string> UnavailablePasteboard::types() {
     return {};
 }

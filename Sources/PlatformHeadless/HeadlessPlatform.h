@@ -14,6 +14,8 @@ namespace tavel {
 class HeadlessPlatform final : public Platform {
 public:
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;
+    bool servesContents() override { return false; }
+    void handOverContents() override {}
     EventLoop& eventLoop() override { return eventLoop_; }
     ImageCodec& imageCodec() override { return *imageCodec_; }
     KeyboardTap& keyboardTap() override { return keyboardTap_; }

@@ -21,7 +21,7 @@ TEST_P(PasteboardConformance, addedTypesJoinTheFirstItemOfAnotherProgramsContent
                                             std::string(markerType), std::string(otherType)}));
 }
 
-TEST_P(PasteboardConformance, addedTypesReplaceThoseOfTheFirstItemOnly) {
+TEST_P(ItemConformance, addedTypesReplaceThoseOfTheFirstItemOnly) {
     theirs->clearContents();
     ASSERT_TRUE(theirs->writeItems(Items{textItem("first"), textItem("second")}));
     EXPECT_TRUE(ours->addTypes(std::vector{representation(pasteboardType::string, "replaced")}));

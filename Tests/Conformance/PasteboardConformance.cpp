@@ -64,7 +64,9 @@ Bytes PasteboardConformance::patternOf(std::size_t size, std::uint32_t seed) {
     return Bytes::adopt(std::move(pattern));
 }
 
-// A backend need not be able to do what these two suites ask.
+// A backend need not be able to do what these suites ask.
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ItemConformance);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(TrailingZeroConformance);
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(UpdateIsolationConformance);
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(GeneralPasteboardConformance);
 

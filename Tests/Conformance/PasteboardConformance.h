@@ -74,6 +74,12 @@ protected:
 /// Only for backends whose platform can show other programs an update as one change.
 class UpdateIsolationConformance : public PasteboardConformance {};
 
+/// Only for backends whose platform keeps the items of another program's content apart.
+class ItemConformance : public PasteboardConformance {};
+
+/// Only for backends whose platform does not take zero bytes at the end of a text for its terminator.
+class TrailingZeroConformance : public PasteboardConformance {};
+
 /// Only for backends whose general pasteboard, and the one with the empty name, are the test's own. The
 /// user's are nothing to test with.
 class GeneralPasteboardConformance : public PasteboardConformance {};

@@ -51,7 +51,12 @@ TEST_P(PasteboardConformance, thePlainTextsOfAllItemsAreJoinedByLineFeeds) {
     ASSERT_TRUE(ours->writeItems(Items{
         textItem("first"), {representation(someType, "no plain text")}, textItem(""), textItem("last\n")}));
     EXPECT_EQ(textOf(*theirs), "first\n\nlast\n");
-    EXPECT_EQ(dataOf(*theirs, pasteboardType::string), "first") << "data does not join";
+}
+
+TEST_P(ItemConformance, dataOfTheTextTypeIsTheFirstItemsAlone) {
+    ours->clearContents();
+    ASSERT_TRUE(ours->writeItems(Items{textItem("first"), textItem("second")}));
+    EXPECT_EQ(dataOf(*theirs, pasteboardType::string), "first");
 }
 
 TEST_P(PasteboardConformance, textOfAnyOtherTypeIsTheFirstItemsAlone) {
@@ -80,12 +85,19 @@ TEST_P(PasteboardConformance, dataThatIsNoUtf8IsNoText) {
 
 TEST_P(PasteboardConformance, textKeepsEveryCharacter) {
     for (const std::string& text :
-         {""s, "\0"s, "a\0b"s, "\0\0tail"s, "line\r\nline\rline\n"s, "\xEF\xBB\xBFwith a byte order mark"s,
+         {""s, "a\0b"s, "\0\0tail"s, "line\r\nline\rline\n"s, "\xEF\xBB\xBFwith a byte order mark"s,
           "e\xCC\x81 and \xC3\xA9"s, "\xF0\x9F\x93\x8B"s, " \t "s}) {
         copyText(*ours, text);
         EXPECT_EQ(textOf(*theirs), text);
         EXPECT_EQ(textOf(*ours), text);
         EXPECT_EQ(dataOf(*theirs, pasteboardType::string), text) << "without a terminator";
+    }
+}
+
+TEST_P(TrailingZeroConformance, zeroBytesAtTheEndOfATextArePartOfIt) {
+    for (const std::string& text : {"\0"s, "terminated\0"s, "twice\0\0"s}) {
+        copyText(*ours, text);
+        EXPECT_EQ(textOf(*theirs), text);
     }
 }
 

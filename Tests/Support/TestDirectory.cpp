@@ -35,7 +35,9 @@ TestDirectory::~TestDirectory() {
 }
 
 std::map<std::string, std::optional<std::string>> TestDirectory::environment() const {
-    return {{"XDG_RUNTIME_DIR", runtimeDirectory().string()}, {"TMPDIR", temporaryDirectory().string()}};
+    return {{"XDG_RUNTIME_DIR", runtimeDirectory().string()},
+            {"TMPDIR", temporaryDirectory().string()},
+            {"DISPLAY", std::nullopt}};
 }
 
 std::filesystem::path TestDirectory::createFile(const std::filesystem::path& name,

@@ -1,3 +1,4 @@
+#include "Pasteboard/Background.h"
 #include "Pasteboard/Invocation.h"
 #include "Pasteboard/Tasks.h"
 #include "Platform/Platform.h"
@@ -29,6 +30,8 @@ int run(const std::vector<std::string>& arguments) {
     const auto platform = tavel::makePlatform();
     const auto pasteboard = platform->openPasteboard(invocation.pasteboard);
     tavel::performTask(invocation.task, *pasteboard, STDOUT_FILENO);
+    if (platform->servesContents())
+        tavel::serveInBackground(*platform);
     return 0;
 }
 

@@ -55,6 +55,7 @@ void ClipboardWorker::run() {
     while (!stopping_)
         loop.runOnce(longestWait);
     exportDirectory_->remove();
+    platform_.handOverContents();
 }
 
 void ClipboardWorker::stop() {

@@ -32,7 +32,7 @@ void ClipboardWorker::poll() {
         stop();
         return;
     }
-    const std::int64_t current = pasteboard_->changeCount();
+    const std::int64_t current = pasteboard_->noticedChangeCount();
     if (current == previousChangeCount_)
         return;
     previousChangeCount_ = current;

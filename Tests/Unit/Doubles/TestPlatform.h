@@ -91,6 +91,10 @@ class TestPlatform final : public Platform {
 public:
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;
 
+    bool servesContents() override { return false; }
+
+    void handOverContents() override { ++handOvers; }
+
     EventLoop& eventLoop() override { return loop; }
 
     ImageCodec& imageCodec() override { return codec; }
@@ -119,6 +123,7 @@ public:
     std::optional<Error> pasteboardError; // thrown instead of opening a pasteboard
     std::vector<std::optional<std::string>> openedPasteboards;
     bool isAccessory = false;
+    int handOvers = 0;
     std::vector<std::string> logged;
 };
 

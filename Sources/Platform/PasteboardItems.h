@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Platform/Pasteboard.h"
+
+/// What a pasteboard's operations mean for a list of items in memory.
+namespace tavel::pasteboardItems {
+
+using Items = std::vector<PasteboardItem>;
+
+std::vector<std::string> types(const Items& items);
+std::optional<Bytes> string(const Items& items, std::string_view type);
+std::optional<Bytes> data(const Items& items, std::string_view type);
+
+/// The data under public.file-url of all items that have it, in item order.
+std::vector<std::string> fileUrls(const Items& items);
+
+/// Puts data under `type` on the first item, which comes into being with it.
+void putOnFirstItem(Items& items, std::string_view type, const Bytes& data);
+
+} // namespace tavel::pasteboardItems

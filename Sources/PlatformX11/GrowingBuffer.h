@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Support/Bytes.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+
+namespace tavel {
+
+/// Bytes that come bit by bit, gathered in one piece of memory that grows with them. A large one grows where
+/// it is: no second copy of it exists at any time where the system can move pages (mremap on Linux).
+class GrowingBuffer {
+public:
+    std::size_t size() const { return size_; }
+
+    /// Throws std::bad_alloc, and is then as it was.
+    void append(std::string_view bytes);
+
+    /// What was gathered, uncopied. The buffer is empty afterwards.
+    Bytes take();
+
+private:
+    struct Free {
+        void operator()(char* bytes) const { std::free(bytes); }
+    };
+
+    void resize(std::size_t capacity);
+
+    std::unique_ptr<char, Free> bytes_;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
+};
+
+} // namespace tavel

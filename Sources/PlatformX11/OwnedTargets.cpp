@@ -1,0 +1,60 @@
+#include "PlatformX11/OwnedTargets.h"
+
+#include "Platform/PasteboardTypes.h"
+#include "PlatformX11/SelectionText.h"
+#include "PlatformX11/TargetNames.h"
+#include "PlatformX11/UriList.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace tavel {
+
+namespace {
+
+std::optional<TargetValue> textForTarget(const Bytes& text, const std::string& target) {
+    if (target == targetName::latin1String) {
+        auto latin1 = latin1Of(text);
+        return latin1 ? std::optional(TargetValue{target, std::move(*latin1)}) : std::nullopt;
+    }
+    // The owner chooses the encoding of TEXT, and says so in the type.
+    return TargetValue{target == targetName::anyText ? std::string(targetName::utf8String) : target, text};
+}
+
+TargetValue filesForTarget(const std::vector<std::string>& urls, const std::string& target) {
+    return {target, Bytes::adopt(target == targetName::uriList ? uriListOf(urls) : copiedFilesOf(urls))};
+}
+
+} // namespace
+
+std::vector<std::string> contentTargets(const pasteboardItems::Items& items) {
+    std::vector<std::string> targets;
+    std::unordered_set<std::string> seen;
+    for (const std::string& type : pasteboardItems::types(items)) {
+        for (std::string& target : targetName::offeredFor(type)) {
+            if (seen.insert(target).second)
+                targets.push_back(std::move(target));
+        }
+    }
+    return targets;
+}
+
+std::optional<TargetValue> valueForTarget(const pasteboardItems::Items& items, const std::string& target) {
+    const auto type = targetName::typeOf(target);
+    if (!type)
+        return std::nullopt;
+    // What is no text in UTF-8 is given all the same: its reader judges.
+    auto data = *type == pasteboardType::string ? pasteboardItems::string(items, *type) : std::nullopt;
+    if (!data)
+        data = pasteboardItems::data(items, *type);
+    const std::vector<std::string> offered = targetName::offeredFor(*type);
+    if (!data || std::ranges::find(offered, target) == offered.end())
+        return std::nullopt;
+    if (*type == pasteboardType::string)
+        return textForTarget(*data, target);
+    if (*type == pasteboardType::fileUrl)
+        return filesForTarget(pasteboardItems::fileUrls(items), target);
+    return TargetValue{target, std::move(*data)};
+}
+
+} // namespace tavel

@@ -1,0 +1,175 @@
+#include "PlatformX11/SelectionReader.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+/// Each transfer has a property of its own, by which an answer that comes too late is told from the one that
+/// is awaited. There are more than will ever be in use together, unless owner after owner hangs.
+constexpr int propertyCount = 16;
+
+/// How much of a property is read at once. Most increments, and a copy of it is all that is held besides the
+/// value itself.
+constexpr std::size_t partBytes = std::size_t{4} << 20;
+
+constexpr std::size_t unitBytes = 4; // in which offsets and lengths are counted
+
+} // namespace
+
+SelectionReader::SelectionReader(X11Connection& connection)
+    : connection_(connection), incrementalType_(connection.atom("INCR")) {
+    std::vector<std::string> names;
+    for (int number = 0; number < propertyCount; ++number)
+        names.push_back("TAVEL_SELECTION_" + std::to_string(number));
+    properties_ = connection.atoms(names);
+}
+
+std::optional<SelectionReader::Answer> SelectionReader::read(const Request& request, Clock::duration silence,
+                                                             Clock::time_point deadline) {
+    const Position transfer = begin(request);
+    xcb_delete_property(connection_.get(), connection_.window(), transfer->property);
+    xcb_convert_selection(connection_.get(), connection_.window(), request.selection, request.target,
+                          transfer->property, request.time);
+    return wait(transfer, silence, deadline);
+}
+
+std::optional<SelectionReader::Answer>
+SelectionReader::readWithParameter(const Request& request, const std::vector<xcb_atom_t>& parameter,
+                                   Clock::duration silence, Clock::time_point deadline) {
+    const Position transfer = begin(request);
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.window(), transfer->property,
+                        XCB_ATOM_ATOM, 32, static_cast<std::uint32_t>(parameter.size()), parameter.data());
+    xcb_convert_selection(connection_.get(), connection_.window(), request.selection, request.target,
+                          transfer->property, request.time);
+    return wait(transfer, silence, deadline);
+}
+
+SelectionReader::Position SelectionReader::begin(const Request& request) {
+    transfers_.remove_if([](const Transfer& transfer) { return transfer.state.isOver(); });
+    transfers_.push_back({request, freeProperty(), IncomingTransfer(request.limit, incrementalType_)});
+    return std::prev(transfers_.end());
+}
+
+/// A property that no transfer uses; if all are in use, that of the oldest, which is then forgotten.
+xcb_atom_t SelectionReader::freeProperty() {
+    const auto isFree = [this](xcb_atom_t property) {
+        return std::ranges::find(transfers_, property, &Transfer::property) == transfers_.end();
+    };
+    const auto free = std::ranges::find_if(properties_, isFree);
+    if (free != properties_.end())
+        return *free;
+    const xcb_atom_t property = transfers_.front().property;
+    transfers_.pop_front();
+    return property;
+}
+
+std::optional<SelectionReader::Answer> SelectionReader::wait(Position transfer, Clock::duration silence,
+                                                             Clock::time_point deadline) {
+    using State = IncomingTransfer::State;
+    auto patienceEnds = std::min(Clock::now() + silence, deadline);
+    std::size_t received = 0;
+    while (!transfer->state.isOver() && transfer->state.state() != State::failed) {
+        const bool gotEvents = connection_.waitForEvents(patienceEnds);
+        if (transfer->state.receivedBytes() != received) {
+            received = transfer->state.receivedBytes();
+            patienceEnds = std::min(Clock::now() + silence, deadline);
+        } else if (connection_.isLost() || (!gotEvents && Clock::now() >= patienceEnds)) {
+            transfer->state.abandon();
+        }
+        if (Clock::now() >= deadline)
+            transfer->state.abandon();
+    }
+    if (transfer->state.state() == State::failed)
+        return std::nullopt; // it stays in the list until the owner is through
+    std::optional<Answer> answer;
+    if (transfer->state.state() == State::complete)
+        answer = {transfer->state.type(), transfer->state.format(), transfer->state.takeValue()};
+    transfers_.erase(transfer);
+    return answer;
+}
+
+void SelectionReader::abandon(xcb_atom_t selection) {
+    for (Transfer& transfer : transfers_) {
+        if (transfer.request.selection == selection)
+            transfer.state.abandon();
+    }
+}
+
+void SelectionReader::handleAnswer(const xcb_selection_notify_event_t& answer) {
+    const auto isAsked = [&](const Transfer& transfer) {
+        return !transfer.isAnswered && transfer.request.selection == answer.selection &&
+               transfer.request.target == answer.target &&
+               (answer.property == XCB_ATOM_NONE ? transfer.request.time == answer.time
+                                                 : transfer.property == answer.property);
+    };
+    const auto transfer = std::ranges::find_if(transfers_, isAsked);
+    if (transfer == transfers_.end()) {
+        // Nobody waits for it, but the owner may wait for its being taken.
+        if (std::ranges::find(properties_, answer.property) != properties_.end())
+            xcb_delete_property(connection_.get(), connection_.window(), answer.property);
+        return;
+    }
+    transfer->isAnswered = true;
+    if (answer.property == XCB_ATOM_NONE)
+        transfer->state.refused();
+    else
+        takeIn(*transfer);
+}
+
+void SelectionReader::handlePropertyChange(const xcb_property_notify_event_t& change) {
+    if (change.window != connection_.window() || change.state != XCB_PROPERTY_NEW_VALUE)
+        return;
+    const auto transfer = std::ranges::find(transfers_, change.atom, &Transfer::property);
+    if (transfer != transfers_.end() && transfer->state.expectsIncrement())
+        takeIn(*transfer);
+}
+
+/// Reads the property, which is deleted with its last part.
+void SelectionReader::takeIn(Transfer& transfer) {
+    std::size_t offset = 0;
+    while (transfer.state.state() != IncomingTransfer::State::failed) {
+        const PropertyPart part = readPart(transfer.property, offset, partBytes);
+        try {
+            transfer.state.received(part);
+        } catch (const std::bad_alloc&) {
+            transfer.state.abandon();
+        }
+        if (part.remaining == 0)
+            return;
+        offset += part.bytes.size();
+    }
+    letThrough(transfer);
+}
+
+/// Deletes the property without reading it.
+void SelectionReader::letThrough(Transfer& transfer) {
+    const PropertyPart unread = readPart(transfer.property, 0, 0);
+    xcb_delete_property(connection_.get(), connection_.window(), transfer.property);
+    transfer.state.received(unread);
+}
+
+PropertyPart SelectionReader::readPart(xcb_atom_t property, std::size_t offset, std::size_t length) {
+    const auto cookie = xcb_get_property(
+        connection_.get(), 1, connection_.window(), property, XCB_GET_PROPERTY_TYPE_ANY,
+        static_cast<std::uint32_t>(offset / unitBytes), static_cast<std::uint32_t>(length / unitBytes));
+    // An error of its own, so that none comes as an event.
+    xcb_generic_error_t* error = nullptr;
+    const std::shared_ptr<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(connection_.get(), cookie, &error), std::free);
+    std::free(error);
+    if (reply == nullptr)
+        return {};
+    const auto size = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));
+    return {reply->type, reply->format,
+            Bytes(reply, static_cast<const char*>(xcb_get_property_value(reply.get())), size),
+            reply->bytes_after};
+}
+
+} // namespace tavel

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "PlatformX11/IncomingTransfer.h"
+#include "PlatformX11/X11Connection.h"
+
+#include <xcb/xcb.h>
+
+#include <chrono>
+#include <cstddef>
+#include <list>
+#include <optional>
+#include <vector>
+
+namespace tavel {
+
+/// Asks the owners of selections for their content and waits for it. While it waits, events go to their
+/// handlers as always. One thread.
+class SelectionReader {
+public:
+    using Clock = X11Connection::Clock;
+
+    struct Request {
+        xcb_atom_t selection;
+        xcb_atom_t target;
+        xcb_timestamp_t time;
+        std::size_t limit; // a value of more bytes is not taken
+    };
+
+    struct Answer {
+        xcb_atom_t type;
+        int format;
+        Bytes bytes;
+    };
+
+    explicit SelectionReader(X11Connection& connection);
+
+    /// Asks for one target and waits for its value. Nothing if the owner refuses, sends what belongs to no
+    /// value, or too much, is gone, or does not get on for the time of `silence`, and at `deadline`.
+    std::optional<Answer> read(const Request& request, Clock::duration silence, Clock::time_point deadline);
+
+    /// Has a message of a clipboard manager's kind answered: like `read`, with that content in the property
+    /// that goes along with the request.
+    std::optional<Answer> readWithParameter(const Request& request, const std::vector<xcb_atom_t>& parameter,
+                                            Clock::duration silence, Clock::time_point deadline);
+
+    /// Nobody will answer for that selection any more, or what they answer is out of date.
+    void abandon(xcb_atom_t selection);
+
+    void handleAnswer(const xcb_selection_notify_event_t& answer);
+    void handlePropertyChange(const xcb_property_notify_event_t& change);
+
+private:
+    struct Transfer {
+        Request request;
+        xcb_atom_t property;
+        IncomingTransfer state;
+        bool isAnswered = false;
+    };
+
+    using Position = std::list<Transfer>::iterator;
+
+    Position begin(const Request& request);
+    std::optional<Answer> wait(Position transfer, Clock::duration silence, Clock::time_point deadline);
+    void takeIn(Transfer& transfer);
+    void letThrough(Transfer& transfer);
+    PropertyPart readPart(xcb_atom_t property, std::size_t offset, std::size_t length);
+    xcb_atom_t freeProperty();
+
+    X11Connection& connection_;
+    xcb_atom_t incrementalType_;
+    std::vector<xcb_atom_t> properties_;
+    std::list<Transfer> transfers_; // those begun and not over, oldest first
+};
+
+} // namespace tavel

@@ -1,0 +1,174 @@
+#include "Tests/X11/PasteboardProgram.h"
+
+#include "PlatformX11/X11Pasteboard.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <stdexcept>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+std::shared_ptr<X11Selections> connect(const std::string& display, const X11Selections::Patience& patience) {
+    auto connection = X11Connection::open(display.c_str());
+    if (connection == nullptr)
+        throw std::runtime_error("There is no X server at " + display);
+    return std::make_shared<X11Selections>(std::move(connection), patience);
+}
+
+/// Hands every operation to the program's thread.
+class ForwardingPasteboard final : public Pasteboard {
+public:
+    ForwardingPasteboard(PasteboardProgram& program, const std::optional<std::string>& name)
+        : program_(program) {
+        program_.run([&] {
+            // The program owns its selections; a pasteboard that outlives it keeps nothing of them.
+            const std::shared_ptr<X11Selections> selections(&program_.selections(), [](X11Selections*) {});
+            pasteboard_ = std::make_unique<X11Pasteboard>(selections, name);
+        });
+    }
+
+    std::int64_t changeCount() override {
+        return answer<std::int64_t>([](Pasteboard& board) { return board.changeCount(); });
+    }
+
+    std::int64_t noticedChangeCount() override {
+        return answer<std::int64_t>([](Pasteboard& board) { return board.noticedChangeCount(); });
+    }
+
+    std::vector<std::string> types() override {
+        return answer<std::vector<std::string>>([](Pasteboard& board) { return board.types(); });
+    }
+
+    std::optional<std::string> availableType(std::span<const std::string_view> wanted) override {
+        return answer<std::optional<std::string>>(
+            [&](Pasteboard& board) { return board.availableType(wanted); });
+    }
+
+    std::optional<Bytes> string(std::string_view type) override {
+        return answer<std::optional<Bytes>>([&](Pasteboard& board) { return board.string(type); });
+    }
+
+    std::optional<Bytes> data(std::string_view type) override {
+        return answer<std::optional<Bytes>>([&](Pasteboard& board) { return board.data(type); });
+    }
+
+    std::vector<std::string> filePaths() override {
+        return answer<std::vector<std::string>>([](Pasteboard& board) { return board.filePaths(); });
+    }
+
+    std::int64_t clearContents() override {
+        return answer<std::int64_t>([](Pasteboard& board) { return board.clearContents(); });
+    }
+
+    bool setString(std::string_view text, std::string_view type) override {
+        return answer<bool>([&](Pasteboard& board) { return board.setString(text, type); });
+    }
+
+    bool setData(const Bytes& data, std::string_view type) override {
+        return answer<bool>([&](Pasteboard& board) { return board.setData(data, type); });
+    }
+
+    bool canHold(const Representation& representation) override {
+        return answer<bool>([&](Pasteboard& board) { return board.canHold(representation); });
+    }
+
+    bool writeItems(std::span<const PasteboardItem> items) override {
+        return answer<bool>([&](Pasteboard& board) { return board.writeItems(items); });
+    }
+
+    bool addTypes(std::span<const Representation> representations) override {
+        return answer<bool>([&](Pasteboard& board) { return board.addTypes(representations); });
+    }
+
+    bool update(const std::function<bool()>& steps) override {
+        return answer<bool>([&](Pasteboard& board) { return board.update(steps); });
+    }
+
+private:
+    template <typename Answer, typename Question>
+    Answer answer(const Question& question) {
+        Answer result{};
+        program_.run([&] { result = question(*pasteboard_); });
+        return result;
+    }
+
+    PasteboardProgram& program_;
+    std::unique_ptr<Pasteboard> pasteboard_;
+};
+
+} // namespace
+
+PasteboardProgram::PasteboardProgram(const std::string& display, const X11Selections::Patience& patience)
+    : selections_(connect(display, patience)), wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      thread_([this] { serve(); }) {}
+
+PasteboardProgram::~PasteboardProgram() {
+    {
+        const std::lock_guard lock(mutex_);
+        ending_ = true;
+    }
+    wake();
+    thread_.join();
+    close(wakeUp_);
+}
+
+std::shared_ptr<Pasteboard> PasteboardProgram::open(const std::optional<std::string>& name) {
+    return std::make_shared<ForwardingPasteboard>(*this, name);
+}
+
+void PasteboardProgram::run(const std::function<void()>& task) {
+    if (std::this_thread::get_id() == thread_.get_id()) {
+        task();
+        return;
+    }
+    std::unique_lock lock(mutex_);
+    tasks_.push(&task);
+    const std::size_t number = finished_ + tasks_.size();
+    wake();
+    done_.wait(lock, [&] { return finished_ >= number; });
+}
+
+void PasteboardProgram::disconnect() {
+    run([this] { shutdown(selections_->connection().descriptor(), SHUT_RDWR); });
+}
+
+void PasteboardProgram::wake() const {
+    eventfd_write(wakeUp_, 1);
+}
+
+void PasteboardProgram::serve() {
+    std::unique_lock lock(mutex_);
+    while (!ending_) {
+        if (!tasks_.empty()) {
+            const auto* const task = tasks_.front();
+            lock.unlock();
+            (*task)();
+            lock.lock();
+            tasks_.pop();
+            ++finished_;
+            done_.notify_all();
+            continue;
+        }
+        lock.unlock();
+        X11Connection& connection = selections_->connection();
+        connection.dispatchEvents();
+        selections_->giveUpOverdue(X11Selections::Clock::now());
+        constexpr int longestWait = 20; // milliseconds; transfers have deadlines
+        pollfd ready[] = {{wakeUp_, POLLIN, 0},
+                          {connection.isLost() ? -1 : connection.descriptor(), POLLIN, 0}};
+        poll(ready, 2, connection.hasQueuedEvent() ? 0 : longestWait);
+        eventfd_t ignored = 0;
+        eventfd_read(wakeUp_, &ignored);
+        lock.lock();
+    }
+}
+
+} // namespace tavel

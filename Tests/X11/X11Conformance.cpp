@@ -1,0 +1,35 @@
+#include "Tests/Conformance/PasteboardConformance.h"
+#include "Tests/Support/XServer.h"
+#include "Tests/X11/PasteboardProgram.h"
+
+namespace tavel {
+
+namespace {
+
+/// A server of the test's own, in which no selection is the user's, and two programs on it.
+class X11Backend final : public PasteboardBackend {
+public:
+    std::shared_ptr<Pasteboard> open(const std::optional<std::string>& name) override {
+        return program_.open(name);
+    }
+
+    std::shared_ptr<Pasteboard> openElsewhere(const std::optional<std::string>& name) override {
+        return otherProgram_.open(name);
+    }
+
+private:
+    XServer server_;
+    PasteboardProgram program_{server_.display(), X11Selections::Patience{}};
+    PasteboardProgram otherProgram_{server_.display(), X11Selections::Patience{}};
+};
+
+constexpr PasteboardBackendMaker x11{
+    "X11", []() -> std::unique_ptr<PasteboardBackend> { return std::make_unique<X11Backend>(); }};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(Backend, PasteboardConformance, testing::Values(x11), backendLabel);
+INSTANTIATE_TEST_SUITE_P(Backend, UpdateIsolationConformance, testing::Values(x11), backendLabel);
+INSTANTIATE_TEST_SUITE_P(Backend, GeneralPasteboardConformance, testing::Values(x11), backendLabel);
+
+} // namespace tavel
