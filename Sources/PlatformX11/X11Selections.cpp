@@ -1,6 +1,8 @@
 #include "PlatformX11/X11Selections.h"
 
+#include "Platform/PasteboardTypes.h"
 #include "PlatformX11/SelectionName.h"
+#include "PlatformX11/TargetNames.h"
 #include "PlatformX11/X11Reply.h"
 
 #include <xcb/xfixes.h>
@@ -28,6 +30,8 @@ X11Selections::X11Selections(std::unique_ptr<X11Connection> connection, const Pa
     : patience_(patience), connection_(std::move(connection)), reader_(*connection_),
       server_(
           *connection_, [this](xcb_atom_t atom) { return ownedSelection(atom); }, patience.requestor) {
+    // Some programs look whether the server knows these names at all, and fall back to older ones (xsel).
+    connection_->atoms(targetName::offeredFor(std::string(pasteboardType::string)));
     connection_->setEventHandler([this](const xcb_generic_event_t& event) { handleEvent(event); });
 }
 
