@@ -1,0 +1,369 @@
+# Bash functions that play a person at real applications: open them, select all, copy, paste, see what came. To be
+# sourced by a script that runs in a desktop of its own (see the program "desktop" beside this file).
+#
+# What waits gives up after a time far beyond what a busy machine needs, says what it waited for, and fails. An
+# application's window is what its function "..._open" leaves in WINDOW. Keys go to the window that has the focus,
+# which each function gives to the window that it is told.
+#
+# shellcheck shell=bash disable=SC2034 # WINDOW is for who calls
+
+APPLICATION_PATIENCE=${APPLICATION_PATIENCE:-60} # seconds
+WINDOW=
+
+# ---- waiting
+
+wait_until() { # SECONDS COMMAND...: until the command succeeds
+  local end=$((SECONDS + $1))
+  shift
+  until "$@" >/dev/null 2>&1; do
+    if [ "$SECONDS" -ge "$end" ]; then
+      echo "This did not come true: $*" >&2
+      return 1
+    fi
+    sleep 0.05
+  done
+}
+
+# ---- windows
+
+windows_named() { # REGEX: of titles
+  xdotool search --onlyvisible --name "$1"
+}
+
+window_open() { # REGEX: waits for a window with such a title; its number goes to WINDOW
+  WINDOW=
+  wait_until "$APPLICATION_PATIENCE" windows_named "$1" || return
+  WINDOW=$(windows_named "$1" | tail -n 1)
+}
+
+window_title() { # WINDOW
+  xdotool getwindowname "$1"
+}
+
+window_has_other_title() { # WINDOW TITLE
+  [ "$(window_title "$1")" != "$2" ]
+}
+
+window_is_gone() { # WINDOW
+  ! xdotool getwindowname "$1"
+}
+
+window_has_focus() { # WINDOW: also if the focus is in a child of it
+  local window
+  window=$(xdotool getwindowfocus -f) && [ "$window" = "$1" ] && return
+  window=$(xdotool getactivewindow) && [ "$window" = "$1" ]
+}
+
+window_focus() { # WINDOW
+  xdotool windowactivate "$1" || return
+  wait_until "$APPLICATION_PATIENCE" window_has_focus "$1"
+}
+
+press() { # WINDOW KEY...: for instance ctrl+a
+  window_focus "$1" || return
+  shift
+  xdotool key --clearmodifiers --delay 50 "$@"
+}
+
+click() { # WINDOW BUTTON X Y: relative to the window
+  window_focus "$1" || return
+  xdotool mousemove --sync --window "$1" "$3" "$4" click "$2"
+}
+
+# ---- files
+
+file_state() { # FILE
+  stat -c '%i %Y %.9Y %s' "$1" 2>/dev/null
+}
+
+file_has_changed() { # FILE STATE-OF-BEFORE
+  local state
+  state=$(file_state "$1") && [ -s "$1" ] && [ "$state" != "$2" ]
+}
+
+# In the place of everything that is in an editor's window, then saved.
+paste_and_save() { # WINDOW FILE
+  local before
+  before=$(file_state "$2")
+  press "$1" ctrl+a ctrl+v ctrl+s || return
+  wait_until "$APPLICATION_PATIENCE" file_has_changed "$2" "$before"
+}
+
+# ---- the clipboard, seen by somebody else
+
+clipboard_targets() {
+  timeout 5 xclip -selection clipboard -o -t TARGETS 2>/dev/null
+}
+
+clipboard_offers() { # TARGET
+  clipboard_targets | grep -qxF -e "$1"
+}
+
+clipboard_read() { # TARGET
+  timeout 10 xclip -selection clipboard -o -t "$1" 2>/dev/null
+}
+
+# Nothing tells when an application has copied but that the content of before has gone. So this is put there first.
+NOT_COPIED=application/x-nothing-was-copied-yet
+
+clipboard_reset() {
+  printf x | xclip -selection clipboard -t "$NOT_COPIED" >/dev/null 2>&1
+  wait_until 10 clipboard_offers "$NOT_COPIED"
+}
+
+clipboard_is_new() {
+  local targets
+  targets=$(clipboard_targets) && [ -n "$targets" ] && ! grep -qxF -e "$NOT_COPIED" <<<"$targets"
+}
+
+# Presses the keys, again if nothing comes of them: an application that has only just opened its window loses some.
+copy_with() { # WINDOW KEY...
+  local attempt
+  clipboard_reset || return
+  for attempt in 1 2 3 4 5; do
+    press "$@" || return
+    wait_until 4 clipboard_is_new 2>/dev/null && return
+  done
+  echo "Nothing was copied with: $*" >&2
+  return 1
+}
+
+# ---- xterm: pastes what is text; copies what is selected with the mouse, three clicks for a line
+
+xterm_open() { # SHELL-COMMAND
+  local title="terminal $RANDOM$RANDOM"
+  xterm -xrm 'XTerm*selectToClipboard: true' -xrm 'XTerm*allowTitleOps: false' -u8 -T "$title" -geometry 80x24+0+0 \
+    -e sh -c "$1" >/dev/null 2>&1 </dev/null &
+  window_open "^$title\$"
+}
+
+xterm_paste() { # WINDOW
+  press "$1" shift+Insert
+}
+
+xterm_copy_first_line() { # WINDOW
+  clipboard_reset || return
+  window_focus "$1" || return
+  xdotool mousemove --sync --window "$1" 20 8 click --repeat 3 --delay 80 1
+  wait_until "$APPLICATION_PATIENCE" clipboard_is_new
+}
+
+# ---- mousepad: a small editor with GTK
+
+mousepad_open() { # FILE
+  mousepad --disable-server "$1" >/dev/null 2>&1 </dev/null &
+  window_open "$(basename "$1").* - Mousepad\$"
+}
+
+mousepad_copy_all() { # WINDOW
+  copy_with "$1" ctrl+a ctrl+c
+}
+
+mousepad_paste_and_save() { # WINDOW FILE: the one that was opened
+  paste_and_save "$1" "$2"
+}
+
+# ---- thunar: copies and pastes files
+
+thunar_open() { # DIRECTORY
+  thunar "$1" >/dev/null 2>&1 </dev/null &
+  window_open "^$(basename "$1") - Thunar\$"
+}
+
+thunar_copy_all() { # WINDOW
+  copy_with "$1" ctrl+a ctrl+c
+}
+
+thunar_cut_all() { # WINDOW
+  copy_with "$1" ctrl+a ctrl+x
+}
+
+thunar_paste() { # WINDOW
+  press "$1" ctrl+v
+}
+
+# ---- chromium
+
+# A profile of its own for each call. Software rendering; no sandbox, as root cannot have one.
+chromium_open() { # TITLE-REGEX FILE-OR-URL
+  local profile
+  profile=$(mktemp -d "$HOME/chromium.XXXXXX") || return
+  chromium --no-sandbox --ozone-platform=x11 --user-data-dir="$profile" --no-first-run --no-default-browser-check \
+    --disable-gpu --password-store=basic --disable-background-networking --disable-component-update --disable-sync \
+    --disable-dev-shm-usage --window-position=0,0 --window-size=1000,700 "$2" >/dev/null 2>&1 </dev/null &
+  window_open "$1.* - Chromium\$"
+}
+
+chromium_copy_all() { # WINDOW
+  copy_with "$1" ctrl+a ctrl+c
+}
+
+# A page that is all picture, whatever its size.
+chromium_open_picture() { # FILE: absolute, without characters that mean something in a URL
+  local page=$HOME/picture.html
+  printf '<!doctype html><title>picture</title><img src="file://%s" style="%s">' "$1" \
+    'position: fixed; left: 0; top: 0; width: 100vw; height: 100vh' >"$page"
+  chromium_open '^picture' "file://$page"
+}
+
+# "Copy image" in the menu of what is in the middle of the window: Y, in English. Needs a picture there.
+chromium_copy_image() { # WINDOW
+  local attempt WIDTH HEIGHT
+  clipboard_reset || return
+  for attempt in 1 2 3; do
+    eval "$(xdotool getwindowgeometry --shell "$1" | grep -E '^(WIDTH|HEIGHT)=')"
+    click "$1" 3 $((WIDTH / 2)) $((HEIGHT / 2)) || return
+    wait_until 5 chromium_menu_is_open "$1" 2>/dev/null && xdotool key y
+    wait_until 4 clipboard_is_new 2>/dev/null && return
+    xdotool key Escape
+  done
+  echo "No image was copied in window $1" >&2
+  return 1
+}
+
+chromium_menu_is_open() { # WINDOW: menus are windows of the same process that no window manager sees
+  local count
+  count=$(xdotool search --onlyvisible --pid "$(xdotool getwindowpid "$1")" | wc -l)
+  [ "$count" -gt 1 ]
+}
+
+# A page that tells in its title what was pasted into it: "pasted", how many times, and a JSON text with the types that the page sees,
+# the texts among them, and of each file the name, the type and the size, of pictures also the sizes in pixels and the
+# colour of the first pixel.
+chromium_open_paste_page() {
+  local page=$HOME/paste.html
+  cat >"$page" <<'PAGE'
+<!doctype html><meta charset="utf-8"><title>paste here</title>
+<body contenteditable autofocus style="min-height: 90vh">x</body>
+<script>
+let count = 0;
+async function describe(file) {
+  const result = {name: file.name, type: file.type, bytes: file.size};
+  if (file.type.startsWith("image/")) {
+    const picture = await createImageBitmap(file);
+    const canvas = document.createElement("canvas");
+    canvas.width = result.width = picture.width;
+    canvas.height = result.height = picture.height;
+    const context = canvas.getContext("2d");
+    context.drawImage(picture, 0, 0);
+    result.pixel = Array.from(context.getImageData(0, 0, 1, 1).data);
+  }
+  return result;
+}
+document.addEventListener("paste", async event => {
+  event.preventDefault();
+  const data = event.clipboardData, result = {types: Array.from(data.types), texts: {}, files: []};
+  for (const type of result.types)
+    if (type != "Files") result.texts[type] = data.getData(type);
+  const files = Array.from(data.files);
+  for (const file of files) result.files.push(await describe(file));
+  document.title = "pasted " + ++count + " " + JSON.stringify(result);
+});
+document.body.focus();
+</script>
+PAGE
+  chromium_open '^paste here' "file://$page"
+}
+
+chromium_paste() { # WINDOW of the page above: prints the JSON text
+  local attempt before title
+  before=$(window_title "$1")
+  for attempt in 1 2 3 4 5; do
+    press "$1" ctrl+v || return
+    wait_until 4 window_has_other_title "$1" "$before" 2>/dev/null && break
+  done
+  title=$(window_title "$1")
+  if [ "$title" = "$before" ]; then
+    echo "Nothing was pasted into window $1" >&2
+    return 1
+  fi
+  title=${title#pasted * }
+  echo "${title% - Chromium}"
+}
+
+# ---- LibreOffice Writer
+
+# With a profile of its own, so that no other process takes the document over.
+writer_open() { # FILE
+  soffice --writer --norestore --nologo --nofirststartwizard "-env:UserInstallation=file://$HOME/writer" "$1" \
+    >/dev/null 2>&1 </dev/null &
+  window_open "$(basename "$1").* - LibreOffice Writer\$"
+}
+
+writer_copy_all() { # WINDOW
+  copy_with "$1" ctrl+a ctrl+c
+}
+
+# In the place of everything, again if nothing comes: a window that has only just opened loses its first paste.
+# Fails if nothing ever comes, as with a format that Writer does not take.
+writer_paste_and_save() { # WINDOW FILE: the one that was opened, .odt
+  local attempt
+  for attempt in 1 2 3; do
+    press "$1" ctrl+a x || return # stays where nothing can be pasted
+    paste_and_save "$1" "$2" || return
+    wait_until "$APPLICATION_PATIENCE" unzip -tqq "$2" || return
+    writer_has_content "$2" && return
+    echo "Nothing was pasted into $2 at attempt $attempt" >&2
+  done
+  return 1
+}
+
+# Pictures alone do not count: one from before may outlive its deletion.
+writer_has_content() { # FILE.odt
+  local text
+  text=$(writer_text "$1" | tr -d '[:space:]')
+  [ "$text" != x ] && [ -n "$text$(writer_pictures "$1")" ]
+}
+
+# To be called in the end: when it is killed, it leaves a socket in the directory for temporary files.
+writer_close() { # WINDOW
+  local process
+  process=$(xdotool getwindowpid "$1") && press "$1" ctrl+q || return
+  # Whoever reads what was copied as a link changes the document: "Don't Save", in English.
+  wait_until 2 window_is_gone "$1" 2>/dev/null || xdotool key alt+n
+  wait_until "$APPLICATION_PATIENCE" process_has_ended "$process"
+}
+
+process_has_ended() { # PID: also if nobody has waited for it yet
+  ! readlink "/proc/$1/exe"
+}
+
+writer_text() { # FILE.odt: what stands in it, a line for each paragraph
+  unzip -p "$1" content.xml | sed -e 's/.*<office:text//' -e 's/^[^>]*>//' -e 's/<\/text:[ph][^>]*>/\n/g' -e 's/<[^>]*>//g'
+}
+
+writer_pictures() { # FILE.odt: the names of the pictures in it
+  unzip -Z1 "$1" 'Pictures/?*' 2>/dev/null
+}
+
+# An .odt file with this text in it, which the application makes itself.
+writer_new_file() { # FILE.odt HTML
+  local source=${1%.odt}.html
+  printf '<html><head><meta charset="utf-8"></head><body>%s</body></html>' "$2" >"$source"
+  timeout "$APPLICATION_PATIENCE" soffice "-env:UserInstallation=file://$HOME/writer" --headless \
+    --convert-to odt --outdir "$(dirname "$1")" "$source" >/dev/null 2>&1 </dev/null
+  rm -f "$source"
+  [ -s "$1" ]
+}
+
+# ---- GIMP
+
+gimp_open() { # FILE
+  local name
+  name=$(basename "$1")
+  gimp --no-splash --new-instance "$1" >/dev/null 2>&1 </dev/null &
+  window_open "${name%.*}.*GIMP\$"
+}
+
+gimp_copy_all() { # WINDOW
+  copy_with "$1" ctrl+a ctrl+c
+}
+
+# Prints the new image's title, which ends with its size in pixels: "... 300x200 - GIMP", with a longer dash.
+gimp_paste_as_new_image() { # WINDOW
+  local before
+  before=$(window_title "$1")
+  press "$1" ctrl+shift+v || return
+  wait_until "$APPLICATION_PATIENCE" window_has_other_title "$1" "$before" || return
+  window_title "$1"
+}
