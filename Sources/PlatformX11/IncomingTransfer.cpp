@@ -16,13 +16,15 @@ void IncomingTransfer::received(const PropertyPart& part) {
     if (isOver())
         return;
     receivedBytes_ += part.bytes.size();
-    if (sendsIncrements_) {
-        receivedIncrement(part);
-    } else if (part.type == incrementalType_) {
+    if (part.type == incrementalType_) {
         // The size that stands in the property is the owner's guess: nothing is built on it (ICCCM 2.7.2).
         sendsIncrements_ = true;
-        if (!failed())
+        if (state_ == State::requested)
             state_ = State::increments;
+        else
+            fail(); // in the middle of a value it is none of its parts
+    } else if (sendsIncrements_) {
+        receivedIncrement(part);
     } else {
         receivedWhole(part);
     }
@@ -52,15 +54,14 @@ void IncomingTransfer::receivedWhole(const PropertyPart& part) {
 void IncomingTransfer::receivedIncrement(const PropertyPart& part) {
     if (part.type == 0)
         return; // the change was a deletion, or the property is gone again
-    if (part.bytes.empty() && part.remaining == 0) {
-        state_ = failed() ? State::over : State::complete;
-        return;
-    }
-    if (type_ == 0 && !failed()) {
+    if (type_ == 0) {
         type_ = part.type;
         format_ = part.format;
     }
-    keep(part);
+    if (part.bytes.empty() && part.remaining == 0)
+        state_ = failed() ? State::over : State::complete;
+    else
+        keep(part);
 }
 
 /// Takes the part in, if it belongs to those before it and there is room for it.

@@ -1,11 +1,13 @@
 #include "PlatformX11/SelectionText.h"
 
+#include "Platform/PasteboardTypes.h"
 #include "PlatformX11/TargetNames.h"
 #include "Support/Utf8.h"
 
 #include <glib.h>
 
 #include <memory>
+#include <vector>
 
 namespace tavel {
 
@@ -21,6 +23,8 @@ Bytes withoutTrailingZeros(const Bytes& bytes) {
 }
 
 std::optional<Bytes> converted(std::string_view text, const char* from, const char* to) {
+    if (text.empty())
+        return Bytes();
     gsize size = 0;
     char* const result =
         g_convert(text.data(), static_cast<gssize>(text.size()), to, from, nullptr, &size, nullptr);
@@ -29,9 +33,11 @@ std::optional<Bytes> converted(std::string_view text, const char* from, const ch
     return Bytes(std::shared_ptr<const void>(result, g_free), result, size);
 }
 
-/// The only text targets with a parameter are those whose parameter says UTF-8.
-bool saysUtf8(std::string_view name) {
-    return name == targetName::utf8String || name.find('=') != std::string_view::npos;
+/// Whether the name of a target or type itself says that the text is in UTF-8.
+bool saysUtf8(const std::string& name) {
+    const std::vector<std::string> names{name};
+    return name == targetName::utf8String || (name.find('=') != std::string::npos &&
+                                              !targetName::giving(pasteboardType::string, names).empty());
 }
 
 std::optional<Bytes> fromLatin1(const Bytes& text) {

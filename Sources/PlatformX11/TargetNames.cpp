@@ -94,7 +94,7 @@ std::vector<std::string> giving(std::string_view type, std::span<const std::stri
     // A program of our kind offers what is in no table under the type's own name.
     if (targets.empty())
         std::ranges::copy_if(offered, std::back_inserter(targets),
-                             [&](const auto& one) { return one == type; });
+                             [&](const auto& one) { return one == type && typeOf(one) == type; });
     return targets;
 }
 
@@ -108,7 +108,7 @@ std::optional<std::string> typeOf(std::string_view target) {
 
 bool canBeType(std::string_view type) {
     return !type.empty() && type.size() <= std::numeric_limits<std::uint16_t>::max() &&
-           type.find('\0') == std::string_view::npos && !isProtocolName(type);
+           type.find('\0') == std::string_view::npos && typeOf(type) == type;
 }
 
 } // namespace tavel::targetName

@@ -29,8 +29,8 @@ std::vector<std::string> giving(std::string_view type, std::span<const std::stri
 /// The type that a target gives. Nothing for a target that is part of the protocol and gives no content.
 std::optional<std::string> typeOf(std::string_view target);
 
-/// Whether a type of this name could be offered: it is not empty, no name of the protocol, and one that an
-/// atom can have.
+/// Whether a type of this name could be offered and read: it is one that an atom can have, and neither a name
+/// of the protocol nor one by which another type goes.
 bool canBeType(std::string_view type);
 
 } // namespace tavel::targetName

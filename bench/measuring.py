@@ -1,0 +1,101 @@
+"""What the measuring scripts share: an agent at work, and what the system tells of it."""
+
+import contextlib
+import json
+import pathlib
+import shutil
+import statistics
+import subprocess
+import tempfile
+import time
+
+PROGRAMS = pathlib.Path(__file__).resolve().parent.parent / "build/bench/bin"
+
+
+def median_milliseconds(action, rounds):
+    times = []
+    for _ in range(rounds):
+        start = time.perf_counter()
+        action()
+        times.append(time.perf_counter() - start)
+    return statistics.median(times) * 1000
+
+
+@contextlib.contextmanager
+def running_agent():
+    agent = subprocess.Popen([PROGRAMS / "TavelClipboardAgent"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+    try:
+        yield agent
+    finally:
+        agent.stdin.close()
+        agent.wait()
+        agent.stdout.close()
+
+
+def request(agent, **command):
+    agent.stdin.write(json.dumps({"request_id": 1, **command}).encode() + b"\n")
+    agent.stdin.flush()
+    return json.loads(agent.stdout.readline())
+
+
+def processor_milliseconds(pid):
+    fields = pathlib.Path(f"/proc/{pid}/schedstat").read_text().split()
+    return int(fields[0]) / 1e6
+
+
+def private_mebibytes(pid, kind):
+    rollup = pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text()
+    return sum(int(line.split()[1]) for line in rollup.splitlines() if line.startswith(f"Private_{kind}:")) / 1024
+
+
+def peak_mebibytes(pid):
+    status = pathlib.Path(f"/proc/{pid}/status").read_text()
+    return next(int(line.split()[1]) for line in status.splitlines() if line.startswith("VmHWM:")) / 1024
+
+
+def measure_start(rounds=40):
+    def empty_program():
+        subprocess.run([PROGRAMS / "empty-program"], check=True)
+
+    def agent_to_first_reply():
+        agent = subprocess.Popen([PROGRAMS / "TavelClipboardAgent"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        request(agent, command="ping")
+        started.append(agent)
+
+    started = []
+    empty = median_milliseconds(empty_program, rounds)
+    agent = median_milliseconds(agent_to_first_reply, rounds)
+    for process in started:
+        process.stdin.close()
+        process.wait()
+    print(f"start to first reply   {agent:7.2f} ms   {agent / empty:.2f} x an empty program ({empty:.2f} ms)")
+
+
+def measure_idling(seconds):
+    with running_agent() as agent:
+        request(agent, command="ping")
+        before = processor_milliseconds(agent.pid)
+        time.sleep(seconds)
+        spent = processor_milliseconds(agent.pid) - before
+        print(f"idle processor time    {spent * 60 / seconds:7.2f} ms a minute (measured over {seconds} s)")
+        print(f"idle private memory    {private_mebibytes(agent.pid, 'Dirty'):7.2f} MiB")
+        # Not the agent's own: pages of libraries count as private while no other program has them mapped.
+        print(f"idle unshared files    {private_mebibytes(agent.pid, 'Clean'):7.2f} MiB of program and libraries")
+        if shutil.which("strace"):
+            count_system_calls(agent.pid)
+        else:
+            print("idle system calls      not counted: strace is not here")
+
+
+def count_system_calls(pid, seconds=5):
+    with tempfile.NamedTemporaryFile("r") as log:
+        tracer = subprocess.Popen(
+            ["strace", "-qq", "-f", "-o", log.name, "-p", str(pid)], stderr=subprocess.DEVNULL
+        )
+        time.sleep(seconds)
+        tracer.terminate()
+        tracer.wait()
+        # The call that the tracer interrupted, and those of the reader's long wait, are no ticks.
+        calls = [line.split(maxsplit=1)[1].split("(")[0] for line in log if "detached" not in line]
+    by_name = {name: calls.count(name) for name in sorted(set(calls))}
+    print(f"idle system calls      {len(calls) / (seconds * 10):7.2f} a tick   {by_name}")
