@@ -9,8 +9,8 @@
 
 namespace tavel {
 
-/// Bytes that come bit by bit, gathered in one piece of memory that grows with them. A large one grows where
-/// it is: no second copy of it exists at any time where the system can move pages (mremap on Linux).
+/// Bytes that come bit by bit, gathered in one piece of memory. A large one grows where it is: no second copy
+/// of it exists at any time.
 class GrowingBuffer {
 public:
     std::size_t size() const { return size_; }
@@ -26,6 +26,7 @@ private:
         void operator()(char* bytes) const { std::free(bytes); }
     };
 
+    bool makeHuge();
     void resize(std::size_t capacity);
 
     std::unique_ptr<char, Free> bytes_;

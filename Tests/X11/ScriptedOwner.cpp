@@ -21,7 +21,8 @@ constexpr std::chrono::microseconds pollInterval{200};
 
 } // namespace
 
-ScriptedOwner::ScriptedOwner(const std::string& display) : connection_(xcb_connect(display.c_str(), nullptr)) {
+ScriptedOwner::ScriptedOwner(const std::string& display)
+    : connection_(xcb_connect(display.c_str(), nullptr)) {
     if (xcb_connection_has_error(connection_) != 0) {
         xcb_disconnect(connection_);
         throw std::runtime_error("There is no X server at " + display);
@@ -67,8 +68,8 @@ void ScriptedOwner::offerValue(const std::string& target, std::string bytes) {
 void ScriptedOwner::take() {
     const xcb_timestamp_t now = fetchTime();
     xcb_set_selection_owner(connection_, window_, clipboard_, now);
-    const X11Reply<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(connection_, xcb_get_selection_owner(connection_, clipboard_), nullptr));
+    const X11Reply<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
+        connection_, xcb_get_selection_owner(connection_, clipboard_), nullptr));
     if (reply == nullptr || reply->owner != window_)
         throw std::runtime_error("The selection cannot be taken.");
     const std::lock_guard lock(mutex_);
@@ -206,8 +207,8 @@ ScriptedOwner::Request ScriptedOwner::awaitRequest(const std::string& target, st
 
 xcb_atom_t ScriptedOwner::atom(const std::string& name) {
     const X11Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
-        connection_,
-        xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr));
+        connection_, xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()),
+        nullptr));
     return reply != nullptr ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
