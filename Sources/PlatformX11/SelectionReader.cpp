@@ -26,6 +26,7 @@ constexpr std::size_t unitBytes = 4; // in which offsets and lengths are counted
 SelectionReader::SelectionReader(X11Connection& connection)
     : connection_(connection), incrementalType_(connection.atom("INCR")) {
     std::vector<std::string> names;
+    names.reserve(propertyCount);
     for (int number = 0; number < propertyCount; ++number)
         names.push_back("TAVEL_SELECTION_" + std::to_string(number));
     properties_ = connection.atoms(names);
@@ -33,7 +34,7 @@ SelectionReader::SelectionReader(X11Connection& connection)
 
 std::optional<SelectionReader::Answer> SelectionReader::read(const Request& request, Clock::duration silence,
                                                              Clock::time_point deadline) {
-    const Position transfer = begin(request);
+    const auto transfer = begin(request);
     xcb_delete_property(connection_.get(), connection_.window(), transfer->property);
     xcb_convert_selection(connection_.get(), connection_.window(), request.selection, request.target,
                           transfer->property, request.time);
@@ -43,7 +44,7 @@ std::optional<SelectionReader::Answer> SelectionReader::read(const Request& requ
 std::optional<SelectionReader::Answer>
 SelectionReader::readWithParameter(const Request& request, const std::vector<xcb_atom_t>& parameter,
                                    Clock::duration silence, Clock::time_point deadline) {
-    const Position transfer = begin(request);
+    const auto transfer = begin(request);
     xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.window(), transfer->property,
                         XCB_ATOM_ATOM, 32, static_cast<std::uint32_t>(parameter.size()), parameter.data());
     xcb_convert_selection(connection_.get(), connection_.window(), request.selection, request.target,

@@ -82,7 +82,8 @@ bool SelectionServer::convertMultiple(const OwnedSelection& owned, const Convers
     if (reply == nullptr || reply->format != 32 || reply->bytes_after > 0)
         return false;
     const auto* const first = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
-    std::vector<xcb_atom_t> pairs(first, first + reply->value_len / 2 * 2);
+    const std::size_t count = reply->value_len;
+    std::vector<xcb_atom_t> pairs(first, first + count / 2 * 2);
     for (std::size_t i = 0; i < pairs.size(); i += 2) {
         const Conversion one{conversion.requestor, pairs[i], pairs[i + 1]};
         if (one.target == multiple_ || one.property == XCB_ATOM_NONE || !convert(owned, one))

@@ -222,7 +222,7 @@ std::optional<X11Pasteboard::Items> X11Pasteboard::otherProgramsItems() {
 }
 
 bool X11Pasteboard::update(const std::function<bool()>& steps) {
-    updating_.emplace();
+    updating_ = Update{};
     bool done = false;
     try {
         done = steps();
