@@ -103,14 +103,26 @@ void SelectionReader::abandon(xcb_atom_t selection) {
     }
 }
 
+/// The transfer that this is the answer to. A refusal names no property; where its time, which should be the
+/// request's, does not tell either, it is taken to be for the latest request, which somebody waits for.
+SelectionReader::Position SelectionReader::transferFor(const xcb_selection_notify_event_t& answer) {
+    auto found = transfers_.end();
+    bool isExact = false;
+    for (auto transfer = transfers_.begin(); transfer != transfers_.end(); ++transfer) {
+        const bool isAsked = !transfer->isAnswered && transfer->request.selection == answer.selection &&
+                             transfer->request.target == answer.target &&
+                             (answer.property == XCB_ATOM_NONE || answer.property == transfer->property);
+        const bool hasItsTime = transfer->request.time == answer.time;
+        if (isAsked && (hasItsTime || !isExact)) {
+            found = transfer;
+            isExact = hasItsTime;
+        }
+    }
+    return found;
+}
+
 void SelectionReader::handleAnswer(const xcb_selection_notify_event_t& answer) {
-    const auto isAsked = [&](const Transfer& transfer) {
-        return !transfer.isAnswered && transfer.request.selection == answer.selection &&
-               transfer.request.target == answer.target &&
-               (answer.property == XCB_ATOM_NONE ? transfer.request.time == answer.time
-                                                 : transfer.property == answer.property);
-    };
-    const auto transfer = std::ranges::find_if(transfers_, isAsked);
+    const auto transfer = transferFor(answer);
     if (transfer == transfers_.end()) {
         // Nobody waits for it, but the owner may wait for its being taken.
         if (std::ranges::find(properties_, answer.property) != properties_.end())
@@ -124,19 +136,25 @@ void SelectionReader::handleAnswer(const xcb_selection_notify_event_t& answer) {
         takeIn(*transfer);
 }
 
-void SelectionReader::handlePropertyChange(const xcb_property_notify_event_t& change) {
+void SelectionReader::handlePropertyChange(const xcb_property_notify_event_t& change,
+                                           std::uint32_t requestNumber) {
     if (change.window != connection_.window() || change.state != XCB_PROPERTY_NEW_VALUE)
         return;
     const auto transfer = std::ranges::find(transfers_, change.atom, &Transfer::property);
-    if (transfer != transfers_.end() && transfer->state.expectsIncrement())
-        takeIn(*transfer);
+    if (transfer == transfers_.end() || !transfer->state.expectsIncrement())
+        return;
+    // A change from before the last reading has been read with it: whoever changes the property over and over
+    // costs no more than one reading for all of it.
+    if (isEarlierRequest(requestNumber, transfer->lastReading))
+        return;
+    takeIn(*transfer);
 }
 
 /// Reads the property, which is deleted with its last part.
 void SelectionReader::takeIn(Transfer& transfer) {
     std::size_t offset = 0;
     while (transfer.state.state() != IncomingTransfer::State::failed) {
-        const PropertyPart part = readPart(transfer.property, offset, partBytes);
+        const PropertyPart part = readPart(transfer, offset, partBytes);
         try {
             transfer.state.received(part);
         } catch (const std::bad_alloc&) {
@@ -151,15 +169,17 @@ void SelectionReader::takeIn(Transfer& transfer) {
 
 /// Deletes the property without reading it.
 void SelectionReader::letThrough(Transfer& transfer) {
-    const PropertyPart unread = readPart(transfer.property, 0, 0);
-    xcb_delete_property(connection_.get(), connection_.window(), transfer.property);
+    const PropertyPart unread = readPart(transfer, 0, 0);
+    transfer.lastReading =
+        xcb_delete_property(connection_.get(), connection_.window(), transfer.property).sequence;
     transfer.state.received(unread);
 }
 
-PropertyPart SelectionReader::readPart(xcb_atom_t property, std::size_t offset, std::size_t length) {
+PropertyPart SelectionReader::readPart(Transfer& transfer, std::size_t offset, std::size_t length) {
     const auto cookie = xcb_get_property(
-        connection_.get(), 1, connection_.window(), property, XCB_GET_PROPERTY_TYPE_ANY,
+        connection_.get(), 1, connection_.window(), transfer.property, XCB_GET_PROPERTY_TYPE_ANY,
         static_cast<std::uint32_t>(offset / unitBytes), static_cast<std::uint32_t>(length / unitBytes));
+    transfer.lastReading = cookie.sequence;
     // An error of its own, so that none comes as an event.
     xcb_generic_error_t* error = nullptr;
     const std::shared_ptr<xcb_get_property_reply_t> reply(

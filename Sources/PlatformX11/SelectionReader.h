@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <list>
 #include <optional>
 #include <vector>
@@ -47,7 +48,8 @@ public:
     void abandon(xcb_atom_t selection);
 
     void handleAnswer(const xcb_selection_notify_event_t& answer);
-    void handlePropertyChange(const xcb_property_notify_event_t& change);
+    /// `requestNumber` is that of the last request before the change, as every event tells it.
+    void handlePropertyChange(const xcb_property_notify_event_t& change, std::uint32_t requestNumber);
 
 private:
     struct Transfer {
@@ -55,6 +57,7 @@ private:
         xcb_atom_t property;
         IncomingTransfer state;
         bool isAnswered = false;
+        std::uint32_t lastReading = 0; // the request's number
     };
 
     using Position = std::list<Transfer>::iterator;
@@ -63,7 +66,8 @@ private:
     std::optional<Answer> wait(Position transfer, Clock::duration silence, Clock::time_point deadline);
     void takeIn(Transfer& transfer);
     void letThrough(Transfer& transfer);
-    PropertyPart readPart(xcb_atom_t property, std::size_t offset, std::size_t length);
+    PropertyPart readPart(Transfer& transfer, std::size_t offset, std::size_t length);
+    Position transferFor(const xcb_selection_notify_event_t& answer);
     xcb_atom_t freeProperty();
 
     X11Connection& connection_;

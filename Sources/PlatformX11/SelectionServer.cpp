@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <new>
 #include <utility>
 
 namespace tavel {
@@ -15,6 +17,9 @@ constexpr std::size_t incrementBytes = std::size_t{1} << 20;
 
 /// How many conversions one request may ask for.
 constexpr std::uint32_t mostConversions = 256;
+
+/// How many transfers go on at the same time: each may keep a copy of its own of a text.
+constexpr std::size_t mostTransfers = 64;
 
 /// Times are milliseconds that start again after 49 days: what is less than half of that away counts as
 /// earlier (X protocol, Common Types, TIMESTAMP).
@@ -42,11 +47,19 @@ void SelectionServer::handleRequest(const xcb_selection_request_event_t& request
     // An obsolete requestor leaves the choice of the property to the owner (ICCCM 2.2).
     const xcb_atom_t property = request.property != XCB_ATOM_NONE ? request.property : request.target;
     const auto owned = lookup_(request.selection);
-    const bool isOurs = owned && (request.time == XCB_CURRENT_TIME || !isEarlier(request.time, owned->since));
+    // Nobody may ask in the name of this process's own window, and have its events turned off in the end.
+    const bool isOurs = owned && request.requestor != connection_.window() &&
+                        (request.time == XCB_CURRENT_TIME || !isEarlier(request.time, owned->since));
     const Conversion conversion{request.requestor, request.target, property};
-    const bool converted = isOurs && (request.target == multiple_ ? request.property != XCB_ATOM_NONE &&
-                                                                        convertMultiple(*owned, conversion)
-                                                                  : convert(*owned, conversion));
+    bool converted = false;
+    try {
+        if (isOurs && request.target == multiple_)
+            converted = request.property != XCB_ATOM_NONE && convertMultiple(*owned, conversion);
+        else if (isOurs)
+            converted = convert(*owned, conversion);
+    } catch (const std::bad_alloc&) {
+        converted = false; // what cannot be converted is refused
+    }
     notify(request, converted ? property : xcb_atom_t{XCB_ATOM_NONE});
 }
 
@@ -67,8 +80,7 @@ bool SelectionServer::convert(const OwnedSelection& owned, const Conversion& con
     const auto value = valueForTarget(owned.items, target);
     if (!value)
         return false;
-    deliver(conversion, connection_.atom(value->type), value->bytes);
-    return true;
+    return deliver(conversion, connection_.atom(value->type), value->bytes);
 }
 
 /// Several conversions in one request: pairs of a target and a property. Of those that fail the property
@@ -84,9 +96,11 @@ bool SelectionServer::convertMultiple(const OwnedSelection& owned, const Convers
     const auto* const first = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
     const std::size_t count = reply->value_len;
     std::vector<xcb_atom_t> pairs(first, first + count / 2 * 2);
+    // The server has not looked whether these are atoms.
+    const std::vector<std::string> names = connection_.atomNames(pairs);
     for (std::size_t i = 0; i < pairs.size(); i += 2) {
         const Conversion one{conversion.requestor, pairs[i], pairs[i + 1]};
-        if (one.target == multiple_ || one.property == XCB_ATOM_NONE || !convert(owned, one))
+        if (one.target == multiple_ || names[i].empty() || names[i + 1].empty() || !convert(owned, one))
             pairs[i + 1] = XCB_ATOM_NONE;
     }
     setAtoms(conversion, atomPair_, pairs);
@@ -102,26 +116,35 @@ std::vector<xcb_atom_t> SelectionServer::offeredAtoms(const OwnedSelection& owne
 
 void SelectionServer::setAtoms(const Conversion& conversion, xcb_atom_t type,
                                const std::vector<xcb_atom_t>& atoms) {
+    endTransfer(conversion);
     xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, conversion.requestor, conversion.property,
                         type, 32, static_cast<std::uint32_t>(atoms.size()), atoms.data());
 }
 
 /// Puts a value into the requestor's property, or announces it there if it is too large for one request.
-void SelectionServer::deliver(const Conversion& conversion, xcb_atom_t type, const Bytes& bytes) {
-    // A requestor that asks again, into the same property, has forgotten the first time.
-    removeTransfers([&](const Transfer& transfer) {
-        return transfer.requestor == conversion.requestor && transfer.property == conversion.property;
-    });
+/// False if there are too many transfers.
+bool SelectionServer::deliver(const Conversion& conversion, xcb_atom_t type, const Bytes& bytes) {
+    endTransfer(conversion);
     if (bytes.size() <= connection_.largestPropertyBytes()) {
         setProperty(conversion.requestor, conversion.property, type, bytes);
-        return;
+        return true;
     }
-    transfers_.push_back({conversion.requestor, conversion.property, type,
-                          OutgoingTransfer(bytes, incrementBytes, Clock::now(), patience_)});
+    if (transfers_.size() >= mostTransfers)
+        return false;
     // Before the announcement: the requestor's first deletion must not be missed.
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection_.get(), conversion.requestor, XCB_CW_EVENT_MASK, &events);
     setAtoms(conversion, incremental_, {static_cast<std::uint32_t>(bytes.size())});
+    transfers_.push_back({conversion.requestor, conversion.property, type,
+                          OutgoingTransfer(bytes, incrementBytes, Clock::now(), patience_)});
+    return true;
+}
+
+/// A requestor that asks again, into the same property, has forgotten the first time.
+void SelectionServer::endTransfer(const Conversion& conversion) {
+    removeTransfers([&](const Transfer& transfer) {
+        return transfer.requestor == conversion.requestor && transfer.property == conversion.property;
+    });
 }
 
 void SelectionServer::setProperty(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type,

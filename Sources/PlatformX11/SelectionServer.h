@@ -62,7 +62,8 @@ private:
     bool convertMultiple(const OwnedSelection& owned, const Conversion& conversion);
     std::vector<xcb_atom_t> offeredAtoms(const OwnedSelection& owned);
     void setAtoms(const Conversion& conversion, xcb_atom_t type, const std::vector<xcb_atom_t>& atoms);
-    void deliver(const Conversion& conversion, xcb_atom_t type, const Bytes& bytes);
+    bool deliver(const Conversion& conversion, xcb_atom_t type, const Bytes& bytes);
+    void endTransfer(const Conversion& conversion);
     void setProperty(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const Bytes& bytes);
     void notify(const xcb_selection_request_event_t& request, xcb_atom_t property);
     void removeTransfers(const std::function<bool(const Transfer&)>& condition);

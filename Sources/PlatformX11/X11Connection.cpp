@@ -21,6 +21,9 @@ constexpr std::size_t requestOverheadBytes = 64;
 
 constexpr std::chrono::seconds timePatience{5};
 
+/// Enough for any usual burst. Whoever waits looks at the clock in between.
+constexpr int mostEventsAtOnce = 256;
+
 const xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
     xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
     while (screens.rem > 1 && number-- > 0)
@@ -134,10 +137,22 @@ void X11Connection::remember(const std::string& name, xcb_atom_t atom) {
 
 void X11Connection::dispatchEvents() {
     xcb_flush(connection_);
-    if (queued_ != nullptr)
+    for (int count = 0; count < mostEventsAtOnce; ++count) {
+        if (queued_ == nullptr)
+            queued_.reset(xcb_poll_for_event(connection_));
+        if (queued_ == nullptr)
+            return;
         dispatch(std::move(queued_));
-    while (xcb_generic_event_t* const event = xcb_poll_for_event(connection_))
-        dispatch(Event(event, std::free));
+    }
+}
+
+void X11Connection::synchronize() {
+    const auto cookie = xcb_get_input_focus(connection_);
+    const X11Reply<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(connection_, cookie, nullptr));
+    // What happened before the answer has been read along with it, and tells of an earlier request.
+    while (hasQueuedEvent() && isEarlierRequest(queued_->full_sequence, cookie.sequence))
+        dispatch(std::move(queued_));
 }
 
 bool X11Connection::hasQueuedEvent() {
@@ -159,7 +174,7 @@ bool X11Connection::waitForEvents(Clock::time_point deadline) {
 }
 
 void X11Connection::dispatch(Event event) {
-    if ((event->response_type & 0x7F) == XCB_PROPERTY_NOTIFY) {
+    if (event->response_type == XCB_PROPERTY_NOTIFY) {
         const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
         latestTime_ = change.time;
         if (change.window == window_ && change.atom == timeProperty_) {

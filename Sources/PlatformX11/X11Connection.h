@@ -16,6 +16,11 @@
 
 namespace tavel {
 
+/// Whether a request, by its number, was made before another. The numbers start again after 2^32.
+inline bool isEarlierRequest(std::uint32_t one, std::uint32_t other) {
+    return static_cast<std::int32_t>(one - other) < 0;
+}
+
 /// A connection to an X server, with a window of its own that is never shown. One thread.
 ///
 /// When the server goes, every operation goes on giving nothing: `isLost` tells.
@@ -58,8 +63,12 @@ public:
 
     void setEventHandler(EventHandler handler) { handler_ = std::move(handler); }
 
-    /// Sends what waits for it, and hands what has come to the handler. Does not wait.
+    /// Sends what waits for it, and hands what has come to the handler. Does not wait. A flood of events is
+    /// left for the next call.
     void dispatchEvents();
+
+    /// Hands everything to the handler that happened before now. One round trip.
+    void synchronize();
 
     /// Whether an event has been read from the server that the handler has not got.
     bool hasQueuedEvent();
@@ -91,7 +100,7 @@ private:
     xcb_timestamp_t latestTime_ = 0;
     bool timeCame_ = false;
     EventHandler handler_;
-    Event queued_;
+    Event queued_; // the next one for the handler, if it has been looked at
     std::unordered_map<std::string, xcb_atom_t> atoms_;
     std::unordered_map<xcb_atom_t, std::string> names_;
 };

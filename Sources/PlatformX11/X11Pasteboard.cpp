@@ -10,6 +10,7 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 namespace tavel {
@@ -57,9 +58,10 @@ std::vector<std::string> X11Pasteboard::types() {
     if (const auto own = ownContent())
         return pasteboardItems::types(*own);
     std::vector<std::string> types;
+    std::unordered_set<std::string> seen;
     for (const std::string& target : selections_->targets(selection_)) {
         auto type = targetName::typeOf(target);
-        if (type && std::ranges::find(types, *type) == types.end())
+        if (type && seen.insert(*type).second)
             types.push_back(std::move(*type));
     }
     return types;

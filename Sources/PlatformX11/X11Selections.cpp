@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_set>
 #include <utility>
 
 namespace tavel {
@@ -56,13 +57,6 @@ X11Selection& X11Selections::selection(const std::optional<std::string>& pastebo
     return selection;
 }
 
-void X11Selections::synchronize() {
-    const auto cookie = xcb_get_input_focus(connection_->get());
-    const X11Reply<xcb_get_input_focus_reply_t> reply(
-        xcb_get_input_focus_reply(connection_->get(), cookie, nullptr));
-    connection_->dispatchEvents();
-}
-
 bool X11Selections::own(X11Selection& selection, Items items) {
     const auto content = std::make_shared<const Items>(std::move(items));
     for (int attempt = 0; attempt < mostAttempts && !connection_->isLost(); ++attempt) {
@@ -74,7 +68,7 @@ bool X11Selections::own(X11Selection& selection, Items items) {
         xcb_set_selection_owner(connection_->get(), connection_->window(), selection.atom, now);
         // The news of it, which arrives before this answer, is what counts: it stands in the right place
         // among those of other programs.
-        synchronize();
+        connection_->synchronize();
         if (selection.owned == content)
             return true;
     }
@@ -88,9 +82,11 @@ const std::vector<std::string>& X11Selections::targets(X11Selection& selection) 
         selection.targets.emplace(); // also without an answer: nobody is asked twice
         if (answer && answer->format == 32) {
             std::vector<xcb_atom_t> atoms(answer->bytes.size() / sizeof(xcb_atom_t));
-            std::memcpy(atoms.data(), answer->bytes.data(), atoms.size() * sizeof(xcb_atom_t));
+            if (!atoms.empty())
+                std::memcpy(atoms.data(), answer->bytes.data(), atoms.size() * sizeof(xcb_atom_t));
+            std::unordered_set<std::string> seen{std::string()};
             for (std::string& name : connection_->atomNames(atoms)) {
-                if (!name.empty() && std::ranges::find(*selection.targets, name) == selection.targets->end())
+                if (seen.insert(name).second)
                     selection.targets->push_back(std::move(name));
             }
         }
@@ -130,7 +126,7 @@ void X11Selections::handOver() {
     const auto clipboard = selections_.find(connection_->atom(selectionNameOf(std::nullopt)));
     if (clipboard == selections_.end() || connection_->isLost())
         return;
-    synchronize();
+    connection_->synchronize();
     const std::shared_ptr<const Items> content = clipboard->second.owned;
     if (content == nullptr || content->empty())
         return;
@@ -149,17 +145,19 @@ std::optional<OwnedSelection> X11Selections::ownedSelection(xcb_atom_t atom) con
 }
 
 void X11Selections::handleEvent(const xcb_generic_event_t& event) {
-    // The highest bit says that a program sent the event, which is how answers come (ICCCM 2.2).
-    const int kind = event.response_type & 0x7F;
+    // The highest bit says that a program made the event, which is how answers come (ICCCM 2.2). Only the
+    // server is believed what it alone can know.
+    constexpr int sentByProgram = 0x80;
+    const int kind = event.response_type;
     if (kind == connection_->selectionOwnerEvent()) {
         handleOwnerChange(event);
-    } else if (kind == XCB_SELECTION_REQUEST) {
+    } else if ((kind & ~sentByProgram) == XCB_SELECTION_REQUEST) {
         server_.handleRequest(reinterpret_cast<const xcb_selection_request_event_t&>(event));
-    } else if (kind == XCB_SELECTION_NOTIFY) {
+    } else if ((kind & ~sentByProgram) == XCB_SELECTION_NOTIFY) {
         reader_.handleAnswer(reinterpret_cast<const xcb_selection_notify_event_t&>(event));
     } else if (kind == XCB_PROPERTY_NOTIFY) {
         const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-        reader_.handlePropertyChange(change);
+        reader_.handlePropertyChange(change, event.full_sequence);
         server_.handlePropertyChange(change);
     } else if (kind == XCB_DESTROY_NOTIFY) {
         server_.handleDestruction(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);

@@ -69,7 +69,7 @@ public:
     X11Selection& selection(const std::optional<std::string>& pasteboardName);
 
     /// Takes in everything that happened until now. One round trip.
-    void synchronize();
+    void synchronize() { connection_->synchronize(); }
 
     /// Takes the selection over with this content. False if another program keeps it, or the server is lost.
     bool own(X11Selection& selection, Items items);

@@ -1,0 +1,182 @@
+#include "Tests/Support/WaitUntil.h"
+#include "Tests/X11/ScriptedOwner.h"
+#include "Tests/X11/X11Peers.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+
+namespace tavel {
+
+namespace {
+
+class ChangeCount : public testing::Test {
+protected:
+    /// By how much the count moves with the operation, noticed or asked for.
+    template <typename Operation>
+    std::int64_t moveOf(const Operation& operation) {
+        const std::int64_t before = peers.board().changeCount();
+        operation();
+        const std::int64_t after = peers.board().changeCount();
+        EXPECT_EQ(peers.board().noticedChangeCount(), after);
+        return after - before;
+    }
+
+    X11Peers peers{longPatience()};
+    ScriptedOwner owner{peers.display()};
+};
+
+TEST_F(ChangeCount, beginsWithNothing) {
+    EXPECT_EQ(peers.board().changeCount(), 0);
+    EXPECT_EQ(peers.board().noticedChangeCount(), 0);
+}
+
+TEST_F(ChangeCount, movesByOneWithAnotherProgramsCopy) {
+    EXPECT_EQ(moveOf([this] { owner.take(); }), 1);
+}
+
+TEST_F(ChangeCount, movesByOneEachTimeTheSameWindowTakesTheSelectionAgain) {
+    owner.take();
+    EXPECT_EQ(moveOf([this] {
+                  for (int i = 0; i < 5; ++i)
+                      owner.take();
+              }),
+              5);
+}
+
+TEST_F(ChangeCount, movesWithEachOfTwoProgramsThatTakeTurns) {
+    ScriptedOwner other(peers.display());
+    EXPECT_EQ(moveOf([&] {
+                  for (int i = 0; i < 5; ++i) {
+                      owner.take();
+                      other.take();
+                  }
+              }),
+              10);
+}
+
+TEST_F(ChangeCount, staysWhenTheOwnerLetsTheSelectionGo) {
+    owner.offerValue("UTF8_STRING", "text");
+    owner.take();
+    EXPECT_EQ(moveOf([this] { owner.release(); }), 0);
+    EXPECT_TRUE(peers.board().types().empty());
+    EXPECT_EQ(moveOf([this] { owner.take(); }), 1);
+    EXPECT_EQ(peers.text(), "text");
+}
+
+TEST_F(ChangeCount, staysWhenTheOwnerExits) {
+    owner.offerValue("UTF8_STRING", "text");
+    owner.take();
+    EXPECT_EQ(peers.text(), "text");
+    EXPECT_EQ(moveOf([this] {
+                  owner.disconnect();
+                  waitUntil([this] { return peers.board().types().empty(); }, atOnce);
+              }),
+              0);
+}
+
+TEST_F(ChangeCount, staysWhenTheOwnersWindowIsDestroyed) {
+    owner.offerValue("UTF8_STRING", "text");
+    owner.take();
+    EXPECT_EQ(moveOf([this] { owner.destroyWindow(); }), 0);
+    EXPECT_TRUE(peers.board().types().empty());
+    EXPECT_EQ(peers.text(), std::nullopt);
+}
+
+TEST_F(ChangeCount, staysWhenNobodyLetsNothingGo) {
+    EXPECT_EQ(moveOf([this] { owner.release(); }), 0);
+}
+
+TEST_F(ChangeCount, movesByOneWithTheProgramsOwnClear) {
+    EXPECT_EQ(moveOf([this] { peers.board().clearContents(); }), 1);
+    EXPECT_EQ(moveOf([this] { peers.board().setString("text", "public.utf8-plain-text"); }), 0);
+    EXPECT_EQ(moveOf([this] { peers.board().clearContents(); }), 1);
+}
+
+TEST_F(ChangeCount, ofAClearIsTheOneThatItGives) {
+    EXPECT_EQ(peers.board().clearContents(), 1);
+    EXPECT_EQ(peers.board().changeCount(), 1);
+    owner.take();
+    EXPECT_EQ(peers.board().clearContents(), 3);
+    EXPECT_EQ(peers.board().noticedChangeCount(), 3);
+}
+
+TEST_F(ChangeCount, movesByOneWithTheProgramsOwnUpdate) {
+    EXPECT_EQ(moveOf([this] {
+                  EXPECT_TRUE(peers.board().update([this] {
+                      peers.board().clearContents();
+                      return peers.board().setString("text", "public.utf8-plain-text") &&
+                             peers.board().setData(Bytes::copyOf("<p>"), "public.html");
+                  }));
+              }),
+              1);
+    EXPECT_EQ(peers.text(), "text");
+}
+
+TEST_F(ChangeCount, movesByTwoWhenAnotherProgramTakesOverBetweenTwoClears) {
+    peers.board().clearContents();
+    EXPECT_EQ(moveOf([this] {
+                  owner.take();
+                  peers.board().clearContents();
+              }),
+              2);
+}
+
+TEST_F(ChangeCount, tellsOfATakeoverBeforeTheNextWrite) {
+    const auto own = peers.board().clearContents();
+    owner.offerValue("UTF8_STRING", "theirs");
+    owner.take();
+    EXPECT_FALSE(peers.board().setString("text", "public.utf8-plain-text"));
+    EXPECT_EQ(peers.board().noticedChangeCount(), own + 1);
+    EXPECT_EQ(peers.text(), "theirs");
+}
+
+TEST_F(ChangeCount, countsEveryTakingOfProgramsThatFightForTheSelection) {
+    ScriptedOwner other(peers.display());
+    constexpr int times = 50;
+    const std::int64_t before = peers.board().changeCount();
+    std::atomic<int> taken = 0;
+    const auto fight = [&taken](ScriptedOwner& one) {
+        for (int i = 0; i < times; ++i) {
+            try {
+                one.take();
+                ++taken;
+            } catch (const std::runtime_error&) {
+                ++taken; // it was taken over before it could ask, or came too late: not known which
+            }
+        }
+    };
+    std::thread thread([&] { fight(other); });
+    int cleared = 0;
+    for (int i = 0; i < times; ++i) {
+        const auto beforeClear = peers.board().noticedChangeCount();
+        const auto count = peers.board().clearContents();
+        EXPECT_GE(count, beforeClear);
+        cleared += count > beforeClear ? 1 : 0;
+    }
+    thread.join();
+    // Afterwards all agree on who has it.
+    owner.offerValue("UTF8_STRING", "last");
+    owner.take();
+    EXPECT_EQ(peers.text(), "last");
+    EXPECT_GT(cleared, 0);
+    EXPECT_LE(peers.board().changeCount() - before, 2 * times + taken + 1);
+}
+
+TEST_F(ChangeCount, isNoticedByItselfWithoutBeingAskedFor) {
+    owner.take();
+    waitUntil([this] { return peers.board().noticedChangeCount() == 1; }, atOnce);
+    owner.take();
+    waitUntil([this] { return peers.board().noticedChangeCount() == 2; }, atOnce);
+}
+
+TEST_F(ChangeCount, isEachSelectionsOwn) {
+    const auto other = peers.program().open("another");
+    owner.take();
+    EXPECT_EQ(peers.board().changeCount(), 1);
+    EXPECT_EQ(other->changeCount(), 0);
+}
+
+} // namespace
+
+} // namespace tavel

@@ -1,0 +1,236 @@
+#include "Tests/Support/WaitUntil.h"
+#include "Tests/X11/ScriptedOwner.h"
+#include "Tests/X11/X11Peers.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <future>
+
+namespace tavel {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(HostileOwner, whoNeverAnswersForItsTargetsHasNoTypesAndIsNotAskedAgain) {
+    X11Peers peers(shortSilence());
+    ScriptedOwner owner(peers.display());
+    owner.on("TARGETS", owner.silence());
+    owner.take();
+    EXPECT_THAT(peers.board().types(), IsEmpty());
+    EXPECT_EQ(peers.text(), std::nullopt);
+    EXPECT_THAT(peers.board().types(), IsEmpty());
+    EXPECT_EQ(owner.requests().size(), 1U);
+}
+
+TEST(HostileOwner, whoHangsOnTheDataGivesNothing) {
+    X11Peers peers(shortSilence());
+    ScriptedOwner owner(peers.display());
+    owner.offer({"UTF8_STRING"});
+    owner.on("UTF8_STRING", owner.silence());
+    owner.take();
+    EXPECT_THAT(peers.board().types(), ElementsAre("public.utf8-plain-text"));
+    EXPECT_EQ(peers.text(), std::nullopt);
+    EXPECT_EQ(owner.countOf("UTF8_STRING"), 1U);
+}
+
+TEST(HostileOwner, whoRefusesEverythingDoesSoAtOnce) {
+    X11Peers peers(longPatience());
+    ScriptedOwner owner(peers.display());
+    owner.take();
+    EXPECT_LT(durationOf([&] { EXPECT_THAT(peers.board().types(), IsEmpty()); }), atOnce);
+}
+
+TEST(HostileOwner, whoRefusesWhatItOffersGivesNothingAtOnce) {
+    X11Peers peers(longPatience());
+    ScriptedOwner owner(peers.display());
+    owner.offer({"UTF8_STRING", "STRING"});
+    owner.take();
+    EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
+    EXPECT_EQ(owner.countOf("UTF8_STRING"), 1U);
+    EXPECT_EQ(owner.countOf("STRING"), 1U);
+}
+
+TEST(HostileOwner, whoRefusesOneFormOfTheTextIsAskedForTheNext) {
+    X11Peers peers(longPatience());
+    ScriptedOwner owner(peers.display());
+    owner.offer({"UTF8_STRING", "STRING"});
+    owner.on("STRING", owner.value("STRING", "abc"));
+    owner.take();
+    EXPECT_EQ(peers.text(), "abc");
+}
+
+TEST(HostileOwner, whoAnnouncesAPropertyThatIsNotThereGivesNothingAtOnce) {
+    X11Peers peers(longPatience());
+    ScriptedOwner owner(peers.display());
+    owner.offer({"UTF8_STRING"});
+    owner.on("UTF8_STRING", [&](const auto& request) { owner.notify(request); });
+    owner.take();
+    EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
+}
+
+TEST(HostileOwner, whoSetsThePropertyTwiceBeforeTheAnswerGivesTheLatterValue) {
+    X11Peers peers(longPatience());
+    ScriptedOwner owner(peers.display());
+    owner.offer({"UTF8_STRING"});
+    owner.on("UTF8_STRING", [&](const auto& request) {
+        owner.put(request, "UTF8_STRING", "first");
+        owner.put(request, "UTF8_STRING", "second");
+        owner.notify(request);
+    });
+    owner.take();
+    EXPECT_EQ(peers.text(), "second");
+}
+
+TEST(HostileOwner, whoSetsThePropertyAgainAfterTheAnswerDoesNotDisturbTheNextRead) {
+    X11Peers peers(longPatience());
+    ScriptedOwner owner(peers.display());
+    owner.offer({"UTF8_STRING", "text/html"});
+    owner.on("UTF8_STRING", [&](const auto& request) {
+        owner.value("UTF8_STRING", "value")(request);
+        owner.awaitDeletion(request);
+        owner.put(request, "UTF8_STRING", "afterthought");
+        owner.notify(request);
+    });
+    owner.on("text/html", owner.value("text/html", "<p>"));
+    owner.take();
+    EXPECT_EQ(peers.text(), "value");
+    EXPECT_EQ(peers.data("public.html"), "<p>");
+    EXPECT_EQ(peers.text(), "value");
+    const auto last = owner.awaitRequest("UTF8_STRING", 2);
+    EXPECT_EQ(peers.data("public.html"), "<p>");
+    EXPECT_TRUE(owner.awaitDeletion(last));
+}
+
+TEST(HostileOwner, whoAnswersTwiceIsTakenAtItsFirstWord) {
+    X11Peers peers(longPatience());
+    ScriptedOwner owner(peers.display());
+    owner.offer({"UTF8_STRING"});
+    owner.on("UTF8_STRING", [&](const auto& request) {
+        owner.put(request, "UTF8_STRING", "value");
+        owner.notify(request);
+        owner.refuse(request);
+        owner.notify(request);
+    });
+    owner.take();
+    EXPECT_EQ(peers.text(), "value");
+    EXPECT_EQ(peers.text(), "value");
+}
+
+TEST(HostileOwner, whoExitsWithoutAnAnswerEndsTheReadAtOnce) {
+    X11Peers peers(longPatience());
+    ScriptedOwner owner(peers.display());
+    owner.offer({"UTF8_STRING"});
+    owner.on("UTF8_STRING", [&](const auto&) { owner.disconnect(); });
+    owner.take();
+    EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
+    EXPECT_THAT(peers.board().types(), IsEmpty());
+}
+
+TEST(HostileOwner, whoDestroysItsWindowWithoutAnAnswerEndsTheReadAtOnce) {
+    X11Peers peers(longPatience());
+    ScriptedOwner owner(peers.display());
+    owner.offer({"UTF8_STRING"});
+    owner.on("UTF8_STRING", [&](const auto&) { owner.destroyWindow(); });
+    owner.take();
+    EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
+}
+
+TEST(HostileOwner, whoIsReplacedWithoutAnAnswerEndsTheReadAtOnce) {
+    X11Peers peers(longPatience());
+    ScriptedOwner owner(peers.display());
+    ScriptedOwner next(peers.display());
+    next.offerValue("UTF8_STRING", "next");
+    owner.offer({"UTF8_STRING"});
+    owner.on("UTF8_STRING", [&](const auto&) { next.take(); });
+    owner.take();
+    EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
+    EXPECT_EQ(peers.text(), "next");
+}
+
+// An owner that is silent is silent, whatever else goes on. (A third program's events come all the time.)
+TEST(HostileOwner, whoIsSilentIsGivenUpThoughOtherEventsComeMeanwhile) {
+    auto patience = longPatience();
+    patience.silence = std::chrono::milliseconds(200);
+    X11Peers peers(patience);
+    ScriptedOwner owner(peers.display());
+    ScriptedOwner noise(peers.display());
+    owner.offer({"UTF8_STRING"});
+    owner.on("UTF8_STRING", owner.silence());
+    owner.take();
+    std::atomic<bool> isOver = false;
+    auto making = std::async(std::launch::async, [&] {
+        const auto request = owner.awaitRequest("UTF8_STRING");
+        auto elsewhere = request;
+        elsewhere.property = noise.atom("NOISE");
+        const auto end = std::chrono::steady_clock::now() + 2 * atOnce;
+        while (!isOver && std::chrono::steady_clock::now() < end) {
+            noise.put(elsewhere, "NOISE", "noise");
+            noise.atom("ROUND_TRIP");
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    });
+    EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
+    isOver = true;
+    making.get();
+}
+
+// The longest that a content's owner can hold this program up is the limit, also with events without end.
+TEST(HostileOwner, whoFloodsTheAwaitedPropertyIsGivenUpAtTheContentsLimit) {
+    auto patience = longPatience();
+    patience.content = std::chrono::seconds(1);
+    X11Peers peers(patience);
+    ScriptedOwner owner(peers.display());
+    owner.offer({"UTF8_STRING"});
+    std::atomic<bool> isOver = false;
+    owner.on("UTF8_STRING", [&](const auto& request) {
+        owner.announce(request, 1);
+        // Without an end of its own, should the reader not find one.
+        const auto end = std::chrono::steady_clock::now() + atOnce + std::chrono::seconds(3);
+        const xcb_atom_t type = owner.atom("UTF8_STRING");
+        while (!isOver && !owner.isEnding() && std::chrono::steady_clock::now() < end) {
+            for (int i = 0; i < 3; ++i)
+                xcb_change_property(owner.connection(), XCB_PROP_MODE_APPEND, request.requestor,
+                                    request.property, type, 8, 1, "x");
+            owner.atom("ROUND_TRIP"); // no backlog without end in the server
+        }
+    });
+    owner.take();
+    EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
+    isOver = true;
+}
+
+TEST(HostileOwner, whoDatesItsRefusalOtherwiseIsTakenToRefuseAtOnce) {
+    X11Peers peers(longPatience());
+    ScriptedOwner owner(peers.display());
+    owner.offer({"UTF8_STRING"});
+    owner.on("UTF8_STRING", [&](const auto& request) { owner.refuse(request, XCB_CURRENT_TIME); });
+    owner.take();
+    EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
+}
+
+TEST(HostileOwner, isWaitedForNoLongerThanTheContentsLimitOverAllReads) {
+    auto patience = longPatience();
+    patience.silence = std::chrono::milliseconds(500);
+    patience.content = std::chrono::milliseconds(700);
+    X11Peers peers(patience);
+    ScriptedOwner owner(peers.display());
+    owner.offer({"UTF8_STRING"});
+    owner.on("UTF8_STRING", owner.silence());
+    owner.take();
+    EXPECT_LT(durationOf([&] {
+                  for (int i = 0; i < 100; ++i)
+                      EXPECT_EQ(peers.text(), std::nullopt);
+              }),
+              atOnce);
+    // A new content is a new chance.
+    owner.on("UTF8_STRING", owner.value("UTF8_STRING", "late, but there"));
+    owner.take();
+    EXPECT_EQ(peers.text(), "late, but there");
+}
+
+} // namespace
+
+} // namespace tavel

@@ -1,0 +1,170 @@
+#include "Tests/X11/ScriptedOwner.h"
+#include "Tests/X11/X11Peers.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <functional>
+
+namespace tavel {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class TargetList : public testing::Test {
+protected:
+    void take() {
+        owner.on("UTF8_STRING", owner.value("UTF8_STRING", "text"));
+        owner.take();
+    }
+
+    X11Peers peers{longPatience()};
+    ScriptedOwner owner{peers.display()};
+};
+
+TEST_F(TargetList, isAskedForOncePerContent) {
+    owner.offerValue("UTF8_STRING", "text");
+    owner.take();
+    for (int i = 0; i < 5; ++i)
+        EXPECT_THAT(peers.board().types(), ElementsAre("public.utf8-plain-text"));
+    EXPECT_EQ(peers.text(), "text");
+    EXPECT_EQ(peers.data("public.png"), std::nullopt);
+    EXPECT_EQ(owner.countOf("TARGETS"), 1U);
+    owner.offerValue("image/png", "picture");
+    owner.take();
+    for (int i = 0; i < 5; ++i)
+        EXPECT_THAT(peers.board().types(), ElementsAre("public.png"));
+    EXPECT_EQ(owner.countOf("TARGETS"), 2U);
+}
+
+TEST_F(TargetList, isAskedForOnceByAllPasteboardsOfAProgram) {
+    const auto second = peers.program().open(std::nullopt);
+    owner.offerValue("UTF8_STRING", "text");
+    owner.take();
+    EXPECT_THAT(peers.board().types(), ElementsAre("public.utf8-plain-text"));
+    EXPECT_THAT(second->types(), ElementsAre("public.utf8-plain-text"));
+    EXPECT_EQ(owner.countOf("TARGETS"), 1U);
+}
+
+TEST_F(TargetList, andEverythingElseIsAskedForAtATimeInTheOwnersTime) {
+    owner.offerValue("UTF8_STRING", "text");
+    for (int i = 0; i < 3; ++i) {
+        owner.take();
+        EXPECT_EQ(peers.text(), "text");
+    }
+    EXPECT_EQ(owner.requests().size(), 6U);
+    owner.take();
+    EXPECT_EQ(peers.text(), "text");
+    for (const auto& request : owner.requests())
+        EXPECT_NE(request.time, xcb_timestamp_t{XCB_CURRENT_TIME});
+    EXPECT_GE(owner.awaitRequest("TARGETS", 4).time, owner.ownedSince());
+    EXPECT_GE(owner.awaitRequest("UTF8_STRING", 4).time, owner.ownedSince());
+}
+
+TEST_F(TargetList, ofAnOwnerFromBeforeTheProgramIsAskedForAtATimeInTheOwnersTime) {
+    owner.offerValue("UTF8_STRING", "text");
+    owner.take();
+    PasteboardProgram late(peers.display(), longPatience());
+    EXPECT_THAT(late.open(std::nullopt)->types(), ElementsAre("public.utf8-plain-text"));
+    EXPECT_NE(owner.awaitRequest("TARGETS").time, xcb_timestamp_t{XCB_CURRENT_TIME});
+    EXPECT_GE(owner.awaitRequest("TARGETS").time, owner.ownedSince());
+}
+
+TEST_F(TargetList, inFormat8IsNone) {
+    owner.on("TARGETS", owner.value("ATOM", "UTF8_STRING", 8));
+    take();
+    EXPECT_THAT(peers.board().types(), IsEmpty());
+    EXPECT_EQ(peers.text(), std::nullopt);
+}
+
+TEST_F(TargetList, inFormat16IsNone) {
+    owner.on("TARGETS", owner.value("ATOM", std::string(64, '\1'), 16));
+    take();
+    EXPECT_THAT(peers.board().types(), IsEmpty());
+}
+
+TEST_F(TargetList, ofTypeTargetsIsOne) {
+    owner.on("TARGETS", owner.atoms("TARGETS", {owner.atom("UTF8_STRING")}));
+    take();
+    EXPECT_THAT(peers.board().types(), ElementsAre("public.utf8-plain-text"));
+    EXPECT_EQ(peers.text(), "text");
+}
+
+TEST_F(TargetList, withoutAnyTargetIsEmpty) {
+    owner.on("TARGETS", owner.atoms("ATOM", {}));
+    take();
+    EXPECT_THAT(peers.board().types(), IsEmpty());
+    EXPECT_EQ(peers.text(), std::nullopt);
+}
+
+TEST_F(TargetList, losesOnlyTheAtomsThatAreNone) {
+    owner.on("TARGETS", owner.atoms("ATOM", {0xFFFFFFFF, owner.atom("UTF8_STRING"), 0x12345678, XCB_ATOM_NONE,
+                                             owner.atom("image/png"), 0x80000000}));
+    take();
+    EXPECT_THAT(peers.board().types(), ElementsAre("public.utf8-plain-text", "public.png"));
+    EXPECT_EQ(peers.text(), "text");
+}
+
+TEST_F(TargetList, withTheSameTargetsAgainHasEachOnce) {
+    const xcb_atom_t text = owner.atom("UTF8_STRING");
+    const xcb_atom_t picture = owner.atom("image/png");
+    owner.on("TARGETS", owner.atoms("ATOM", {text, picture, text, text, picture, owner.atom("STRING")}));
+    take();
+    EXPECT_THAT(peers.board().types(), ElementsAre("public.utf8-plain-text", "public.png"));
+}
+
+TEST_F(TargetList, of100000TargetsIsNoneAndTheNextContentIsReadAsAlways) {
+    owner.on("TARGETS", owner.atoms("ATOM", std::vector<xcb_atom_t>(100'000, owner.atom("UTF8_STRING"))));
+    take();
+    EXPECT_THAT(peers.board().types(), IsEmpty());
+    owner.offerValue("UTF8_STRING", "text");
+    owner.take();
+    EXPECT_EQ(peers.text(), "text");
+}
+
+TEST_F(TargetList, ofTheMostTargetsThatAreTakenIsReadAsItIs) {
+    constexpr std::size_t most = 16'384;
+    std::vector<xcb_atom_t> targets;
+    std::vector<xcb_intern_atom_cookie_t> asked;
+    for (std::size_t i = 0; i < most; ++i) {
+        const std::string name = "application/x-target-" + std::to_string(i);
+        asked.push_back(
+            xcb_intern_atom(owner.connection(), 0, static_cast<std::uint16_t>(name.size()), name.data()));
+    }
+    for (const auto cookie : asked) {
+        xcb_intern_atom_reply_t* const reply = xcb_intern_atom_reply(owner.connection(), cookie, nullptr);
+        targets.push_back(reply->atom);
+        std::free(reply);
+    }
+    owner.on("TARGETS", owner.atoms("ATOM", targets));
+    take();
+    const auto types = peers.board().types();
+    ASSERT_EQ(types.size(), most);
+    EXPECT_EQ(types.front(), "application/x-target-0");
+    EXPECT_EQ(types.back(), "application/x-target-16383");
+}
+
+// Every request has a number. Reading costs no more of them than finding out that the content is still one's
+// own.
+TEST_F(TargetList, andValuesOfTheProgramsOwnContentAreAskedOfNobody) {
+    peers.write("public.utf8-plain-text", "own");
+    peers.program().run([this] {
+        xcb_connection_t* const connection = peers.program().selections().connection().get();
+        const auto requestsOf = [connection](const std::function<void()>& operation) {
+            const unsigned int before = xcb_no_operation(connection).sequence;
+            operation();
+            return xcb_no_operation(connection).sequence - before;
+        };
+        const auto ofSynchronizing = requestsOf([this] { peers.program().selections().synchronize(); });
+        EXPECT_EQ(requestsOf([this] { EXPECT_EQ(peers.text(), "own"); }), ofSynchronizing);
+        EXPECT_EQ(requestsOf([this] { EXPECT_FALSE(peers.board().types().empty()); }), ofSynchronizing);
+        EXPECT_EQ(requestsOf([this] { EXPECT_TRUE(peers.data("public.utf8-plain-text")); }), ofSynchronizing);
+        EXPECT_EQ(requestsOf([this] { EXPECT_TRUE(peers.board().filePaths().empty()); }), ofSynchronizing);
+    });
+}
+
+} // namespace
+
+} // namespace tavel

@@ -1,0 +1,65 @@
+#include "Tests/X11/X11Peers.h"
+
+#include "Platform/PasteboardTypes.h"
+
+#include <cstdint>
+
+namespace tavel {
+
+X11Selections::Patience shortSilence() {
+    X11Selections::Patience patience;
+    patience.silence = std::chrono::milliseconds(200);
+    return patience;
+}
+
+X11Selections::Patience longPatience() {
+    constexpr std::chrono::seconds limit{30};
+    return {limit, limit, limit, limit};
+}
+
+X11Peers::X11Peers(const X11Selections::Patience& patience)
+    : program_(server_.display(), patience), board_(program_.open(std::nullopt)) {}
+
+std::optional<std::string> X11Peers::text() {
+    const auto text = board_->string(pasteboardType::string);
+    return text ? std::optional<std::string>(text->view()) : std::nullopt;
+}
+
+std::optional<std::string> X11Peers::data(std::string_view type) {
+    const auto data = board_->data(type);
+    return data ? std::optional<std::string>(data->view()) : std::nullopt;
+}
+
+void X11Peers::write(std::string_view type, std::string_view data) {
+    board_->clearContents();
+    if (!board_->setData(Bytes::copyOf(data), type))
+        throw std::runtime_error("The program cannot write.");
+}
+
+void X11Peers::settle() {
+    program_.run([this] {
+        program_.selections().synchronize(); // what happened
+        program_.selections().synchronize(); // what was done upon it
+    });
+}
+
+bool X11Peers::isServing() {
+    bool serving = false;
+    program_.run([&] {
+        program_.selections().synchronize();
+        serving = program_.selections().isServing();
+    });
+    return serving;
+}
+
+std::string distinctBytes(std::size_t size, unsigned int seed) {
+    std::string bytes(size, '\0');
+    std::uint32_t state = seed * 2654435761U + 1;
+    for (char& byte : bytes) {
+        state = state * 1664525U + 1013904223U;
+        byte = static_cast<char>('0' + (state >> 24) % 64);
+    }
+    return bytes;
+}
+
+} // namespace tavel
