@@ -103,6 +103,10 @@ void SelectionReader::abandon(xcb_atom_t selection) {
     }
 }
 
+bool SelectionReader::awaitsLateAnswers() const {
+    return std::ranges::any_of(transfers_, [](const Transfer& transfer) { return !transfer.isAnswered; });
+}
+
 /// The transfer that this is the answer to. A refusal names no property; where its time, which should be the
 /// request's, does not tell either, it is taken to be for the latest request, which somebody waits for.
 SelectionReader::Position SelectionReader::transferFor(const xcb_selection_notify_event_t& answer) {

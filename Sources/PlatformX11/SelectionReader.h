@@ -47,6 +47,9 @@ public:
     /// Nobody will answer for that selection any more, or what they answer is out of date.
     void abandon(xcb_atom_t selection);
 
+    /// Whether there are requests that nobody waits for any more, but that may still be answered.
+    bool awaitsLateAnswers() const;
+
     void handleAnswer(const xcb_selection_notify_event_t& answer);
     /// `requestNumber` is that of the last request before the change, as every event tells it.
     void handlePropertyChange(const xcb_property_notify_event_t& change, std::uint32_t requestNumber);

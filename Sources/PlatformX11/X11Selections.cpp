@@ -108,8 +108,11 @@ std::optional<SelectionReader::Answer> X11Selections::ask(X11Selection& selectio
         return std::nullopt;
     const std::int64_t countBefore = selection.changeCount;
     const auto begin = Clock::now();
-    auto answer = reader_.read({selection.atom, target, connection_->latestTime(), limit}, patience_.silence,
-                               begin + selection.patience);
+    // A refusal is told from a late one only by its time.
+    const xcb_timestamp_t time =
+        reader_.awaitsLateAnswers() ? connection_->fetchTime() : connection_->latestTime();
+    auto answer =
+        reader_.read({selection.atom, target, time, limit}, patience_.silence, begin + selection.patience);
     if (selection.changeCount == countBefore)
         selection.patience -= std::min(Clock::now() - begin, selection.patience);
     return answer;
