@@ -43,6 +43,7 @@ class Session:
         self.environment = dict(
             os.environ, XDG_RUNTIME_DIR=directory, TMPDIR=directory, PATH=f"{programs}:{os.environ['PATH']}"
         )
+        self.environment.pop("DISPLAY", None)  # nobody's clipboard is to be played with
         self.received = b""
         self.agent = subprocess.Popen(
             [programs / "TavelClipboardAgent"],
