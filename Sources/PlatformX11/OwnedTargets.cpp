@@ -25,6 +25,13 @@ TargetValue filesForTarget(const std::vector<std::string>& urls, const std::stri
     return {target, Bytes::adopt(target == targetName::uriList ? uriListOf(urls) : copiedFilesOf(urls))};
 }
 
+/// Here HTML is in UTF-8 without saying so, and a browser takes the mark for the page's first character.
+TargetValue htmlForTarget(const Bytes& html, const std::string& target) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    const std::size_t start = html.view().starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
+    return {target, html.slice(start, html.size())};
+}
+
 } // namespace
 
 std::vector<std::string> contentTargets(const pasteboardItems::Items& items) {
@@ -54,6 +61,8 @@ std::optional<TargetValue> valueForTarget(const pasteboardItems::Items& items, c
         return textForTarget(*data, target);
     if (*type == pasteboardType::fileUrl)
         return filesForTarget(pasteboardItems::fileUrls(items), target);
+    if (*type == "public.html")
+        return htmlForTarget(*data, target);
     return TargetValue{target, std::move(*data)};
 }
 

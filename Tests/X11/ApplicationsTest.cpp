@@ -14,7 +14,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::HasSubstr;
 
 /// A program that copies and pastes in the way of its kind.
@@ -160,8 +159,7 @@ TEST_P(ContentOfToolkit, canBeTheFormatsThatTheParentSent) {
             agent(),
             {{"command", "write_files"}, {"kind", "formats"}, {"paths", {html, text}}, {"marker", "here"}}),
         success(1));
-    // The agent puts a byte-order mark before HTML, which a toolkit may take away again.
-    EXPECT_THAT(outputOf({GetParam(), "paste-html"}), EndsWith("<i>\xC3\xA9</i>"));
+    EXPECT_EQ(outputOf({GetParam(), "paste-html"}), "<i>\xC3\xA9</i>") << "without a byte-order mark";
     EXPECT_EQ(outputOf({GetParam(), "paste-text"}), "\xC3\xA9");
 }
 

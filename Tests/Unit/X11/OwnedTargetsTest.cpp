@@ -235,5 +235,13 @@ TEST(OwnedTargets, giveEverythingThatTheyOffer) {
     }
 }
 
+TEST(OwnedTargets, giveHtmlWithoutTheByteOrderMarkThatABrowserWouldShow) {
+    const Items items{{with("public.html", "\xEF\xBB\xBF<b>")}};
+    EXPECT_EQ(valueForTarget(items, "text/html")->bytes.view(), "<b>");
+    EXPECT_EQ(valueForTarget(Items{{with("public.html", "\xEF\xBB\xBF")}}, "text/html")->bytes.view(), "");
+    EXPECT_EQ(valueForTarget(Items{{with(text, "\xEF\xBB\xBFx")}}, "UTF8_STRING")->bytes.view(),
+              "\xEF\xBB\xBFx");
+}
+
 } // namespace
 } // namespace tavel
