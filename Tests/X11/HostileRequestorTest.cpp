@@ -112,12 +112,15 @@ TEST_F(VanishingRequestor, doesNotTakeAnotherAlong) {
     EXPECT_TRUE(value && value->bytes == picture);
 }
 
-TEST_F(HostileRequestor, whoDeletesTheAnnouncementUnreadGetsTheFirstIncrement) {
+// The second deletion may come when the first increment is there already.
+TEST_F(HostileRequestor, whoDeletesTheAnnouncementTwiceLosesOneIncrementAtTheMost) {
     ASSERT_TRUE(requestor.convert("image/png"));
     requestor.deleteProperty();
     requestor.deleteProperty();
     const auto value = requestor.readIncrements();
-    EXPECT_TRUE(value && value->bytes == picture);
+    ASSERT_TRUE(value);
+    EXPECT_TRUE(picture.ends_with(value->bytes));
+    EXPECT_GE(value->bytes.size(), picture.size() - (1 << 20));
 }
 
 TEST_F(HostileRequestor, whoDeletesAnIncrementUnreadLosesItAlone) {
