@@ -26,7 +26,7 @@ private:
         void operator()(char* bytes) const { std::free(bytes); }
     };
 
-    bool makeHuge();
+    std::size_t capacityFor(std::size_t needed) const;
     void resize(std::size_t capacity);
 
     std::unique_ptr<char, Free> bytes_;

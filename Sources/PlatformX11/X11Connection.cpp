@@ -16,6 +16,9 @@ namespace {
 /// Other programs can make up names without end; what is behind them is asked for again.
 constexpr std::size_t mostRememberedAtoms = 4096;
 
+/// Some programs take no more of a property, and do not look whether there is more (xsel).
+constexpr std::size_t largestCommonPropertyBytes = 4'000'000;
+
 /// What a request needs besides the property's value, and a little more.
 constexpr std::size_t requestOverheadBytes = 64;
 
@@ -29,6 +32,11 @@ const xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
     while (screens.rem > 1 && number-- > 0)
         xcb_screen_next(&screens);
     return screens.rem > 0 ? screens.data : nullptr;
+}
+
+std::size_t largestPropertyOf(xcb_connection_t* connection) {
+    const std::size_t largestRequest = std::size_t{xcb_get_maximum_request_length(connection)} * 4;
+    return std::min(largestRequest - requestOverheadBytes, largestCommonPropertyBytes);
 }
 
 /// Greets the extension, without which it answers nothing. Gives the number of its selection event.
@@ -64,9 +72,8 @@ std::unique_ptr<X11Connection> X11Connection::open(const char* display) {
 X11Connection::X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen,
                              std::uint8_t selectionOwnerEvent)
     : connection_(connection), window_(xcb_generate_id(connection)),
-      largestPropertyBytes_(std::size_t{xcb_get_maximum_request_length(connection)} * 4 -
-                            requestOverheadBytes),
-      selectionOwnerEvent_(selectionOwnerEvent), queued_(nullptr, std::free) {
+      largestPropertyBytes_(largestPropertyOf(connection)), selectionOwnerEvent_(selectionOwnerEvent),
+      queued_(nullptr, std::free) {
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen.root, -1, -1, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);

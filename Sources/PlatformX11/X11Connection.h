@@ -46,7 +46,7 @@ public:
     /// Ready to be read when events may have come.
     int descriptor() const { return xcb_get_file_descriptor(connection_); }
 
-    /// The largest property that one request can set, in bytes.
+    /// The largest property that one request can set, and every program takes as a whole, in bytes.
     std::size_t largestPropertyBytes() const { return largestPropertyBytes_; }
 
     /// The number of the event XFixesSelectionNotify.

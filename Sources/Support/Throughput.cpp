@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 
+#include <cstdint>
 #include <memory>
 
 namespace tavel {
@@ -21,6 +22,16 @@ void preferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_
     constexpr std::size_t pageBytes = 4096; // madvise(2) takes whole pages
     if (std::align(pageBytes, pageBytes, memory, size) != nullptr)
         static_cast<void>(madvise(memory, size / pageBytes * pageBytes, MADV_HUGEPAGE));
+#endif
+}
+
+void provideMemory([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size) {
+#ifdef MADV_POPULATE_WRITE
+    // Of the first page a part is in use. What is there already stays as it is (madvise(2)).
+    constexpr std::uintptr_t pageBytes = 4096;
+    const std::uintptr_t start = reinterpret_cast<std::uintptr_t>(memory) / pageBytes * pageBytes;
+    const std::size_t length = reinterpret_cast<std::uintptr_t>(memory) + size - start;
+    static_cast<void>(madvise(reinterpret_cast<void*>(start), length, MADV_POPULATE_WRITE));
 #endif
 }
 

@@ -15,4 +15,9 @@ void enlargePipe(int descriptor);
 /// most of which goes into first touches of pages.
 void preferLargePages(void* memory, std::size_t size);
 
+/// Has the system put memory behind addresses that are about to be filled, all at once instead of page by
+/// page as they are touched: a fifth less time for 64 MiB that arrive in increments. Unlike large pages it
+/// takes memory that was used before, which is quick also on a virtual machine.
+void provideMemory(void* memory, std::size_t size);
+
 } // namespace tavel
