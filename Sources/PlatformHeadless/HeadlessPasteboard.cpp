@@ -1,5 +1,6 @@
 #include "PlatformHeadless/HeadlessPasteboard.h"
 
+#include "Platform/PasteboardItems.h"
 #include "Platform/PasteboardTypes.h"
 #include "Support/FileUrl.h"
 #include "Support/Utf8.h"
@@ -90,12 +91,7 @@ std::vector<std::string> HeadlessPasteboard::types() {
 }
 
 std::optional<std::string> HeadlessPasteboard::availableType(std::span<const std::string_view> wanted) {
-    const std::vector<std::string> present = types();
-    for (const std::string_view type : wanted) {
-        if (std::ranges::find(present, type) != present.end())
-            return std::string(type);
-    }
-    return std::nullopt;
+    return pasteboardItems::available(types(), wanted);
 }
 
 std::optional<Bytes> HeadlessPasteboard::string(std::string_view type) {

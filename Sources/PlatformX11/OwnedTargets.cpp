@@ -12,6 +12,17 @@ namespace tavel {
 
 namespace {
 
+/// The texts of all items. One alone is given as it is: whether it is UTF-8, its reader judges.
+std::optional<Bytes> textOf(const pasteboardItems::Items& items) {
+    const auto hasText = [](const PasteboardItem& item) {
+        return std::ranges::find(item, pasteboardType::string, &Representation::type) != item.end();
+    };
+    auto text = std::ranges::count_if(items, hasText) > 1
+                    ? pasteboardItems::string(items, pasteboardType::string)
+                    : std::nullopt;
+    return text ? text : pasteboardItems::data(items, pasteboardType::string);
+}
+
 std::optional<TargetValue> textForTarget(const Bytes& text, const std::string& target) {
     if (target == targetName::latin1String) {
         auto latin1 = latin1Of(text);
@@ -50,10 +61,7 @@ std::optional<TargetValue> valueForTarget(const pasteboardItems::Items& items, c
     const auto type = targetName::typeOf(target);
     if (!type)
         return std::nullopt;
-    // What is no text in UTF-8 is given all the same: its reader judges.
-    auto data = *type == pasteboardType::string ? pasteboardItems::string(items, *type) : std::nullopt;
-    if (!data)
-        data = pasteboardItems::data(items, *type);
+    const auto data = *type == pasteboardType::string ? textOf(items) : pasteboardItems::data(items, *type);
     const std::vector<std::string> offered = targetName::offeredFor(*type);
     if (!data || std::ranges::find(offered, target) == offered.end())
         return std::nullopt;
@@ -63,7 +71,7 @@ std::optional<TargetValue> valueForTarget(const pasteboardItems::Items& items, c
         return filesForTarget(pasteboardItems::fileUrls(items), target);
     if (*type == "public.html")
         return htmlForTarget(*data, target);
-    return TargetValue{target, std::move(*data)};
+    return TargetValue{target, *data};
 }
 
 } // namespace tavel

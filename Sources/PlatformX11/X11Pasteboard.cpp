@@ -68,12 +68,7 @@ std::vector<std::string> X11Pasteboard::types() {
 }
 
 std::optional<std::string> X11Pasteboard::availableType(std::span<const std::string_view> wanted) {
-    const std::vector<std::string> present = types();
-    for (const std::string_view type : wanted) {
-        if (std::ranges::find(present, type) != present.end())
-            return std::string(type);
-    }
-    return std::nullopt;
+    return pasteboardItems::available(types(), wanted);
 }
 
 std::optional<Bytes> X11Pasteboard::string(std::string_view type) {
