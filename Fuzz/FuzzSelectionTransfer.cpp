@@ -33,7 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             transfer.abandon();
             break;
         default:
-            const Bytes bytes = Bytes::adopt(std::string(data[i + 2] * 4U, static_cast<char>(data[i])));
+            const Bytes bytes =
+                Bytes::adopt(std::string(std::size_t{4} * data[i + 2], static_cast<char>(data[i])));
             const std::size_t remaining = data[i + 3] % 2 == 0 ? 0 : data[i + 3];
             const int format = data[i] % 3 == 0 ? 32 : 8;
             const bool wasOver = transfer.isOver();

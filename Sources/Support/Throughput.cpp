@@ -27,11 +27,10 @@ void preferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_
 
 void provideMemory([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size) {
 #ifdef MADV_POPULATE_WRITE
-    // Of the first page a part is in use. What is there already stays as it is (madvise(2)).
-    constexpr std::uintptr_t pageBytes = 4096;
-    const std::uintptr_t start = reinterpret_cast<std::uintptr_t>(memory) / pageBytes * pageBytes;
-    const std::size_t length = reinterpret_cast<std::uintptr_t>(memory) + size - start;
-    static_cast<void>(madvise(reinterpret_cast<void*>(start), length, MADV_POPULATE_WRITE));
+    // Of the first page a part is in use; what is there already stays as it is (madvise(2)).
+    constexpr std::size_t pageBytes = 4096;
+    const std::size_t before = reinterpret_cast<std::uintptr_t>(memory) % pageBytes;
+    static_cast<void>(madvise(static_cast<char*>(memory) - before, before + size, MADV_POPULATE_WRITE));
 #endif
 }
 
