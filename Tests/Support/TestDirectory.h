@@ -23,8 +23,8 @@ public:
     /// Where the programs that get `environment` keep their pasteboards. It may not exist.
     std::filesystem::path pasteboardStore() const { return runtimeDirectory() / "tavel-pasteboard"; }
 
-    /// What leads a program here, and away from the display of whoever runs the tests: XDG_RUNTIME_DIR, TMPDIR
-    /// and no DISPLAY.
+    /// What leads a program here, and away from the display of whoever runs the tests: XDG_RUNTIME_DIR,
+    /// TMPDIR and no DISPLAY.
     std::map<std::string, std::optional<std::string>> environment() const;
 
     /// Creates a file below `path` with that content, and the directories that lead to it.
