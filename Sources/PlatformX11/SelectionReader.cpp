@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <string>
@@ -58,17 +59,21 @@ SelectionReader::Position SelectionReader::begin(const Request& request) {
     return std::prev(transfers_.end());
 }
 
-/// A property that no transfer uses; if all are in use, that of the oldest, which is then forgotten.
+/// The property that was free for the longest time, so that what an owner does to one after its answer is
+/// over before it is used again. If all are in use, that of the oldest transfer, which is then forgotten.
 xcb_atom_t SelectionReader::freeProperty() {
-    const auto isFree = [this](xcb_atom_t property) {
-        return std::ranges::find(transfers_, property, &Transfer::property) == transfers_.end();
-    };
-    const auto free = std::ranges::find_if(properties_, isFree);
-    if (free != properties_.end())
-        return *free;
-    const xcb_atom_t property = transfers_.front().property;
-    transfers_.pop_front();
+    auto free = std::ranges::find_if(properties_, [this](xcb_atom_t property) { return !isInUse(property); });
+    if (free == properties_.end()) {
+        free = std::ranges::find(properties_, transfers_.front().property);
+        transfers_.pop_front();
+    }
+    const xcb_atom_t property = *free;
+    std::rotate(free, std::next(free), properties_.end());
     return property;
+}
+
+bool SelectionReader::isInUse(xcb_atom_t property) const {
+    return std::ranges::find(transfers_, property, &Transfer::property) != transfers_.end();
 }
 
 std::optional<SelectionReader::Answer> SelectionReader::wait(Position transfer, Clock::duration silence,
@@ -128,8 +133,8 @@ SelectionReader::Position SelectionReader::transferFor(const xcb_selection_notif
 void SelectionReader::handleAnswer(const xcb_selection_notify_event_t& answer) {
     const auto transfer = transferFor(answer);
     if (transfer == transfers_.end()) {
-        // Nobody waits for it, but the owner may wait for its being taken.
-        if (std::ranges::find(properties_, answer.property) != properties_.end())
+        // Nobody waits for it, but the owner may wait for its being taken. What is in use may hold a value.
+        if (std::ranges::find(properties_, answer.property) != properties_.end() && !isInUse(answer.property))
             xcb_delete_property(connection_.get(), connection_.window(), answer.property);
         return;
     }

@@ -72,11 +72,12 @@ private:
     PropertyPart readPart(Transfer& transfer, std::size_t offset, std::size_t length);
     Position transferFor(const xcb_selection_notify_event_t& answer);
     xcb_atom_t freeProperty();
+    bool isInUse(xcb_atom_t property) const;
 
     X11Connection& connection_;
     xcb_atom_t incrementalType_;
-    std::vector<xcb_atom_t> properties_;
-    std::list<Transfer> transfers_; // those begun and not over, oldest first
+    std::vector<xcb_atom_t> properties_; // the one that was used last stands last
+    std::list<Transfer> transfers_;      // those begun and not over, oldest first
 };
 
 } // namespace tavel
