@@ -73,7 +73,9 @@ xcb_atom_t SelectionReader::freeProperty() {
 }
 
 bool SelectionReader::isInUse(xcb_atom_t property) const {
-    return std::ranges::find(transfers_, property, &Transfer::property) != transfers_.end();
+    return std::ranges::any_of(transfers_, [property](const Transfer& transfer) {
+        return transfer.property == property && !transfer.state.isOver();
+    });
 }
 
 std::optional<SelectionReader::Answer> SelectionReader::wait(Position transfer, Clock::duration silence,
@@ -112,15 +114,22 @@ bool SelectionReader::awaitsLateAnswers() const {
     return std::ranges::any_of(transfers_, [](const Transfer& transfer) { return !transfer.isAnswered; });
 }
 
-/// The transfer that this is the answer to. A refusal names no property; where its time, which should be the
-/// request's, does not tell either, it is taken to be for the latest request, which somebody waits for.
+/// Whether an answer of that time can be a refusal of the request. Its time should be the request's; some
+/// owners say another one, but an earlier one is that of an earlier request.
+bool SelectionReader::canRefuse(const Transfer& transfer, xcb_timestamp_t time) {
+    return time == XCB_CURRENT_TIME || !isEarlierTime(time, transfer.request.time);
+}
+
+/// The transfer that this is the answer to. A refusal names no property; where its time does not tell either,
+/// it is taken to be for the latest request, which somebody waits for.
 SelectionReader::Position SelectionReader::transferFor(const xcb_selection_notify_event_t& answer) {
     auto found = transfers_.end();
     bool isExact = false;
     for (auto transfer = transfers_.begin(); transfer != transfers_.end(); ++transfer) {
         const bool isAsked = !transfer->isAnswered && transfer->request.selection == answer.selection &&
                              transfer->request.target == answer.target &&
-                             (answer.property == XCB_ATOM_NONE || answer.property == transfer->property);
+                             (answer.property == XCB_ATOM_NONE ? canRefuse(*transfer, answer.time)
+                                                               : answer.property == transfer->property);
         const bool hasItsTime = transfer->request.time == answer.time;
         if (isAsked && (hasItsTime || !isExact)) {
             found = transfer;

@@ -70,6 +70,7 @@ private:
     void takeIn(Transfer& transfer);
     void letThrough(Transfer& transfer);
     PropertyPart readPart(Transfer& transfer, std::size_t offset, std::size_t length);
+    static bool canRefuse(const Transfer& transfer, xcb_timestamp_t time);
     Position transferFor(const xcb_selection_notify_event_t& answer);
     xcb_atom_t freeProperty();
     bool isInUse(xcb_atom_t property) const;

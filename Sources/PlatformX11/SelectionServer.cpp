@@ -21,12 +21,6 @@ constexpr std::uint32_t mostConversions = 256;
 /// How many transfers go on at the same time: each may keep a copy of its own of a text.
 constexpr std::size_t mostTransfers = 64;
 
-/// Times are milliseconds that start again after 49 days: what is less than half of that away counts as
-/// earlier (X protocol, Common Types, TIMESTAMP).
-bool isEarlier(xcb_timestamp_t one, xcb_timestamp_t other) {
-    return static_cast<std::int32_t>(one - other) < 0;
-}
-
 } // namespace
 
 SelectionServer::SelectionServer(X11Connection& connection, Lookup lookup, Clock::duration patience)
@@ -49,7 +43,7 @@ void SelectionServer::handleRequest(const xcb_selection_request_event_t& request
     const auto owned = lookup_(request.selection);
     // Nobody may ask in the name of this process's own window, and have its events turned off in the end.
     const bool isOurs = owned && request.requestor != connection_.window() &&
-                        (request.time == XCB_CURRENT_TIME || !isEarlier(request.time, owned->since));
+                        (request.time == XCB_CURRENT_TIME || !isEarlierTime(request.time, owned->since));
     const Conversion conversion{request.requestor, request.target, property};
     bool converted = false;
     try {

@@ -21,6 +21,12 @@ inline bool isEarlierRequest(std::uint32_t one, std::uint32_t other) {
     return static_cast<std::int32_t>(one - other) < 0;
 }
 
+/// Whether a time of the server's is before another. Times are milliseconds that start again after 49 days:
+/// what is less than half of that away counts as earlier (X protocol, Common Types, TIMESTAMP).
+inline bool isEarlierTime(xcb_timestamp_t one, xcb_timestamp_t other) {
+    return static_cast<std::int32_t>(one - other) < 0;
+}
+
 /// A connection to an X server, with a window of its own that is never shown. One thread.
 ///
 /// When the server goes, every operation goes on giving nothing: `isLost` tells.
