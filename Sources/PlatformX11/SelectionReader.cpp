@@ -37,9 +37,7 @@ std::optional<SelectionReader::Answer> SelectionReader::read(const Request& requ
                                                              Clock::time_point deadline) {
     const auto transfer = begin(request);
     xcb_delete_property(connection_.get(), connection_.window(), transfer->property);
-    xcb_convert_selection(connection_.get(), connection_.window(), request.selection, request.target,
-                          transfer->property, request.time);
-    return wait(transfer, silence, deadline);
+    return convert(transfer, silence, deadline);
 }
 
 std::optional<SelectionReader::Answer>
@@ -48,6 +46,12 @@ SelectionReader::readWithParameter(const Request& request, const std::vector<xcb
     const auto transfer = begin(request);
     xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.window(), transfer->property,
                         XCB_ATOM_ATOM, 32, static_cast<std::uint32_t>(parameter.size()), parameter.data());
+    return convert(transfer, silence, deadline);
+}
+
+std::optional<SelectionReader::Answer> SelectionReader::convert(Position transfer, Clock::duration silence,
+                                                                Clock::time_point deadline) {
+    const Request& request = transfer->request;
     xcb_convert_selection(connection_.get(), connection_.window(), request.selection, request.target,
                           transfer->property, request.time);
     return wait(transfer, silence, deadline);

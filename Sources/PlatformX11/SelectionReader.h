@@ -39,8 +39,7 @@ public:
     /// value, or too much, is gone, or does not get on for the time of `silence`, and at `deadline`.
     std::optional<Answer> read(const Request& request, Clock::duration silence, Clock::time_point deadline);
 
-    /// Has a message of a clipboard manager's kind answered: like `read`, with that content in the property
-    /// that goes along with the request.
+    /// Like `read`, with atoms in the property that goes along with the request, as SAVE_TARGETS wants them.
     std::optional<Answer> readWithParameter(const Request& request, const std::vector<xcb_atom_t>& parameter,
                                             Clock::duration silence, Clock::time_point deadline);
 
@@ -51,6 +50,7 @@ public:
     bool awaitsLateAnswers() const;
 
     void handleAnswer(const xcb_selection_notify_event_t& answer);
+
     /// `requestNumber` is that of the last request before the change, as every event tells it.
     void handlePropertyChange(const xcb_property_notify_event_t& change, std::uint32_t requestNumber);
 
@@ -66,6 +66,7 @@ private:
     using Position = std::list<Transfer>::iterator;
 
     Position begin(const Request& request);
+    std::optional<Answer> convert(Position transfer, Clock::duration silence, Clock::time_point deadline);
     std::optional<Answer> wait(Position transfer, Clock::duration silence, Clock::time_point deadline);
     void takeIn(Transfer& transfer);
     void letThrough(Transfer& transfer);

@@ -62,6 +62,17 @@ protected:
     }
 };
 
+TEST_F(VanishingRequestor, getsNoMoreTransfersThanGoOnAtATime) {
+    constexpr int mostTransfers = 64;
+    for (int i = 0; i < mostTransfers; ++i)
+        EXPECT_TRUE(requestor.convert("image/png", "PICTURE" + std::to_string(i))) << i;
+    EXPECT_FALSE(requestor.convert("image/png", "ONE_MORE"));
+    EXPECT_TRUE(requestor.convert("image/png", "PICTURE0")) << "which ends the one that was there";
+    EXPECT_TRUE(requestor.convert("UTF8_STRING", "TEXT")) << "which is no transfer";
+    requestor.destroyWindow();
+    expectNothingLeft();
+}
+
 TEST_F(VanishingRequestor, whoseWindowGoesBeforeTheAnswerIsForgotten) {
     peers.program().run([&] {
         // The program does not get to answer before the window is gone.
