@@ -1,4 +1,5 @@
 #include "Tests/Support/WaitUntil.h"
+#include "Tests/X11/ScriptedRequestor.h"
 #include "Tests/X11/X11AgentTest.h"
 
 #include <algorithm>
@@ -85,6 +86,16 @@ TEST_F(PasteboardToolOnX11, readsWithoutStaying) {
     pasteboard({"paste"});
     pasteboard({"types"});
     EXPECT_TRUE(backgroundProcesses().empty());
+}
+
+TEST_F(PasteboardToolOnX11, waitsForARequestorThatTakesNothingButNotForEver) {
+    const std::string picture = world_.write("picture", repeated("sixteen bytes...", 300'000));
+    pasteboard({"copy", "--type", "png", picture}); // too large for one property
+    ScriptedRequestor requestor(server_.display());
+    ASSERT_TRUE(requestor.convert("image/png"));
+    copyWithXclip("another's");
+    EXPECT_EQ(backgroundProcesses().size(), 1u) << "the transfer could still go on";
+    expectNoProcessLeft(); // nothing happens any more but time passing
 }
 
 TEST_F(PasteboardToolOnX11, endsWithTheServer) {
