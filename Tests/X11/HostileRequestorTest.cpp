@@ -55,11 +55,13 @@ protected:
 class VanishingRequestor : public HostileRequestor {
 protected:
     void expectNothingLeft() {
-        ScriptedOwner other(peers.display());
         other.take();
         waitUntil([&] { return !peers.isServing(); }, atOnce);
         SetUp();
     }
+
+    // There from the start: a program that comes later can get the number of a window that has gone.
+    ScriptedOwner other{peers.display()};
 };
 
 TEST_F(VanishingRequestor, getsNoMoreTransfersThanGoOnAtATime) {
