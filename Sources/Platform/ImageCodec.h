@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace tavel {
 
@@ -24,6 +25,12 @@ public:
 
     /// The type identifier of the file's format, such as public.png, told from its content.
     virtual std::optional<std::string> typeIdentifier(const Bytes& file) = 0;
+
+    /// Whether the first image in the file has an alpha channel.
+    virtual std::optional<bool> hasAlpha(const Bytes& file) = 0;
+
+    /// Whether there is an encoder for that type here, such as public.png.
+    virtual bool canEncode(std::string_view typeIdentifier) = 0;
 
     /// The first image in the file, encoded anew as PNG.
     virtual std::optional<Bytes> encodePng(const Bytes& file) = 0;

@@ -8,6 +8,8 @@ class NoImageCodec final : public ImageCodec {
 public:
     std::optional<ImageSize> measure(const Bytes&) override { return std::nullopt; }
     std::optional<std::string> typeIdentifier(const Bytes&) override { return std::nullopt; }
+    std::optional<bool> hasAlpha(const Bytes&) override { return std::nullopt; }
+    bool canEncode(std::string_view) override { return false; }
     std::optional<Bytes> encodePng(const Bytes&) override { return std::nullopt; }
     std::optional<Bytes> encodeJpeg(const Bytes&, double) override { return std::nullopt; }
 };

@@ -13,6 +13,7 @@ namespace tavel {
 struct ImageModule {
     /// Only for HEIF and AVIF files.
     std::optional<ImageSize> (*measure)(const Bytes& file);
+    std::optional<bool> (*hasAlpha)(const Bytes& file);
     std::optional<Bytes> (*encodePng)(const Bytes& file);
     std::optional<Bytes> (*encodeJpeg)(const Bytes& file, double quality);
 };

@@ -2,19 +2,16 @@
 
 #include "PlatformImages/HeifBrand.h"
 #include "Support/ImageHeader.h"
+#include "Support/Module.h"
 
-#include <dlfcn.h>
-
-#include <system_error>
+#include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace tavel {
 
 std::filesystem::path imageModulePath() {
-    // Not left to the program's RUNPATH: sanitizers call dlopen in its stead, and theirs is another one.
-    std::error_code ignored;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ignored);
-    return program.parent_path().parent_path() / "lib" / "tavel" / "tavel-images.so";
+    return modulePath("tavel-images");
 }
 
 OnDemandImageCodec::OnDemandImageCodec(Log log, std::filesystem::path module)
@@ -37,20 +34,28 @@ std::optional<std::string> OnDemandImageCodec::typeIdentifier(const Bytes& file)
     return std::string(*heif);
 }
 
+std::optional<bool> OnDemandImageCodec::hasAlpha(const Bytes& file) {
+    const ImageModule* const module = moduleFor(file);
+    return module == nullptr ? std::nullopt : module->hasAlpha(file);
+}
+
+bool OnDemandImageCodec::canEncode(std::string_view typeIdentifier) {
+    return (typeIdentifier == "public.png" || typeIdentifier == "public.jpeg") && module() != nullptr;
+}
+
 std::optional<Bytes> OnDemandImageCodec::encodePng(const Bytes& file) {
-    const auto header = readImageHeader(file.view());
-    if (header && header->typeIdentifier == "public.png")
-        return file;
-    if ((!header && !heifTypeIdentifier(file.view())) || module() == nullptr)
-        return std::nullopt;
-    return module()->encodePng(file);
+    const ImageModule* const module = moduleFor(file);
+    return module == nullptr ? std::nullopt : module->encodePng(file);
 }
 
 std::optional<Bytes> OnDemandImageCodec::encodeJpeg(const Bytes& file, double quality) {
+    const ImageModule* const module = moduleFor(file);
+    return module == nullptr ? std::nullopt : module->encodeJpeg(file, quality);
+}
+
+const ImageModule* OnDemandImageCodec::moduleFor(const Bytes& file) {
     const bool isImage = readImageHeader(file.view()) || heifTypeIdentifier(file.view());
-    if (!isImage || module() == nullptr)
-        return std::nullopt;
-    return module()->encodeJpeg(file, quality);
+    return isImage ? module() : nullptr;
 }
 
 const ImageModule* OnDemandImageCodec::module() {
@@ -59,14 +64,10 @@ const ImageModule* OnDemandImageCodec::module() {
 }
 
 void OnDemandImageCodec::loadModule() {
-    // Never unloaded: GLib's types, which its libraries register, cannot be taken back.
-    void* const library = dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* const entry = library == nullptr ? nullptr : dlsym(library, imageModuleEntryName);
-    if (entry != nullptr)
-        module_ = reinterpret_cast<ImageModuleEntry>(entry)();
-    if (module_ == nullptr) {
-        const char* const reason = dlerror(); // NOLINT(concurrency-mt-unsafe): it is kept for each thread
-        log_("Images cannot be converted: " + (reason == nullptr ? path_.string() : std::string(reason)));
+    try {
+        module_ = reinterpret_cast<ImageModuleEntry>(loadModuleEntry(path_, imageModuleEntryName))();
+    } catch (const std::runtime_error& error) {
+        log_(std::string("Images cannot be converted: ") + error.what());
     }
 }
 

@@ -7,6 +7,7 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 namespace tavel {
 
@@ -25,11 +26,14 @@ public:
 
     std::optional<ImageSize> measure(const Bytes& file) override;
     std::optional<std::string> typeIdentifier(const Bytes& file) override;
+    std::optional<bool> hasAlpha(const Bytes& file) override;
+    bool canEncode(std::string_view typeIdentifier) override;
     std::optional<Bytes> encodePng(const Bytes& file) override;
     std::optional<Bytes> encodeJpeg(const Bytes& file, double quality) override;
 
 private:
     const ImageModule* module();
+    const ImageModule* moduleFor(const Bytes& file);
     void loadModule();
 
     Log log_;

@@ -30,6 +30,8 @@ TEST(CodecLoading, saysOnceThatThereIsNoModule) {
         EXPECT_TRUE(messages.empty());
         EXPECT_FALSE(codec.encodePng(jpeg));
         EXPECT_FALSE(codec.encodeJpeg(jpeg, 0.8));
+        EXPECT_FALSE(codec.hasAlpha(jpeg));
+        EXPECT_FALSE(codec.canEncode("public.png"));
         EXPECT_FALSE(codec.measure(Bytes::copyOf(readPicture("heif-avif.avif"))));
         ASSERT_EQ(messages.size(), 1U);
         EXPECT_NE(messages.front().find(module.string()), std::string::npos) << messages.front();

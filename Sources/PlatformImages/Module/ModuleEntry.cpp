@@ -16,9 +16,9 @@ std::optional<ImageSize> measure(const Bytes& file) {
     return measureHeif(file);
 }
 
-/// Decodes the first image and hands it to `encode`.
-template <typename Encode>
-std::optional<Bytes> convert(const Bytes& file, Encode encode) {
+/// Opens the first image and hands its pixels to `use`.
+template <typename Use>
+auto withPixels(const Bytes& file, Use use) -> decltype(use(PlainPixels())) {
     if (!startVips())
         return std::nullopt;
     const VipsConversion conversion; // outlives all images
@@ -27,7 +27,9 @@ std::optional<Bytes> convert(const Bytes& file, Encode encode) {
         if (!source)
             return std::nullopt;
         const PlainPixels pixels = makePlain(std::move(source->image));
-        return pixels.image == nullptr ? std::nullopt : encode(pixels);
+        if (pixels.image == nullptr)
+            return std::nullopt;
+        return use(pixels);
     } catch (const std::bad_alloc&) {
         return std::nullopt;
     }
@@ -39,16 +41,22 @@ bool mayHaveFewColours(const Bytes& file) {
     return header && header->typeIdentifier != "public.jpeg";
 }
 
+std::optional<bool> hasAlpha(const Bytes& file) {
+    return withPixels(file, [](const PlainPixels& pixels) -> std::optional<bool> {
+        return vips_image_get_bands(pixels.image.get()) % 2 == 0; // grey or RGB, and one more
+    });
+}
+
 std::optional<Bytes> encodePng(const Bytes& file) {
-    return convert(file,
-                   [&](const PlainPixels& pixels) { return encodeAsPng(pixels, mayHaveFewColours(file)); });
+    return withPixels(
+        file, [&](const PlainPixels& pixels) { return encodeAsPng(pixels, mayHaveFewColours(file)); });
 }
 
 std::optional<Bytes> encodeJpeg(const Bytes& file, double quality) {
-    return convert(file, [&](const PlainPixels& pixels) { return encodeAsJpeg(pixels, quality); });
+    return withPixels(file, [&](const PlainPixels& pixels) { return encodeAsJpeg(pixels, quality); });
 }
 
-constexpr ImageModule imageModule{measure, encodePng, encodeJpeg};
+constexpr ImageModule imageModule{measure, hasAlpha, encodePng, encodeJpeg};
 
 } // namespace
 } // namespace tavel
