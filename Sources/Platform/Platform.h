@@ -36,7 +36,14 @@ public:
     virtual ImageCodec& imageCodec() = 0;
     virtual KeyboardTap& keyboardTap() = 0;
     virtual FocusProbe& focusProbe() = 0;
-    virtual std::unique_ptr<NamePanelView> makeNamePanelView() = 0;
+
+    /// A naming panel's window, not shown yet. Nothing if no window can be shown here.
+    virtual std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
+                                                             NamePanelActions actions) = 0;
+
+    /// The present date and time as yyyy-MM-dd-HHmmss (Unicode TR 35), in the calendar, the digits and the
+    /// time zone of the user.
+    virtual std::string localTimestamp() = 0;
 
     /// The directory for the user's temporary files. It may not exist.
     virtual std::filesystem::path temporaryDirectory() = 0;

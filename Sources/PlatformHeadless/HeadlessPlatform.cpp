@@ -17,10 +17,6 @@ std::shared_ptr<Pasteboard> HeadlessPlatform::openPasteboard(const std::optional
     return std::make_shared<HeadlessPasteboard>(environment_, name);
 }
 
-std::unique_ptr<NamePanelView> HeadlessPlatform::makeNamePanelView() {
-    return std::make_unique<NoNamePanelView>();
-}
-
 std::filesystem::path HeadlessPlatform::temporaryDirectory() {
     return userTemporaryDirectory();
 }

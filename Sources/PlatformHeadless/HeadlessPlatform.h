@@ -4,8 +4,10 @@
 #include "PlatformHeadless/GlibEventLoop.h"
 #include "PlatformHeadless/HeadlessDevices.h"
 #include "PlatformHeadless/HeadlessImageCodec.h"
+#include "PlatformHeadless/HeadlessTimestamp.h"
 #include "PlatformHeadless/LmdbEnvironment.h"
 
+#include <functional>
 #include <memory>
 
 namespace tavel {
@@ -20,7 +22,10 @@ public:
     ImageCodec& imageCodec() override { return *imageCodec_; }
     KeyboardTap& keyboardTap() override { return keyboardTap_; }
     FocusProbe& focusProbe() override { return focusProbe_; }
-    std::unique_ptr<NamePanelView> makeNamePanelView() override;
+    std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts&, NamePanelActions) override {
+        return nullptr;
+    }
+    std::string localTimestamp() override { return timestamp_(); }
     std::filesystem::path temporaryDirectory() override;
     void becomeAccessory() override {}
     void log(const std::string& message) override;
@@ -28,6 +33,7 @@ public:
 private:
     GlibEventLoop eventLoop_;
     std::unique_ptr<ImageCodec> imageCodec_ = makeHeadlessImageCodec([this](const auto& line) { log(line); });
+    std::function<std::string()> timestamp_ = makeHeadlessTimestamp([this](const auto& line) { log(line); });
     RefusedKeyboardTap keyboardTap_;
     NoFocusProbe focusProbe_;
     std::shared_ptr<const LmdbEnvironment> environment_; // opened with the first pasteboard

@@ -5,7 +5,8 @@
 #include <string>
 #include <string_view>
 
-/// Every text that the agent sends for people to read: the reasons of failed commands and the warnings.
+/// Every text that the agent has for people to read: the reasons of failed commands, the warnings, and what
+/// stands in the naming panel.
 namespace tavel::messages {
 
 inline constexpr std::string_view invalidText = "Texte clipboard invalide";
@@ -26,6 +27,15 @@ inline constexpr std::string_view unknownCommand = "Commande clipboard inconnue"
 inline constexpr std::string_view pasteNotPermitted = "Renommage : autorise Tavel Bridge dans Accessibilité "
                                                       "et Surveillance de l’entrée, puis réactive l’option.";
 
+inline constexpr std::string_view panelTitle = "Nommer avant de coller";
+inline constexpr std::string_view panelCancel = "Annuler";
+inline constexpr std::string_view panelConfirm = "Coller";
+inline constexpr std::string_view invalidName = "Nom invalide ou réservé. L’extension est conservée.";
+
+inline std::string extensionKept(std::string_view ext) {
+    return "Extension conservée : ." + std::string(ext);
+}
+
 inline constexpr std::string_view selectionTooLarge =
     "Sélection de fichiers trop grande (10 000 éléments / 2 Mio de chemins)";
 inline constexpr std::string_view textTooLarge = "Texte presse-papiers ignoré (>4 Mio)";
@@ -40,6 +50,12 @@ inline std::string noReadableFormat(const std::string& offeredTypes) {
 inline std::string formatsNotPrepared(const Error& error) {
     return "Presse-papiers : échec de préparation des formats (" + error.domain() + ":" +
            std::to_string(error.code()) + ").";
+}
+
+/// For the system's log.
+inline std::string fileNotPrepared(const Error& error) {
+    return "Tavel : préparation du fichier impossible (" + error.domain() + ":" +
+           std::to_string(error.code()) + ", " + error.description() + ")";
 }
 
 } // namespace tavel::messages

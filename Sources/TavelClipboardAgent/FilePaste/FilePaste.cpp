@@ -1,31 +1,211 @@
 #include "TavelClipboardAgent/FilePaste/FilePaste.h"
 
+#include "Platform/PasteboardTypes.h"
 #include "Support/Error.h"
+#include "TavelClipboardAgent/FilePaste/FileNames.h"
+#include "TavelClipboardAgent/FilePaste/GeneratedFile.h"
 #include "TavelClipboardAgent/Messages.h"
 
-#include <string>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <string_view>
 #include <utility>
 
 namespace tavel {
 
-FilePaste::FilePaste(KeyboardTap& tap, std::shared_ptr<Pasteboard> board, std::filesystem::path root,
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Leaves the keyboard's path before anything that takes time is done.
+constexpr auto delayBeforePanel = 120ms;
+
+/// How often it is looked whether the shortcut has been released.
+constexpr auto keyCheckInterval = 80ms;
+
+/// The file manager has to be in front again before the file is pasted.
+constexpr auto delayBeforePaste = 150ms;
+
+constexpr std::uint64_t examinedFlags =
+    keyFlag::shift | keyFlag::control | keyFlag::option | keyFlag::command;
+
+constexpr std::string_view fileManagerBundle = "com.apple.finder";
+
+/// A view of files is one of these to accessibility, in all of the file manager's ways to show them. A text
+/// field is none of them: pasting into it is the user's own business.
+constexpr std::array fileViewRoles{
+    std::string_view("AXList"),       std::string_view("AXOutline"), std::string_view("AXTable"),
+    std::string_view("AXRow"),        std::string_view("AXCell"),    std::string_view("AXScrollArea"),
+    std::string_view("AXLayoutArea"), std::string_view("AXImage"),   std::string_view("AXGroup"),
+};
+
+constexpr std::array pasteableTypes{
+    std::string_view("com.adobe.pdf"),
+    pasteboardType::png,
+    pasteboardType::tiff,
+    std::string_view("public.jpeg"),
+    std::string_view("com.compuserve.gif"),
+    std::string_view("public.svg-image"),
+    std::string_view("org.webmproject.webp"),
+    pasteboardType::string,
+};
+
+} // namespace
+
+FilePaste::FilePaste(Platform& platform, std::shared_ptr<Pasteboard> board, std::filesystem::path root,
                      std::function<void(std::int64_t)> changed)
-    : tap_(tap), board_(std::move(board)), root_(std::move(root)), changed_(std::move(changed)) {}
+    : platform_(platform), board_(std::move(board)), root_(std::move(root)), changed_(std::move(changed)) {}
 
 void FilePaste::configure(bool enabled) {
     enabled_ = enabled;
-    if (tapCreated_) {
-        tap_.setEnabled(enabled);
+    if (!enabled) {
+        if (tapCreated_)
+            platform_.keyboardTap().setEnabled(false);
+        if (dialog_ != nullptr)
+            std::exchange(dialog_, nullptr)->hide();
+        busy_ = false;
+        ++generation_;
+    } else if (tapCreated_) {
+        platform_.keyboardTap().setEnabled(true);
+    } else {
+        tapCreated_ = platform_.keyboardTap().create([weak = weak_from_this()](const KeyEvent& event) {
+            const auto self = weak.lock();
+            return self == nullptr ? KeyVerdict::pass : self->handle(event);
+        });
+        if (!tapCreated_) {
+            enabled_ = false;
+            throw Error("Tavel", 1, std::string(messages::pasteNotPermitted));
+        }
+    }
+    if (tapCreated_)
+        platform_.focusProbe().follow(enabled);
+}
+
+KeyVerdict FilePaste::handle(const KeyEvent& event) {
+    if (event.type == KeyEventType::tapDisabledByTimeout ||
+        event.type == KeyEventType::tapDisabledByUserInput) {
+        if (enabled_)
+            platform_.keyboardTap().setEnabled(true);
+        return KeyVerdict::pass;
+    }
+    if (event.userData == generatedFile::tag) // our own
+        return KeyVerdict::pass;
+    if (swallowed_ == event.keyCode) {
+        // Deliberate: also when the feature was switched off meanwhile. Nobody is to see half a key press.
+        if (event.type == KeyEventType::keyUp)
+            swallowed_.reset();
+        return KeyVerdict::swallow;
+    }
+    const bool isPasteShortcut = event.type == KeyEventType::keyDown && event.keyCode == keyCode::v &&
+                                 (event.flags & examinedFlags) == keyFlag::command;
+    if (!enabled_ || busy_ || !isPasteShortcut)
+        return KeyVerdict::pass;
+    const auto pid = finderView();
+    if (!pid || !holdsPasteableContent())
+        return KeyVerdict::pass;
+    busy_ = true;
+    swallowed_ = keyCode::v;
+    beginAfter(delayBeforePanel, *pid, board_->changeCount());
+    return KeyVerdict::swallow;
+}
+
+bool FilePaste::holdsPasteableContent() {
+    // A file that the user copied is the file manager's to paste. One that was generated here still has
+    // beside it what it was made of.
+    if (board_->availableType(std::array{pasteboardType::fileUrl})) {
+        const auto mark = board_->string(generatedFile::alternative);
+        if (!mark || mark->view() != generatedFile::markValue)
+            return false;
+    }
+    return board_->availableType(pasteableTypes).has_value();
+}
+
+std::optional<std::int32_t> FilePaste::finderView() {
+    FocusProbe& focus = platform_.focusProbe();
+    const auto frontmost = focus.frontmostApplication();
+    if (!frontmost || frontmost->bundleIdentifier != fileManagerBundle || !focus.isTrusted())
+        return std::nullopt;
+    const auto role = focus.focusedRole(frontmost->processIdentifier);
+    if (!role || std::ranges::find(fileViewRoles, *role) == fileViewRoles.end())
+        return std::nullopt;
+    return frontmost->processIdentifier;
+}
+
+void FilePaste::beginAfter(std::chrono::milliseconds delay, std::int32_t pid, std::int64_t sequence) {
+    later(delay, [pid, sequence](FilePaste& self) { self.begin(pid, sequence); });
+}
+
+void FilePaste::later(std::chrono::milliseconds delay, const std::function<void(FilePaste&)>& step) {
+    // Deliberate: what waits when the feature is switched off has ended with that, also if it is switched on
+    // again at once. Else it would go on beside the next interception.
+    platform_.eventLoop().postAfter(delay, [weak = weak_from_this(), generation = generation_, step] {
+        const auto self = weak.lock();
+        if (self != nullptr && self->generation_ == generation)
+            step(*self);
+    });
+}
+
+bool FilePaste::isPasteShortcutHeld() {
+    constexpr std::array keys{keyCode::leftCommand, keyCode::rightCommand, keyCode::v};
+    return std::ranges::any_of(keys,
+                               [this](std::int64_t key) { return platform_.keyboardTap().isKeyDown(key); });
+}
+
+void FilePaste::begin(std::int32_t pid, std::int64_t sequence) {
+    if (!enabled_ || board_->changeCount() != sequence || finderView() != pid) {
+        busy_ = false;
         return;
     }
-    if (!enabled)
+    // A panel that opened now would get the keys' repeats.
+    if (isPasteShortcutHeld()) {
+        beginAfter(keyCheckInterval, pid, sequence);
         return;
-    // Every key goes on to its target.
-    tapCreated_ = tap_.create([](const KeyEvent&) { return KeyVerdict::pass; });
-    if (!tapCreated_) {
-        enabled_ = false;
-        throw Error("Tavel", 1, std::string(messages::pasteNotPermitted));
     }
+    try {
+        const FileData content = fileData();
+        const auto panel = makePanel(content);
+        panel->setFinished([weak = weak_from_this(), weakPanel = std::weak_ptr(panel), pid, sequence,
+                            data = content.data](const std::optional<std::string>& name) {
+            if (const auto self = weak.lock())
+                self->finish(weakPanel.lock(), pid, sequence, data, name);
+        });
+        dialog_ = panel;
+        panel->show();
+    } catch (const Error& error) {
+        busy_ = false;
+        logFailure(error);
+    }
+}
+
+std::shared_ptr<FileNamePanel> FilePaste::makePanel(const FileData& content) {
+    const std::string stem =
+        suggestion(content.data.view(), content.ext, [this] { return platform_.localTimestamp(); });
+    return FileNamePanel::make(platform_, stem, content.ext);
+}
+
+void FilePaste::finish(const std::shared_ptr<FileNamePanel>& panel, std::int32_t pid, std::int64_t sequence,
+                       const Bytes& data, const std::optional<std::string>& name) {
+    if (panel != nullptr)
+        panel->hide();
+    dialog_.reset();
+    if (!name || !enabled_ || board_->changeCount() != sequence) {
+        busy_ = false;
+        return;
+    }
+    FocusProbe& focus = platform_.focusProbe();
+    const auto frontmost = focus.frontmostApplication();
+    if (frontmost && frontmost->processIdentifier == getpid())
+        focus.activate(pid);
+    later(delayBeforePaste, [pid, sequence, data, chosen = *name](FilePaste& self) {
+        self.complete(pid, sequence, data, chosen);
+    });
+}
+
+void FilePaste::logFailure(const Error& error) {
+    platform_.log(messages::fileNotPrepared(error));
 }
 
 } // namespace tavel

@@ -65,12 +65,11 @@ void ClipboardWorker::stop() {
 
 FilePaste& ClipboardWorker::filePaste() {
     if (filePaste_ == nullptr) {
-        filePaste_ =
-            std::make_shared<FilePaste>(platform_.keyboardTap(), pasteboard_, exportDirectory_->path(),
-                                        [worker = weak_from_this()](std::int64_t changeCount) {
-                                            if (const auto alive = worker.lock())
-                                                alive->generatedFilePasted(changeCount);
-                                        });
+        filePaste_ = std::make_shared<FilePaste>(platform_, pasteboard_, exportDirectory_->path(),
+                                                 [worker = weak_from_this()](std::int64_t changeCount) {
+                                                     if (const auto alive = worker.lock())
+                                                         alive->generatedFilePasted(changeCount);
+                                                 });
     }
     return *filePaste_;
 }

@@ -205,7 +205,7 @@ TEST_F(FormatCapture, neverTurnsAVectorPictureIntoPixels) {
 
 TEST_F(FormatCapture, addsAPngThatJustFits) {
     const std::string picture = scriptedPicture(gifSignature, 4, 4);
-    platform.codec.extraPngBytes =
+    platform.codec.extraEncodedBytes =
         128 * mebibyte - picture.size() - scriptedPicture(pngSignature, 4, 4).size();
     copy({representation(gif, picture)});
     EXPECT_EQ(publishedNames(), (Names{"image.gif", "image.png"}));
@@ -213,7 +213,7 @@ TEST_F(FormatCapture, addsAPngThatJustFits) {
 
 TEST_F(FormatCapture, leavesOutAPngThatDoesNotFit) {
     const std::string picture = scriptedPicture(gifSignature, 4, 4);
-    platform.codec.extraPngBytes =
+    platform.codec.extraEncodedBytes =
         128 * mebibyte - picture.size() - scriptedPicture(pngSignature, 4, 4).size() + 1;
     copy({representation(gif, picture)});
     EXPECT_EQ(publishedNames(), Names{"image.gif"});

@@ -151,13 +151,13 @@ TEST_F(ImageCapture, saysNothingMoreOfAPictureThatCannotBeConverted) {
 }
 
 TEST_F(ImageCapture, takesAPictureThatBecomesAPngOfTheLargestSize) {
-    platform.codec.extraPngBytes = 134'217'728 - png().size();
+    platform.codec.extraEncodedBytes = 134'217'728 - png().size();
     copyPng(scriptedPicture("jpeg", 2, 3));
     EXPECT_EQ(std::filesystem::file_size(publishedFile()), 134'217'728U);
 }
 
 TEST_F(ImageCapture, saysNothingMoreOfAPictureThatBecomesATooLargePng) {
-    platform.codec.extraPngBytes = 134'217'729 - png().size();
+    platform.codec.extraEncodedBytes = 134'217'729 - png().size();
     copyPng(scriptedPicture("jpeg", 2, 3));
     EXPECT_EQ(polled(), Events{announcement(42)});
     EXPECT_EQ(finished(), Events());

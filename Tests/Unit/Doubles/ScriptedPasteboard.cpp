@@ -1,5 +1,6 @@
 #include "Tests/Unit/Doubles/ScriptedPasteboard.h"
 
+#include "Platform/PasteboardItems.h"
 #include "Platform/PasteboardTypes.h"
 #include "Support/FileUrl.h"
 #include "Support/Utf8.h"
@@ -135,7 +136,8 @@ bool ScriptedPasteboard::addTypes(std::span<const Representation> representation
     if (items_.empty() || isRefused(Operation::addTypes, representations))
         return false;
     ++changeCount_;
-    items_.front().insert(items_.front().end(), representations.begin(), representations.end());
+    for (const Representation& added : representations)
+        pasteboardItems::putOnFirstItem(items_, added.type, added.data);
     return true;
 }
 

@@ -28,12 +28,21 @@ std::optional<std::string> ScriptedImageCodec::typeIdentifier(const Bytes& file)
 }
 
 std::optional<Bytes> ScriptedImageCodec::encodePng(const Bytes& file) {
+    return encode(pngSignature, file);
+}
+
+std::optional<Bytes> ScriptedImageCodec::encodeJpeg(const Bytes& file, double quality) {
+    qualities.push_back(quality);
+    return encode(jpegSignature, file);
+}
+
+std::optional<Bytes> ScriptedImageCodec::encode(std::string_view signature, const Bytes& file) {
     converted.emplace_back(file.view().substr(0, 64));
     const auto size = measure(file);
     if (!converts || !size)
         return std::nullopt;
-    return Bytes::adopt(scriptedPicture(pngSignature, size->width, size->height) +
-                        std::string(extraPngBytes, '.'));
+    return Bytes::adopt(scriptedPicture(signature, size->width, size->height) +
+                        std::string(extraEncodedBytes, '.'));
 }
 
 std::string scriptedPicture(std::string_view signature, std::int64_t width, std::int64_t height) {
@@ -46,6 +55,32 @@ bool ScriptedKeyboardTap::create(Handler newHandler) {
     if (allowed)
         handler = std::move(newHandler);
     return allowed;
+}
+
+void ScriptedKeyboardTap::post(std::span<const KeyEvent> events) {
+    posted.insert(posted.end(), events.begin(), events.end());
+}
+
+std::optional<RunningApplication> ScriptedFocusProbe::frontmostApplication() {
+    if (onAsked)
+        onAsked();
+    return frontmost;
+}
+
+std::optional<std::string> ScriptedFocusProbe::focusedRole(std::int32_t processIdentifier) {
+    askedForRole.push_back(processIdentifier);
+    return frontmost && frontmost->processIdentifier == processIdentifier ? role : std::nullopt;
+}
+
+std::unique_ptr<NamePanelView> TestPlatform::makeNamePanelView(const NamePanelTexts& texts,
+                                                               NamePanelActions actions) {
+    if (!showsWindows)
+        return nullptr;
+    panels.push_back(std::make_shared<PanelWindow>());
+    panels.back()->texts = texts;
+    panels.back()->actions = std::move(actions);
+    panels.back()->entered = texts.stem;
+    return std::make_unique<ScriptedNamePanelView>(panels.back(), surroundings);
 }
 
 std::shared_ptr<Pasteboard> TestPlatform::openPasteboard(const std::optional<std::string>& name) {

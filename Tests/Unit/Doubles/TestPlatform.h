@@ -9,10 +9,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <set>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tavel {
@@ -21,37 +25,33 @@ namespace tavel {
 class ScriptedKeyboardTap final : public KeyboardTap {
 public:
     bool create(Handler newHandler) override;
-
     void setEnabled(bool on) override { enabled.push_back(on); }
-
-    bool isKeyDown(std::int64_t keyCode) override { return keyCode == keyDown; }
-
-    void postPasteShortcut(std::int64_t userData) override { pastes.push_back(userData); }
+    bool isKeyDown(std::int64_t keyCode) override { return keysDown.contains(keyCode); }
+    void post(std::span<const KeyEvent> events) override;
 
     bool allowed = true;
     int creations = 0; // the attempts, refused ones included
     Handler handler;
-    std::vector<bool> enabled; // every answer of `setEnabled`, oldest first
-    std::optional<std::int64_t> keyDown;
-    std::vector<std::int64_t> pastes;
+    std::vector<bool> enabled; // every argument of `setEnabled`, oldest first
+    std::set<std::int64_t> keysDown;
+    std::vector<KeyEvent> posted;
 };
 
 /// A desktop that stands still unless the test changes it.
 class ScriptedFocusProbe final : public FocusProbe {
 public:
-    std::optional<std::int32_t> frontmostFileManager() override { return fileManager; }
-
-    bool isFocusInFileView(std::int32_t processIdentifier) override {
-        return fileView && processIdentifier == fileManager;
-    }
-
-    bool isSelfFrontmost() override { return selfFrontmost; }
-
+    void follow(bool on) override { followed.push_back(on); }
+    std::optional<RunningApplication> frontmostApplication() override;
+    bool isTrusted() override { return trusted; }
+    std::optional<std::string> focusedRole(std::int32_t processIdentifier) override;
     void activate(std::int32_t processIdentifier) override { activated.push_back(processIdentifier); }
 
-    std::optional<std::int32_t> fileManager;
-    bool fileView = false;
-    bool selfFrontmost = false;
+    std::optional<RunningApplication> frontmost;
+    bool trusted = true;
+    std::optional<std::string> role; // of the frontmost program's focused element
+    std::function<void()> onAsked;   // runs before each answer of `frontmostApplication`
+    std::vector<bool> followed;      // every argument of `follow`, oldest first
+    std::vector<std::int32_t> askedForRole;
     std::vector<std::int32_t> activated;
 };
 
@@ -60,30 +60,64 @@ class ScriptedImageCodec final : public ImageCodec {
 public:
     std::optional<ImageSize> measure(const Bytes& file) override;
     std::optional<std::string> typeIdentifier(const Bytes& file) override;
+    std::optional<bool> hasAlpha(const Bytes&) override { return alpha; }
+    bool canEncode(std::string_view typeIdentifier) override {
+        return !unknownTypes.contains(typeIdentifier);
+    }
     std::optional<Bytes> encodePng(const Bytes& file) override;
-    std::optional<Bytes> encodeJpeg(const Bytes&, double) override { return std::nullopt; }
+    std::optional<Bytes> encodeJpeg(const Bytes& file, double quality) override;
 
-    bool converts = true;          // or refuses every conversion
-    std::size_t extraPngBytes = 0; // how much larger a PNG is made
+    bool converts = true;              // or refuses every conversion
+    std::size_t extraEncodedBytes = 0; // how much larger a file is made
+    std::optional<bool> alpha;
+    std::set<std::string, std::less<>> unknownTypes; // for which there is no encoder
     std::vector<std::string> converted;
+    std::vector<double> qualities; // of the conversions to JPEG
+
+private:
+    std::optional<Bytes> encode(std::string_view signature, const Bytes& file);
 };
 
 /// Bytes that begin with `signature` and that the scripted codec takes for a picture of that size. Converted
-/// to PNG they are `scriptedPicture(pngSignature, width, height)`.
+/// they are `scriptedPicture` of the same size, with `pngSignature` or `jpegSignature`.
 std::string scriptedPicture(std::string_view signature, std::int64_t width, std::int64_t height);
 
 inline constexpr std::string_view pngSignature = "\x89PNG\r\n\x1A\n";
+inline constexpr std::string_view jpegSignature = "\xFF\xD8\xFF";
 
-/// A panel's window on a machine that shows none.
-class HiddenNamePanelView final : public NamePanelView {
+/// What a test sees of a panel's window. It outlives the window.
+struct PanelWindow {
+    NamePanelTexts texts;
+    NamePanelActions actions; // gone with the window
+    std::string entered;      // what the field holds; the stem at first
+    std::string hint;
+    std::optional<ScreenPoint> origin;
+    bool shown = false;
+    bool destroyed = false;
+};
+
+/// A window that nobody sees.
+class ScriptedNamePanelView final : public NamePanelView {
 public:
-    bool show(std::string_view, std::string_view, Actions) override { return false; }
+    ScriptedNamePanelView(std::shared_ptr<PanelWindow> window, ScreenSurroundings surroundings)
+        : window_(std::move(window)), surroundings_(std::move(surroundings)) {}
+    ~ScriptedNamePanelView() override {
+        window_->destroyed = true;
+        window_->actions = {};
+    }
+    ScriptedNamePanelView(const ScriptedNamePanelView&) = delete;
+    ScriptedNamePanelView& operator=(const ScriptedNamePanelView&) = delete;
 
-    std::string enteredText() override { return {}; }
+    ScreenSurroundings surroundings() override { return surroundings_; }
+    void setOrigin(ScreenPoint origin) override { window_->origin = origin; }
+    void show() override { window_->shown = true; }
+    std::string enteredText() override { return window_->entered; }
+    void showHint(std::string_view hint) override { window_->hint = hint; }
+    void hide() override { window_->shown = false; }
 
-    void showHint(std::string_view) override {}
-
-    void hide() override {}
+private:
+    std::shared_ptr<PanelWindow> window_;
+    ScreenSurroundings surroundings_;
 };
 
 /// An operating system in the test's hand.
@@ -103,9 +137,10 @@ public:
 
     FocusProbe& focusProbe() override { return focus; }
 
-    std::unique_ptr<NamePanelView> makeNamePanelView() override {
-        return std::make_unique<HiddenNamePanelView>();
-    }
+    std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
+                                                     NamePanelActions actions) override;
+
+    std::string localTimestamp() override { return timestamp; }
 
     std::filesystem::path temporaryDirectory() override { return temporary; }
 
@@ -122,6 +157,10 @@ public:
     ScriptedFocusProbe focus;
     std::optional<Error> pasteboardError; // thrown instead of opening a pasteboard
     std::vector<std::optional<std::string>> openedPasteboards;
+    bool showsWindows = true;
+    ScreenSurroundings surroundings;                  // of every panel
+    std::vector<std::shared_ptr<PanelWindow>> panels; // all that were made, oldest first
+    std::string timestamp = "2025-03-07-142501";
     bool isAccessory = false;
     int handOvers = 0;
     std::vector<std::string> logged;

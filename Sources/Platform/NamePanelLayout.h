@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Platform/ScreenGeometry.h"
+
+/// Where things stand in the naming panel, in the content's coordinates: points, from its bottom left.
+namespace tavel::namePanelLayout {
+
+inline constexpr ScreenSize content{410, 170};
+inline constexpr ScreenRectangle extensionLabel{20, 125, 370, 22};
+inline constexpr ScreenRectangle field{20, 92, 370, 26};
+inline constexpr ScreenRectangle hint{20, 48, 370, 38};
+inline constexpr ScreenRectangle cancelButton{210, 12, 90, 30};
+inline constexpr ScreenRectangle confirmButton{305, 12, 90, 30};
+
+} // namespace tavel::namePanelLayout

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Platform/Platform.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace tavel {
+
+/// Asks the user for the name of a file that is about to be pasted. Main thread only.
+class FileNamePanel : public std::enable_shared_from_this<FileNamePanel> {
+public:
+    /// Told the file's full name, or nothing when the user does not want it. It may let go of the panel.
+    using Finished = std::function<void(const std::optional<std::string>& name)>;
+
+    /// A panel that is placed but not shown yet, with `stem` to be edited; the extension is not the user's to
+    /// change. Throws Error ("Tavel", 6) if no window can be shown here.
+    static std::shared_ptr<FileNamePanel> make(Platform& platform, std::string_view stem,
+                                               std::string_view ext);
+
+    void setFinished(Finished finished) { finished_ = std::move(finished); }
+
+    void show() { view_->show(); }
+    void hide() { view_->hide(); }
+
+    /// Reports the name if it is valid; else says so, and the panel stays.
+    void confirmName();
+
+    void cancelName();
+
+private:
+    explicit FileNamePanel(std::string_view ext) : ext_(ext) {}
+
+    std::string ext_;
+    std::unique_ptr<NamePanelView> view_; // with the field and the hint
+    Finished finished_;
+};
+
+} // namespace tavel

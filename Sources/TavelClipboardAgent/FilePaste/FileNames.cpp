@@ -1,0 +1,108 @@
+#include "TavelClipboardAgent/FilePaste/FileNames.h"
+
+#include "Support/Utf8.h"
+#include "TavelClipboardAgent/FilePaste/UnicodeText.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tavel {
+
+namespace {
+
+constexpr std::array knownExtensions{
+    std::string_view("pdf"), std::string_view("jpg"),  std::string_view("png"),  std::string_view("gif"),
+    std::string_view("svg"), std::string_view("webp"), std::string_view("tiff"), std::string_view("txt"),
+};
+
+/// Of stem and extension together, in UTF-16 code units.
+constexpr std::size_t longestName = 179;
+
+/// Of a proposed stem, in characters as people count them.
+constexpr std::size_t longestSuggestion = 60;
+
+constexpr std::u32string_view forbiddenCharacters = U"<>:\"/\\|?*";
+
+/// Devices to Windows, whatever follows them behind a dot.
+constexpr std::array reservedNames{
+    std::u32string_view(U"CON"),     std::u32string_view(U"PRN"),    std::u32string_view(U"AUX"),
+    std::u32string_view(U"NUL"),     std::u32string_view(U"CLOCK$"), std::u32string_view(U"CONIN$"),
+    std::u32string_view(U"CONOUT$"),
+};
+constexpr std::u32string_view portNumbers = U"123456789¹²³";
+
+constexpr char32_t byteOrderMark = 0xFEFF;
+
+template <typename Range, typename Value>
+bool contains(const Range& range, const Value& value) {
+    return std::ranges::find(range, value) != std::ranges::end(range);
+}
+
+bool isForbidden(char32_t c) {
+    return forbiddenCharacters.find(c) != std::u32string_view::npos;
+}
+
+bool isReserved(std::u32string_view stem) {
+    std::u32string base(stem.substr(0, stem.find(U'.')));
+    std::ranges::transform(base, base.begin(), unicode::upperCase);
+    if (contains(reservedNames, std::u32string_view(base)))
+        return true;
+    if (!base.starts_with(U"COM") && !base.starts_with(U"LPT"))
+        return false;
+    // A line separator behind the number does not make another name of it.
+    const bool endsLine = base.size() == 5 && unicode::isNewline(base[4]);
+    return (base.size() == 4 || endsLine) && contains(portNumbers, base[3]);
+}
+
+bool isValidStem(std::u32string_view stem, std::string_view ext) {
+    return contains(knownExtensions, ext) && !stem.empty() && stem.back() != U'.' &&
+           unicode::lengthInUtf16(stem) + ext.size() <= longestName &&
+           std::ranges::none_of(stem, [](char32_t c) { return unicode::isControl(c) || isForbidden(c); }) &&
+           !isReserved(stem);
+}
+
+/// The beginning of the text's first line, without what a name may not hold. Nothing if it is no text.
+std::optional<std::string> firstLineStem(std::string_view text) {
+    if (!isUtf8(text))
+        return std::nullopt;
+    // Most of a long text need not be looked at as characters.
+    auto line = unicode::fromUtf8(text.substr(0, text.find_first_of("\n\r")));
+    if (!line)
+        return std::nullopt;
+    std::erase(*line, byteOrderMark);
+    line->erase(std::ranges::find_if(*line, unicode::isNewline), line->end());
+    std::u32string stem(unicode::firstCharacters(*line, longestSuggestion));
+    std::erase_if(stem, isForbidden);
+    return unicode::toUtf8(unicode::trimmed(stem, unicode::isBlank));
+}
+
+std::string_view kindOf(std::string_view ext) {
+    if (ext == "pdf")
+        return "Document";
+    return ext == "txt" ? "Texte" : "Image";
+}
+
+} // namespace
+
+std::optional<std::string> validName(std::string_view stem, std::string_view ext) {
+    const auto scalars = unicode::fromUtf8(stem);
+    if (!scalars)
+        return std::nullopt;
+    const std::u32string_view trimmed =
+        unicode::trimmed(*scalars, [](char32_t c) { return unicode::isBlank(c) || unicode::isNewline(c); });
+    if (!isValidStem(trimmed, ext))
+        return std::nullopt;
+    return unicode::toUtf8(trimmed) + "." + std::string(ext);
+}
+
+std::string suggestion(std::string_view data, std::string_view ext,
+                       const std::function<std::string()>& timestamp) {
+    if (ext == "txt") {
+        const auto candidate = firstLineStem(data);
+        if (candidate && validName(*candidate, ext))
+            return *candidate;
+    }
+    return std::string(kindOf(ext)) + "-" + timestamp();
+}
+
+} // namespace tavel

@@ -1,0 +1,101 @@
+#include "Platform/PasteboardTypes.h"
+#include "Support/Error.h"
+#include "Support/FileError.h"
+#include "Support/FileUrl.h"
+#include "Support/Files.h"
+#include "Support/OutputFile.h"
+#include "Support/ScopeExit.h"
+#include "Support/Uuid.h"
+#include "TavelClipboardAgent/FilePaste/FileNames.h"
+#include "TavelClipboardAgent/FilePaste/FilePaste.h"
+#include "TavelClipboardAgent/FilePaste/GeneratedFile.h"
+
+#include <array>
+#include <cerrno>
+#include <string_view>
+
+namespace tavel {
+
+namespace {
+
+/// A program that pastes late still finds the file, and the one before it.
+constexpr std::size_t mostDirectories = 2;
+
+/// Whether it is a name that `validName` could have given.
+bool isValidFileName(std::string_view name) {
+    const std::size_t dot = name.rfind('.');
+    return dot != std::string_view::npos && validName(name.substr(0, dot), name.substr(dot + 1)) == name;
+}
+
+} // namespace
+
+void FilePaste::complete(std::int32_t pid, std::int64_t sequence, const Bytes& data,
+                         const std::string& name) {
+    const ScopeExit ended([this] { busy_ = false; });
+    if (!enabled_ || board_->changeCount() != sequence || finderView() != pid)
+        return;
+    try {
+        if (!publishGeneratedFile(sequence, data, name))
+            return;
+    } catch (const Error& error) {
+        logFailure(error);
+        return;
+    }
+    // The file stays where it is, for the user to paste, if the focus has gone elsewhere.
+    if (finderView() == pid)
+        postPasteShortcut();
+}
+
+std::optional<std::filesystem::path> FilePaste::publishGeneratedFile(std::int64_t sequence, const Bytes& data,
+                                                                     const std::string& name) {
+    if (board_->changeCount() != sequence)
+        return std::nullopt;
+    if (!isValidFileName(name))
+        throw Error("Tavel", 5, "The file's name is not valid.");
+    // One of its own for each file, so that the file can have any name.
+    const std::filesystem::path directory = root_ / ("paste-" + makeUuid());
+    if (!createPrivateDirectory(directory))
+        throw fileWriteError(errno, directory.string());
+    bool committed = false;
+    const ScopeExit cleanUp([&] {
+        if (!committed)
+            removeTree(directory);
+    });
+    const std::filesystem::path file = directory / name;
+    writePrivateFileAtomically(file, data.view());
+    if (board_->changeCount() != sequence)
+        return std::nullopt;
+    const std::array added{
+        Representation{std::string(pasteboardType::fileUrl), Bytes::adopt(fileUrlFromPath(file.string()))},
+        Representation{std::string(generatedFile::alternative), Bytes::copyOf(generatedFile::markValue)},
+    };
+    if (!board_->addTypes(added))
+        throw Error("Tavel", 2, "The pasteboard does not take the file.");
+    committed = true;
+    keep(directory);
+    changed_(board_->changeCount());
+    return file;
+}
+
+void FilePaste::keep(const std::filesystem::path& directory) {
+    directories_.push_back(directory);
+    while (directories_.size() > mostDirectories) {
+        removeTree(directories_.front());
+        directories_.pop_front();
+    }
+}
+
+void FilePaste::postPasteShortcut() {
+    constexpr auto event = [](KeyEventType type, std::int64_t key, std::uint64_t flags) {
+        return KeyEvent{type, key, flags, generatedFile::tag};
+    };
+    constexpr std::array events{
+        event(KeyEventType::keyDown, keyCode::leftCommand, keyFlag::command),
+        event(KeyEventType::keyDown, keyCode::v, keyFlag::command),
+        event(KeyEventType::keyUp, keyCode::v, keyFlag::command),
+        event(KeyEventType::keyUp, keyCode::leftCommand, 0),
+    };
+    platform_.keyboardTap().post(events);
+}
+
+} // namespace tavel

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "TavelClipboardAgent/FilePaste/FilePaste.h"
+#include "Tests/Unit/Doubles/TestPlatform.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tavel {
+
+/// The feature, not switched on yet, on a desktop where its shortcut is to be taken: the file manager is in
+/// front with its focus in a list, and the pasteboard holds a text.
+class FilePasteFixture : public testing::Test {
+protected:
+    static constexpr std::int32_t fileManager = 501;
+    static constexpr std::int64_t ownMark = 0x54415650;
+    static constexpr std::uint64_t command = 0x100000;
+
+    FilePasteFixture();
+
+    ScriptedPasteboard& pasteboard() { return *platform.pasteboard; }
+
+    void switchOn() { paste->configure(true); }
+    void switchOff() { paste->configure(false); }
+
+    /// Brings back the focus that the test began with.
+    void restoreFocus();
+
+    KeyVerdict type(const KeyEvent& event) { return platform.tap.handler(event); }
+    KeyVerdict press(std::int64_t key = 9) { return type({KeyEventType::keyDown, key, command, 0}); }
+    KeyVerdict release(std::int64_t key = 9) { return type({KeyEventType::keyUp, key, command, 0}); }
+
+    /// Types the shortcut. Whether it was taken.
+    bool typeShortcut();
+
+    void wait(std::chrono::milliseconds time) { platform.loop.advance(time); }
+
+    /// Types the shortcut and waits for the panel.
+    PanelWindow& openPanel();
+
+    PanelWindow& panel() { return *platform.panels.back(); }
+
+    /// Enters the stem and confirms it.
+    void confirm(std::string_view stem);
+
+    /// All steps: the shortcut, the panel, the name, and the paste.
+    void pasteAs(std::string_view stem);
+
+    /// Another program copies this.
+    void copy(PasteboardItem item);
+    void copy(std::string_view type, std::string_view content);
+
+    /// Releases the key, ends what is going on, and begins anew with the focus as it was at first.
+    void startOver();
+
+    /// Something that ends an interception when it happens meanwhile.
+    struct Change {
+        std::string_view name;
+        std::function<void()> make;
+    };
+
+    /// The ways in which the focus can leave.
+    std::vector<Change> focusMoves();
+
+    bool isPanelOpen() const;
+
+    /// The generated files that exist.
+    std::vector<std::filesystem::path> files() const;
+
+    /// How many entries the directory for generated files has.
+    std::size_t directoryCount() const;
+
+    /// Whether nothing at all came of it: no file, nothing pasted, nobody told, nothing logged.
+    bool nothingHappened() const;
+
+    /// Whether exactly one failure was logged, with that domain and code.
+    bool loggedFailure(std::string_view domainAndCode) const;
+
+    static Representation representation(std::string_view type, std::string_view content);
+
+    TestPlatform platform;
+    std::filesystem::path root = platform.scratch / "exports";
+    std::vector<std::int64_t> changes; // what `changed` was told
+    std::shared_ptr<FilePaste> paste;
+};
+
+/// Domain and code of the error that `action` throws, as "Tavel 4"; empty if it throws none.
+std::string errorOf(const std::function<void()>& action);
+
+} // namespace tavel
