@@ -1,0 +1,101 @@
+#pragma once
+
+#include "Tests/Support/XServer.h"
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tavel {
+
+/// The keys of a PC keyboard by their codes on the X server.
+namespace pcKey {
+inline constexpr std::uint8_t leftControl = 37;
+inline constexpr std::uint8_t a = 38;
+inline constexpr std::uint8_t leftShift = 50;
+inline constexpr std::uint8_t v = 55;
+inline constexpr std::uint8_t dvorakV = 60;
+inline constexpr std::uint8_t leftAlt = 64;
+inline constexpr std::uint8_t capsLock = 66;
+inline constexpr std::uint8_t numLock = 77;
+inline constexpr std::uint8_t rightControl = 105;
+inline constexpr std::uint8_t leftSuper = 133;
+} // namespace pcKey
+
+/// A key that a program has got.
+struct ReceivedKey {
+    std::uint8_t code = 0;
+    bool isDown = false;
+
+    bool operator==(const ReceivedKey&) const = default;
+};
+
+/// An X server with a user who types, a window manager that activates windows, and programs with windows. One
+/// connection is all of them.
+class KeyboardDesktop {
+public:
+    KeyboardDesktop();
+    ~KeyboardDesktop();
+    KeyboardDesktop(const KeyboardDesktop&) = delete;
+    KeyboardDesktop& operator=(const KeyboardDesktop&) = delete;
+
+    XServer& server() { return server_; }
+    const std::string& display() const { return server_.display(); }
+    xcb_connection_t* connection() const { return connection_; }
+    xcb_window_t root() const { return root_; }
+
+    /// A visible window of a program of that class, in a frame of the window manager's if there is one.
+    xcb_window_t open(std::string_view className, xcb_window_t frame = XCB_WINDOW_NONE);
+    void show(xcb_window_t window);
+    void hide(xcb_window_t window);
+    void close(xcb_window_t window);
+
+    /// Makes it the active window, which has the keyboard's focus.
+    void activate(xcb_window_t window);
+
+    void press(std::uint8_t code);
+    void release(std::uint8_t code);
+
+    /// Presses these in this order, and releases them the other way round. Does not wait for the server.
+    void type(std::initializer_list<std::uint8_t> codes);
+
+    /// Whether a key that is held repeats, which it does not at first.
+    void repeatKeys(bool on);
+
+    /// Chooses the layouts, with setxkbmap's options.
+    void useLayout(const std::string& options);
+
+    /// Switches to that layout, counted from 0.
+    void useGroup(std::uint8_t group);
+
+    /// What the window's program has got until now, or only what it has got of that key.
+    std::vector<ReceivedKey> received(xcb_window_t window);
+    std::vector<ReceivedKey> received(xcb_window_t window, std::uint8_t code);
+
+    /// Whether another program has grabbed the key there. Does not get in the way of one that is about to.
+    bool isGrabbed(xcb_window_t window, std::uint8_t code,
+                   unsigned int modifiers = XCB_MOD_MASK_CONTROL) const;
+
+    /// Returns when the server has done everything that was requested here.
+    void synchronize() const;
+
+private:
+    struct Received {
+        xcb_window_t window;
+        ReceivedKey key;
+    };
+
+    xcb_atom_t atom(std::string_view name) const;
+    void fakeKey(std::uint8_t type, std::uint8_t code);
+
+    XServer server_;
+    xcb_connection_t* connection_;
+    xcb_window_t root_ = XCB_WINDOW_NONE;
+    std::vector<Received> received_;
+};
+
+} // namespace tavel
