@@ -1,0 +1,21 @@
+#pragma once
+
+#include <gio/gio.h>
+
+#include <memory>
+
+namespace tavel {
+
+struct GioRelease {
+    void operator()(GVariant* variant) const { g_variant_unref(variant); }
+    void operator()(GVariantIter* iterator) const { g_variant_iter_free(iterator); }
+    void operator()(GCancellable* cancellable) const { g_object_unref(cancellable); }
+    void operator()(GDBusConnection* connection) const { g_object_unref(connection); }
+    void operator()(char* text) const { g_free(text); }
+};
+
+/// What GIO hands over, for the receiver to let go.
+template <typename Kind>
+using GioPointer = std::unique_ptr<Kind, GioRelease>;
+
+} // namespace tavel
