@@ -71,9 +71,9 @@ def measure_start(rounds=40):
     print(f"start to first reply   {agent:7.2f} ms   {agent / empty:.2f} x an empty program ({empty:.2f} ms)")
 
 
-def measure_idling(seconds):
+def measure_idling(seconds, prepare=lambda agent: request(agent, command="ping")):
     with running_agent() as agent:
-        request(agent, command="ping")
+        prepare(agent)
         before = processor_milliseconds(agent.pid)
         time.sleep(seconds)
         spent = processor_milliseconds(agent.pid) - before

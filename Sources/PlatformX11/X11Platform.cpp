@@ -1,5 +1,6 @@
 #include "PlatformX11/X11Platform.h"
 
+#include "PlatformPanel/OnDemandNamePanelView.h"
 #include "PlatformX11/X11Pasteboard.h"
 
 #include <utility>
@@ -8,10 +9,18 @@ namespace tavel {
 
 X11Platform::X11Platform(std::unique_ptr<X11Connection> connection)
     : selections_(std::make_shared<X11Selections>(std::move(connection), X11Selections::Patience{})),
-      events_(selections_) {}
+      events_(selections_), focusProbe_(selections_->connection(), deadline_),
+      keyboardTap_(nullptr, base_.eventLoop(), deadline_) {
+    selections_->limitBy(deadline_);
+}
 
 std::shared_ptr<Pasteboard> X11Platform::openPasteboard(const std::optional<std::string>& name) {
     return std::make_shared<X11Pasteboard>(selections_, name);
+}
+
+std::unique_ptr<NamePanelView> X11Platform::makeNamePanelView(const NamePanelTexts& texts,
+                                                              NamePanelActions actions) {
+    return makeOnDemandNamePanelView(texts, actions, [this](const auto& line) { log(line); });
 }
 
 bool X11Platform::servesContents() {

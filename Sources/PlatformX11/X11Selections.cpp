@@ -76,9 +76,11 @@ bool X11Selections::own(X11Selection& selection, Items items) {
     return false;
 }
 
-const std::vector<std::string>& X11Selections::targets(X11Selection& selection) {
+std::vector<std::string> X11Selections::targets(X11Selection& selection) {
     if (!selection.targets) {
         const auto answer = ask(selection, connection_->atom("TARGETS"), largestTargetListBytes);
+        if (!answer && deadline_ != nullptr && deadline_->isDeciding())
+            return {};               // which was too short a time to tell anything by
         selection.targets.emplace(); // also without an answer: nobody is asked twice
         if (answer && answer->format == 32) {
             std::vector<xcb_atom_t> atoms(answer->bytes.size() / sizeof(xcb_atom_t));
@@ -111,8 +113,9 @@ std::optional<SelectionReader::Answer> X11Selections::ask(X11Selection& selectio
     // A refusal is told from a late one only by its time.
     const xcb_timestamp_t time =
         reader_.awaitsLateAnswers() ? connection_->fetchTime() : connection_->latestTime();
-    auto answer =
-        reader_.read({selection.atom, target, time, limit}, patience_.silence, begin + selection.patience);
+    const auto patienceEnd = begin + selection.patience;
+    const auto end = deadline_ == nullptr ? patienceEnd : deadline_->limit(patienceEnd);
+    auto answer = reader_.read({selection.atom, target, time, limit}, patience_.silence, end);
     if (selection.changeCount == countBefore)
         selection.patience -= std::min(Clock::now() - begin, selection.patience);
     return answer;

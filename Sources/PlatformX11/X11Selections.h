@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/PasteboardItems.h"
+#include "PlatformX11/DecisionDeadline.h"
 #include "PlatformX11/SelectionReader.h"
 #include "PlatformX11/SelectionServer.h"
 #include "PlatformX11/SelectionText.h"
@@ -65,6 +66,10 @@ public:
 
     X11Connection& connection() { return *connection_; }
 
+    /// While a decision is being made, owners are waited for no longer than that. It must outlive this
+    /// object.
+    void limitBy(const DecisionDeadline& deadline) { deadline_ = &deadline; }
+
     /// The selection behind the pasteboard of that name; without a name the general one, CLIPBOARD.
     X11Selection& selection(const std::optional<std::string>& pasteboardName);
 
@@ -75,7 +80,7 @@ public:
     bool own(X11Selection& selection, Items items);
 
     /// The targets of another program's content. Waits for that program the first time.
-    const std::vector<std::string>& targets(X11Selection& selection);
+    std::vector<std::string> targets(X11Selection& selection);
 
     /// Another program's value for one of its targets. Waits for it.
     std::optional<SelectionValue> read(X11Selection& selection, const std::string& target);
@@ -98,6 +103,7 @@ private:
     std::optional<OwnedSelection> ownedSelection(xcb_atom_t atom) const;
 
     Patience patience_;
+    const DecisionDeadline* deadline_ = nullptr; // nothing limits
     std::unique_ptr<X11Connection> connection_;
     std::map<xcb_atom_t, X11Selection> selections_;
     SelectionReader reader_;

@@ -42,6 +42,7 @@ class AgentSession:
     `copied_by`. What is left over is a failure, at the next step at the latest."""
 
     def __init__(self, program):
+        self.programs = program.parent  # where the other programs are, too
         self._process = subprocess.Popen(
             [program], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         self._lines = []  # all that it said, in order
@@ -98,6 +99,13 @@ class AgentSession:
         reply = self._replies[number]
         expect(reply["ok"] and reply["reason"] == "", f"{command} failed: {reply['reason']}")
         return reply
+
+    @property
+    def process(self):
+        return self._process.pid
+
+    def prompt_for_names(self, wanted):
+        self.request("configure_file_prompt", rename_prompt=wanted)
 
     def write_text(self, text):
         self.request("write_text", text_b64=base64.b64encode(text.encode()).decode(), marker="the test")
@@ -158,6 +166,17 @@ class AgentSession:
     def _paths(event, kind):
         expect(event.get("kind") == kind, f"not {kind}: " + shortened(json.dumps(event)))
         return event["paths"]
+
+    def made_file_by(self, action):
+        """The sequence of the event that tells of a generated file. No change is reported with it."""
+        self.expect_silence("before a file is made")
+        action()
+        self._wait(lambda: self._events, "the agent tells of no file")
+        with self._changed:
+            events, self._events = self._events, []
+        expect(len(events) == 1 and events[0]["event"] == "file_renamed",
+               "instead of one file: " + shortened(json.dumps(events)))
+        return events[0]["sequence"]
 
     # ---- its end
 

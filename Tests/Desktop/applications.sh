@@ -182,6 +182,47 @@ thunar_paste() { # WINDOW
   press "$1" ctrl+v
 }
 
+# ---- file managers, each with a window of its own process
+
+thunar_folder() { # DIRECTORY
+  thunar "$1" >/dev/null 2>&1 </dev/null &
+}
+
+caja_folder() { # DIRECTORY
+  caja --no-desktop --browser "$1" >/dev/null 2>&1 </dev/null &
+}
+
+nemo_folder() { # DIRECTORY
+  nemo --no-desktop "$1" >/dev/null 2>&1 </dev/null &
+}
+
+nautilus_folder() { # DIRECTORY
+  nautilus --new-window "$1" >/dev/null 2>&1 </dev/null &
+}
+
+# GTK 2 tells of its focus only with these modules.
+pcmanfm_folder() { # DIRECTORY
+  GTK_MODULES=gail:atk-bridge pcmanfm --no-desktop --new-win "$1" >/dev/null 2>&1 </dev/null &
+}
+
+folder_open() { # FILE-MANAGER DIRECTORY: whose name has to stand in the window's title
+  "$1_folder" "$2"
+  window_open "^(.*[ /])?$(basename "$2")( - .*)?\$"
+}
+
+panel_open() { # waits for the panel and its focus; its number goes to WINDOW
+  window_open '^Nommer avant de coller$' && wait_until "$APPLICATION_PATIENCE" window_has_focus "$WINDOW"
+}
+
+panel_name() { # WINDOW NAME: in the place of what is there
+  window_focus "$1" && xdotool key --clearmodifiers ctrl+a && xdotool type --delay 20 "$2"
+}
+
+# What the window shows, as one number.
+window_picture() { # WINDOW
+  import -window "$1" rgb:- | cksum
+}
+
 # ---- chromium
 
 # A profile of its own for each call. Software rendering; no sandbox, as root cannot have one.

@@ -30,7 +30,11 @@ protected:
         desktop.setActiveWindow(window);
     }
 
-    std::optional<std::string> role() { return desktop.probe().focusedRole(thisProcess); }
+    /// As it is asked while a key waits.
+    std::optional<std::string> role() {
+        const DecisionDeadline::Scope scope(desktop.deadline(), DecisionDeadline::Clock::time_point::max());
+        return desktop.probe().focusedRole(thisProcess);
+    }
 
     /// Begins to follow until the first question is answered so: a busy machine may take longer than anybody
     /// waits in front of a keyboard.
@@ -133,6 +137,16 @@ TEST_F(FocusSearch, happensWhenAFileManagerBecomesActiveAndTellsNoFocus) {
     program.activate("/window");
     runUntil([&] { return program.roleQuestions() > 0; });
     desktop.awaitRole(thisProcess, "AXLayoutArea");
+}
+
+TEST_F(FocusSearch, happensAtOnceWhenNoKeyWaits) {
+    desktop.setActiveWindow(0);
+    desktop.probe().follow(true);
+    desktop.setActiveWindow(window);
+    program.setMatches({"/icon", "/view"});
+    EXPECT_EQ(role(), std::nullopt);
+    // On a busy machine not at the first time.
+    waitUntil([&] { return desktop.probe().focusedRole(thisProcess) == "AXLayoutArea"; }, inTime);
 }
 
 TEST_F(FocusSearch, isNotNeededOfAProgramThatHasTold) {
