@@ -16,6 +16,6 @@ if(NOT APPLE) # which has a pasteboard, and reads and writes images itself
   pkg_check_modules(gmodule REQUIRED IMPORTED_TARGET gmodule-no-export-2.0)
   pkg_check_modules(libdeflate REQUIRED IMPORTED_TARGET libdeflate)
   pkg_check_modules(gtk REQUIRED IMPORTED_TARGET gtk+-3.0)
-  pkg_check_modules(x11 REQUIRED IMPORTED_TARGET x11>=1.8)
+  pkg_check_modules(x11 REQUIRED IMPORTED_TARGET x11)
   pkg_get_variable(vips_library_directory vips libdir)
 endif()

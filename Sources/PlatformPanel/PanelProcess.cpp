@@ -14,6 +14,7 @@
 #include <csignal>
 #include <string>
 #include <system_error>
+#include <utility>
 
 namespace tavel {
 
@@ -21,9 +22,26 @@ namespace {
 
 constexpr guint reapInterval = 10; // milliseconds
 
+class Descriptor {
+public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() {
+        if (number_ >= 0)
+            close(number_);
+    }
+    Descriptor(Descriptor&& other) noexcept : number_(other.release()) {}
+    Descriptor& operator=(Descriptor&&) = delete;
+
+    int number() const { return number_; }
+    int release() { return std::exchange(number_, -1); }
+
+private:
+    int number_;
+};
+
 struct Ends {
-    int ours = -1;
-    int theirs = -1;
+    Descriptor ours;
+    Descriptor theirs;
 };
 
 void throwUnless(bool isDone, int error, const std::string& what) {
@@ -36,7 +54,7 @@ Ends makeSocket() {
     std::array<int, 2> ends{};
     throwUnless(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0, errno, "socketpair");
     fcntl(ends[0], F_SETFL, O_NONBLOCK);
-    return {ends[0], ends[1]};
+    return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
 /// Whether the child has ended, and is reaped, or was reaped by somebody else: its identifier may belong to
@@ -52,21 +70,11 @@ gboolean reap(gpointer process) {
 } // namespace
 
 PanelProcess::PanelProcess(const std::filesystem::path& program) {
-    const Ends channel = makeSocket();
-    const ScopeExit closeChannel([&] { close(channel.theirs); });
-    Ends errors;
-    try {
-        errors = makeSocket();
-        const ScopeExit closeErrors([&] { close(errors.theirs); });
-        start(program, channel.theirs, errors.theirs);
-    } catch (const std::system_error&) {
-        close(channel.ours);
-        if (errors.ours >= 0)
-            close(errors.ours);
-        throw;
-    }
-    channel_ = channel.ours;
-    errors_ = errors.ours;
+    Ends channel = makeSocket();
+    Ends errors = makeSocket();
+    start(program, channel.theirs.number(), errors.theirs.number());
+    channel_ = channel.ours.release();
+    errors_ = errors.ours.release();
 }
 
 PanelProcess::~PanelProcess() {

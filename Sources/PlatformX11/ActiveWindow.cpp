@@ -77,7 +77,7 @@ std::string classNameOf(const X11Reply<xcb_get_property_reply_t>& reply) {
 } // namespace
 
 ActiveWindow::ActiveWindow(xcb_connection_t* connection, xcb_window_t root)
-    : connection_(connection), root_(root), activeWindow_(XCB_ATOM_NONE), processIdentifier_(XCB_ATOM_NONE) {
+    : connection_(connection), root_(root) {
     constexpr std::string_view activeName = "_NET_ACTIVE_WINDOW";
     constexpr std::string_view processName = "_NET_WM_PID";
     const auto active = xcb_intern_atom(connection_, 0, activeName.size(), activeName.data());

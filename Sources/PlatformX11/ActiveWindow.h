@@ -35,8 +35,8 @@ public:
 private:
     xcb_connection_t* connection_;
     xcb_window_t root_;
-    xcb_atom_t activeWindow_;
-    xcb_atom_t processIdentifier_;
+    xcb_atom_t activeWindow_ = XCB_ATOM_NONE;
+    xcb_atom_t processIdentifier_ = XCB_ATOM_NONE;
 };
 
 /// Whether windows of that class are a file manager's that this agent knows.

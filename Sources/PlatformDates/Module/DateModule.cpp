@@ -10,7 +10,7 @@ std::optional<std::string> now(const std::string& locale, const std::string& pat
     UErrorCode status = U_ZERO_ERROR;
     // Puts "C" and character sets behind a dot right.
     const icu::Locale canonical = icu::Locale::createCanonical(locale.c_str());
-    icu::SimpleDateFormat format(icu::UnicodeString::fromUTF8(pattern), canonical, status);
+    const icu::SimpleDateFormat format(icu::UnicodeString::fromUTF8(pattern), canonical, status);
     if (U_FAILURE(status))
         return std::nullopt;
     icu::UnicodeString text;
