@@ -11,7 +11,7 @@ namespace tavel {
 
 std::shared_ptr<FileNamePanel> FileNamePanel::make(Platform& platform, std::string_view stem,
                                                    std::string_view ext) {
-    const std::shared_ptr<FileNamePanel> panel(new FileNamePanel(ext));
+    std::shared_ptr<FileNamePanel> panel(new FileNamePanel(ext));
     // The user's last action can let go of the panel: it stays until that is over.
     const auto action = [panel](void (FileNamePanel::*method)()) {
         return [weak = std::weak_ptr(panel), method] {
@@ -19,8 +19,9 @@ std::shared_ptr<FileNamePanel> FileNamePanel::make(Platform& platform, std::stri
                 (alive.get()->*method)();
         };
     };
-    NamePanelTexts texts{std::string(messages::panelTitle), messages::extensionKept(ext), std::string(stem),
-                         std::string(messages::panelCancel), std::string(messages::panelConfirm)};
+    const NamePanelTexts texts{std::string(messages::panelTitle), messages::extensionKept(ext),
+                               std::string(stem), std::string(messages::panelCancel),
+                               std::string(messages::panelConfirm)};
     panel->view_ = platform.makeNamePanelView(
         texts, {action(&FileNamePanel::confirmName), action(&FileNamePanel::cancelName)});
     if (panel->view_ == nullptr)
