@@ -2,6 +2,7 @@
 
 #include "PlatformPanel/OnDemandNamePanelView.h"
 #include "PlatformX11/X11Pasteboard.h"
+#include "Support/Module.h"
 
 #include <utility>
 
@@ -9,7 +10,9 @@ namespace tavel {
 
 X11Platform::X11Platform(std::unique_ptr<X11Connection> connection)
     : selections_(std::make_shared<X11Selections>(std::move(connection), X11Selections::Patience{})),
-      events_(selections_), focusProbe_(selections_->connection(), deadline_),
+      events_(selections_), focusProbe_(
+                                selections_->connection(), deadline_, [this](const auto& line) { log(line); },
+                                modulePath("tavel-focus")),
       keyboardTap_(nullptr, base_.eventLoop(), deadline_) {
     selections_->limitBy(deadline_);
 }

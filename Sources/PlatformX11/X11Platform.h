@@ -2,8 +2,8 @@
 
 #include "PlatformHeadless/HeadlessPlatform.h"
 #include "PlatformX11/DecisionDeadline.h"
-#include "PlatformX11/Focus/X11FocusProbe.h"
 #include "PlatformX11/Keyboard/X11KeyboardTap.h"
+#include "PlatformX11/OnDemandFocusProbe.h"
 #include "PlatformX11/X11Connection.h"
 #include "PlatformX11/X11EventSource.h"
 #include "PlatformX11/X11Selections.h"
@@ -38,7 +38,7 @@ private:
     DecisionDeadline deadline_;
     std::shared_ptr<X11Selections> selections_;
     X11EventSource events_;
-    X11FocusProbe focusProbe_;
+    OnDemandFocusProbe focusProbe_;
     X11KeyboardTap keyboardTap_;
 };
 
