@@ -100,10 +100,6 @@ class AgentSession:
         expect(reply["ok"] and reply["reason"] == "", f"{command} failed: {reply['reason']}")
         return reply
 
-    @property
-    def process(self):
-        return self._process.pid
-
     def prompt_for_names(self, wanted):
         self.request("configure_file_prompt", rename_prompt=wanted)
 

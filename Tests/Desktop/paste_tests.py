@@ -165,13 +165,9 @@ def pictures_text_and_documents(agent, folder):
     panel = folder.hold_and_paste()
     paste_as(agent, folder, panel, "Rapport", "Rapport.pdf", PDF)
     agent.copied_by(lambda: copy("UTF8_STRING", TEXT.encode()))
-    panel = folder.hold_and_paste()
-    call("xdotool", "key", "Return")  # the name that is proposed has to wait for another test
-    agent.made_file_by(lambda: None)
-
-
-def proposed_name(agent, folder):
-    """The text's first line without what a name may not hold."""
+    folder.hold_and_paste()
+    # The name that is proposed is the first line without what a name may not hold.
+    agent.made_file_by(lambda: call("xdotool", "key", "Return"))
     target = folder.directory / "Liste de courses  déjà.txt"
     wait_until(target.exists, "the text's file")
     wait_until(lambda: target.stat().st_size == len(TEXT.encode()), "all of the text")
@@ -259,7 +255,6 @@ def every_manager(manager, agent, directory):
     folder = Folder(manager, directory / "dossier")
     agent.prompt_for_names(True)
     pictures_text_and_documents(agent, folder)
-    proposed_name(agent, folder)
     invalid_name(agent, folder)
     clipboard_changed_meanwhile(agent, folder)
     in_a_text_field(agent, folder)
