@@ -1,13 +1,14 @@
 #pragma once
 
 #include "Platform/Platform.h"
+#include "PlatformDates/LocalTimestamp.h"
 #include "PlatformHeadless/GlibEventLoop.h"
 #include "PlatformHeadless/HeadlessDevices.h"
-#include "PlatformHeadless/HeadlessImageCodec.h"
-#include "PlatformHeadless/HeadlessTimestamp.h"
 #include "PlatformHeadless/LmdbEnvironment.h"
+#include "PlatformImages/OnDemandImageCodec.h"
+#include "Support/FileUrl.h"
+#include "Support/Module.h"
 
-#include <functional>
 #include <memory>
 
 namespace tavel {
@@ -19,21 +20,22 @@ public:
     bool servesContents() override { return false; }
     void handOverContents() override {}
     EventLoop& eventLoop() override { return eventLoop_; }
-    ImageCodec& imageCodec() override { return *imageCodec_; }
+    ImageCodec& imageCodec() override { return imageCodec_; }
     KeyboardTap& keyboardTap() override { return keyboardTap_; }
     FocusProbe& focusProbe() override { return focusProbe_; }
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts&, NamePanelActions) override {
         return nullptr;
     }
-    std::string localTimestamp() override { return timestamp_(); }
+    std::string fileUrl(const std::string& path) override { return fileUrlFromPath(path); }
+    std::string localTimestamp() override { return timestamp_.now(); }
     std::filesystem::path temporaryDirectory() override;
     void becomeAccessory() override {}
     void log(const std::string& message) override;
 
 private:
     GlibEventLoop eventLoop_;
-    std::unique_ptr<ImageCodec> imageCodec_ = makeHeadlessImageCodec([this](const auto& line) { log(line); });
-    std::function<std::string()> timestamp_ = makeHeadlessTimestamp([this](const auto& line) { log(line); });
+    OnDemandImageCodec imageCodec_{[this](const auto& line) { log(line); }};
+    LocalTimestamp timestamp_{[this](const auto& line) { log(line); }, modulePath("tavel-dates")};
     RefusedKeyboardTap keyboardTap_;
     NoFocusProbe focusProbe_;
     std::shared_ptr<const LmdbEnvironment> environment_; // opened with the first pasteboard

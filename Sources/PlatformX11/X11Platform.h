@@ -28,6 +28,7 @@ public:
     FocusProbe& focusProbe() override { return focusProbe_; }
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
                                                      NamePanelActions actions) override;
+    std::string fileUrl(const std::string& path) override { return base_.fileUrl(path); }
     std::string localTimestamp() override { return base_.localTimestamp(); }
     std::filesystem::path temporaryDirectory() override { return base_.temporaryDirectory(); }
     void becomeAccessory() override { base_.becomeAccessory(); }

@@ -1,7 +1,6 @@
 #include "Platform/PasteboardTypes.h"
 #include "Support/Error.h"
 #include "Support/FileError.h"
-#include "Support/FileUrl.h"
 #include "Support/Files.h"
 #include "Support/OutputFile.h"
 #include "Support/ScopeExit.h"
@@ -66,7 +65,7 @@ std::optional<std::filesystem::path> FilePaste::publishGeneratedFile(std::int64_
     if (board_->changeCount() != sequence)
         return std::nullopt;
     const std::array added{
-        Representation{std::string(pasteboardType::fileUrl), Bytes::adopt(fileUrlFromPath(file.string()))},
+        Representation{std::string(pasteboardType::fileUrl), Bytes::adopt(platform_.fileUrl(file.string()))},
         Representation{std::string(generatedFile::alternative), Bytes::copyOf(generatedFile::markValue)},
     };
     if (!board_->addTypes(added))

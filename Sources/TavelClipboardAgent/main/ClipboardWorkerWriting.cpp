@@ -1,6 +1,5 @@
 #include "Platform/PasteboardTypes.h"
 #include "Support/Error.h"
-#include "Support/FileUrl.h"
 #include "Support/Files.h"
 #include "Support/InputFile.h"
 #include "Support/Utf8.h"
@@ -135,7 +134,7 @@ ClipboardWorker::Result ClipboardWorker::writeFileReferences(const command::Writ
     std::vector<PasteboardItem> items;
     items.reserve(command.paths.size());
     for (const std::string& path : command.paths) {
-        items.push_back({{std::string(pasteboardType::fileUrl), Bytes::adopt(fileUrlFromPath(path))},
+        items.push_back({{std::string(pasteboardType::fileUrl), Bytes::adopt(platform_.fileUrl(path))},
                          {std::string(markerType), marker}});
     }
     const bool written = replaceContents([&] { return pasteboard_->writeItems(items); });

@@ -2,6 +2,7 @@
 
 #include "Platform/Platform.h"
 #include "Support/Error.h"
+#include "Support/FileUrl.h"
 #include "Tests/Unit/Doubles/ManualEventLoop.h"
 #include "Tests/Unit/Doubles/ScriptedPasteboard.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
@@ -139,6 +140,9 @@ public:
 
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
                                                      NamePanelActions actions) override;
+
+    /// Not quite as the portable code would write it, so that a test sees who was asked.
+    std::string fileUrl(const std::string& path) override { return fileUrlFromPath(path) + "#platform"; }
 
     std::string localTimestamp() override { return timestamp; }
 

@@ -107,7 +107,7 @@ TEST_F(FilePastePublication, addsTheFileToTheContent) {
     EXPECT_EQ(pasteboard().content("public.png"), "picture");
     EXPECT_EQ(pasteboard().content("public.utf8-plain-text"), "text");
     EXPECT_EQ(pasteboard().content("public.file-url"),
-              "file://" + file->parent_path().string() + "/%C3%89t%C3%A9%201.txt");
+              "file://" + file->parent_path().string() + "/%C3%89t%C3%A9%201.txt#platform");
     EXPECT_EQ(pasteboard().content("com.brennic.generated-file"), "1");
     EXPECT_EQ(pasteboard().filePaths(), std::vector{file->string()});
     ASSERT_EQ(pasteboard().items().size(), 1U);
