@@ -14,10 +14,11 @@ public:
     virtual ~EventLoop() = default;
 
     /// One pass: waits until something is ready, until `stopWaiting`, or for `longestWait`, whichever is
-    /// first, and runs what is ready. What is posted meanwhile runs in a later pass. Main thread.
+    /// first, and runs what is ready. On a platform with events of its own, those are what is waited for, and
+    /// functions run during the wait without ending it. Main thread.
     virtual void runOnce(std::chrono::milliseconds longestWait) = 0;
 
-    /// Runs `function` in the next pass, in the order of posting. Any thread; the wait ends at once.
+    /// Runs `function` as soon as a pass can, a wait included, in the order of posting. Any thread.
     virtual void post(Function function) = 0;
 
     /// Runs `function` once, `delay` from now. Main thread.
