@@ -4,7 +4,7 @@ if(TAVEL_SANITIZERS)
   add_link_options(-fsanitize=${TAVEL_SANITIZERS})
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # The instrumentation hides initialisations from this warning (GCC manual, -fsanitize=address).
-    add_compile_options(-Wno-maybe-uninitialized)
+    add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wno-maybe-uninitialized>)
   endif()
 endif()
 

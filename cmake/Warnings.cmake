@@ -3,4 +3,4 @@ add_library(tavel_warnings INTERFACE)
 target_compile_options(tavel_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
   # g++ 12 sees overlapping copies in plain string additions when it optimises (GCC bug 105651).
-  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
+  $<$<AND:$<COMPILE_LANG_AND_ID:CXX,GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)

@@ -1,10 +1,10 @@
 #include "Platform/Platform.h"
-#include "PlatformHeadless/HeadlessPlatform.h"
+#include "PlatformMac/MacPlatform.h"
 
 namespace tavel {
 
 std::unique_ptr<Platform> makePlatform() {
-    return std::make_unique<HeadlessPlatform>();
+    return makeMacPlatform();
 }
 
 } // namespace tavel

@@ -75,8 +75,8 @@ public:
     virtual bool writeItems(std::span<const PasteboardItem> items) = 0;
 
     /// Adds types to the first item of the current content, whoever wrote it; everything else stays. This
-    /// makes a new content: the change count moves. False if nothing was added: there is no item, or the
-    /// platform refused.
+    /// makes a new content: the change count moves. False if the first of them was not added: there is no
+    /// item, or the platform refused. A platform may then still fail to add others, without saying.
     virtual bool addTypes(std::span<const Representation> representations) = 0;
 
     /// Runs `steps`, which calls this object's operations, as one change: where the platform can, other
