@@ -1,0 +1,5 @@
+#include "PlatformMac/Retained.h"
+
+tavel::Retained<NSDate> now() {
+    return tavel::Retained<NSDate>::retain([NSDate date]);
+}

@@ -1,0 +1,5 @@
+#include <Foundation/Foundation.h>
+
+NSData* bytes(CFDataRef data) {
+    return (NSData*)data;
+}

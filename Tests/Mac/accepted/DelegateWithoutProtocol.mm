@@ -1,0 +1,10 @@
+#include <AppKit/AppKit.h>
+
+@interface TavelTestPanel : NSPanel <NSWindowDelegate>
+@end
+
+@implementation TavelTestPanel
+- (void)attend {
+    [self setDelegate:self];
+}
+@end

@@ -1,0 +1,5 @@
+#include <CoreFoundation/CoreFoundation.h>
+
+void stop() {
+    CFRunLoopStop(CFRunLoopGetMain());
+}

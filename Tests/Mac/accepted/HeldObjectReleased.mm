@@ -1,0 +1,5 @@
+#include "PlatformMac/Retained.h"
+
+void release(tavel::Retained<NSDate>& date) {
+    date = {};
+}

@@ -1,0 +1,5 @@
+#include "PlatformMac/Retained.h"
+
+tavel::Retained<NSDate> keep(const tavel::Retained<NSDate>& date) {
+    return date;
+}

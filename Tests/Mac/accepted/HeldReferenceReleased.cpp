@@ -1,0 +1,5 @@
+#include "PlatformMac/CFRef.h"
+
+void release(tavel::CFRef<CFDataRef>& data) {
+    data = {};
+}

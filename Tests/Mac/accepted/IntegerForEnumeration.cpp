@@ -1,0 +1,5 @@
+#include <CoreGraphics/CoreGraphics.h>
+
+void post(CGEventRef event) {
+    CGEventPost(kCGHIDEventTap, event);
+}

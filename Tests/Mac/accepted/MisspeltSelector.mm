@@ -1,0 +1,5 @@
+#include <AppKit/AppKit.h>
+
+void clear(NSPasteboard* pasteboard) {
+    [pasteboard clearContents];
+}

@@ -1,0 +1,8 @@
+#include <AppKit/AppKit.h>
+
+NSArray<NSString*>* pathOf(NSURL* url) {
+    NSString* const path = [url path];
+    if (path != nil)
+        return @[ path ];
+    return @[];
+}

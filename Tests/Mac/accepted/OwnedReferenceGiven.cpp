@@ -1,0 +1,5 @@
+#include <CoreFoundation/CoreFoundation.h>
+
+CFStringRef createGreeting() {
+    return CFStringCreateWithCString(nullptr, "Bonjour", kCFStringEncodingUTF8);
+}

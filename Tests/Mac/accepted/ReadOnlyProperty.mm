@@ -1,0 +1,5 @@
+#include <AppKit/AppKit.h>
+
+NSInteger count(NSPasteboard* pasteboard) {
+    return pasteboard.changeCount;
+}

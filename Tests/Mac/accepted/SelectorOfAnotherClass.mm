@@ -1,0 +1,5 @@
+#include <AppKit/AppKit.h>
+
+void rename(NSTextField* field) {
+    [field setStringValue:@"name"];
+}

@@ -1,0 +1,8 @@
+#include <AppKit/AppKit.h>
+
+@interface TavelTestPanel : NSPanel
+@property(assign) NSTextField* hint;
+@end
+
+@implementation TavelTestPanel
+@end

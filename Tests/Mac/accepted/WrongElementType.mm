@@ -1,0 +1,5 @@
+#include <AppKit/AppKit.h>
+
+BOOL write(NSPasteboard* pasteboard, NSArray<NSPasteboardItem*>* contents) {
+    return [pasteboard writeObjects:contents];
+}

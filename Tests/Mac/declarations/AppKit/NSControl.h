@@ -1,0 +1,11 @@
+#pragma once
+
+#include "AppKit/NSView.h"
+
+NS_ASSUME_NONNULL_BEGIN
+
+@interface NSControl : NSView
+@property(copy) NSString* stringValue;
+@end
+
+NS_ASSUME_NONNULL_END

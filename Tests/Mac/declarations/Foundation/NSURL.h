@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Foundation/NSString.h"
+
+NS_ASSUME_NONNULL_BEGIN
+
+@interface NSURL : NSObject <NSCopying>
++ (NSURL*)fileURLWithPath:(NSString*)path;
+@property(nullable, readonly, copy) NSString* absoluteString;
+@property(nullable, readonly, copy) NSString* path;
+@property(nullable, readonly, copy) NSURL* filePathURL;
+@end
+
+NS_ASSUME_NONNULL_END

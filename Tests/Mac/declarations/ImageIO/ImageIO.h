@@ -1,0 +1,4 @@
+#pragma once
+
+#include "ImageIO/ImageDestination.h"
+#include "ImageIO/ImageSource.h"

@@ -1,0 +1,18 @@
+#pragma once
+
+// What the language itself needs.
+
+#include <cstddef>
+
+/// bool on Apple silicon only: elsewhere a mask's higher bits are lost in it.
+#if defined(__aarch64__)
+typedef bool BOOL;
+#else
+typedef signed char BOOL;
+#endif
+
+#define YES __objc_yes
+#define NO __objc_no
+#define nil nullptr
+
+#define OBJC_EXPORT extern "C" __attribute__((visibility("default")))

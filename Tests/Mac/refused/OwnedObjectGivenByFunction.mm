@@ -1,0 +1,8 @@
+#include <Foundation/Foundation.h>
+
+NSString* greeting() NS_RETURNS_NOT_RETAINED;
+
+NSString* greeting() {
+    return [[NSString alloc] initWithUTF8String:"Bonjour"];
+    // expected-warning@-1 {{Potential leak of an object}}
+}
