@@ -4,6 +4,12 @@
 
 #import <AppKit/AppKit.h>
 
+/// Text views, and windows for them, answer to these, which no header says.
+@protocol TavelUndoing
+- (void)undo:(id)sender;
+- (void)redo:(id)sender;
+@end
+
 namespace tavel {
 
 namespace {

@@ -44,8 +44,8 @@ NSString* shown(std::string_view text) {
     [self setReleasedWhenClosed:NO];
     [self setDelegate:self];
     // The system may refuse to activate an application that the user has not touched. The panel has to be
-    // seen all the same, or nobody could end it: a panel would be hidden then, and in front of it would be
-    // the other application's windows, the next time that the user clicks on one.
+    // seen all the same, or nobody could end it: not hidden with its application, as panels are, and above
+    // the other application's windows, also when the user clicks on one.
     [self setHidesOnDeactivate:NO];
     [self setLevel:NSFloatingWindowLevel];
     [self addViewsWithTexts:texts];

@@ -10,6 +10,7 @@ enum NSBezelStyle : NSUInteger {};
 + (instancetype)buttonWithTitle:(NSString*)title
                          target:(nullable id)target
                          action:(nullable SEL)action API_AVAILABLE(macos(10.12));
+@property(copy) NSString* title;
 @property NSBezelStyle bezelStyle;
 @property(copy) NSString* keyEquivalent;
 @end

@@ -6,6 +6,7 @@ NS_ASSUME_NONNULL_BEGIN
 
 @interface NSControl : NSView
 @property(copy) NSString* stringValue;
+- (void)performClick:(nullable id)sender;
 @end
 
 NS_ASSUME_NONNULL_END

@@ -19,6 +19,7 @@ OBJC_EXPORT const NSPasteboardReadingOptionKey NSPasteboardURLReadingFileURLsOnl
 + (NSPasteboard*)pasteboardWithName:(NSPasteboardName)name;
 @property(readonly) NSInteger changeCount;
 - (NSInteger)clearContents;
+- (oneway void)releaseGlobally;
 - (BOOL)writeObjects:(NSArray<id<NSPasteboardWriting>>*)objects;
 - (nullable NSArray*)readObjectsForClasses:(NSArray<Class>*)classes
                                    options:(nullable NSDictionary<NSPasteboardReadingOptionKey, id>*)options;

@@ -5,6 +5,7 @@
 NS_ASSUME_NONNULL_BEGIN
 
 @interface NSText : NSView
+@property NSRange selectedRange;
 - (void)copy:(nullable id)sender;
 - (void)cut:(nullable id)sender;
 - (void)paste:(nullable id)sender;

@@ -21,7 +21,7 @@ typedef NSInteger NSWindowLevel;
 
 const NSWindowLevel NSFloatingWindowLevel = 3;
 
-@class NSScreen, NSWindow;
+@class NSScreen, NSText, NSWindow;
 
 @protocol NSWindowDelegate <NSObject>
 @optional
@@ -41,6 +41,12 @@ const NSWindowLevel NSFloatingWindowLevel = 3;
 @property BOOL hidesOnDeactivate;
 @property NSWindowLevel level;
 @property(readonly) NSRect frame;
+@property(readonly) NSWindowStyleMask styleMask;
+@property(readonly) BOOL canBecomeKeyWindow;
+@property(getter=isVisible, readonly) BOOL visible;
+@property(nullable, readonly, weak) NSResponder* firstResponder;
+- (nullable NSText*)fieldEditor:(BOOL)create forObject:(nullable id)object;
+- (void)performClose:(nullable id)sender;
 @property(nullable, readonly, strong) NSScreen* screen;
 - (void)setFrameOrigin:(NSPoint)point;
 - (void)makeKeyAndOrderFront:(nullable id)sender;

@@ -2,6 +2,7 @@
 
 #include "CoreFoundation/CoreFoundation.h"
 #include "Foundation/NSArray.h"
+#include "Foundation/NSAutoreleasePool.h"
 #include "Foundation/NSCopying.h"
 #include "Foundation/NSData.h"
 #include "Foundation/NSDate.h"

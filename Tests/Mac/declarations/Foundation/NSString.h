@@ -9,6 +9,8 @@ typedef unsigned short unichar;
 
 @interface NSString : NSObject <NSCopying>
 @property(readonly) NSUInteger length;
++ (instancetype)stringWithCharacters:(const unichar*)characters length:(NSUInteger)length;
+- (BOOL)isEqualToString:(NSString*)string;
 - (instancetype)init NS_DESIGNATED_INITIALIZER;
 - (void)getCharacters:(unichar*)buffer range:(NSRange)range;
 - (instancetype)initWithCharacters:(const unichar*)characters length:(NSUInteger)length;

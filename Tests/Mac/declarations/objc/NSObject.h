@@ -17,6 +17,7 @@ NS_ASSUME_NONNULL_BEGIN
 
 @protocol NSObject
 - (Class)class;
+- (BOOL)isEqual:(nullable id)object;
 - (instancetype)retain;
 - (oneway void)release;
 - (instancetype)autorelease;
@@ -29,6 +30,7 @@ __attribute__((objc_root_class))
 + (instancetype)alloc;
 - (void)dealloc;
 - (id)copy;
+- (id)mutableCopy;
 + (Class)class;
 @end
 

@@ -1,0 +1,162 @@
+#include "Platform/PasteboardTypes.h"
+#include "PlatformMac/MacPasteboard.h"
+#include "Tests/Headless/ChildProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <numeric>
+#include <set>
+
+namespace tavel {
+namespace {
+
+constexpr std::string_view someType = "net.example.some";
+constexpr std::size_t mebibyte = std::size_t{1024} * 1024;
+
+class ForeignContent : public testing::Test {
+protected:
+    ~ForeignContent() override { [MacPasteboard::named(name_) releaseGlobally]; }
+
+    std::vector<std::string> commandLine(const std::string& command,
+                                         const std::vector<std::string>& arguments) const {
+        std::vector<std::string> line{TAVEL_PASTEBOARD_PEER, command, name_};
+        line.insert(line.end(), arguments.begin(), arguments.end());
+        return line;
+    }
+
+    /// Lets another program run to its end; gives the first line that it prints, or nothing.
+    std::string elsewhere(const std::string& command, const std::vector<std::string>& arguments) const {
+        ChildProcess program(commandLine(command, arguments));
+        const auto line = program.nextLine();
+        EXPECT_EQ(program.waitForExit(), 0);
+        return line.value_or("");
+    }
+
+    static std::string textOf(const std::optional<Bytes>& bytes) {
+        return bytes ? std::string(bytes->view()) : "nothing";
+    }
+
+    std::string name_ = "net.example.test.foreign";
+    MacPasteboard pasteboard_{name_};
+};
+
+TEST_F(ForeignContent, whatAnotherProgramCopiedIsReadAfterItsEnd) {
+    const std::int64_t before = pasteboard_.changeCount();
+    elsewhere("copy", {"net.example.some", "some", "public.utf8-plain-text", "caf\xC3\xA9", "public.file-url",
+                       "file:///nowhere/two%20words"});
+    EXPECT_EQ(pasteboard_.changeCount(), before + 1);
+    EXPECT_EQ(pasteboard_.types(),
+              (std::vector<std::string>{"net.example.some", "public.utf8-plain-text", "public.file-url"}));
+    static constexpr std::array<std::string_view, 2> wanted{"net.example.absent", someType};
+    EXPECT_EQ(pasteboard_.availableType(wanted), someType);
+    EXPECT_EQ(textOf(pasteboard_.data(someType)), "some");
+    EXPECT_EQ(textOf(pasteboard_.string(someType)), "some");
+    EXPECT_EQ(textOf(pasteboard_.string(pasteboardType::string)), "caf\xC3\xA9");
+    EXPECT_EQ(pasteboard_.filePaths(), std::vector<std::string>{"/nowhere/two words"});
+}
+
+TEST_F(ForeignContent, anotherProgramFindsWhatTheFirstItemsHave) {
+    pasteboard_.clearContents();
+    const std::vector<PasteboardItem> items{{{std::string(pasteboardType::string), Bytes::copyOf("first")}},
+                                            {{std::string(pasteboardType::string), Bytes::copyOf("second")},
+                                             {std::string(someType), Bytes::copyOf("some")}}};
+    ASSERT_TRUE(pasteboard_.writeItems(items));
+    EXPECT_EQ(elsewhere("print", {"public.utf8-plain-text"}), "first");
+    EXPECT_EQ(elsewhere("print", {"net.example.some"}), "some");
+}
+
+TEST_F(ForeignContent, ofFormattedTextTooTheFirstItemsAloneIsRead) {
+    pasteboard_.clearContents();
+    const std::vector<PasteboardItem> items{{{"public.rtf", Bytes::copyOf("{\\rtf1 first}")}},
+                                            {{"public.rtf", Bytes::copyOf("{\\rtf1 second}")}}};
+    ASSERT_TRUE(pasteboard_.writeItems(items));
+    NSString* const joined = [MacPasteboard::named(name_) stringForType:@"public.rtf"];
+    EXPECT_TRUE([joined isEqualToString:@"{\\rtf1 first}\n{\\rtf1 second}"]) << "which the system joins";
+    EXPECT_EQ(textOf(pasteboard_.string("public.rtf")), "{\\rtf1 first}");
+}
+
+TEST_F(ForeignContent, onceAnotherProgramCopiedNothingCanBeWritten) {
+    pasteboard_.clearContents();
+    ASSERT_TRUE(pasteboard_.setString("ours", pasteboardType::string));
+    const std::int64_t before = pasteboard_.changeCount();
+    elsewhere("copy", {"public.utf8-plain-text", "theirs"});
+    EXPECT_FALSE(pasteboard_.setString("late", pasteboardType::string));
+    EXPECT_FALSE(pasteboard_.setData(Bytes::copyOf("late"), someType));
+    const PasteboardItem late{{std::string(someType), Bytes::copyOf("late")}};
+    EXPECT_FALSE(pasteboard_.writeItems({&late, 1}));
+    EXPECT_EQ(pasteboard_.changeCount(), before + 1);
+    EXPECT_EQ(textOf(pasteboard_.string(pasteboardType::string)), "theirs");
+    EXPECT_EQ(elsewhere("print", {"net.example.some"}), "");
+}
+
+TEST_F(ForeignContent, theSystemItselfRefusesToWriteOnceAnotherProgramCopied) {
+    NSPasteboard* const system = MacPasteboard::named(name_);
+    [system clearContents];
+    ASSERT_TRUE([system setString:@"ours" forType:@"public.utf8-plain-text"]);
+    elsewhere("copy", {"public.utf8-plain-text", "theirs"});
+    EXPECT_FALSE([system setString:@"late" forType:@"public.utf8-plain-text"]);
+    EXPECT_FALSE([system setData:[NSData data] forType:@"net.example.some"]);
+    EXPECT_FALSE([system writeObjects:[NSArray array]]);
+    EXPECT_EQ(elsewhere("print", {"public.utf8-plain-text"}), "theirs");
+}
+
+TEST_F(ForeignContent, typesAreAddedToWhatAnotherProgramCopied) {
+    elsewhere("copy", {"public.utf8-plain-text", "theirs", "net.example.some", "some"});
+    const std::int64_t before = pasteboard_.changeCount();
+    EXPECT_TRUE(
+        pasteboard_.addTypes(std::vector{Representation{"net.example.marker", Bytes::copyOf("marker")}}));
+    EXPECT_EQ(pasteboard_.changeCount(), before + 1);
+    EXPECT_EQ(elsewhere("print", {"net.example.marker"}), "marker");
+    EXPECT_EQ(elsewhere("print", {"public.utf8-plain-text"}), "theirs");
+    EXPECT_EQ(elsewhere("print", {"net.example.some"}), "some");
+}
+
+TEST_F(ForeignContent, ofSeveralTypesThoseBehindTheFirstMayBeLeftOut) {
+    elsewhere("copy", {"public.utf8-plain-text", "theirs"});
+    EXPECT_TRUE(
+        pasteboard_.addTypes(std::vector{Representation{"net.example.marker", Bytes::copyOf("marker")},
+                                         Representation{"net.example.other", Bytes::copyOf("\xFF")}}));
+    EXPECT_EQ(textOf(pasteboard_.data("net.example.marker")), "marker");
+    EXPECT_FALSE(pasteboard_.data("net.example.other"));
+    EXPECT_FALSE(pasteboard_.addTypes(std::vector{Representation{"net.example.third", Bytes::copyOf("\xFF")},
+                                                  Representation{"net.example.fourth", Bytes::copyOf("4")}}));
+}
+
+TEST_F(ForeignContent, whatAnotherProgramPromisedIsWaitedFor) {
+    ChildProcess program(commandLine("promise", {"public.utf8-plain-text", "made when asked for"}));
+    ASSERT_EQ(program.nextLine(), "promised");
+    EXPECT_EQ(pasteboard_.types(), std::vector{std::string(pasteboardType::string)});
+    EXPECT_EQ(textOf(pasteboard_.string(pasteboardType::string)), "made when asked for");
+}
+
+TEST_F(ForeignContent, largeDataGoToAndComeFromAnotherProgram) {
+    const std::size_t size = 30 * mebibyte; // what a plain program of GNUstep's can copy is less than 32 MiB
+    elsewhere("fill", {"net.example.some", std::to_string(size)});
+    const auto theirs = pasteboard_.data(someType);
+    ASSERT_TRUE(theirs);
+    std::string expected(size, '\0');
+    std::iota(expected.begin(), expected.end(), '\0');
+    EXPECT_TRUE(theirs->view() == expected);
+
+    pasteboard_.clearContents();
+    ASSERT_TRUE(pasteboard_.setData(Bytes::copyOf(std::string(4 * mebibyte, 'a')), someType));
+    EXPECT_EQ(elsewhere("sum", {"net.example.some"}),
+              std::to_string(4 * mebibyte) + " " + std::to_string(4 * mebibyte * 'a'));
+}
+
+TEST_F(ForeignContent, namesThatAreNoTextAreNamesOfTheirOwn) {
+    NSString* const general = [[NSPasteboard generalPasteboard] name];
+    std::set<std::string> names;
+    for (const std::string& one :
+         {std::string("\xFF"), std::string("\xFE"), std::string("\0", 1), std::string(),
+          std::string("bytes:"), std::string("bytes:ff"), std::string("bytes:00")}) {
+        NSString* const known = [MacPasteboard::named(one) name];
+        EXPECT_FALSE([known isEqualToString:general]) << testing::PrintToString(one);
+        EXPECT_TRUE(names.insert([known UTF8String]).second) << testing::PrintToString(one);
+    }
+    EXPECT_TRUE([[MacPasteboard::named("plain") name] isEqualToString:@"plain"]);
+}
+
+} // namespace
+} // namespace tavel

@@ -1,0 +1,270 @@
+#include "PlatformMac/ApplicationEvents.h"
+#include "PlatformMac/RaisedExceptions.h"
+#include "PlatformMac/Strings.h"
+#include "TavelClipboardAgent/FilePaste/FileNamePanel.h"
+#include "TavelClipboardAgent/Messages.h"
+#include "Tests/Mac/Gnustep/PanelDesktop.h"
+#include "Tests/Mac/Gnustep/PanelPlatform.h"
+
+#import <AppKit/AppKit.h>
+#include <gmock/gmock.h>
+
+#include <stop_token>
+#include <string>
+#include <thread>
+#include <vector>
+
+@interface TavelMouseButton : NSObject
++ (void)letGo:(NSTimer*)timer;
+@end
+
+@implementation TavelMouseButton
+
++ (void)letGo:(NSTimer*)timer {
+    (void)timer;
+    tavel::onDesktop("xdotool mouseup 1");
+}
+
+@end
+
+namespace tavel {
+
+namespace {
+
+using testing::ElementsAre;
+
+/// The panel as the agent uses it, and a user in front of it.
+class PanelUser : public testing::Test {
+protected:
+    PanelUser() {
+        becomeAccessoryApplication();
+        // GNUstep still takes itself for the active application when the last test's window has gone.
+        ignoringRaised([] { [NSApp deactivate]; });
+        passEventsUntilQuiet();
+    }
+
+    void open(const std::string& stem = "stem") {
+        panel_ = FileNamePanel::make(platform_, stem, "txt");
+        panel_->setFinished([this](const std::optional<std::string>& name) {
+            reports_.push_back(name.value_or("cancelled"));
+        });
+    }
+
+    /// Shows the panel, and waits for its window, which has the focus.
+    void show() {
+        panel_->show();
+        passEventsUntil([this] { return !(window_ = windowTitled(title_)).empty(); });
+        passInputUntil([this] { return focusedWindow() == window_ && [NSApp keyWindow] != nil; });
+    }
+
+    void openAndShow(const std::string& stem = "stem") {
+        open(stem);
+        show();
+    }
+
+    void press(const std::string& keys) const { onDesktop("xdotool key " + keys); }
+    void type(const std::string& text) const { onDesktop("xdotool type " + text); }
+
+    /// In the content, from its top left corner. The button is let go once it is followed: of a press and a
+    /// release that come together, GNUstep takes the release first.
+    void click(int x, int y) const {
+        @autoreleasepool {
+            [[NSRunLoop currentRunLoop] addTimer:[NSTimer timerWithTimeInterval:0.01
+                                                                         target:[TavelMouseButton class]
+                                                                       selector:@selector(letGo:)
+                                                                       userInfo:nil
+                                                                        repeats:NO]
+                                         forMode:NSEventTrackingRunLoopMode];
+        }
+        onDesktop("xdotool mousemove --window " + window_ + " " + std::to_string(x) + " " +
+                  std::to_string(y) + " mousedown 1");
+    }
+
+    /// Passes events until `condition` holds. What GNUstep has received but not looked at yet it finds when
+    /// more comes, which is why more is sent all the time.
+    template <typename Condition>
+    void passInputUntil(Condition condition) {
+        const std::jthread more([this](const std::stop_token& stop) {
+            while (!stop.stop_requested())
+                onDesktop("xprop -id " + window_ + " -f TAVEL_MORE 8s -set TAVEL_MORE x 2>/dev/null || true");
+        });
+        passEventsUntil(condition);
+    }
+
+    void expectReport(const std::string& report) {
+        passInputUntil([this] { return !reports_.empty(); });
+        EXPECT_THAT(reports_, ElementsAre(report));
+        reports_.clear();
+    }
+
+    bool isOnScreen() const { return !windowTitled(title_).empty(); }
+
+    static std::string hint() {
+        return unlessRaised(std::string(), [] {
+            NSTextField* const field = [[[[NSApp keyWindow] contentView] subviews] objectAtIndex:2];
+            return utf8FromString([field stringValue]).value_or("");
+        });
+    }
+
+    /// Whether a panel's window is left anywhere.
+    static bool exists() {
+        return unlessRaised(true, [] {
+            for (NSWindow* window in [NSApp windows]) {
+                if ([NSStringFromClass([window class]) isEqualToString:@"FileNamePanel"])
+                    return true;
+            }
+            return false;
+        });
+    }
+
+    void closePanel() { panel_.reset(); }
+    FileNamePanel& panel() { return *panel_; }
+    const std::string& window() const { return window_; }
+
+private:
+    const std::string title_{messages::panelTitle};
+    PanelPlatform platform_;
+    std::shared_ptr<FileNamePanel> panel_;
+    std::string window_;
+    std::vector<std::string> reports_;
+};
+
+TEST_F(PanelUser, typingReplacesTheStemAndReturnConfirms) {
+    openAndShow();
+    type("name");
+    press("Return");
+    expectReport("name.txt");
+    EXPECT_TRUE(isOnScreen());
+}
+
+TEST_F(PanelUser, aStemHasAnyCharacters) {
+    openAndShow("\xC3\x89t\xC3\xA9 % \xF0\x9F\x8C\xB5 = 1");
+    press("Return");
+    expectReport("\xC3\x89t\xC3\xA9 % \xF0\x9F\x8C\xB5 = 1.txt");
+}
+
+TEST_F(PanelUser, escapeCancels) {
+    openAndShow();
+    press("Escape");
+    expectReport("cancelled");
+}
+
+TEST_F(PanelUser, buttonsReport) {
+    openAndShow();
+    type("name");
+    click(255, 143);
+    expectReport("cancelled");
+    click(350, 143);
+    expectReport("name.txt");
+}
+
+TEST_F(PanelUser, closeButtonCancelsAndClosesNothing) {
+    openAndShow();
+    press("alt+F4");
+    expectReport("cancelled");
+    EXPECT_TRUE(isOnScreen());
+    press("Return");
+    expectReport("stem.txt");
+}
+
+TEST_F(PanelUser, aRefusedNameShowsTheHintAndLeavesThePanel) {
+    openAndShow();
+    type("a/b");
+    press("Return");
+    passInputUntil([] { return hint() == messages::invalidName; });
+    EXPECT_TRUE(isOnScreen());
+    press("alt+a");
+    type("good");
+    press("Return");
+    expectReport("good.txt");
+}
+
+TEST_F(PanelUser, commandKeysEditTheField) {
+    openAndShow();
+    type("part");
+    press("alt+a alt+c End");
+    press("alt+v Return");
+    expectReport("partpart.txt");
+    press("alt+a alt+x");
+    type("new");
+    press("alt+v Return");
+    expectReport("newpartpart.txt");
+}
+
+TEST_F(PanelUser, theActionMayDestroyThePanel) {
+    openAndShow();
+    panel().setFinished([this](const auto&) { closePanel(); });
+    EXPECT_TRUE(exists());
+    press("Return");
+    passInputUntil([this] { return !isOnScreen(); });
+    EXPECT_FALSE(exists());
+}
+
+TEST_F(PanelUser, theClickedButtonMayDestroyThePanel) {
+    openAndShow();
+    panel().setFinished([this](const auto&) { closePanel(); });
+    click(255, 143);
+    passInputUntil([this] { return !isOnScreen(); });
+    EXPECT_FALSE(exists());
+}
+
+TEST_F(PanelUser, hidingTakesItOffTheScreen) {
+    openAndShow();
+    panel().hide();
+    passInputUntil([this] { return !isOnScreen(); });
+}
+
+TEST_F(PanelUser, staysOnTheScreenWhileTheApplicationIsNotActive) {
+    openAndShow();
+    onDesktop("xdotool windowfocus $(xwininfo -root | awk '/Window id/ { print $4 }')");
+    passInputUntil([] { return ![NSApp isActive]; });
+    EXPECT_TRUE(isOnScreen());
+    onDesktop("xdotool windowfocus " + window());
+    passInputUntil([] { return [NSApp isActive]; });
+    press("Return");
+    expectReport("stem.txt");
+}
+
+class MacPanelPlace : public PanelUser {
+protected:
+    /// Opens the panel with the pointer there, in pixels from the top left of the screen.
+    ScreenArea areaBesidePointer(int x, int y) {
+        onDesktop("xdotool mousemove " + std::to_string(x) + " " + std::to_string(y));
+        openAndShow();
+        return areaOfFrame(window());
+    }
+};
+
+TEST_F(MacPanelPlace, isBelowAndRightOfThePointer) {
+    const ScreenArea area = areaBesidePointer(300, 200);
+    EXPECT_EQ(area.left, 312);
+    EXPECT_EQ(area.top, 212);
+}
+
+TEST_F(MacPanelPlace, isWithinTheScreenAtItsTopLeftCorner) {
+    const ScreenArea area = areaBesidePointer(0, 1);
+    EXPECT_EQ(area.left, 12);
+    EXPECT_EQ(area.top, 13);
+}
+
+TEST_F(MacPanelPlace, isWithinTheScreenAtItsBottomRightCorner) {
+    const ScreenArea area = areaBesidePointer(1279, 799);
+    EXPECT_EQ(area.right, 1280);
+    EXPECT_EQ(area.bottom, 800);
+}
+
+TEST_F(MacPanelPlace, isWithinTheScreenAtItsTopRightCorner) {
+    const ScreenArea area = areaBesidePointer(1279, 1);
+    EXPECT_EQ(area.right, 1280);
+    EXPECT_EQ(area.top, 13);
+}
+
+TEST_F(MacPanelPlace, isWithinTheScreenAtItsBottomLeftCorner) {
+    const ScreenArea area = areaBesidePointer(0, 799);
+    EXPECT_EQ(area.left, 12);
+    EXPECT_EQ(area.bottom, 800);
+}
+
+} // namespace
+
+} // namespace tavel

@@ -1,0 +1,174 @@
+#include "Platform/PasteboardTypes.h"
+#include "PlatformMac/MacPasteboard.h"
+#include "Tests/Mac/Gnustep/PasteboardServer.h"
+
+#include <gtest/gtest.h>
+#include <objc/runtime.h>
+
+#include <array>
+
+namespace tavel {
+namespace {
+
+constexpr std::string_view someType = "net.example.some";
+constexpr const char* name = "net.example.test.refusing";
+
+id raise(id /*self*/, SEL /*selector*/, ...) {
+    [NSException raise:NSPasteboardCommunicationException format:@"The server does not answer."];
+    return nil;
+}
+
+/// As long as it lives, the method raises an exception.
+class Raising {
+public:
+    explicit Raising(Method method) : method_(method), normal_(method_setImplementation(method, raise)) {}
+    ~Raising() { method_setImplementation(method_, normal_); }
+    Raising(const Raising&) = delete;
+    Raising& operator=(const Raising&) = delete;
+
+private:
+    Method method_;
+    IMP normal_;
+};
+
+Method pasteboardMethod(SEL selector) {
+    return class_getInstanceMethod([NSPasteboard class], selector);
+}
+
+Representation some(std::string_view type) {
+    return {std::string(type), Bytes::copyOf("some")};
+}
+
+bool writesItem(MacPasteboard& pasteboard) {
+    const PasteboardItem item{some(someType)};
+    return pasteboard.writeItems({&item, 1});
+}
+
+bool addsType(MacPasteboard& pasteboard) {
+    const Representation added = some("net.example.added");
+    return pasteboard.addTypes({&added, 1});
+}
+
+std::optional<std::string> availableType(MacPasteboard& pasteboard) {
+    static constexpr std::array<std::string_view, 1> wanted{someType};
+    return pasteboard.availableType(wanted);
+}
+
+/// A pasteboard of this object's own, which holds all that can be asked for.
+void fill(MacPasteboard& pasteboard) {
+    pasteboard.clearContents();
+    const PasteboardItem item{some(pasteboardType::string),
+                              some(someType),
+                              {std::string(pasteboardType::fileUrl), Bytes::copyOf("file:///nowhere")}};
+    ASSERT_TRUE(pasteboard.writeItems({&item, 1}));
+}
+
+void expectThatItHoldsNothingAndRefusesEveryWrite(MacPasteboard& pasteboard) {
+    EXPECT_EQ(pasteboard.changeCount(), 0);
+    EXPECT_EQ(pasteboard.noticedChangeCount(), 0);
+    EXPECT_TRUE(pasteboard.types().empty());
+    EXPECT_EQ(availableType(pasteboard), std::nullopt);
+    EXPECT_FALSE(pasteboard.string(pasteboardType::string));
+    EXPECT_FALSE(pasteboard.string(someType));
+    EXPECT_FALSE(pasteboard.data(someType));
+    EXPECT_TRUE(pasteboard.filePaths().empty());
+    EXPECT_EQ(pasteboard.clearContents(), 0);
+    EXPECT_FALSE(pasteboard.setString("text", someType));
+    EXPECT_FALSE(pasteboard.setData(Bytes::copyOf("data"), someType));
+    EXPECT_FALSE(writesItem(pasteboard));
+    EXPECT_FALSE(pasteboard.writeItems({}));
+    EXPECT_FALSE(addsType(pasteboard));
+    EXPECT_FALSE(pasteboard.update([&] { return pasteboard.setString("text", someType); }));
+    EXPECT_TRUE(pasteboard.canHold(some(someType))) << "which is not for the server to tell";
+}
+
+TEST(RefusingPasteboard, whatRaisesAnExceptionIsAnsweredAsIfNothingWereThere) {
+    MacPasteboard pasteboard(name);
+    const auto answersNothing = [&](SEL selector, auto operation) {
+        fill(pasteboard);
+        ASSERT_TRUE(operation()) << "the operation works by itself";
+        fill(pasteboard);
+        const Raising raising(pasteboardMethod(selector));
+        EXPECT_FALSE(operation()) << sel_getName(selector);
+    };
+    answersNothing(@selector(changeCount), [&] { return pasteboard.changeCount() != 0; });
+    answersNothing(@selector(changeCount), [&] { return pasteboard.noticedChangeCount() != 0; });
+    answersNothing(@selector(types), [&] { return !pasteboard.types().empty(); });
+    answersNothing(@selector(availableTypeFromArray:), [&] { return availableType(pasteboard).has_value(); });
+    answersNothing(@selector(stringForType:),
+                   [&] { return pasteboard.string(pasteboardType::string).has_value(); });
+    answersNothing(@selector(dataForType:), [&] { return pasteboard.string(someType).has_value(); });
+    answersNothing(@selector(dataForType:), [&] { return pasteboard.data(someType).has_value(); });
+    answersNothing(@selector(readObjectsForClasses:options:),
+                   [&] { return !pasteboard.filePaths().empty(); });
+    answersNothing(@selector(setString:forType:), [&] { return pasteboard.setString("text", someType); });
+    answersNothing(@selector(changeCount), [&] { return pasteboard.setString("text", someType); });
+    answersNothing(@selector(setData:forType:),
+                   [&] { return pasteboard.setData(Bytes::copyOf("data"), someType); });
+    answersNothing(@selector(writeObjects:), [&] { return writesItem(pasteboard); });
+    answersNothing(@selector(types), [&] { return addsType(pasteboard); });
+    answersNothing(@selector(addTypes:owner:), [&] { return addsType(pasteboard); });
+    answersNothing(@selector(setString:forType:), [&] { return addsType(pasteboard); });
+    answersNothing(@selector(setData:forType:), [&] {
+        return pasteboard.update([&] { return pasteboard.setData(Bytes::copyOf("data"), someType); });
+    });
+}
+
+TEST(RefusingPasteboard, aClearingThatFailsLeavesThePasteboardAndItsCount) {
+    MacPasteboard pasteboard(name);
+    fill(pasteboard);
+    const std::int64_t before = pasteboard.changeCount();
+    {
+        const Raising raising(pasteboardMethod(@selector(clearContents)));
+        EXPECT_EQ(pasteboard.clearContents(), before);
+    }
+    EXPECT_EQ(pasteboard.changeCount(), before);
+    EXPECT_TRUE(pasteboard.data(someType));
+    EXPECT_FALSE(pasteboard.setString("text", someType)) << "it was not cleared for this text";
+}
+
+TEST(RefusingPasteboard, anItemThatRaisesIsRefused) {
+    MacPasteboard pasteboard(name);
+    fill(pasteboard);
+    const Raising raising(class_getInstanceMethod([NSPasteboardItem class], @selector(setData:forType:)));
+    EXPECT_FALSE(pasteboard.canHold(some(someType)));
+    EXPECT_FALSE(writesItem(pasteboard));
+    EXPECT_TRUE(pasteboard.data(someType)) << "what was there still is";
+}
+
+TEST(RefusingPasteboard, theSystemItselfTakesAnItemOnlyOnce) {
+    NSPasteboard* const system = MacPasteboard::named(name);
+    NSPasteboardItem* const item = [[[NSPasteboardItem alloc] init] autorelease];
+    ASSERT_TRUE([item setString:@"some" forType:@"net.example.some"]);
+    [system clearContents];
+    ASSERT_TRUE([system writeObjects:[NSArray arrayWithObject:item]]);
+    bool raised = false;
+    @try {
+        [system writeObjects:[NSArray arrayWithObject:item]];
+    } @catch (NSException*) {
+        raised = true;
+    }
+    EXPECT_TRUE(raised);
+}
+
+TEST(RefusingPasteboard, aPasteboardThatCouldNotBeOpenedHoldsNothing) {
+    std::optional<MacPasteboard> pasteboard;
+    {
+        const Raising raising(class_getClassMethod([NSPasteboard class], @selector(pasteboardWithName:)));
+        pasteboard.emplace(name);
+    }
+    expectThatItHoldsNothingAndRefusesEveryWrite(*pasteboard);
+}
+
+TEST(RefusingPasteboard, aPasteboardWhoseServerIsGoneHoldsNothing) {
+    MacPasteboard pasteboard(name);
+    fill(pasteboard);
+    const Bytes read = pasteboard.data(someType).value();
+    PasteboardServer::ofTheTests().stop();
+    expectThatItHoldsNothingAndRefusesEveryWrite(pasteboard);
+    EXPECT_EQ(read.view(), "some");
+    PasteboardServer::ofTheTests().start();
+}
+
+} // namespace
+} // namespace tavel

@@ -1,0 +1,7 @@
+#pragma once
+
+#include "objc/NSObject.h"
+
+@interface NSAutoreleasePool : NSObject
+- (void)drain;
+@end
