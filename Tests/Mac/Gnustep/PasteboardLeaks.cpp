@@ -2,7 +2,6 @@
 // built, to list its tests.
 
 /// The tables of classes that the runtime makes when a program is loaded. No object is made there.
-extern "C" const char*
-__lsan_default_suppressions() { // NOLINT(bugprone-reserved-identifier): the sanitizer's name
+extern "C" const char* __lsan_default_suppressions() {
     return "leak:libobjc.so\n";
 }
