@@ -41,8 +41,8 @@ public:
     virtual std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
                                                              NamePanelActions actions) = 0;
 
-    /// The file URL (RFC 8089) of an absolute path, as this platform's programs write it on a pasteboard. That of
-    /// an existing directory ends in a slash.
+    /// The file URL (RFC 8089) of an absolute path, as this platform's programs write it on a pasteboard.
+    /// That of an existing directory ends in a slash.
     virtual std::string fileUrl(const std::string& path) = 0;
 
     /// The present date and time as yyyy-MM-dd-HHmmss (Unicode TR 35), in the calendar, the digits and the
