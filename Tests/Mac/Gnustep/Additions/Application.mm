@@ -101,9 +101,7 @@ void postEventOfAnyThread(id self, SEL selector, NSEvent* event, BOOL atStart) {
     TavelPostedEvent* const posted = [[[TavelPostedEvent alloc] init] autorelease];
     posted->_event = [event retain];
     posted->_isFirst = atStart;
-    NSArray* const modes = [NSArray
-        arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode, nil];
-    [posted performSelectorOnMainThread:@selector(post) withObject:nil waitUntilDone:NO modes:modes];
+    [posted performSelectorOnMainThread:@selector(post) withObject:nil waitUntilDone:NO modes:waitingModes()];
 }
 
 } // namespace
