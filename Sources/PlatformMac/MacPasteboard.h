@@ -35,10 +35,12 @@ public:
     bool update(const std::function<bool()>& steps) override;
 
 private:
+    std::optional<std::int64_t> countFromServer();
     bool isOurs();
     bool wrote(bool written);
 
     Retained<NSPasteboard> pasteboard_;
+    std::int64_t lastCount_ = 0;           // that the server said, for when it does not
     std::optional<std::int64_t> ownCount_; // of the content that this object cleared the pasteboard for
 };
 

@@ -85,7 +85,13 @@ NSPasteboard* _Nullable MacPasteboard::named(const std::optional<std::string>& n
 }
 
 std::int64_t MacPasteboard::changeCount() {
-    return unlessRaised(std::int64_t{0}, [&] { return std::int64_t{[pasteboard_.get() changeCount]}; });
+    lastCount_ = countFromServer().value_or(lastCount_);
+    return lastCount_;
+}
+
+std::optional<std::int64_t> MacPasteboard::countFromServer() {
+    return unlessRaised(std::optional<std::int64_t>(),
+                        [&] { return std::optional<std::int64_t>([pasteboard_.get() changeCount]); });
 }
 
 /// The server keeps it where reading it costs next to nothing.
@@ -156,7 +162,7 @@ std::int64_t MacPasteboard::clearContents() {
 
 /// The system asks only whether it was this process that cleared the pasteboard.
 bool MacPasteboard::isOurs() {
-    return pasteboard_ && ownCount_ && changeCount() == *ownCount_;
+    return pasteboard_ && ownCount_ && countFromServer() == ownCount_;
 }
 
 /// The content stays ours, whether or not the system counts such a step.

@@ -63,16 +63,16 @@ void fill(MacPasteboard& pasteboard) {
     ASSERT_TRUE(pasteboard.writeItems({&item, 1}));
 }
 
-void expectThatItHoldsNothingAndRefusesEveryWrite(MacPasteboard& pasteboard) {
-    EXPECT_EQ(pasteboard.changeCount(), 0);
-    EXPECT_EQ(pasteboard.noticedChangeCount(), 0);
+void expectThatItHoldsNothingAndRefusesEveryWrite(MacPasteboard& pasteboard, std::int64_t lastCount) {
+    EXPECT_EQ(pasteboard.changeCount(), lastCount) << "which never goes back";
+    EXPECT_EQ(pasteboard.noticedChangeCount(), lastCount);
     EXPECT_TRUE(pasteboard.types().empty());
     EXPECT_EQ(availableType(pasteboard), std::nullopt);
     EXPECT_FALSE(pasteboard.string(pasteboardType::string));
     EXPECT_FALSE(pasteboard.string(someType));
     EXPECT_FALSE(pasteboard.data(someType));
     EXPECT_TRUE(pasteboard.filePaths().empty());
-    EXPECT_EQ(pasteboard.clearContents(), 0);
+    EXPECT_EQ(pasteboard.clearContents(), lastCount);
     EXPECT_FALSE(pasteboard.setString("text", someType));
     EXPECT_FALSE(pasteboard.setData(Bytes::copyOf("data"), someType));
     EXPECT_FALSE(writesItem(pasteboard));
@@ -91,8 +91,6 @@ TEST(RefusingPasteboard, whatRaisesAnExceptionIsAnsweredAsIfNothingWereThere) {
         const Raising raising(pasteboardMethod(selector));
         EXPECT_FALSE(operation()) << sel_getName(selector);
     };
-    answersNothing(@selector(changeCount), [&] { return pasteboard.changeCount() != 0; });
-    answersNothing(@selector(changeCount), [&] { return pasteboard.noticedChangeCount() != 0; });
     answersNothing(@selector(types), [&] { return !pasteboard.types().empty(); });
     answersNothing(@selector(availableTypeFromArray:), [&] { return availableType(pasteboard).has_value(); });
     answersNothing(@selector(stringForType:),
@@ -127,6 +125,17 @@ TEST(RefusingPasteboard, aClearingThatFailsLeavesThePasteboardAndItsCount) {
     EXPECT_FALSE(pasteboard.setString("text", someType)) << "it was not cleared for this text";
 }
 
+TEST(RefusingPasteboard, aCountThatCannotBeReadIsTheLastOne) {
+    MacPasteboard pasteboard(name);
+    fill(pasteboard);
+    const std::int64_t before = pasteboard.changeCount();
+    EXPECT_GT(before, 0);
+    const Raising raising(pasteboardMethod(@selector(changeCount)));
+    EXPECT_EQ(pasteboard.changeCount(), before);
+    EXPECT_EQ(pasteboard.noticedChangeCount(), before);
+    EXPECT_FALSE(pasteboard.setString("text", someType)) << "nobody knows whether the content is still ours";
+}
+
 TEST(RefusingPasteboard, anItemThatRaisesIsRefused) {
     MacPasteboard pasteboard(name);
     fill(pasteboard);
@@ -157,15 +166,16 @@ TEST(RefusingPasteboard, aPasteboardThatCouldNotBeOpenedHoldsNothing) {
         const Raising raising(class_getClassMethod([NSPasteboard class], @selector(pasteboardWithName:)));
         pasteboard.emplace(name);
     }
-    expectThatItHoldsNothingAndRefusesEveryWrite(*pasteboard);
+    expectThatItHoldsNothingAndRefusesEveryWrite(*pasteboard, 0);
 }
 
 TEST(RefusingPasteboard, aPasteboardWhoseServerIsGoneHoldsNothing) {
     MacPasteboard pasteboard(name);
     fill(pasteboard);
     const Bytes read = pasteboard.data(someType).value();
+    const std::int64_t lastCount = pasteboard.changeCount();
     PasteboardServer::ofTheTests().stop();
-    expectThatItHoldsNothingAndRefusesEveryWrite(pasteboard);
+    expectThatItHoldsNothingAndRefusesEveryWrite(pasteboard, lastCount);
     EXPECT_EQ(read.view(), "some");
     PasteboardServer::ofTheTests().start();
 }
