@@ -12,9 +12,12 @@ namespace tavel {
 namespace {
 
 /// For the queues, which take a C function: `context` is a Function of the heap, which is run and deleted.
+/// What it holds goes within the pool, too.
 void runOwnedFunction(void* context) noexcept {
-    const std::unique_ptr<EventLoop::Function> function(static_cast<EventLoop::Function*>(context));
-    runInAutoreleasePool(*function);
+    runInAutoreleasePool([context] {
+        const std::unique_ptr<EventLoop::Function> function(static_cast<EventLoop::Function*>(context));
+        (*function)();
+    });
 }
 
 void runTick(CFRunLoopTimerRef, void* context) noexcept {

@@ -56,6 +56,8 @@ std::optional<bool> MacImageCodec::hasAlpha(const Bytes& file) {
 }
 
 bool MacImageCodec::canEncode(std::string_view typeIdentifier) {
+    if (typeIdentifier.empty())
+        return false;
     const auto type = CFRef<CFStringRef>::adopt(
         CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(typeIdentifier.data()),
                                 static_cast<CFIndex>(typeIdentifier.size()), kCFStringEncodingUTF8, 0));

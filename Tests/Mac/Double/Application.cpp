@@ -1,0 +1,63 @@
+#include "Tests/Mac/Double/Application.h"
+
+#include "PlatformMac/ApplicationEvents.h"
+#include "PlatformMac/AutoreleasePool.h"
+#include "Tests/Mac/Double/MainLoop.h"
+
+#include <atomic>
+#include <vector>
+
+namespace tavel {
+
+namespace {
+
+std::atomic<int> events = 0;
+std::atomic<int> pools = 0;
+thread_local std::vector<int> open;
+
+bool takeEvent() {
+    if (events == 0)
+        return false;
+    --events; // nobody else takes any
+    return true;
+}
+
+} // namespace
+
+namespace doubles {
+
+int currentPool() {
+    return open.empty() ? 0 : open.back();
+}
+
+int openPools() {
+    return static_cast<int>(open.size());
+}
+
+int waitingEvents() {
+    return events;
+}
+
+void resetApplication() {
+    events = 0;
+}
+
+} // namespace doubles
+
+/// A stop of the run loop does not end the wait: the application looks for an event, and runs it again.
+void passOneEvent(std::chrono::milliseconds longestWait) {
+    doubles::waitInMode(kCFRunLoopDefaultMode, longestWait, takeEvent);
+}
+
+void wakeApplication() {
+    ++events;
+    doubles::wakeMainLoop();
+}
+
+void runInAutoreleasePool(const std::function<void()>& function) {
+    open.push_back(++pools);
+    function();
+    open.pop_back();
+}
+
+} // namespace tavel
