@@ -84,6 +84,8 @@ KeyVerdict MacKeyboardTap::verdictOf(CGEventType type, CGEventRef event) const {
     const auto kind = keyEventTypeFrom(type);
     if (!kind)
         return KeyVerdict::pass;
+    if (event == nullptr) // so it can be when the system disabled the tap
+        return handler_({*kind});
     return handler_({*kind, CGEventGetIntegerValueField(event, kCGKeyboardEventKeycode),
                      CGEventGetFlags(event), CGEventGetIntegerValueField(event, kCGEventSourceUserData)});
 }

@@ -147,10 +147,7 @@ void CGEventTapEnable(CFMachPortRef tap, bool enable) {
     objectAt<TapPort>(tap).isEnabled = enable;
 }
 
-/// No event has no fields.
 int64_t CGEventGetIntegerValueField(CGEventRef event, CGEventField field) {
-    if (event == nullptr)
-        return 0;
     const QuartzEvent& content = objectAt<Event>(event).content;
     switch (field) {
     case kCGKeyboardEventKeycode:
@@ -168,7 +165,7 @@ void CGEventSetIntegerValueField(CGEventRef event, CGEventField field, int64_t v
 }
 
 CGEventFlags CGEventGetFlags(CGEventRef event) {
-    return event == nullptr ? 0 : objectAt<Event>(event).content.flags;
+    return objectAt<Event>(event).content.flags;
 }
 
 void CGEventSetFlags(CGEventRef event, CGEventFlags flags) {
