@@ -1,6 +1,7 @@
 #include "Tests/Support/TestDirectory.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>

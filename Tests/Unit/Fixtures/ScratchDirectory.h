@@ -1,6 +1,7 @@
 #pragma once
 
 #include <stdlib.h> // NOLINT(modernize-deprecated-headers): mkdtemp is not in the C++ header
+#include <unistd.h> // and a Mac has it here
 
 #include <filesystem>
 #include <fstream>
