@@ -129,7 +129,8 @@ TEST_F(PanelProcess, endsWithTheProgram) {
     const pid_t panel = panelProcess();
     killProgram();
     awaitEnd(panel);
-    EXPECT_FALSE(isPanelOnScreen());
+    // The server takes the window away when it notices that the process has gone.
+    waitUntil([&] { return !isPanelOnScreen(); }, panelDeadline);
 }
 
 TEST_F(PanelProcess, isACancelWhenItIsKilled) {
