@@ -97,7 +97,7 @@ TEST(GlibEventLoop, aPostFromAnotherThreadEndsTheWaitAtOnce) {
     poster.join();
 }
 
-TEST(GlibEventLoop, stopWaitingBeforeAPassEndsThatPassOnly) {
+TEST(GlibEventLoop, stopWaitingTwiceBeforeAPassEndsThatPassOnly) {
     GlibEventLoop loop;
     loop.stopWaiting();
     loop.stopWaiting();

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
@@ -25,7 +26,9 @@ TEST(UserDirectories, theTemporaryOneIsTheUsersOwn) {
 }
 
 TEST(LocalDate, hasTheFormOfATimestamp) {
-    EXPECT_GE(localTimestamp().size(), std::string("2026-01-01-000000").size());
+    const std::string timestamp = localTimestamp();
+    EXPECT_GE(timestamp.size(), std::string("2026-01-01-000000").size()); // digits may be of several bytes
+    EXPECT_EQ(std::ranges::count(timestamp, '-'), 3) << timestamp;
 }
 
 TEST(SystemLog, saysNothingOnStandardError) {
@@ -40,8 +43,8 @@ TEST(MacFocusProbe, hasNoRoleForAProcessThatIsNotThere) {
     probe.activate(-1);
 }
 
-/// With the user's permission it is made, without it is refused; both end without a trace.
-TEST(MacKeyboardTap, isMadeIfAndOnlyIfTheUserPermitsIt) {
+/// Whether he does is the machine's: both ways it ends without a trace.
+TEST(MacKeyboardTap, isMadeOnlyIfTheUserPermitsIt) {
     MacFocusProbe probe;
     MacKeyboardTap tap;
     const bool created = tap.create([](const KeyEvent&) { return KeyVerdict::pass; });
