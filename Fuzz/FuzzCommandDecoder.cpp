@@ -1,5 +1,5 @@
 #include "Fuzz/Fuzz.h"
-#include "TavelClipboardAgent/main/CommandDecoder.h"
+#include "TavelClipboardAgent/main/Protocol/CommandDecoder.h"
 #include "Tests/Unit/Agent/TestLine.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 #include "Fuzz/Fuzz.h"
-#include "PlatformImages/OnDemandImageCodec.h"
+#include "Linux/Images/OnDemandImageCodec.h"
 
 #include <string>
 

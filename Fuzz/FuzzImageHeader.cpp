@@ -1,5 +1,5 @@
 #include "Fuzz/Fuzz.h"
-#include "Support/ImageHeader.h"
+#include "ImageHeaders/ImageHeader.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "Fuzz/Fuzz.h"
-#include "PlatformX11/SelectionText.h"
-#include "PlatformX11/TargetNames.h"
-#include "PlatformX11/UriList.h"
+#include "Linux/Contents/SelectionText.h"
+#include "Linux/Contents/TargetNames.h"
+#include "Linux/Contents/UriList.h"
 #include "Support/Utf8.h"
 
 #include <algorithm>

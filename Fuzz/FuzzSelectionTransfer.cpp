@@ -1,5 +1,5 @@
 #include "Fuzz/Fuzz.h"
-#include "PlatformX11/IncomingTransfer.h"
+#include "Linux/X11/Selections/IncomingTransfer.h"
 
 #include <string>
 

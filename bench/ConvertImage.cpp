@@ -1,7 +1,7 @@
 // convert-image IN OUT.png|OUT.jpg: converts a picture as the agent would, and prints as JSON how long
 // measuring and converting took and how much memory the process came to.
 
-#include "PlatformImages/OnDemandImageCodec.h"
+#include "Linux/Images/OnDemandImageCodec.h"
 
 #include <sys/resource.h>
 

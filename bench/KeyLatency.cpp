@@ -1,7 +1,7 @@
 // Presses Control+V, and then F12 which it has grabbed itself, and prints how many milliseconds later that
 // key arrives: the server keeps it back for as long as somebody decides about the first one.
 
-#include "PlatformX11/X11Reply.h"
+#include "Linux/X11/X11Reply.h"
 
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>

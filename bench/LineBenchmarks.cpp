@@ -1,7 +1,7 @@
 #include "Support/Files.h"
 #include "Support/LineReader.h"
 #include "Support/Throughput.h"
-#include "TavelClipboardAgent/main/CommandDecoder.h"
+#include "TavelClipboardAgent/main/Protocol/CommandDecoder.h"
 
 #include <benchmark/benchmark.h>
 #include <openssl/evp.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PlatformImages/OnDemandImageCodec.h"
+#include "Linux/Images/OnDemandImageCodec.h"
 #include "Support/Bytes.h"
 #include "Tests/Images/DecodedPng.h"
 

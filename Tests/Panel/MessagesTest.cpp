@@ -1,5 +1,5 @@
-#include "PlatformPanel/PanelReport.h"
-#include "PlatformPanel/PanelRequest.h"
+#include "Linux/Panel/PanelReport.h"
+#include "Linux/Panel/PanelRequest.h"
 
 #include <gmock/gmock.h>
 

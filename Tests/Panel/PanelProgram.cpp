@@ -1,5 +1,5 @@
-#include "PlatformHeadless/GlibEventLoop.h"
-#include "PlatformPanel/OnDemandNamePanelView.h"
+#include "Linux/Base/GlibEventLoop.h"
+#include "Linux/Panel/OnDemandNamePanelView.h"
 
 #include <fcntl.h>
 #include <unistd.h>

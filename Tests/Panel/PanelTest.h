@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tests/Headless/ChildProcess.h"
+#include "Tests/Store/ChildProcess.h"
 #include "Tests/Support/TestDirectory.h"
 #include "Tests/Support/WaitUntil.h"
 #include "Tests/Support/XServer.h"

@@ -1,6 +1,6 @@
 #include "Tests/Protocol/OtherApplication.h"
 
-#include "PlatformHeadless/StoreDirectory.h"
+#include "Linux/Store/StoreDirectory.h"
 
 #include <stdexcept>
 
@@ -31,7 +31,7 @@ OtherApplication::OtherApplication(const std::filesystem::path& store)
     : environment_(std::make_shared<const LmdbEnvironment>(prepared(store))) {}
 
 std::int64_t OtherApplication::copy(const std::vector<PasteboardItem>& items, const PasteboardName& name) {
-    HeadlessPasteboard pasteboard(environment_, name);
+    StorePasteboard pasteboard(environment_, name);
     std::int64_t count = 0;
     const bool copied = pasteboard.update([&] {
         count = pasteboard.clearContents();
@@ -48,7 +48,7 @@ std::int64_t OtherApplication::copyText(std::string_view text, const PasteboardN
 
 std::int64_t OtherApplication::addType(std::string_view type, std::string_view data,
                                        const PasteboardName& name) {
-    HeadlessPasteboard pasteboard(environment_, name);
+    StorePasteboard pasteboard(environment_, name);
     const Representation added = representation(type, data);
     if (!pasteboard.addTypes({&added, 1}))
         throw std::runtime_error("The type was not added.");
@@ -56,7 +56,7 @@ std::int64_t OtherApplication::addType(std::string_view type, std::string_view d
 }
 
 std::int64_t OtherApplication::changeCount(const PasteboardName& name) const {
-    return HeadlessPasteboard(environment_, name).changeCount();
+    return StorePasteboard(environment_, name).changeCount();
 }
 
 std::vector<std::vector<TypeAndData>> OtherApplication::content(const PasteboardName& name) const {
@@ -75,7 +75,7 @@ std::vector<std::vector<TypeAndData>> OtherApplication::content(const Pasteboard
 }
 
 std::optional<std::string> OtherApplication::text(const PasteboardName& name) const {
-    const auto text = HeadlessPasteboard(environment_, name).string("public.utf8-plain-text");
+    const auto text = StorePasteboard(environment_, name).string("public.utf8-plain-text");
     return text ? std::optional<std::string>(text->view()) : std::nullopt;
 }
 

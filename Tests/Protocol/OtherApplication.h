@@ -1,7 +1,7 @@
 #pragma once
 
-#include "PlatformHeadless/HeadlessPasteboard.h"
-#include "PlatformHeadless/LmdbEnvironment.h"
+#include "Linux/Store/LmdbEnvironment.h"
+#include "Linux/Store/StorePasteboard.h"
 
 #include <cstdint>
 #include <filesystem>

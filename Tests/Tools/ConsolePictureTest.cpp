@@ -1,6 +1,6 @@
 #include "Console/SamplePicture.h"
+#include "ImageHeaders/ImageHeader.h"
 #include "Support/Base64.h"
-#include "Support/ImageHeader.h"
 #include "Tests/Tools/ConsoleTest.h"
 #include "Tests/Unit/Fixtures/PrintJson.h"
 

@@ -1,4 +1,4 @@
-#include "PlatformX11/X11Reply.h"
+#include "Linux/X11/X11Reply.h"
 #include "Tests/X11/X11AgentTest.h"
 
 #include <xcb/xcb.h>

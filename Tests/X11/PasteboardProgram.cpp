@@ -1,6 +1,6 @@
 #include "Tests/X11/PasteboardProgram.h"
 
-#include "PlatformX11/X11Pasteboard.h"
+#include "Linux/X11/Selections/X11Pasteboard.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>

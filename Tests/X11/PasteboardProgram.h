@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Linux/X11/Selections/X11Selections.h"
 #include "Platform/Pasteboard.h"
-#include "PlatformX11/X11Selections.h"
 
 #include <condition_variable>
 #include <functional>

@@ -1,6 +1,6 @@
 #include "Tests/X11/ScriptedOwner.h"
 
-#include "PlatformX11/X11Reply.h"
+#include "Linux/X11/X11Reply.h"
 
 #include <sys/socket.h>
 

@@ -1,6 +1,6 @@
 #include "Tests/X11/ScriptedRequestor.h"
 
-#include "PlatformX11/X11Reply.h"
+#include "Linux/X11/X11Reply.h"
 
 #include <poll.h>
 

@@ -4,9 +4,9 @@
 #include "Console/LineSplitter.h"
 #include "Console/Paragraph.h"
 #include "Console/SamplePicture.h"
+#include "ImageHeaders/ImageHeader.h"
 #include "Support/Error.h"
 #include "Support/Files.h"
-#include "Support/ImageHeader.h"
 #include "Support/InputFile.h"
 
 #include <glib.h>

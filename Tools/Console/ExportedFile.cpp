@@ -1,9 +1,9 @@
 #include "Console/ExportedFile.h"
 
 #include "Console/HumanText.h"
+#include "ImageHeaders/ImageHeader.h"
 #include "Support/Error.h"
 #include "Support/Files.h"
-#include "Support/ImageHeader.h"
 #include "Support/InputFile.h"
 
 #include <algorithm>

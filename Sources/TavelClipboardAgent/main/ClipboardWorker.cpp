@@ -4,7 +4,7 @@
 #include "Support/Error.h"
 #include "Support/Process.h"
 #include "Support/Uuid.h"
-#include "TavelClipboardAgent/main/CommandReader.h"
+#include "TavelClipboardAgent/main/Protocol/CommandReader.h"
 
 #include <chrono>
 #include <cstdlib>

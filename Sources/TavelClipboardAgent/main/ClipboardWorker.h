@@ -2,9 +2,9 @@
 
 #include "Platform/Platform.h"
 #include "TavelClipboardAgent/FilePaste/FilePaste.h"
-#include "TavelClipboardAgent/main/ClipboardCommand.h"
 #include "TavelClipboardAgent/main/Export.h"
-#include "TavelClipboardAgent/main/Output.h"
+#include "TavelClipboardAgent/main/Protocol/ClipboardCommand.h"
+#include "TavelClipboardAgent/main/Protocol/Output.h"
 
 #include <cstdint>
 #include <filesystem>

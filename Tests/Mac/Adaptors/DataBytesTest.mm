@@ -1,4 +1,4 @@
-#include "PlatformMac/DataBytes.h"
+#include "Mac/DataBytes.h"
 
 #include <gtest/gtest.h>
 

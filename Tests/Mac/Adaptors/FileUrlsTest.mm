@@ -1,6 +1,6 @@
-#include "PlatformMac/FileUrls.h"
+#include "Mac/FileUrls.h"
 
-#include "PlatformMac/Strings.h"
+#include "Mac/Strings.h"
 #include "Tests/Support/TestDirectory.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "PlatformMac/ApplicationEvents.h"
-#include "PlatformMac/FileNamePanel.h"
-#include "PlatformMac/Retained.h"
-#include "PlatformMac/Strings.h"
+#include "Mac/ApplicationEvents.h"
+#include "Mac/FileNamePanel.h"
+#include "Mac/Retained.h"
+#include "Mac/Strings.h"
 
 #include <gmock/gmock.h>
 

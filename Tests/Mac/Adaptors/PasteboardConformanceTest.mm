@@ -1,4 +1,4 @@
-#include "PlatformMac/MacPasteboard.h"
+#include "Mac/MacPasteboard.h"
 #include "Tests/Mac/Adaptors/MacBackend.h"
 
 #include <set>

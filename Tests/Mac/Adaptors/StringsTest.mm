@@ -1,4 +1,4 @@
-#include "PlatformMac/Strings.h"
+#include "Mac/Strings.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "PlatformMac/AccessibleFocus.h"
+#include "Mac/AccessibleFocus.h"
 
 #include "Tests/Mac/Double/DoubledMac.h"
 

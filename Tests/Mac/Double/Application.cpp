@@ -1,7 +1,7 @@
 #include "Tests/Mac/Double/Application.h"
 
-#include "PlatformMac/ApplicationEvents.h"
-#include "PlatformMac/AutoreleasePool.h"
+#include "Mac/ApplicationEvents.h"
+#include "Mac/AutoreleasePool.h"
 #include "Tests/Mac/Double/MainLoop.h"
 
 #include <atomic>

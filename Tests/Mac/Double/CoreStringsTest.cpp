@@ -1,4 +1,4 @@
-#include "PlatformMac/CoreStrings.h"
+#include "Mac/CoreStrings.h"
 
 #include "Tests/Mac/Double/DoubledMac.h"
 

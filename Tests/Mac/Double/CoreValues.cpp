@@ -1,6 +1,6 @@
 #include "Tests/Mac/Double/CoreValues.h"
 
-#include "PlatformMac/Utf16.h"
+#include "Mac/Utf16.h"
 #include "Tests/Mac/Double/ConstantString.h"
 #include "Tests/Mac/Double/CoreObjects.h"
 

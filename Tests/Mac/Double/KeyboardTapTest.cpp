@@ -1,4 +1,4 @@
-#include "PlatformMac/MacKeyboardTap.h"
+#include "Mac/MacKeyboardTap.h"
 #include "Tests/Mac/Double/DoubledMac.h"
 
 #include <optional>

@@ -1,6 +1,6 @@
-#include "PlatformMac/MacEventLoop.h"
+#include "Mac/MacEventLoop.h"
 
-#include "Tests/EventLoop/TestedEventLoop.h"
+#include "Tests/Base/TestedEventLoop.h"
 #include "Tests/Mac/Double/DoubledMac.h"
 #include "Tests/Mac/Double/MainQueue.h"
 

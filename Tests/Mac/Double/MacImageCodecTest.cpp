@@ -1,6 +1,6 @@
-#include "PlatformMac/MacImageCodec.h"
+#include "Mac/MacImageCodec.h"
 
-#include "PlatformMac/ImageSource.h"
+#include "Mac/ImageSource.h"
 #include "Tests/Mac/Double/DoubledMac.h"
 
 #include <cmath>

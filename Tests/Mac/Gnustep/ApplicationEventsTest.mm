@@ -1,4 +1,4 @@
-#include "PlatformMac/ApplicationEvents.h"
+#include "Mac/ApplicationEvents.h"
 
 #import <AppKit/AppKit.h>
 #include <gtest/gtest.h>

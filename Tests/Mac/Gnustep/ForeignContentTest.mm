@@ -1,6 +1,6 @@
+#include "Mac/MacPasteboard.h"
 #include "Platform/PasteboardTypes.h"
-#include "PlatformMac/MacPasteboard.h"
-#include "Tests/Headless/ChildProcess.h"
+#include "Tests/Store/ChildProcess.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PlatformMac/ApplicationEvents.h"
+#include "Mac/ApplicationEvents.h"
 
 #include <chrono>
 #include <stdexcept>

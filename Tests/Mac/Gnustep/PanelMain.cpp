@@ -1,5 +1,5 @@
-#include "Tests/Headless/ChildProcess.h"
 #include "Tests/Mac/Gnustep/PanelDesktop.h"
+#include "Tests/Store/ChildProcess.h"
 #include "Tests/Support/TestDirectory.h"
 #include "Tests/Support/WaitUntil.h"
 #include "Tests/Support/XServer.h"

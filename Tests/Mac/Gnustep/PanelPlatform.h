@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Mac/MacNamePanelView.h"
 #include "Platform/Platform.h"
-#include "PlatformMac/MacNamePanelView.h"
 
 #include <filesystem>
 #include <memory>

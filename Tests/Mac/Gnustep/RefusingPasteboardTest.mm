@@ -1,5 +1,5 @@
+#include "Mac/MacPasteboard.h"
 #include "Platform/PasteboardTypes.h"
-#include "PlatformMac/MacPasteboard.h"
 #include "Tests/Mac/Gnustep/PasteboardServer.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
-#include "PlatformMac/LocalDate.h"
-#include "PlatformMac/MacFocusProbe.h"
-#include "PlatformMac/MacKeyboardTap.h"
-#include "PlatformMac/SystemLog.h"
-#include "PlatformMac/UserDirectories.h"
+#include "Mac/LocalDate.h"
+#include "Mac/MacFocusProbe.h"
+#include "Mac/MacKeyboardTap.h"
+#include "Mac/SystemLog.h"
+#include "Mac/UserDirectories.h"
 
 #include <gtest/gtest.h>
 

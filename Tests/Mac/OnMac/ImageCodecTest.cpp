@@ -1,4 +1,4 @@
-#include "PlatformMac/MacImageCodec.h"
+#include "Mac/MacImageCodec.h"
 #include "Support/Base64.h"
 
 #include <gtest/gtest.h>

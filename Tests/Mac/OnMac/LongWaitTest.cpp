@@ -1,5 +1,5 @@
-#include "PlatformMac/BackgroundActivity.h"
-#include "Tests/EventLoop/TestedEventLoop.h"
+#include "Mac/BackgroundActivity.h"
+#include "Tests/Base/TestedEventLoop.h"
 
 #include <gtest/gtest.h>
 

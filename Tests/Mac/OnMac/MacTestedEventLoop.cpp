@@ -1,6 +1,6 @@
-#include "PlatformMac/ApplicationEvents.h"
-#include "PlatformMac/MacEventLoop.h"
-#include "Tests/EventLoop/TestedEventLoop.h"
+#include "Mac/ApplicationEvents.h"
+#include "Mac/MacEventLoop.h"
+#include "Tests/Base/TestedEventLoop.h"
 
 namespace tavel {
 

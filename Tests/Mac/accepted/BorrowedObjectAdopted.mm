@@ -1,4 +1,4 @@
-#include "PlatformMac/Retained.h"
+#include "Mac/Retained.h"
 
 tavel::Retained<NSDate> now() {
     return tavel::Retained<NSDate>::retain([NSDate date]);

@@ -1,4 +1,4 @@
-#include "PlatformMac/Retained.h"
+#include "Mac/Retained.h"
 
 tavel::Retained<NSDate> keep(const tavel::Retained<NSDate>& date) {
     return date;

@@ -1,4 +1,4 @@
-#include "PlatformMac/CFRef.h"
+#include "Mac/CFRef.h"
 
 void release(tavel::CFRef<CFDataRef>& data) {
     data = {};

@@ -1,4 +1,4 @@
-#include "PlatformMac/Retained.h"
+#include "Mac/Retained.h"
 
 void keep(const tavel::Retained<NSDate>& date) {
     [date.get() retain];

@@ -1,4 +1,4 @@
-#include "TavelClipboardAgent/main/CommandDecoder.h"
+#include "TavelClipboardAgent/main/Protocol/CommandDecoder.h"
 
 #include "Tests/Unit/Agent/Decoding.h"
 #include "Tests/Unit/Agent/TestLine.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TavelClipboardAgent/main/CommandDecoder.h"
+#include "TavelClipboardAgent/main/Protocol/CommandDecoder.h"
 #include "Tests/Unit/Agent/TestLine.h"
 
 #include <optional>

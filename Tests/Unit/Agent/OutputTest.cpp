@@ -1,4 +1,4 @@
-#include "TavelClipboardAgent/main/Output.h"
+#include "TavelClipboardAgent/main/Protocol/Output.h"
 
 #include "Support/JsonWriter.h"
 #include "Tests/Unit/Fixtures/Pipe.h"

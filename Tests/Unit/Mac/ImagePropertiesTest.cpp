@@ -1,4 +1,4 @@
-#include "PlatformMac/ImageProperties.h"
+#include "Mac/ImageProperties.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "PlatformMac/KeyEventValues.h"
+#include "Mac/KeyEventValues.h"
 
 #include <gtest/gtest.h>
 

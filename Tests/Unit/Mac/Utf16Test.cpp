@@ -1,4 +1,4 @@
-#include "PlatformMac/Utf16.h"
+#include "Mac/Utf16.h"
 
 #include <gtest/gtest.h>
 

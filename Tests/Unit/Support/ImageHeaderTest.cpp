@@ -1,4 +1,4 @@
-#include "Support/ImageHeader.h"
+#include "ImageHeaders/ImageHeader.h"
 
 #include "Tests/Unit/Fixtures/Random.h"
 

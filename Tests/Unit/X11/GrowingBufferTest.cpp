@@ -1,4 +1,4 @@
-#include "PlatformX11/GrowingBuffer.h"
+#include "Linux/X11/Selections/GrowingBuffer.h"
 
 #include "Tests/Unit/Fixtures/Random.h"
 

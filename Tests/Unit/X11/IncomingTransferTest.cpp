@@ -1,4 +1,4 @@
-#include "PlatformX11/IncomingTransfer.h"
+#include "Linux/X11/Selections/IncomingTransfer.h"
 
 #include "Tests/Unit/X11/Parts.h"
 

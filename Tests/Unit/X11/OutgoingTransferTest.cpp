@@ -1,4 +1,4 @@
-#include "PlatformX11/OutgoingTransfer.h"
+#include "Linux/X11/Selections/OutgoingTransfer.h"
 
 #include <gtest/gtest.h>
 

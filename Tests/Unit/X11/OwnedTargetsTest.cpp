@@ -1,6 +1,6 @@
-#include "PlatformX11/OwnedTargets.h"
+#include "Linux/Contents/OwnedTargets.h"
 
-#include "PlatformX11/TargetNames.h"
+#include "Linux/Contents/TargetNames.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PlatformX11/IncomingTransfer.h"
+#include "Linux/X11/Selections/IncomingTransfer.h"
 
 #include <array>
 #include <cstddef>

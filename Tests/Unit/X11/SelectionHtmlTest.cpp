@@ -1,4 +1,4 @@
-#include "PlatformX11/SelectionText.h"
+#include "Linux/Contents/SelectionText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "PlatformX11/SelectionName.h"
+#include "Linux/X11/Selections/SelectionName.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "PlatformX11/TargetNames.h"
+#include "Linux/Contents/TargetNames.h"
 
 #include <gtest/gtest.h>
 

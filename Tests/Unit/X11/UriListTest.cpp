@@ -1,4 +1,4 @@
-#include "PlatformX11/UriList.h"
+#include "Linux/Contents/UriList.h"
 
 #include <gtest/gtest.h>
 

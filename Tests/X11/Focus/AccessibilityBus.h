@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PlatformX11/Focus/GioPointers.h"
+#include "Linux/X11/Focus/GioPointers.h"
 
 #include <sys/types.h>
 

@@ -1,6 +1,6 @@
 #include "Tests/X11/Focus/AccessibleProgram.h"
 
-#include "PlatformX11/Focus/FilterHandover.h"
+#include "Linux/X11/Focus/FilterHandover.h"
 
 #include <memory>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "PlatformX11/Focus/AccessibleRoles.h"
+#include "Linux/X11/Focus/AccessibleRoles.h"
 
 #include <gtest/gtest.h>
 

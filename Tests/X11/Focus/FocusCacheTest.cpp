@@ -1,4 +1,4 @@
-#include "PlatformX11/Focus/FocusCache.h"
+#include "Linux/X11/Focus/FocusCache.h"
 
 #include <gtest/gtest.h>
 

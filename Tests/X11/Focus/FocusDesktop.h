@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PlatformX11/Focus/X11FocusProbe.h"
+#include "Linux/X11/Focus/X11FocusProbe.h"
 #include "Tests/Support/TestDirectory.h"
 #include "Tests/Support/WaitUntil.h"
 #include "Tests/Support/XServer.h"

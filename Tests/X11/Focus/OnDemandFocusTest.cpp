@@ -1,5 +1,5 @@
-#include "PlatformX11/OnDemandFocusProbe.h"
-#include "Support/Module.h"
+#include "Linux/Base/Module.h"
+#include "Linux/X11/Focus/OnDemandFocusProbe.h"
 #include "Tests/X11/Focus/FocusDesktop.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "PlatformX11/Keyboard/KeyDecision.h"
+#include "Linux/X11/Keyboard/KeyDecision.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "PlatformX11/Keyboard/KeyModifiers.h"
+#include "Linux/X11/Keyboard/KeyModifiers.h"
 
 #include "Platform/KeyboardTap.h"
 

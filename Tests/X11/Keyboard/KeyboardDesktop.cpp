@@ -1,7 +1,7 @@
 #include "Tests/X11/Keyboard/KeyboardDesktop.h"
 
-#include "PlatformX11/Keyboard/XkbProtocol.h"
-#include "PlatformX11/X11Reply.h"
+#include "Linux/X11/Keyboard/XkbProtocol.h"
+#include "Linux/X11/X11Reply.h"
 
 #include <unistd.h>
 #include <xcb/xtest.h>

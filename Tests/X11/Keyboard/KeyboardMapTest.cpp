@@ -1,4 +1,4 @@
-#include "PlatformX11/Keyboard/KeyboardMap.h"
+#include "Linux/X11/Keyboard/KeyboardMap.h"
 
 #include <gmock/gmock.h>
 

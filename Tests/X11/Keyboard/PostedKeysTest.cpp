@@ -1,4 +1,4 @@
-#include "PlatformX11/Keyboard/PostedKeys.h"
+#include "Linux/X11/Keyboard/PostedKeys.h"
 
 #include <gmock/gmock.h>
 

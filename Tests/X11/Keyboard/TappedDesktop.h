@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Linux/Base/GlibEventLoop.h"
+#include "Linux/X11/Keyboard/X11KeyboardTap.h"
 #include "Platform/KeyboardTap.h"
-#include "PlatformHeadless/GlibEventLoop.h"
-#include "PlatformX11/Keyboard/X11KeyboardTap.h"
 #include "Tests/X11/Keyboard/KeyboardDesktop.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "Tests/Mac/Gnustep/Additions/Pasteboard.h"
 
-#include "PlatformMac/Strings.h"
+#include "Mac/Strings.h"
 #include "Tests/Mac/Gnustep/Additions/PasteboardContent.h"
 #include "Tests/Mac/Gnustep/Additions/PasteboardItem.h"
 

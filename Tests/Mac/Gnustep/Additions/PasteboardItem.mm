@@ -1,6 +1,6 @@
 #include "Tests/Mac/Gnustep/Additions/PasteboardItem.h"
 
-#include "PlatformMac/Strings.h"
+#include "Mac/Strings.h"
 
 #import <Foundation/Foundation.h>
 

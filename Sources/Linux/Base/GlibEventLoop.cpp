@@ -1,0 +1,126 @@
+#include "Linux/Base/GlibEventLoop.h"
+
+#include <memory>
+#include <thread>
+#include <utility>
+
+namespace tavel {
+
+/// The part of the loop that GLib asks before and after each wait.
+struct GlibEventLoop::PostSource {
+    GSource base;
+    GlibEventLoop* loop;
+
+    static gboolean prepare(GSource* source, gint* timeout) {
+        GlibEventLoop* const loop = reinterpret_cast<PostSource*>(source)->loop;
+        // This bounds the wait without a timer, which would cost a system call in each pass.
+        *timeout = loop->longestWait_;
+        return loop->hasWork() ? TRUE : FALSE;
+    }
+
+    static gboolean check(GSource* source) {
+        return reinterpret_cast<PostSource*>(source)->loop->hasWork() ? TRUE : FALSE;
+    }
+
+    static gboolean dispatch(GSource* source, GSourceFunc, gpointer) {
+        reinterpret_cast<PostSource*>(source)->loop->runPosted();
+        return G_SOURCE_CONTINUE;
+    }
+
+    static GSourceFuncs functions;
+};
+
+GSourceFuncs GlibEventLoop::PostSource::functions = {prepare, check, dispatch, nullptr, nullptr, nullptr};
+
+GlibEventLoop::GlibEventLoop() : context_(g_main_context_ref(g_main_context_default())) {
+    GSource* const source = g_source_new(&PostSource::functions, sizeof(PostSource));
+    postSource_ = reinterpret_cast<PostSource*>(source);
+    postSource_->loop = this;
+    g_source_attach(source, context_);
+}
+
+GlibEventLoop::~GlibEventLoop() {
+    // The main context goes on without this loop, and what its functions refer to may be gone by then.
+    for (GSource* const timer : std::exchange(timers_, {}))
+        g_source_destroy(timer);
+    g_source_destroy(&postSource_->base);
+    g_source_unref(&postSource_->base);
+    g_main_context_unref(context_);
+}
+
+void GlibEventLoop::runOnce(std::chrono::milliseconds longestWait) {
+    longestWait_ = static_cast<int>(longestWait.count());
+    g_main_context_iteration(context_, TRUE);
+}
+
+void GlibEventLoop::post(Function function) {
+    {
+        const std::lock_guard lock(mutex_);
+        posted_.push_back(std::move(function));
+    }
+    g_main_context_wakeup(context_);
+}
+
+void GlibEventLoop::postAfter(std::chrono::milliseconds delay, Function function) {
+    attachTimer(delay, std::move(function), false);
+}
+
+void GlibEventLoop::repeat(std::chrono::milliseconds interval, Function function) {
+    attachTimer(interval, std::move(function), true);
+}
+
+void GlibEventLoop::runInBackground(Function job) {
+    std::thread(std::move(job)).detach();
+}
+
+void GlibEventLoop::stopWaiting() {
+    {
+        const std::lock_guard lock(mutex_);
+        stopRequested_ = true;
+    }
+    g_main_context_wakeup(context_);
+}
+
+bool GlibEventLoop::hasWork() {
+    const std::lock_guard lock(mutex_);
+    return stopRequested_ || !posted_.empty();
+}
+
+void GlibEventLoop::runPosted() {
+    std::vector<Function> ready;
+    {
+        const std::lock_guard lock(mutex_);
+        ready.swap(posted_);
+        stopRequested_ = false;
+    }
+    for (Function& function : ready)
+        std::exchange(function, nullptr)(); // and lets go of what it holds before the next one runs
+}
+
+void GlibEventLoop::attachTimer(std::chrono::milliseconds delay, Function function, bool repeats) {
+    struct Timer {
+        GlibEventLoop* loop;
+        GSource* source;
+        Function function;
+        bool repeats;
+    };
+
+    GSource* const source = g_timeout_source_new(static_cast<guint>(delay.count()));
+    g_source_set_callback(
+        source,
+        [](gpointer data) -> gboolean {
+            auto* const timer = static_cast<Timer*>(data);
+            timer->function();
+            return timer->repeats ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
+        },
+        new Timer{this, source, std::move(function), repeats},
+        [](gpointer data) {
+            const std::unique_ptr<Timer> timer(static_cast<Timer*>(data));
+            timer->loop->timers_.erase(timer->source);
+        });
+    timers_.insert(source);
+    g_source_attach(source, context_);
+    g_source_unref(source);
+}
+
+} // namespace tavel

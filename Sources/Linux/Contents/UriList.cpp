@@ -1,0 +1,82 @@
+#include "Linux/Contents/UriList.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tavel {
+
+namespace {
+
+constexpr std::string_view fileScheme = "file://";
+
+/// What stands before the URIs of copied files: a file manager's own word, and whether to copy or to move.
+constexpr std::array<std::string_view, 3> headings{"copy", "cut", "x-special/nautilus-clipboard"};
+
+std::string_view trimmed(std::string_view line) {
+    constexpr std::string_view blanks(" \t\0", 3);
+    const std::size_t first = line.find_first_not_of(blanks);
+    if (first == std::string_view::npos)
+        return {};
+    return line.substr(first, line.find_last_not_of(blanks) - first + 1);
+}
+
+/// The lines that hold something.
+std::vector<std::string> linesOf(std::string_view text) {
+    std::vector<std::string> lines;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+        if (const std::string_view line = trimmed(text.substr(0, end)); !line.empty())
+            lines.emplace_back(line);
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return lines;
+}
+
+bool equalsIgnoringCase(std::string_view one, std::string_view other) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    return std::ranges::equal(one, other, {}, lower, lower);
+}
+
+} // namespace
+
+std::string uriListOf(std::span<const std::string> urls) {
+    std::string list;
+    for (const std::string& url : urls)
+        list.append(url).append("\r\n");
+    return list;
+}
+
+std::string copiedFilesOf(std::span<const std::string> urls) {
+    std::string text = "copy";
+    for (const std::string& url : urls)
+        text.append("\n").append(url);
+    return text;
+}
+
+std::vector<std::string> urisInList(std::string_view list) {
+    std::vector<std::string> lines = linesOf(list);
+    std::erase_if(lines, [](const std::string& line) { return line.starts_with('#'); });
+    return lines;
+}
+
+std::vector<std::string> urisInCopiedFiles(std::string_view text) {
+    std::vector<std::string> lines = linesOf(text);
+    const auto isHeading = [](const std::string& line) {
+        return std::ranges::find(headings, std::string_view(line)) != headings.end();
+    };
+    lines.erase(lines.begin(), std::ranges::find_if_not(lines, isHeading));
+    return lines;
+}
+
+std::string withoutOwnHost(std::string_view uri, std::string_view hostName) {
+    if (!equalsIgnoringCase(uri.substr(0, fileScheme.size()), fileScheme))
+        return std::string(uri);
+    const std::string_view rest = uri.substr(fileScheme.size());
+    const std::size_t slash = rest.find('/');
+    if (hostName.empty() || slash == std::string_view::npos ||
+        !equalsIgnoringCase(rest.substr(0, slash), hostName))
+        return std::string(uri);
+    return std::string(fileScheme).append(rest.substr(slash));
+}
+
+} // namespace tavel

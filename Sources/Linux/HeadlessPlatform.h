@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Linux/LinuxPlatform.h"
+#include "Linux/Store/LmdbEnvironment.h"
+
+#include <memory>
+#include <optional>
+
+namespace tavel {
+
+/// A machine without a keyboard refuses every tap.
+class RefusedKeyboardTap final : public KeyboardTap {
+public:
+    bool create(Handler) override { return false; }
+    void setEnabled(bool) override {}
+    bool isKeyDown(std::int64_t) override { return false; }
+    void post(std::span<const KeyEvent>) override {}
+};
+
+/// A machine without a display has no program in front.
+class NoFocusProbe final : public FocusProbe {
+public:
+    void follow(bool) override {}
+    std::optional<RunningApplication> frontmostApplication() override { return std::nullopt; }
+    bool isTrusted() override { return false; }
+    std::optional<std::string> focusedRole(std::int32_t) override { return std::nullopt; }
+    void activate(std::int32_t) override {}
+};
+
+/// The platform of a machine without a display: embedded pasteboards, no keyboard, no windows.
+class HeadlessPlatform final : public LinuxPlatform {
+public:
+    std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;
+    bool servesContents() override { return false; }
+    void handOverContents() override {}
+    KeyboardTap& keyboardTap() override { return keyboardTap_; }
+    FocusProbe& focusProbe() override { return focusProbe_; }
+    std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts&, NamePanelActions) override {
+        return nullptr;
+    }
+
+private:
+    RefusedKeyboardTap keyboardTap_;
+    NoFocusProbe focusProbe_;
+    std::shared_ptr<const LmdbEnvironment> environment_; // opened with the first pasteboard
+};
+
+} // namespace tavel

@@ -1,0 +1,66 @@
+#include "ImageHeaders/ImageHeader.h"
+#include "Linux/Images/ImageModule.h"
+#include "Linux/Images/Module/ImageSource.h"
+#include "Linux/Images/Module/JpegEncoder.h"
+#include "Linux/Images/Module/PngEncoder.h"
+
+#include <new>
+
+namespace tavel {
+namespace {
+
+std::optional<ImageSize> measure(const Bytes& file) {
+    if (!startVips())
+        return std::nullopt;
+    const VipsConversion conversion;
+    return measureHeif(file);
+}
+
+/// Opens the first image and hands its pixels to `use`.
+template <typename Use>
+auto withPixels(const Bytes& file, Use use) -> decltype(use(PlainPixels())) {
+    if (!startVips())
+        return std::nullopt;
+    const VipsConversion conversion; // outlives all images
+    try {
+        auto source = openImage(file);
+        if (!source)
+            return std::nullopt;
+        const PlainPixels pixels = makePlain(std::move(source->image));
+        if (pixels.image == nullptr)
+            return std::nullopt;
+        return use(pixels);
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+}
+
+/// JPEG and HEIF are for photographs, which are left out of the search for few colours.
+bool mayHaveFewColours(const Bytes& file) {
+    const auto header = readImageHeader(file.view());
+    return header && header->typeIdentifier != "public.jpeg";
+}
+
+std::optional<bool> hasAlpha(const Bytes& file) {
+    return withPixels(file, [](const PlainPixels& pixels) -> std::optional<bool> {
+        return vips_image_get_bands(pixels.image.get()) % 2 == 0; // grey or RGB, and one more
+    });
+}
+
+std::optional<Bytes> encodePng(const Bytes& file) {
+    return withPixels(
+        file, [&](const PlainPixels& pixels) { return encodeAsPng(pixels, mayHaveFewColours(file)); });
+}
+
+std::optional<Bytes> encodeJpeg(const Bytes& file, double quality) {
+    return withPixels(file, [&](const PlainPixels& pixels) { return encodeAsJpeg(pixels, quality); });
+}
+
+constexpr ImageModule imageModule{measure, hasAlpha, encodePng, encodeJpeg};
+
+} // namespace
+} // namespace tavel
+
+extern "C" __attribute__((visibility("default"))) const tavel::ImageModule* tavelImageModule() {
+    return &tavel::imageModule;
+}

@@ -1,0 +1,126 @@
+#include "Linux/Images/Module/Palette.h"
+
+#include <algorithm>
+#include <array>
+#include <unordered_map>
+
+namespace tavel {
+namespace {
+
+/// Samples in memory order, those that are missing 0.
+using Colour = std::array<std::uint8_t, 4>;
+
+/// Numbers the colours in the order in which they turn up.
+class ColourTable {
+public:
+    explicit ColourTable(std::size_t most) : most_(most) {}
+
+    /// Nothing once there are too many.
+    std::optional<std::uint8_t> index(const Colour& colour) {
+        if (!colours_.empty() && colour == last_)
+            return lastIndex_;
+        const std::uint32_t key =
+            static_cast<std::uint32_t>(colour[0]) | static_cast<std::uint32_t>(colour[1]) << 8 |
+            static_cast<std::uint32_t>(colour[2]) << 16 | static_cast<std::uint32_t>(colour[3]) << 24;
+        const auto [entry, isNew] = indices_.try_emplace(key, static_cast<std::uint8_t>(colours_.size()));
+        if (isNew) {
+            if (colours_.size() == most_)
+                return std::nullopt;
+            colours_.push_back(colour);
+        }
+        last_ = colour;
+        lastIndex_ = entry->second;
+        return lastIndex_;
+    }
+
+    const std::vector<Colour>& colours() const { return colours_; }
+
+private:
+    std::size_t most_;
+    std::vector<Colour> colours_;
+    std::unordered_map<std::uint32_t, std::uint8_t> indices_;
+    Colour last_{};
+    std::uint8_t lastIndex_ = 0;
+};
+
+std::optional<std::vector<std::uint8_t>> indexAll(const RowLayout& layout,
+                                                  std::span<const std::uint8_t> pixels, ColourTable& table) {
+    std::vector<std::uint8_t> indices(layout.width * layout.height);
+    const std::uint8_t* sample = pixels.data();
+    Colour colour{};
+    for (std::uint8_t& target : indices) {
+        std::copy_n(sample, layout.bands, colour.begin());
+        sample += layout.bands;
+        const auto index = table.index(colour);
+        if (!index)
+            return std::nullopt;
+        target = *index;
+    }
+    return indices;
+}
+
+/// The palette is in RGB; what follows the colours is alpha.
+void describePalette(const std::vector<Colour>& colours, std::size_t bands, PngHeader& header) {
+    for (const Colour& colour : colours) {
+        for (std::size_t i = 0; i < 3; ++i)
+            header.palette += static_cast<char>(colour[i]);
+        if (bands == 4)
+            header.alphas += static_cast<char>(colour[3]);
+    }
+    header.colour = PngColour::palette;
+    header.depth = colours.size() <= 2 ? 1 : colours.size() <= 4 ? 2 : colours.size() <= 16 ? 4 : 8;
+}
+
+/// Chooses the fewest bits that say the greys exactly, and replaces their indices by what is said: the values
+/// are spread evenly, from black to white. False if it takes all 8.
+bool describeGreys(const std::vector<Colour>& greys, PngHeader& header, std::vector<std::uint8_t>& indices) {
+    for (const unsigned depth : {1U, 2U, 4U}) {
+        const unsigned step = 255U / ((1U << depth) - 1U);
+        if (!std::ranges::all_of(greys, [step](const Colour& grey) { return grey[0] % step == 0; }))
+            continue;
+        header.depth = depth;
+        for (std::uint8_t& index : indices)
+            index = static_cast<std::uint8_t>(greys[index][0] / step);
+        return true;
+    }
+    return false;
+}
+
+/// Packs the indices, the leftmost into the upper bits, behind the filter 0: indices of neighbours say
+/// nothing about each other.
+std::vector<std::uint8_t> pack(const std::vector<std::uint8_t>& indices, const PngHeader& header) {
+    std::vector<std::uint8_t> packed(filteredSize(header), 0);
+    const std::size_t rowSize = packed.size() / header.height;
+    const std::size_t perByte = 8 / header.depth;
+    auto index = indices.begin();
+    for (std::size_t y = 0; y < header.height; ++y) {
+        std::uint8_t* const row = packed.data() + y * rowSize + 1;
+        for (std::size_t x = 0; x < header.width; ++x) {
+            const std::size_t shift = 8 - header.depth * (x % perByte + 1);
+            row[x / perByte] = static_cast<std::uint8_t>(row[x / perByte] | *index++ << shift);
+        }
+    }
+    return packed;
+}
+
+} // namespace
+
+std::optional<IndexedPixels> indexPixels(const RowLayout& layout, std::span<const std::uint8_t> pixels,
+                                         const PngHeader& header) {
+    if (layout.bands == 2)
+        return std::nullopt; // there is no shorter form of grey with alpha that stays grey
+    const bool isGrey = layout.bands == 1;
+    ColourTable table(isGrey ? 16 : 256);
+    auto indices = indexAll(layout, pixels, table);
+    if (!indices)
+        return std::nullopt;
+    IndexedPixels result{header, {}};
+    if (!isGrey)
+        describePalette(table.colours(), layout.bands, result.header);
+    else if (!describeGreys(table.colours(), result.header, *indices))
+        return std::nullopt;
+    result.filtered = pack(*indices, result.header);
+    return result;
+}
+
+} // namespace tavel

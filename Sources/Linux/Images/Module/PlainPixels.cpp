@@ -1,0 +1,162 @@
+#include "Linux/Images/Module/PlainPixels.h"
+
+#include <array>
+#include <utility>
+
+namespace tavel {
+namespace {
+
+constexpr double longestChannel = 65'535; // the largest value of 16 bits
+
+std::string_view embeddedProfile(VipsImage* image) {
+    const void* data = nullptr;
+    size_t size = 0;
+    if (vips_image_get_typeof(image, VIPS_META_ICC_NAME) == 0 ||
+        vips_image_get_blob(image, VIPS_META_ICC_NAME, &data, &size) != 0)
+        return {};
+    return {static_cast<const char*>(data), size};
+}
+
+/// Whether a profile is for values of that kind, a four-letter name (ICC.1, table 19).
+bool isProfileFor(std::string_view profile, std::string_view kind) {
+    constexpr std::size_t headerSize = 128;
+    constexpr std::size_t kindStart = 16;
+    return profile.size() > headerSize && profile.substr(kindStart, 4) == kind;
+}
+
+VipsImagePointer bands(const VipsImagePointer& image, int first, int count) {
+    return vipsImage(
+        [&](VipsImage** out) { return vips_extract_band(image.get(), out, first, "n", count, nullptr); });
+}
+
+/// Multiplies and cuts to what the format can hold.
+VipsImagePointer scaled(const VipsImagePointer& image, double factor, VipsBandFormat format) {
+    const VipsImagePointer product =
+        vipsImage([&](VipsImage** out) { return vips_linear1(image.get(), out, factor, 0.0, nullptr); });
+    if (product == nullptr)
+        return nullptr;
+    return vipsImage([&](VipsImage** out) { return vips_cast(product.get(), out, format, nullptr); });
+}
+
+VipsImagePointer toSpace(const VipsImagePointer& image, VipsInterpretation from, VipsInterpretation to) {
+    return vipsImage([&](VipsImage** out) {
+        return vips_colourspace(image.get(), out, to, "source_space", from, nullptr);
+    });
+}
+
+VipsImagePointer joined(VipsImagePointer colours, VipsImagePointer alpha) {
+    if (colours == nullptr || alpha == nullptr)
+        return nullptr;
+    return vipsImage(
+        [&](VipsImage** out) { return vips_bandjoin2(colours.get(), alpha.get(), out, nullptr); });
+}
+
+bool isReal(VipsImage* image) {
+    return vips_band_format_isfloat(vips_image_get_format(image)) != 0;
+}
+
+bool isGreySpace(VipsInterpretation space) {
+    return space == VIPS_INTERPRETATION_B_W || space == VIPS_INTERPRETATION_GREY16;
+}
+
+/// Whether the bands are grey or RGB values, or nothing is known of them.
+bool isDirect(VipsInterpretation space) {
+    return isGreySpace(space) || space == VIPS_INTERPRETATION_sRGB || space == VIPS_INTERPRETATION_RGB ||
+           space == VIPS_INTERPRETATION_RGB16 || space == VIPS_INTERPRETATION_scRGB ||
+           space == VIPS_INTERPRETATION_MULTIBAND;
+}
+
+/// CMYK by its own profile, or else by the one that libvips brings along.
+VipsImagePointer fromCmyk(const VipsImagePointer& image) {
+    const int depth = vips_image_get_format(image.get()) == VIPS_FORMAT_UCHAR ? 8 : 16;
+    return vipsImage([&](VipsImage** out) {
+        return vips_icc_transform(image.get(), out, "srgb", "embedded", TRUE, "input_profile", "cmyk",
+                                  "depth", depth, nullptr);
+    });
+}
+
+/// CIELAB and its kin: three bands that have a meaning of their own, perhaps with alpha.
+VipsImagePointer fromColourimetry(const VipsImagePointer& image, VipsInterpretation space) {
+    return toSpace(image, space, VIPS_INTERPRETATION_RGB16);
+}
+
+/// Real numbers go from 0 to 1. They are proportional to light, as in linear sRGB, unless a profile says what
+/// they are.
+VipsImagePointer fromReal(const VipsImagePointer& image, bool hasProfile) {
+    const int all = vips_image_get_bands(image.get());
+    const int colours = all < 3 ? 1 : 3;
+    VipsImagePointer result = bands(image, 0, colours);
+    if (result != nullptr && hasProfile) {
+        result = scaled(result, longestChannel, VIPS_FORMAT_USHORT);
+    } else if (result != nullptr) {
+        if (colours == 1)
+            result = vipsImage([&](VipsImage** out) {
+                return vips_bandjoin(std::array{result.get(), result.get(), result.get()}.data(), out, 3,
+                                     nullptr);
+            });
+        if (result != nullptr)
+            result = toSpace(result, VIPS_INTERPRETATION_scRGB,
+                             colours == 1 ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_RGB16);
+    }
+    if (all == colours)
+        return result;
+    const VipsImagePointer alpha = bands(image, colours, 1);
+    if (alpha == nullptr)
+        return nullptr;
+    return joined(std::move(result), scaled(alpha, longestChannel, VIPS_FORMAT_USHORT));
+}
+
+/// Whole numbers of other widths: the upper 8 or 16 bits of what they can say above 0.
+VipsImagePointer fromWhole(VipsImagePointer image) {
+    switch (vips_image_get_format(image.get())) {
+    case VIPS_FORMAT_UCHAR:
+    case VIPS_FORMAT_USHORT:
+        return image;
+    case VIPS_FORMAT_CHAR:
+        return scaled(image, 2, VIPS_FORMAT_UCHAR);
+    case VIPS_FORMAT_SHORT:
+        return scaled(image, 2, VIPS_FORMAT_USHORT);
+    case VIPS_FORMAT_UINT:
+        return scaled(image, 1.0 / 65'536, VIPS_FORMAT_USHORT);
+    case VIPS_FORMAT_INT:
+        return scaled(image, 1.0 / 32'768, VIPS_FORMAT_USHORT);
+    default:
+        return nullptr;
+    }
+}
+
+/// Leaves grey or RGB and one band of alpha.
+VipsImagePointer withoutSpareBands(VipsImagePointer image, VipsInterpretation space) {
+    const int all = vips_image_get_bands(image.get());
+    const bool isGrey = isGreySpace(space) || all < 3;
+    const int wanted = isGrey ? (all == 2 ? 2 : 1) : (all == 3 ? 3 : 4);
+    return all == wanted ? std::move(image) : bands(image, 0, wanted);
+}
+
+} // namespace
+
+PlainPixels makePlain(VipsImagePointer image) {
+    if (vips_band_format_iscomplex(vips_image_get_format(image.get())) != 0)
+        return {};
+    const VipsInterpretation space = vips_image_guess_interpretation(image.get());
+    if (!isDirect(space)) {
+        image = space == VIPS_INTERPRETATION_CMYK ? fromCmyk(image) : fromColourimetry(image, space);
+        if (image == nullptr)
+            return {};
+        const VipsInterpretation result = vips_image_get_interpretation(image.get());
+        return {withoutSpareBands(std::move(image), result), {}};
+    }
+    image = withoutSpareBands(std::move(image), space);
+    if (image == nullptr)
+        return {};
+    const std::string_view kind = vips_image_get_bands(image.get()) < 3 ? "GRAY" : "RGB ";
+    const bool hasProfile = isProfileFor(embeddedProfile(image.get()), kind);
+    image = isReal(image.get()) ? fromReal(image, hasProfile) : fromWhole(std::move(image));
+    if (image == nullptr)
+        return {};
+    // Copied, as decoding reads the metadata anew.
+    std::string profile(hasProfile ? embeddedProfile(image.get()) : std::string_view());
+    return {std::move(image), std::move(profile)};
+}
+
+} // namespace tavel

@@ -1,0 +1,68 @@
+#include "Linux/Store/StoreFiles.h"
+
+#include "Support/Error.h"
+#include "Support/Files.h"
+#include "Support/ScopeExit.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+
+namespace tavel {
+
+namespace {
+
+[[noreturn]] void fail(const std::filesystem::path& path, int error) {
+    throw Error("Pasteboard", 1,
+                "The pasteboard store cannot be opened: " + path.string() + ": " +
+                    std::generic_category().message(error));
+}
+
+} // namespace
+
+StoreOpeningLock::StoreOpeningLock(const std::filesystem::path& directory)
+    : descriptor_(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    if (descriptor_ < 0)
+        fail(directory, errno);
+    while (flock(descriptor_, LOCK_EX) != 0) {
+        if (errno != EINTR) {
+            const int error = errno;
+            close(descriptor_);
+            fail(directory, error);
+        }
+    }
+}
+
+StoreOpeningLock::~StoreOpeningLock() {
+    close(descriptor_);
+}
+
+void allocateLockFile(const std::filesystem::path& file, std::size_t bytes) {
+    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    if (descriptor < 0)
+        fail(file, errno);
+    const ScopeExit closeFile([&] { close(descriptor); });
+    struct stat status {};
+
+    if (fstat(descriptor, &status) != 0)
+        fail(file, errno);
+    const auto present = static_cast<std::size_t>(status.st_size);
+    // Written, as not every system has a call that allocates. What is there may be in use, and stays.
+    if (present < bytes && !writeAll(descriptor, std::string(bytes - present, '\0')))
+        fail(file, errno);
+}
+
+void removeUnfinishedStoreFile(const std::filesystem::path& file) {
+    struct stat status {};
+
+    if (lstat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+        status.st_size < 2 * sysconf(_SC_PAGESIZE))
+        unlink(file.c_str());
+}
+
+} // namespace tavel

@@ -1,0 +1,257 @@
+#include "Linux/Store/StorePasteboard.h"
+
+#include "Platform/PasteboardItems.h"
+#include "Platform/PasteboardTypes.h"
+#include "Support/FileUrl.h"
+#include "Support/Utf8.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+/// Payloads up to this size are copied: cheaper than holding a snapshot for them.
+constexpr std::size_t copiedBytes = std::size_t{64} * 1024;
+
+/// Types are named; an empty name could not be asked for.
+bool isAcceptable(std::span<const Representation> representations) {
+    return std::ranges::none_of(representations, [](const auto& one) { return one.type.empty(); });
+}
+
+bool putItem(StoredContent& content, std::uint32_t item, const PasteboardItem& representations) {
+    std::uint32_t position = 0;
+    return std::ranges::all_of(representations, [&](const Representation& one) {
+        return content.put(item, position++, one.type, one.data.view());
+    });
+}
+
+} // namespace
+
+/// What an operation reads: the running update's own view, or a snapshot. Empty if LMDB refuses one.
+struct StorePasteboard::View {
+    std::shared_ptr<LmdbSnapshot> snapshot;
+    std::optional<StoredContent> content;
+
+    Bytes share(std::string_view data) const {
+        if (data.size() <= copiedBytes || snapshot == nullptr)
+            return Bytes::copyOf(data);
+        return {snapshot, data.data(), data.size()};
+    }
+};
+
+StorePasteboard::StorePasteboard(std::shared_ptr<const LmdbEnvironment> environment,
+                                 const std::optional<std::string>& name)
+    : environment_(std::move(environment)), key_(name) {}
+
+StoredContent StorePasteboard::contentOf(MDB_txn* transaction) const {
+    return {transaction, environment_->database(), key_};
+}
+
+StorePasteboard::View StorePasteboard::view() {
+    if (updating_ != nullptr)
+        return {nullptr, contentOf(updating_->transaction())};
+    auto snapshot = LmdbSnapshot::take(environment_);
+    if (snapshot == nullptr)
+        return {};
+    StoredContent content = contentOf(snapshot->transaction());
+    return {std::move(snapshot), content};
+}
+
+std::int64_t StorePasteboard::changeCount() {
+    if (updating_ != nullptr)
+        return contentOf(updating_->transaction()).changeCount();
+    const bool current = countSnapshot_ != nullptr
+                             ? countSnapshot_->renew()
+                             : (countSnapshot_ = LmdbSnapshot::take(environment_)) != nullptr;
+    if (!current) {
+        // Every reader's slot is taken. A write transaction needs none, and the count must not go back.
+        const auto transaction = LmdbWrite::begin(*environment_);
+        return transaction != nullptr ? contentOf(transaction->transaction()).changeCount() : 0;
+    }
+    const std::int64_t count = contentOf(countSnapshot_->transaction()).changeCount();
+    countSnapshot_->release();
+    return count;
+}
+
+std::vector<std::string> StorePasteboard::types() {
+    std::vector<std::string> types;
+    const View current = view();
+    if (!current.content)
+        return types;
+    std::unordered_set<std::string_view> seen;
+    current.content->forEach([&](const StoredContent::Entry& entry) {
+        if (seen.insert(entry.type).second)
+            types.emplace_back(entry.type);
+        return true;
+    });
+    return types;
+}
+
+std::optional<std::string> StorePasteboard::availableType(std::span<const std::string_view> wanted) {
+    return pasteboardItems::available(types(), wanted);
+}
+
+std::optional<Bytes> StorePasteboard::string(std::string_view type) {
+    if (type != pasteboardType::string) {
+        auto text = data(type);
+        return text && isUtf8(text->view()) ? text : std::nullopt;
+    }
+    const View current = view();
+    if (!current.content)
+        return std::nullopt;
+    std::vector<std::string_view> texts;
+    current.content->forEach([&](const StoredContent::Entry& entry) {
+        if (entry.type == type && isUtf8(entry.data))
+            texts.push_back(entry.data);
+        return true;
+    });
+    if (texts.empty())
+        return std::nullopt;
+    if (texts.size() == 1)
+        return current.share(texts.front());
+    std::string joined(texts.front());
+    for (const std::string_view text : std::span(texts).subspan(1))
+        joined.append("\n").append(text);
+    return Bytes::adopt(std::move(joined));
+}
+
+std::optional<Bytes> StorePasteboard::data(std::string_view type) {
+    std::optional<Bytes> found;
+    const View current = view();
+    if (!current.content)
+        return found;
+    current.content->forEach([&](const StoredContent::Entry& entry) {
+        if (entry.type == type)
+            found = current.share(entry.data);
+        return !found;
+    });
+    return found;
+}
+
+std::vector<std::string> StorePasteboard::filePaths() {
+    std::vector<std::string> paths;
+    const View current = view();
+    if (!current.content)
+        return paths;
+    current.content->forEach([&](const StoredContent::Entry& entry) {
+        if (entry.type == pasteboardType::fileUrl) {
+            if (auto path = pathFromFileUrl(entry.data))
+                paths.push_back(std::move(*path));
+        }
+        return true;
+    });
+    return paths;
+}
+
+/// Makes one change, in the running update or in a transaction of its own.
+bool StorePasteboard::write(const std::function<bool(StoredContent&)>& change) {
+    if (updating_ != nullptr) {
+        StoredContent content = contentOf(updating_->transaction());
+        const bool changed = change(content);
+        updateFailed_ = updateFailed_ || !changed;
+        return changed;
+    }
+    const auto transaction = LmdbWrite::begin(*environment_);
+    if (transaction == nullptr)
+        return false;
+    StoredContent content = contentOf(transaction->transaction());
+    return change(content) && transaction->commit();
+}
+
+/// Makes one change if the content is the one that this object's clearing began.
+bool StorePasteboard::writeOwn(const std::function<bool(StoredContent&)>& change) {
+    bool own = false;
+    const bool written = write([&](StoredContent& content) {
+        own = ownCount_ == content.changeCount();
+        return !own || change(content);
+    });
+    return own && written;
+}
+
+bool StorePasteboard::clear() {
+    std::int64_t count = 0;
+    const bool cleared = write([&](StoredContent& content) {
+        count = content.changeCount() + 1;
+        return content.removeAll() && content.setChangeCount(count);
+    });
+    if (cleared)
+        ownCount_ = count;
+    return cleared;
+}
+
+std::int64_t StorePasteboard::clearContents() {
+    const bool cleared = clear();
+    clearedInUpdate_ = updating_ != nullptr;
+    return cleared ? *ownCount_ : changeCount();
+}
+
+bool StorePasteboard::setString(std::string_view text, std::string_view type) {
+    return !type.empty() && isUtf8(text) &&
+           writeOwn([&](StoredContent& content) { return content.putOnFirstItem(type, text); });
+}
+
+bool StorePasteboard::setData(const Bytes& data, std::string_view type) {
+    return !type.empty() &&
+           writeOwn([&](StoredContent& content) { return content.putOnFirstItem(type, data.view()); });
+}
+
+bool StorePasteboard::canHold(const Representation& representation) {
+    return isAcceptable({&representation, 1});
+}
+
+bool StorePasteboard::writeItems(std::span<const PasteboardItem> items) {
+    if (!std::ranges::all_of(items, isAcceptable))
+        return false;
+    return writeOwn([&](StoredContent& content) {
+        std::uint32_t item = content.itemCount();
+        return std::ranges::all_of(items, [&](const auto& one) { return putItem(content, item++, one); });
+    });
+}
+
+bool StorePasteboard::addTypes(std::span<const Representation> representations) {
+    if (representations.empty() || !isAcceptable(representations))
+        return false;
+    bool hasItem = false;
+    const bool written = write([&](StoredContent& content) {
+        hasItem = content.itemCount() > 0;
+        if (!hasItem)
+            return true;
+        // With the new count nobody owns the content: whoever cleared it cannot write on.
+        return content.setChangeCount(content.changeCount() + 1) &&
+               std::ranges::all_of(representations, [&](const auto& one) {
+                   return content.putOnFirstItem(one.type, one.data.view());
+               });
+    });
+    return hasItem && written;
+}
+
+bool StorePasteboard::update(const std::function<bool()>& steps) {
+    updating_ = LmdbWrite::begin(*environment_);
+    if (updating_ == nullptr)
+        return false;
+    updateFailed_ = false;
+    clearedInUpdate_ = false;
+    const auto ownCountBefore = ownCount_;
+    bool done = false;
+    try {
+        done = steps();
+    } catch (...) {
+        updating_.reset();
+        ownCount_ = ownCountBefore;
+        throw;
+    }
+    const bool committed = !updateFailed_ && updating_->commit();
+    updating_.reset();
+    if (committed)
+        return done;
+    // Nothing of the update is there. The smaller step of only clearing needs almost no space.
+    ownCount_ = ownCountBefore;
+    if (clearedInUpdate_)
+        clear();
+    return false;
+}
+
+} // namespace tavel

@@ -1,0 +1,168 @@
+#include "Linux/X11/Focus/FocusSearch.h"
+
+#include "Linux/X11/Focus/AccessibleRoles.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+#include <vector>
+
+namespace tavel {
+
+namespace {
+
+using Clock = BusConnection::Clock;
+using Elements = std::vector<AccessibleElement>;
+
+/// AT-SPI, AtspiStateType: bits of a mask.
+constexpr unsigned int activeState = 1;
+constexpr unsigned int focusedState = 12;
+
+/// A program that does not answer at once is in no state to be looked through.
+constexpr std::chrono::milliseconds callPatience{100};
+
+/// More than any file manager shows; a program could make them up without end.
+constexpr std::size_t mostElements = 4000;
+
+class Search {
+public:
+    Search(const BusConnection& bus, Clock::time_point end, const std::stop_token& stop)
+        : bus_(bus), end_(end), stop_(stop) {}
+
+    std::optional<AccessibleElement> run(std::int32_t process) const;
+
+private:
+    bool isOver() const { return stop_.stop_requested() || Clock::now() >= end_; }
+    Clock::time_point callEnd() const { return std::min(end_, Clock::now() + callPatience); }
+
+    GioPointer<GVariant> ask(const AccessibleElement& element, const char* interface, const char* method,
+                             GVariant* arguments, const char* replyType) const;
+    Elements children(const AccessibleElement& element) const;
+    bool isInState(const AccessibleElement& element, unsigned int state) const;
+    bool isItem(const AccessibleElement& element) const;
+
+    std::optional<AccessibleElement> program(std::int32_t process) const;
+    std::optional<Elements> claimants(const AccessibleElement& window) const;
+    std::optional<AccessibleElement> walk(Elements windows) const;
+
+    const BusConnection& bus_;
+    const Clock::time_point end_;
+    const std::stop_token& stop_;
+};
+
+GioPointer<GVariant> Search::ask(const AccessibleElement& element, const char* interface, const char* method,
+                                 GVariant* arguments, const char* replyType) const {
+    return bus_.call({element.program.c_str(), element.path.c_str(), interface}, method, arguments, replyType,
+                     callEnd());
+}
+
+/// Of a reply that holds a list of them.
+Elements elementsIn(GVariant* reply) {
+    Elements elements;
+    if (reply == nullptr)
+        return elements;
+    GVariantIter* list = nullptr;
+    g_variant_get(reply, "(a(so))", &list);
+    const GioPointer<GVariantIter> owned(list);
+    const char* program = nullptr;
+    const char* path = nullptr;
+    while (g_variant_iter_next(list, "(&s&o)", &program, &path) != FALSE)
+        elements.push_back({program, path});
+    return elements;
+}
+
+Elements Search::children(const AccessibleElement& element) const {
+    return elementsIn(ask(element, "org.a11y.atspi.Accessible", "GetChildren", nullptr, "(a(so))").get());
+}
+
+bool Search::isInState(const AccessibleElement& element, unsigned int state) const {
+    const auto reply = ask(element, "org.a11y.atspi.Accessible", "GetState", nullptr, "(au)");
+    if (reply == nullptr)
+        return false;
+    // 64 bits, the lower half first.
+    const GioPointer<GVariant> halves(g_variant_get_child_value(reply.get(), 0));
+    if (g_variant_n_children(halves.get()) == 0)
+        return false;
+    std::uint32_t lower = 0;
+    g_variant_get_child(halves.get(), 0, "u", &lower);
+    return (lower >> state & 1U) != 0;
+}
+
+bool Search::isItem(const AccessibleElement& element) const {
+    const auto reply = ask(element, "org.a11y.atspi.Accessible", "GetRole", nullptr, "(u)");
+    std::uint32_t role = 0;
+    if (reply != nullptr)
+        g_variant_get(reply.get(), "(u)", &role);
+    return isItemRole(role);
+}
+
+std::optional<AccessibleElement> Search::program(std::int32_t process) const {
+    const AccessibleElement desktop{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
+    for (const AccessibleElement& candidate : children(desktop)) {
+        if (isOver())
+            break;
+        if (bus_.processOf(candidate.program, callEnd()) == process)
+            return candidate;
+    }
+    return std::nullopt;
+}
+
+/// What the toolkit itself lists as focused; nothing if it cannot.
+std::optional<Elements> Search::claimants(const AccessibleElement& window) const {
+    constexpr std::int32_t all = 1;
+    constexpr std::uint32_t canonicalOrder = 1;
+    GVariantBuilder states;
+    g_variant_builder_init(&states, G_VARIANT_TYPE("ai"));
+    g_variant_builder_add(&states, "i", std::int32_t{1} << focusedState);
+    g_variant_builder_add(&states, "i", 0);
+    // Any attributes, roles and interfaces; as many as there are, of the whole window.
+    GVariant* const rule =
+        g_variant_new("(aiia{ss}iaiiasib)", &states, all, nullptr, all, nullptr, all, nullptr, all, FALSE);
+    const auto reply =
+        ask(window, "org.a11y.atspi.Collection", "GetMatches",
+            g_variant_new("(@(aiia{ss}iaiiasib)uib)", rule, canonicalOrder, 0, TRUE), "(a(so))");
+    if (reply == nullptr)
+        return std::nullopt;
+    return elementsIn(reply.get());
+}
+
+/// In depth, from the last to the first.
+std::optional<AccessibleElement> Search::walk(Elements windows) const {
+    Elements ahead = std::move(windows);
+    for (std::size_t seen = 0; !ahead.empty() && seen < mostElements && !isOver(); ++seen) {
+        const AccessibleElement element = std::move(ahead.back());
+        ahead.pop_back();
+        if (isInState(element, focusedState))
+            return element;
+        std::ranges::move(children(element), std::back_inserter(ahead));
+    }
+    return std::nullopt;
+}
+
+std::optional<AccessibleElement> Search::run(std::int32_t process) const {
+    const auto root = program(process);
+    if (!root)
+        return std::nullopt;
+    const Elements windows = children(*root);
+    const auto active = std::ranges::find_if(windows, [this](const AccessibleElement& window) {
+        return !isOver() && isInState(window, activeState);
+    });
+    if (active == windows.end())
+        return walk(windows); // GTK 4 does not tell which one is active
+    const auto claimed = claimants(*active);
+    if (!claimed)
+        return walk({*active});
+    // An item may be the focused one of a view that is not focused itself, while a name is being typed.
+    const auto place =
+        std::ranges::find_if_not(*claimed, [this](const auto& element) { return isItem(element); });
+    return place == claimed->end() ? std::nullopt : std::optional(*place);
+}
+
+} // namespace
+
+std::optional<AccessibleElement> searchFocus(const BusConnection& bus, std::int32_t process,
+                                             Clock::time_point end, const std::stop_token& stop) {
+    return Search(bus, end, stop).run(process);
+}
+
+} // namespace tavel

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Linux/Base/SystemLog.h"
+#include "Linux/X11/Focus/FocusModule.h"
+#include "Platform/FocusProbe.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace tavel {
+
+/// The focus probe of the module tavel-focus, which is loaded when the focus is first followed, and stays: a
+/// process that never follows it never maps the libraries for it. Before that nothing is in front.
+class OnDemandFocusProbe final : public FocusProbe {
+public:
+    /// The connection and the deadline have to outlive this object. Without a module at that path nothing is
+    /// ever in front, which is logged each time that the focus is to be followed.
+    OnDemandFocusProbe(X11Connection& connection, DecisionDeadline& deadline, Log log,
+                       std::filesystem::path module);
+
+    void follow(bool on) override;
+    std::optional<RunningApplication> frontmostApplication() override;
+    bool isTrusted() override;
+    std::optional<std::string> focusedRole(std::int32_t processIdentifier) override;
+    void activate(std::int32_t processIdentifier) override;
+
+private:
+    void load();
+
+    X11Connection& connection_;
+    DecisionDeadline& deadline_;
+    Log log_;
+    std::filesystem::path path_;
+    const FocusModule* module_ = nullptr;
+    std::unique_ptr<X11FocusProbe, void (*)(X11FocusProbe*)> probe_{nullptr, nullptr};
+};
+
+} // namespace tavel

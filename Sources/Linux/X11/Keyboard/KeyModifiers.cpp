@@ -1,0 +1,59 @@
+#include "Linux/X11/Keyboard/KeyModifiers.h"
+
+#include "Platform/KeyboardTap.h"
+
+#include <xcb/xproto.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+constexpr std::size_t modifierCount = 8;
+
+/// What every usual layout has under these modifiers: Alt is the first, the Windows key the fourth.
+constexpr std::array flags{
+    std::pair<unsigned int, std::uint64_t>{XCB_MOD_MASK_SHIFT, keyFlag::shift},
+    std::pair<unsigned int, std::uint64_t>{XCB_MOD_MASK_CONTROL, keyFlag::command},
+    std::pair<unsigned int, std::uint64_t>{XCB_MOD_MASK_1, keyFlag::option},
+    std::pair<unsigned int, std::uint64_t>{XCB_MOD_MASK_4, keyFlag::control},
+};
+
+} // namespace
+
+std::uint64_t keyFlagsOf(std::uint16_t modifiers) {
+    std::uint64_t found = 0;
+    for (const auto& [modifier, flag] : flags) {
+        if ((modifiers & modifier) != 0)
+            found |= flag;
+    }
+    return found;
+}
+
+std::uint16_t modifiersOf(std::span<const std::uint8_t> keys, std::span<const std::uint8_t> mapping) {
+    const std::size_t keysEach = mapping.size() / modifierCount;
+    unsigned int found = 0;
+    for (std::size_t position = 0; position < keysEach * modifierCount; ++position) {
+        if (std::ranges::find(keys, mapping[position]) != keys.end())
+            found |= 1U << (position / keysEach);
+    }
+    return static_cast<std::uint16_t>(found);
+}
+
+std::vector<std::uint16_t> controlWithLocks(std::uint16_t numLock) {
+    constexpr std::uint16_t control = XCB_MOD_MASK_CONTROL;
+    constexpr std::uint16_t capsLock = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_LOCK;
+    std::vector<std::uint16_t> variants{control, capsLock};
+    // A layout can have no Num Lock, or one that is not to be told from the others.
+    if ((capsLock | numLock) != capsLock) {
+        variants.push_back(control | numLock);
+        variants.push_back(capsLock | numLock);
+    }
+    return variants;
+}
+
+} // namespace tavel

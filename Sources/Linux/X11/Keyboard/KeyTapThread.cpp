@@ -1,0 +1,256 @@
+#include "Linux/X11/Keyboard/KeyTapThread.h"
+
+#include "Linux/X11/Keyboard/KeyModifiers.h"
+#include "Linux/X11/X11Reply.h"
+
+#include <poll.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <system_error>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+int openWakeUp() {
+    const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (descriptor < 0)
+        throw std::system_error(errno, std::generic_category(), "eventfd");
+    return descriptor;
+}
+
+/// While it exists, this thread takes no signals, and a thread that it starts never does.
+class NoSignals {
+public:
+    NoSignals() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~NoSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    NoSignals(const NoSignals&) = delete;
+    NoSignals& operator=(const NoSignals&) = delete;
+
+private:
+    sigset_t before_{};
+};
+
+KeyEvent keyEvent(KeyEventType type, std::uint16_t modifiers) {
+    return {type, keyCode::v, keyFlagsOf(modifiers), 0};
+}
+
+template <typename Event>
+const Event& as(const xcb_generic_event_t& event) {
+    return reinterpret_cast<const Event&>(event);
+}
+
+} // namespace
+
+KeyTapThread::KeyTapThread(KeyboardConnection& connection, std::chrono::milliseconds decisionTime,
+                           Listener listener)
+    : connection_(connection), decisionTime_(decisionTime), listener_(std::move(listener)),
+      grabs_(connection.get()), wakeUp_(openWakeUp()), activeWindow_(connection.get(), connection.root()) {
+    try {
+        start();
+    } catch (...) {
+        close(wakeUp_);
+        throw;
+    }
+}
+
+void KeyTapThread::start() {
+    const NoSignals noSignals;
+    thread_ = std::thread([this] { run(); });
+    pthread_setname_np(thread_.native_handle(), "keyboard-tap");
+}
+
+KeyTapThread::~KeyTapThread() {
+    {
+        const std::lock_guard lock(mutex_);
+        stopping_ = true;
+        if (pending_ != nullptr)
+            pending_->giveUp();
+    }
+    wake();
+    thread_.join();
+    close(wakeUp_);
+}
+
+void KeyTapThread::setEnabled(bool enabled) {
+    connection_.selectChanges(enabled);
+    grabs_.setEnabled(enabled);
+    if (enabled)
+        mustRefresh_ = true;
+    wake();
+}
+
+void KeyTapThread::wake() const {
+    eventfd_write(wakeUp_, 1);
+}
+
+/// Without memory it cannot go on, and the process ends: a keyboard that waits for it goes on then.
+void KeyTapThread::run() noexcept {
+    while (true) {
+        handleEvents();
+        if (connection_.isLost())
+            return;
+        {
+            const std::lock_guard lock(mutex_);
+            if (stopping_)
+                break;
+        }
+        // What it waits for can bring events of which the descriptor does not tell.
+        if (mustRefresh_ || keyboardChanged_ || windowChanged_)
+            refresh();
+        else
+            waitForNews();
+    }
+    letGo();
+}
+
+void KeyTapThread::waitForNews() const {
+    xcb_flush(connection_.get());
+    std::array<pollfd, 2> descriptors{pollfd{connection_.descriptor(), POLLIN, 0},
+                                      pollfd{wakeUp_, POLLIN, 0}};
+    poll(descriptors.data(), descriptors.size(), -1);
+    eventfd_t count = 0;
+    eventfd_read(wakeUp_, &count);
+}
+
+void KeyTapThread::handleEvents() {
+    using Event = X11Reply<xcb_generic_event_t>;
+    for (Event event(xcb_poll_for_event(connection_.get())); event != nullptr;
+         event.reset(xcb_poll_for_event(connection_.get())))
+        handle(*event);
+}
+
+/// What programs send themselves has another response_type and is nothing here; so are errors: a window may
+/// go at any time, or another program may have a grab.
+void KeyTapThread::handle(const xcb_generic_event_t& event) {
+    switch (event.response_type) {
+    case XCB_KEY_PRESS:
+        pressed(as<xcb_key_press_event_t>(event));
+        break;
+    case XCB_KEY_RELEASE:
+        released(as<xcb_key_release_event_t>(event));
+        break;
+    case XCB_PROPERTY_NOTIFY:
+        if (as<xcb_property_notify_event_t>(event).atom == activeWindow_.property())
+            windowChanged_ = true;
+        break;
+    case XCB_UNMAP_NOTIFY:
+        if (held_ && as<xcb_unmap_notify_event_t>(event).window == held_->window)
+            endHold(held_->modifiers);
+        break;
+    default:
+        if (connection_.isKeyboardChange(event))
+            keyboardChanged_ = true;
+    }
+}
+
+void KeyTapThread::refresh() {
+    const bool everything = mustRefresh_.exchange(false);
+    if (std::exchange(keyboardChanged_, false) || everything)
+        combinations_ = connection_.pasteCombinations();
+    windowChanged_ = false;
+    if (held_)
+        checkHold();
+    const std::optional<ProgramWindow> active = activeWindow_.read();
+    const bool isFileManager = active && isFileManagerClass(active->className);
+    const xcb_window_t none = XCB_WINDOW_NONE;
+    grabs_.grab(isFileManager ? active->window : none, combinations_);
+}
+
+/// A press that is on its way must not be kept back, nor be lost: with the end of the connection the server
+/// drops what it has not done yet.
+void KeyTapThread::letGo() {
+    grabs_.setEnabled(false);
+    synchronize();
+    handleEvents();
+    synchronize();
+}
+
+void KeyTapThread::synchronize() const {
+    const auto cookie = xcb_get_input_focus(connection_.get());
+    const X11Reply<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(connection_.get(), cookie, nullptr));
+}
+
+void KeyTapThread::pressed(const xcb_key_press_event_t& key) {
+    if (held_ && key.event == held_->window) {
+        // A repeat, or another key: the keyboard does not wait. Should the server have ended this grab
+        // without a word, it is a new press, and it does.
+        allow(XCB_ALLOW_ASYNC_KEYBOARD, key);
+        if (key.detail == held_->code)
+            listener_.report(keyEvent(KeyEventType::keyDown, key.state));
+        return;
+    }
+    if (askFor(key) == KeyVerdict::pass) {
+        allow(XCB_ALLOW_REPLAY_KEYBOARD, key);
+        return;
+    }
+    allow(XCB_ALLOW_ASYNC_KEYBOARD, key);
+    hold(key);
+}
+
+KeyVerdict KeyTapThread::askFor(const xcb_key_press_event_t& key) {
+    // On the root window nothing was grabbed but to try whether it can be.
+    if (key.event == connection_.root() || !grabs_.isEnabled())
+        return KeyVerdict::pass;
+    const auto decision = std::make_shared<KeyDecision>(KeyDecision::Clock::now() + decisionTime_);
+    {
+        const std::lock_guard lock(mutex_);
+        if (stopping_)
+            return KeyVerdict::pass;
+        pending_ = decision;
+    }
+    listener_.decide(decision, keyEvent(KeyEventType::keyDown, key.state));
+    const KeyVerdict verdict = decision->await();
+    const std::lock_guard lock(mutex_);
+    pending_.reset();
+    return verdict;
+}
+
+void KeyTapThread::allow(std::uint8_t mode, const xcb_key_press_event_t& key) {
+    xcb_allow_events(connection_.get(), mode, key.time);
+    xcb_flush(connection_.get());
+}
+
+void KeyTapThread::hold(const xcb_key_press_event_t& key) {
+    held_ = HeldKey{key.event, key.detail, key.state};
+    constexpr std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection_.get(), key.event, XCB_CW_EVENT_MASK, &events);
+    checkHold();
+}
+
+/// The server ends a grab, without a word, when its window or one around it can no longer be seen.
+void KeyTapThread::checkHold() {
+    const auto cookie = xcb_get_window_attributes(connection_.get(), held_->window);
+    xcb_generic_error_t* error = nullptr;
+    const X11Reply<xcb_get_window_attributes_reply_t> window(
+        xcb_get_window_attributes_reply(connection_.get(), cookie, &error));
+    const X11Reply<xcb_generic_error_t> ownedError(error);
+    if (window == nullptr || window->map_state != XCB_MAP_STATE_VIEWABLE)
+        endHold(held_->modifiers);
+}
+
+void KeyTapThread::released(const xcb_key_release_event_t& key) {
+    if (held_ && key.event == held_->window && key.detail == held_->code)
+        endHold(key.state);
+}
+
+void KeyTapThread::endHold(std::uint16_t modifiers) {
+    constexpr std::uint32_t noEvents = XCB_EVENT_MASK_NO_EVENT;
+    xcb_change_window_attributes(connection_.get(), held_->window, XCB_CW_EVENT_MASK, &noEvents);
+    held_.reset();
+    listener_.report(keyEvent(KeyEventType::keyUp, modifiers));
+}
+
+} // namespace tavel

@@ -1,0 +1,137 @@
+#include "Linux/X11/Keyboard/KeyboardConnection.h"
+
+#include "Linux/X11/Keyboard/KeyModifiers.h"
+#include "Linux/X11/Keyboard/XkbProtocol.h"
+#include "Linux/X11/X11Reply.h"
+
+#include <xcb/xtest.h>
+
+#include <cstddef>
+#include <optional>
+#include <span>
+
+namespace tavel {
+
+namespace {
+
+constexpr xcb_xkb_device_spec_t theKeyboard = XCB_XKB_ID_USE_CORE_KBD;
+
+std::optional<xcb_window_t> rootOf(xcb_connection_t* connection, int number) {
+    xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    while (screens.rem > 1 && number-- > 0)
+        xcb_screen_next(&screens);
+    return screens.rem > 0 ? std::optional(screens.data->root) : std::nullopt;
+}
+
+bool hasTestExtension(xcb_connection_t* connection) {
+    const xcb_query_extension_reply_t* const extension = xcb_get_extension_data(connection, &xcb_test_id);
+    return extension != nullptr && extension->present != 0;
+}
+
+/// Greets the extension, without which it answers nothing, and has a held key repeat as presses only, so that
+/// a release is one. Gives the number of the extension's events.
+std::optional<std::uint8_t> prepareXkb(xcb_connection_t* connection) {
+    const xcb_query_extension_reply_t* const extension = xcb_get_extension_data(connection, &xcb_xkb_id);
+    if (extension == nullptr || extension->present == 0)
+        return std::nullopt;
+    const auto use = xcb_xkb_use_extension(connection, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION);
+    constexpr std::uint32_t repeat = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
+    const auto flags = xcb_xkb_per_client_flags(connection, theKeyboard, repeat, repeat, 0, 0, 0);
+    const X11Reply<xcb_xkb_use_extension_reply_t> used(xcb_xkb_use_extension_reply(connection, use, nullptr));
+    const X11Reply<xcb_xkb_per_client_flags_reply_t> set(
+        xcb_xkb_per_client_flags_reply(connection, flags, nullptr));
+    if (used == nullptr || used->supported == 0 || set == nullptr || (set->value & repeat) == 0)
+        return std::nullopt;
+    return extension->first_event;
+}
+
+KeyboardMap::Key keyOf(std::uint8_t code, const xcb_xkb_key_sym_map_t& symbols) {
+    KeyboardMap::Key key{code, {}, symbols.groupInfo};
+    const xcb_keysym_t* const all = xcb_xkb_key_sym_map_syms(&symbols);
+    const std::size_t groups = symbols.groupInfo & 0xf;
+    for (std::size_t group = 0; group < groups && group * symbols.width < symbols.nSyms; ++group)
+        key.symbols.push_back(all[group * symbols.width]);
+    return key;
+}
+
+} // namespace
+
+std::unique_ptr<KeyboardConnection> KeyboardConnection::open(const char* display) {
+    int screenNumber = 0;
+    xcb_connection_t* const connection = xcb_connect(display, &screenNumber);
+    if (xcb_connection_has_error(connection) == 0 && hasTestExtension(connection)) {
+        const auto root = rootOf(connection, screenNumber);
+        const auto xkbEvent = prepareXkb(connection);
+        if (root && xkbEvent)
+            return std::unique_ptr<KeyboardConnection>(new KeyboardConnection(connection, *root, *xkbEvent));
+    }
+    xcb_disconnect(connection);
+    return nullptr;
+}
+
+KeyboardConnection::KeyboardConnection(xcb_connection_t* connection, xcb_window_t root, std::uint8_t xkbEvent)
+    : connection_(connection), root_(root), xkbEvent_(xkbEvent) {}
+
+KeyboardConnection::~KeyboardConnection() {
+    xcb_disconnect(connection_);
+}
+
+void KeyboardConnection::selectChanges(bool on) {
+    const std::uint32_t rootEvents = on ? XCB_EVENT_MASK_PROPERTY_CHANGE : XCB_EVENT_MASK_NO_EVENT;
+    xcb_change_window_attributes(connection_, root_, XCB_CW_EVENT_MASK, &rootEvents);
+    constexpr std::uint16_t changes = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
+    constexpr std::uint16_t parts = XCB_XKB_MAP_PART_KEY_SYMS | XCB_XKB_MAP_PART_MODIFIER_MAP;
+    const std::uint16_t cleared = on ? 0 : changes;
+    const std::uint16_t selected = on ? changes : 0;
+    const xcb_xkb_select_events_details_t noDetails{};
+    xcb_xkb_select_events_aux(connection_, theKeyboard, changes, cleared, selected, parts, on ? parts : 0,
+                              &noDetails);
+    xcb_flush(connection_);
+}
+
+bool KeyboardConnection::isKeyboardChange(const xcb_generic_event_t& event) const {
+    if (event.response_type == XCB_MAPPING_NOTIFY)
+        return true;
+    // The extension has one number for all its events, and tells them apart by the second byte.
+    return event.response_type == xkbEvent_ &&
+           (event.pad0 == XCB_XKB_NEW_KEYBOARD_NOTIFY || event.pad0 == XCB_XKB_MAP_NOTIFY);
+}
+
+KeyboardMap KeyboardConnection::readMap() {
+    const auto cookie = xcb_xkb_get_map(connection_, theKeyboard, XCB_XKB_MAP_PART_KEY_SYMS, 0, 0, 0, 0, 0, 0,
+                                        0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+    const X11Reply<xcb_xkb_get_map_reply_t> reply(xcb_xkb_get_map_reply(connection_, cookie, nullptr));
+    KeyboardMap map;
+    if (reply == nullptr || (reply->present & XCB_XKB_MAP_PART_KEY_SYMS) == 0)
+        return map;
+    xcb_xkb_get_map_map_t parts{};
+    xcb_xkb_get_map_map_unpack(xcb_xkb_get_map_map(reply.get()), reply->nTypes, reply->nKeySyms,
+                               reply->nKeyActions, reply->totalActions, reply->totalKeyBehaviors,
+                               reply->virtualMods, reply->totalKeyExplicit, reply->totalModMapKeys,
+                               reply->totalVModMapKeys, reply->present, &parts);
+    auto keys = xcb_xkb_get_map_map_syms_rtrn_iterator(reply.get(), &parts);
+    for (std::uint8_t code = reply->firstKeySym; keys.rem > 0; ++code, xcb_xkb_key_sym_map_next(&keys))
+        map.add(keyOf(code, *keys.data));
+    return map;
+}
+
+std::uint8_t KeyboardConnection::readGroup() {
+    const auto cookie = xcb_xkb_get_state(connection_, theKeyboard);
+    const X11Reply<xcb_xkb_get_state_reply_t> reply(xcb_xkb_get_state_reply(connection_, cookie, nullptr));
+    return reply != nullptr ? reply->group : 0;
+}
+
+KeyCombinations KeyboardConnection::pasteCombinations() {
+    const KeyboardMap map = readMap();
+    const auto cookie = xcb_get_modifier_mapping(connection_);
+    const X11Reply<xcb_get_modifier_mapping_reply_t> reply(
+        xcb_get_modifier_mapping_reply(connection_, cookie, nullptr));
+    std::span<const std::uint8_t> mapping;
+    if (reply != nullptr)
+        mapping = {xcb_get_modifier_mapping_keycodes(reply.get()),
+                   static_cast<std::size_t>(xcb_get_modifier_mapping_keycodes_length(reply.get()))};
+    const std::uint16_t numLock = modifiersOf(map.codesOf({keySymbol::numLock}), mapping);
+    return {map.codesOf({keySymbol::v, keySymbol::capitalV}), controlWithLocks(numLock)};
+}
+
+} // namespace tavel

@@ -1,0 +1,52 @@
+#include "Linux/X11/Keyboard/KeyboardMap.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace tavel {
+
+namespace {
+
+bool isOneOf(std::uint32_t symbol, std::initializer_list<std::uint32_t> symbols) {
+    return std::ranges::find(symbols, symbol) != symbols.end();
+}
+
+/// The group that the key takes for `group`. It has at least one.
+std::size_t groupWithin(const KeyboardMap::Key& key, std::uint8_t group) {
+    const std::size_t count = key.symbols.size();
+    if (group < count)
+        return group;
+    const std::size_t redirected = (key.groupInformation >> 4) & 3;
+    switch (key.groupInformation >> 6) {
+    case 1:
+        return count - 1;
+    case 2:
+        return redirected < count ? redirected : 0;
+    default:
+        return group % count;
+    }
+}
+
+} // namespace
+
+std::vector<std::uint8_t> KeyboardMap::codesOf(std::initializer_list<std::uint32_t> symbols) const {
+    std::vector<std::uint8_t> codes;
+    for (const Key& key : keys_) {
+        if (std::ranges::any_of(key.symbols, [&](std::uint32_t symbol) { return isOneOf(symbol, symbols); }))
+            codes.push_back(key.code);
+    }
+    return codes;
+}
+
+std::optional<std::uint8_t> KeyboardMap::codeOf(std::initializer_list<std::uint32_t> symbols,
+                                                std::uint8_t group) const {
+    const auto found = std::ranges::find_if(keys_, [&](const Key& key) {
+        return !key.symbols.empty() && isOneOf(key.symbols[groupWithin(key, group)], symbols);
+    });
+    if (found != keys_.end())
+        return found->code;
+    const std::vector<std::uint8_t> codes = codesOf(symbols);
+    return codes.empty() ? std::nullopt : std::optional(codes.front());
+}
+
+} // namespace tavel

@@ -1,0 +1,60 @@
+#include "Linux/X11/Keyboard/PostedKeys.h"
+
+#include <xcb/xtest.h>
+
+#include <optional>
+
+namespace tavel {
+
+namespace {
+
+/// The left Control key of every PC keyboard, for a layout on which no key is named so.
+constexpr xcb_keycode_t usualLeftControl = 37;
+
+std::optional<xcb_keycode_t> codeOf(const KeyboardMap& map, std::int64_t keyCode, std::uint8_t group) {
+    switch (keyCode) {
+    case keyCode::leftCommand:
+        return map.codeOf({keySymbol::leftControl}, group).value_or(usualLeftControl);
+    case keyCode::rightCommand:
+        return map.codeOf({keySymbol::rightControl}, group);
+    case keyCode::v:
+        return map.codeOf({keySymbol::v, keySymbol::capitalV}, group);
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+std::vector<xcb_keycode_t> codesOf(const KeyboardMap& map, std::int64_t keyCode) {
+    switch (keyCode) {
+    case keyCode::leftCommand:
+        return map.codesOf({keySymbol::leftControl});
+    case keyCode::rightCommand:
+        return map.codesOf({keySymbol::rightControl});
+    case keyCode::v:
+        return map.codesOf({keySymbol::v, keySymbol::capitalV});
+    default:
+        return {};
+    }
+}
+
+std::vector<PostedKey> postedKeys(std::span<const KeyEvent> events, const KeyboardMap& map,
+                                  std::uint8_t group) {
+    std::vector<PostedKey> keys;
+    for (const KeyEvent& event : events) {
+        if (event.type != KeyEventType::keyDown && event.type != KeyEventType::keyUp)
+            continue;
+        if (const auto code = codeOf(map, event.keyCode, group))
+            keys.push_back({*code, event.type == KeyEventType::keyDown});
+    }
+    return keys;
+}
+
+void sendKeys(xcb_connection_t* connection, std::span<const PostedKey> keys) {
+    for (const PostedKey& key : keys)
+        xcb_test_fake_input(connection, key.isDown ? XCB_KEY_PRESS : XCB_KEY_RELEASE, key.code,
+                            XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+}
+
+} // namespace tavel

@@ -1,0 +1,117 @@
+#include "Linux/X11/Keyboard/X11KeyboardTap.h"
+
+#include "Linux/X11/Keyboard/PostedKeys.h"
+#include "Linux/X11/X11Reply.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace tavel {
+
+/// The main thread's side of the thread's questions.
+class X11KeyboardTap::Decider {
+public:
+    Decider(Handler handler, DecisionDeadline& deadline)
+        : handler_(std::move(handler)), deadline_(deadline) {}
+
+    void setEnabled(bool enabled) { enabled_ = enabled; }
+
+    void decide(KeyDecision& decision, const KeyEvent& event) {
+        if (!decision.claim())
+            return;
+        const KeyVerdict verdict = enabled_ ? verdictOn(event, decision.deadline()) : KeyVerdict::pass;
+        if (!decision.answer(verdict) && verdict == KeyVerdict::swallow)
+            handler_(KeyEvent{KeyEventType::tapDisabledByTimeout});
+    }
+
+    /// Nothing is left to decide about it.
+    void report(const KeyEvent& event) { handler_(event); }
+
+private:
+    KeyVerdict verdictOn(const KeyEvent& event, KeyDecision::Clock::time_point end) {
+        const DecisionDeadline::Scope scope(deadline_, end);
+        return handler_(event);
+    }
+
+    Handler handler_;
+    DecisionDeadline& deadline_;
+    bool enabled_ = true;
+};
+
+X11KeyboardTap::X11KeyboardTap(const char* display, EventLoop& loop, DecisionDeadline& deadline,
+                               std::chrono::milliseconds decisionTime)
+    : display_(display != nullptr ? std::optional<std::string>(display) : std::nullopt), loop_(loop),
+      deadline_(deadline), decisionTime_(decisionTime) {}
+
+X11KeyboardTap::~X11KeyboardTap() {
+    decider_.reset();
+    thread_.reset();
+}
+
+bool X11KeyboardTap::create(Handler handler) {
+    auto connection = KeyboardConnection::open(display_ ? display_->c_str() : nullptr);
+    if (connection == nullptr ||
+        !canGrab(connection->get(), connection->root(), connection->pasteCombinations()))
+        return false;
+    decider_ = std::make_shared<Decider>(std::move(handler), deadline_);
+    try {
+        thread_ = std::make_unique<KeyTapThread>(*connection, decisionTime_, listener());
+    } catch (const std::system_error&) {
+        return false;
+    }
+    connection_ = std::move(connection);
+    thread_->setEnabled(true);
+    return true;
+}
+
+KeyTapThread::Listener X11KeyboardTap::listener() {
+    // Neither the thread nor the loop may be the last to let go of the handler.
+    const std::weak_ptr<Decider> weakDecider = decider_;
+    return {
+        [weakDecider, &loop = loop_](const std::shared_ptr<KeyDecision>& decision, const KeyEvent& event) {
+            loop.post([weakDecider, decision, event] {
+                if (const auto decider = weakDecider.lock())
+                    decider->decide(*decision, event);
+            });
+        },
+        [weakDecider, &loop = loop_](const KeyEvent& event) {
+            loop.post([weakDecider, event] {
+                if (const auto decider = weakDecider.lock())
+                    decider->report(event);
+            });
+        },
+    };
+}
+
+void X11KeyboardTap::setEnabled(bool enabled) {
+    if (thread_ == nullptr)
+        return;
+    decider_->setEnabled(enabled);
+    thread_->setEnabled(enabled);
+}
+
+bool X11KeyboardTap::isKeyDown(std::int64_t keyCode) {
+    if (connection_ == nullptr)
+        return false;
+    const auto cookie = xcb_query_keymap(connection_->get());
+    const std::vector<xcb_keycode_t> codes = codesOf(connection_->readMap(), keyCode);
+    const X11Reply<xcb_query_keymap_reply_t> down(
+        xcb_query_keymap_reply(connection_->get(), cookie, nullptr));
+    thread_->wake();
+    return down != nullptr && std::ranges::any_of(codes, [&](xcb_keycode_t code) {
+               return (down->keys[code / 8] >> (code % 8) & 1) != 0;
+           });
+}
+
+void X11KeyboardTap::post(std::span<const KeyEvent> events) {
+    if (connection_ == nullptr)
+        return;
+    const std::vector<PostedKey> keys = postedKeys(events, connection_->readMap(), connection_->readGroup());
+    thread_->grabs().sendUngrabbed([&] { sendKeys(connection_->get(), keys); });
+    thread_->wake();
+}
+
+} // namespace tavel

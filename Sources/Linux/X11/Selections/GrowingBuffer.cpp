@@ -1,0 +1,60 @@
+#include "Linux/X11/Selections/GrowingBuffer.h"
+
+#include "Support/Throughput.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+constexpr std::size_t smallestCapacity = std::size_t{64} * 1024;
+
+/// From here on the buffer gets addresses for as much as anybody sends, which are no memory yet, so that it
+/// moves only once, while there is little to move.
+constexpr std::size_t largeCapacity = std::size_t{4} << 20;
+constexpr std::size_t hugeCapacity = std::size_t{256} << 20;
+
+} // namespace
+
+void GrowingBuffer::append(std::string_view bytes) {
+    if (bytes.empty())
+        return;
+    const std::size_t needed = size_ + bytes.size();
+    if (needed > capacity_)
+        resize(capacityFor(needed));
+    if (needed > largeCapacity)
+        provideMemory(bytes_.get() + size_, bytes.size());
+    std::memcpy(bytes_.get() + size_, bytes.data(), bytes.size());
+    size_ = needed;
+}
+
+std::size_t GrowingBuffer::capacityFor(std::size_t needed) const {
+    if (needed > largeCapacity && needed <= hugeCapacity)
+        return hugeCapacity;
+    return std::max({needed, capacity_ * 2, smallestCapacity});
+}
+
+Bytes GrowingBuffer::take() {
+    if (size_ == 0)
+        return {};
+    resize(size_);
+    const std::shared_ptr<char> owner(std::move(bytes_));
+    const std::size_t size = std::exchange(size_, 0);
+    capacity_ = 0;
+    return {owner, owner.get(), size};
+}
+
+void GrowingBuffer::resize(std::size_t capacity) {
+    auto* const moved = static_cast<char*>(std::realloc(bytes_.get(), capacity));
+    if (moved == nullptr)
+        throw std::bad_alloc();
+    static_cast<void>(bytes_.release()); // realloc has taken it
+    bytes_.reset(moved);
+    capacity_ = capacity;
+}
+
+} // namespace tavel

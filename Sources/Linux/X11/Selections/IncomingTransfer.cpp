@@ -1,0 +1,96 @@
+#include "Linux/X11/Selections/IncomingTransfer.h"
+
+#include <utility>
+
+namespace tavel {
+
+IncomingTransfer::IncomingTransfer(std::size_t limit, std::uint32_t incrementalType)
+    : limit_(limit), incrementalType_(incrementalType) {}
+
+void IncomingTransfer::refused() {
+    if (state_ == State::requested || failed())
+        state_ = State::over;
+}
+
+void IncomingTransfer::received(const PropertyPart& part) {
+    if (isOver())
+        return;
+    receivedBytes_ += part.bytes.size();
+    if (part.type == incrementalType_) {
+        // The size that stands in the property is the owner's guess: nothing is built on it (ICCCM 2.7.2).
+        sendsIncrements_ = true;
+        if (state_ == State::requested)
+            state_ = State::increments;
+        else
+            fail(); // in the middle of a value it is none of its parts
+    } else if (sendsIncrements_) {
+        receivedIncrement(part);
+    } else {
+        receivedWhole(part);
+    }
+}
+
+void IncomingTransfer::receivedWhole(const PropertyPart& part) {
+    if (part.type == 0 || failed()) {
+        fail();
+        state_ = State::over;
+        return;
+    }
+    if (state_ == State::requested) {
+        type_ = part.type;
+        format_ = part.format;
+        state_ = State::arriving;
+        if (part.remaining == 0 && part.bytes.size() <= limit_) {
+            whole_ = part.bytes;
+            state_ = State::complete;
+            return;
+        }
+    }
+    keep(part);
+    if (part.remaining == 0)
+        state_ = failed() ? State::over : State::complete;
+}
+
+void IncomingTransfer::receivedIncrement(const PropertyPart& part) {
+    if (part.type == 0)
+        return; // the change was a deletion, or the property is gone again
+    if (type_ == 0) {
+        type_ = part.type;
+        format_ = part.format;
+    }
+    if (part.bytes.empty() && part.remaining == 0)
+        state_ = failed() ? State::over : State::complete;
+    else
+        keep(part);
+}
+
+/// Takes the part in, if it belongs to those before it and there is room for it.
+void IncomingTransfer::keep(const PropertyPart& part) {
+    if (failed())
+        return;
+    const bool belongs = part.type == type_ && part.format == format_;
+    if (!belongs || part.bytes.size() > limit_ - buffer_.size()) {
+        fail();
+        return;
+    }
+    buffer_.append(part.bytes.view());
+}
+
+void IncomingTransfer::abandon() {
+    if (!isOver())
+        fail();
+}
+
+void IncomingTransfer::fail() {
+    state_ = State::failed;
+    buffer_ = {};
+    whole_.reset();
+}
+
+Bytes IncomingTransfer::takeValue() {
+    if (whole_)
+        return *std::exchange(whole_, std::nullopt);
+    return std::exchange(buffer_, {}).take();
+}
+
+} // namespace tavel

@@ -1,0 +1,29 @@
+#include "Linux/X11/Selections/OutgoingTransfer.h"
+
+#include <utility>
+
+namespace tavel {
+
+OutgoingTransfer::OutgoingTransfer(Bytes value, std::size_t incrementBytes, Clock::time_point now,
+                                   Clock::duration patience)
+    : value_(std::move(value)), incrementBytes_(incrementBytes), patience_(patience),
+      deadline_(now + patience) {}
+
+std::optional<Bytes> OutgoingTransfer::propertyDeleted(Clock::time_point now) {
+    deadline_ = now + patience_;
+    if (state_ == State::ending)
+        giveUp();
+    if (state_ == State::over)
+        return std::nullopt;
+    Bytes increment = value_.slice(sent_, incrementBytes_);
+    sent_ += increment.size();
+    state_ = increment.empty() ? State::ending : State::sending;
+    return increment;
+}
+
+void OutgoingTransfer::giveUp() {
+    state_ = State::over;
+    value_ = {};
+}
+
+} // namespace tavel

@@ -1,0 +1,218 @@
+#include "Linux/X11/Selections/SelectionReader.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+/// Each transfer has a property of its own, by which an answer that comes too late is told from the one that
+/// is awaited. There are more than will ever be in use together, unless owner after owner hangs.
+constexpr int propertyCount = 16;
+
+/// How much of a property is read at once. Most increments, and a copy of it is all that is held besides the
+/// value itself.
+constexpr std::size_t partBytes = std::size_t{4} << 20;
+
+constexpr std::size_t unitBytes = 4; // in which offsets and lengths are counted
+
+} // namespace
+
+SelectionReader::SelectionReader(X11Connection& connection)
+    : connection_(connection), incrementalType_(connection.atom("INCR")) {
+    std::vector<std::string> names;
+    names.reserve(propertyCount);
+    for (int number = 0; number < propertyCount; ++number)
+        names.push_back("TAVEL_SELECTION_" + std::to_string(number));
+    properties_ = connection.atoms(names);
+}
+
+std::optional<SelectionReader::Answer> SelectionReader::read(const Request& request, Clock::duration silence,
+                                                             Clock::time_point deadline) {
+    const auto transfer = begin(request);
+    xcb_delete_property(connection_.get(), connection_.window(), transfer->property);
+    return convert(transfer, silence, deadline);
+}
+
+std::optional<SelectionReader::Answer>
+SelectionReader::readWithParameter(const Request& request, const std::vector<xcb_atom_t>& parameter,
+                                   Clock::duration silence, Clock::time_point deadline) {
+    const auto transfer = begin(request);
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.window(), transfer->property,
+                        XCB_ATOM_ATOM, 32, static_cast<std::uint32_t>(parameter.size()), parameter.data());
+    return convert(transfer, silence, deadline);
+}
+
+std::optional<SelectionReader::Answer> SelectionReader::convert(Position transfer, Clock::duration silence,
+                                                                Clock::time_point deadline) {
+    const Request& request = transfer->request;
+    xcb_convert_selection(connection_.get(), connection_.window(), request.selection, request.target,
+                          transfer->property, request.time);
+    return wait(transfer, silence, deadline);
+}
+
+SelectionReader::Position SelectionReader::begin(const Request& request) {
+    transfers_.remove_if([](const Transfer& transfer) { return transfer.state.isOver(); });
+    transfers_.push_back({request, freeProperty(), IncomingTransfer(request.limit, incrementalType_)});
+    return std::prev(transfers_.end());
+}
+
+/// The property that was free for the longest time, so that what an owner does to one after its answer is
+/// over before it is used again. If all are in use, that of the oldest transfer, which is then forgotten.
+xcb_atom_t SelectionReader::freeProperty() {
+    auto free = std::ranges::find_if(properties_, [this](xcb_atom_t property) { return !isInUse(property); });
+    if (free == properties_.end()) {
+        free = std::ranges::find(properties_, transfers_.front().property);
+        transfers_.pop_front();
+    }
+    const xcb_atom_t property = *free;
+    std::rotate(free, std::next(free), properties_.end());
+    return property;
+}
+
+bool SelectionReader::isInUse(xcb_atom_t property) const {
+    return std::ranges::any_of(transfers_, [property](const Transfer& transfer) {
+        return transfer.property == property && !transfer.state.isOver();
+    });
+}
+
+std::optional<SelectionReader::Answer> SelectionReader::wait(Position transfer, Clock::duration silence,
+                                                             Clock::time_point deadline) {
+    using State = IncomingTransfer::State;
+    auto patienceEnds = std::min(Clock::now() + silence, deadline);
+    std::size_t received = 0;
+    while (!transfer->state.isOver() && transfer->state.state() != State::failed) {
+        const bool gotEvents = connection_.waitForEvents(patienceEnds);
+        if (transfer->state.receivedBytes() != received) {
+            received = transfer->state.receivedBytes();
+            patienceEnds = std::min(Clock::now() + silence, deadline);
+        } else if (connection_.isLost() || (!gotEvents && Clock::now() >= patienceEnds)) {
+            transfer->state.abandon();
+        }
+        if (Clock::now() >= deadline)
+            transfer->state.abandon();
+    }
+    if (transfer->state.state() == State::failed)
+        return std::nullopt; // it stays in the list until the owner is through
+    std::optional<Answer> answer;
+    if (transfer->state.state() == State::complete)
+        answer = {transfer->state.type(), transfer->state.format(), transfer->state.takeValue()};
+    transfers_.erase(transfer);
+    return answer;
+}
+
+void SelectionReader::abandon(xcb_atom_t selection) {
+    for (Transfer& transfer : transfers_) {
+        if (transfer.request.selection == selection)
+            transfer.state.abandon();
+    }
+}
+
+bool SelectionReader::awaitsLateAnswers() const {
+    return std::ranges::any_of(transfers_, [](const Transfer& transfer) { return !transfer.isAnswered; });
+}
+
+/// Whether an answer of that time can be a refusal of the request. Its time should be the request's; some
+/// owners say another one, but an earlier one is that of an earlier request.
+bool SelectionReader::canRefuse(const Transfer& transfer, xcb_timestamp_t time) {
+    return time == XCB_CURRENT_TIME || !isEarlierTime(time, transfer.request.time);
+}
+
+/// The transfer that this is the answer to. A refusal names no property; where its time does not tell either,
+/// it is taken to be for the latest request, which somebody waits for.
+SelectionReader::Position SelectionReader::transferFor(const xcb_selection_notify_event_t& answer) {
+    auto found = transfers_.end();
+    bool isExact = false;
+    for (auto transfer = transfers_.begin(); transfer != transfers_.end(); ++transfer) {
+        const bool isAsked = !transfer->isAnswered && transfer->request.selection == answer.selection &&
+                             transfer->request.target == answer.target &&
+                             (answer.property == XCB_ATOM_NONE ? canRefuse(*transfer, answer.time)
+                                                               : answer.property == transfer->property);
+        const bool hasItsTime = transfer->request.time == answer.time;
+        if (isAsked && (hasItsTime || !isExact)) {
+            found = transfer;
+            isExact = hasItsTime;
+        }
+    }
+    return found;
+}
+
+void SelectionReader::handleAnswer(const xcb_selection_notify_event_t& answer) {
+    const auto transfer = transferFor(answer);
+    if (transfer == transfers_.end()) {
+        // Nobody waits for it, but the owner may wait for its being taken. What is in use may hold a value.
+        if (std::ranges::find(properties_, answer.property) != properties_.end() && !isInUse(answer.property))
+            xcb_delete_property(connection_.get(), connection_.window(), answer.property);
+        return;
+    }
+    transfer->isAnswered = true;
+    if (answer.property == XCB_ATOM_NONE)
+        transfer->state.refused();
+    else
+        takeIn(*transfer);
+}
+
+void SelectionReader::handlePropertyChange(const xcb_property_notify_event_t& change,
+                                           std::uint32_t requestNumber) {
+    if (change.window != connection_.window() || change.state != XCB_PROPERTY_NEW_VALUE)
+        return;
+    const auto transfer = std::ranges::find(transfers_, change.atom, &Transfer::property);
+    if (transfer == transfers_.end() || !transfer->state.expectsIncrement())
+        return;
+    // A change from before the last reading has been read with it: whoever changes the property over and over
+    // costs no more than one reading for all of it.
+    if (isEarlierRequest(requestNumber, transfer->lastReading))
+        return;
+    takeIn(*transfer);
+}
+
+/// Reads the property, which is deleted with its last part.
+void SelectionReader::takeIn(Transfer& transfer) {
+    std::size_t offset = 0;
+    while (transfer.state.state() != IncomingTransfer::State::failed) {
+        const PropertyPart part = readPart(transfer, offset, partBytes);
+        try {
+            transfer.state.received(part);
+        } catch (const std::bad_alloc&) {
+            transfer.state.abandon();
+        }
+        if (part.remaining == 0)
+            return;
+        offset += part.bytes.size();
+    }
+    letThrough(transfer);
+}
+
+/// Deletes the property without reading it.
+void SelectionReader::letThrough(Transfer& transfer) {
+    const PropertyPart unread = readPart(transfer, 0, 0);
+    transfer.lastReading =
+        xcb_delete_property(connection_.get(), connection_.window(), transfer.property).sequence;
+    transfer.state.received(unread);
+}
+
+PropertyPart SelectionReader::readPart(Transfer& transfer, std::size_t offset, std::size_t length) {
+    const auto cookie = xcb_get_property(
+        connection_.get(), 1, connection_.window(), transfer.property, XCB_GET_PROPERTY_TYPE_ANY,
+        static_cast<std::uint32_t>(offset / unitBytes), static_cast<std::uint32_t>(length / unitBytes));
+    transfer.lastReading = cookie.sequence;
+    // An error of its own, so that none comes as an event.
+    xcb_generic_error_t* error = nullptr;
+    const std::shared_ptr<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(connection_.get(), cookie, &error), std::free);
+    std::free(error);
+    if (reply == nullptr)
+        return {};
+    const auto size = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));
+    return {reply->type, reply->format,
+            Bytes(reply, static_cast<const char*>(xcb_get_property_value(reply.get())), size),
+            reply->bytes_after};
+}
+
+} // namespace tavel

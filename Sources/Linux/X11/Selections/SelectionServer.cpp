@@ -1,0 +1,218 @@
+#include "Linux/X11/Selections/SelectionServer.h"
+
+#include "Linux/X11/X11Reply.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+/// Large enough that requests do not count, small enough that two copies of it do not either.
+constexpr std::size_t incrementBytes = std::size_t{1} << 20;
+
+/// How many conversions one request may ask for.
+constexpr std::uint32_t mostConversions = 256;
+
+/// How many transfers go on at the same time: each may keep a copy of its own of a text.
+constexpr std::size_t mostTransfers = 64;
+
+} // namespace
+
+SelectionServer::SelectionServer(X11Connection& connection, Lookup lookup, Clock::duration patience)
+    : connection_(connection), lookup_(std::move(lookup)), patience_(patience) {
+    const std::array<std::string, 7> names{"TARGETS",   "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS",
+                                           "ATOM_PAIR", "INCR",      "NULL"};
+    const std::vector<xcb_atom_t> atoms = connection_.atoms(names);
+    targets_ = atoms[0];
+    timestamp_ = atoms[1];
+    multiple_ = atoms[2];
+    saveTargets_ = atoms[3];
+    atomPair_ = atoms[4];
+    incremental_ = atoms[5];
+    null_ = atoms[6];
+}
+
+void SelectionServer::handleRequest(const xcb_selection_request_event_t& request) {
+    // An obsolete requestor leaves the choice of the property to the owner (ICCCM 2.2).
+    const xcb_atom_t property = request.property != XCB_ATOM_NONE ? request.property : request.target;
+    const auto owned = lookup_(request.selection);
+    // Nobody may ask in the name of this process's own window, and have its events turned off in the end.
+    const bool isOurs = owned && request.requestor != connection_.window() &&
+                        (request.time == XCB_CURRENT_TIME || !isEarlierTime(request.time, owned->since));
+    const Conversion conversion{request.requestor, request.target, property};
+    bool converted = false;
+    try {
+        if (isOurs && request.target == multiple_)
+            converted = request.property != XCB_ATOM_NONE && convertMultiple(*owned, conversion);
+        else if (isOurs)
+            converted = convert(*owned, conversion);
+    } catch (const std::bad_alloc&) {
+        converted = false; // what cannot be converted is refused
+    }
+    notify(request, converted ? property : xcb_atom_t{XCB_ATOM_NONE});
+}
+
+bool SelectionServer::convert(const OwnedSelection& owned, const Conversion& conversion) {
+    if (conversion.target == targets_) {
+        setAtoms(conversion, XCB_ATOM_ATOM, offeredAtoms(owned));
+        return true;
+    }
+    if (conversion.target == timestamp_) {
+        setAtoms(conversion, XCB_ATOM_INTEGER, {owned.since});
+        return true;
+    }
+    if (conversion.target == saveTargets_) {
+        setAtoms(conversion, null_, {}); // a request for a deed has an empty answer (ICCCM 2.6.3)
+        return true;
+    }
+    const std::string target = connection_.atomNames({&conversion.target, 1}).front();
+    const auto value = valueForTarget(owned.items, target);
+    if (!value)
+        return false;
+    return deliver(conversion, connection_.atom(value->type), value->bytes);
+}
+
+/// Several conversions in one request: pairs of a target and a property. Of those that fail the property
+/// becomes None in the pairs (ICCCM 2.6.2).
+bool SelectionServer::convertMultiple(const OwnedSelection& owned, const Conversion& conversion) {
+    const auto cookie = xcb_get_property(connection_.get(), 0, conversion.requestor, conversion.property,
+                                         XCB_GET_PROPERTY_TYPE_ANY, 0, 2 * mostConversions);
+    xcb_generic_error_t* error = nullptr; // of its own, so that none comes as an event
+    const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection_.get(), cookie, &error));
+    std::free(error);
+    if (reply == nullptr || reply->format != 32 || reply->bytes_after > 0)
+        return false;
+    const auto* const first = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
+    const std::size_t count = reply->value_len;
+    std::vector<xcb_atom_t> pairs(first, first + count / 2 * 2);
+    // The server has not looked whether these are atoms.
+    const std::vector<std::string> names = connection_.atomNames(pairs);
+    for (std::size_t i = 0; i < pairs.size(); i += 2) {
+        const Conversion one{conversion.requestor, pairs[i], pairs[i + 1]};
+        if (one.target == multiple_ || names[i].empty() || names[i + 1].empty() || !convert(owned, one))
+            pairs[i + 1] = XCB_ATOM_NONE;
+    }
+    setAtoms(conversion, atomPair_, pairs);
+    return true;
+}
+
+std::vector<xcb_atom_t> SelectionServer::offeredAtoms(const OwnedSelection& owned) {
+    std::vector<xcb_atom_t> offered{targets_, timestamp_, multiple_, saveTargets_};
+    const std::vector<xcb_atom_t> content = connection_.atoms(contentTargets(owned.items));
+    offered.insert(offered.end(), content.begin(), content.end());
+    return offered;
+}
+
+void SelectionServer::setAtoms(const Conversion& conversion, xcb_atom_t type,
+                               const std::vector<xcb_atom_t>& atoms) {
+    endTransfer(conversion);
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, conversion.requestor, conversion.property,
+                        type, 32, static_cast<std::uint32_t>(atoms.size()), atoms.data());
+}
+
+/// Puts a value into the requestor's property, or announces it there if it is too large for one request.
+/// False if there are too many transfers.
+bool SelectionServer::deliver(const Conversion& conversion, xcb_atom_t type, const Bytes& bytes) {
+    endTransfer(conversion);
+    if (bytes.size() <= connection_.largestPropertyBytes()) {
+        setProperty(conversion.requestor, conversion.property, type, bytes);
+        return true;
+    }
+    if (transfers_.size() >= mostTransfers)
+        return false;
+    // Before the announcement: the requestor's first deletion must not be missed.
+    const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection_.get(), conversion.requestor, XCB_CW_EVENT_MASK, &events);
+    setAtoms(conversion, incremental_, {static_cast<std::uint32_t>(bytes.size())});
+    transfers_.push_back({conversion.requestor, conversion.property, type,
+                          OutgoingTransfer(bytes, incrementBytes, Clock::now(), patience_)});
+    return true;
+}
+
+/// A requestor that asks again, into the same property, has forgotten the first time.
+void SelectionServer::endTransfer(const Conversion& conversion) {
+    removeTransfers([&](const Transfer& transfer) {
+        return transfer.requestor == conversion.requestor && transfer.property == conversion.property;
+    });
+}
+
+void SelectionServer::setProperty(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type,
+                                  const Bytes& bytes) {
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, requestor, property, type, 8,
+                        static_cast<std::uint32_t>(bytes.size()), bytes.data());
+}
+
+void SelectionServer::notify(const xcb_selection_request_event_t& request, xcb_atom_t property) {
+    // An event on the wire has 32 bytes, of which this kind fills fewer.
+    union {
+        xcb_selection_notify_event_t notification;
+        std::array<char, 32> bytes;
+    } event{};
+    event.bytes = {};
+    event.notification.response_type = XCB_SELECTION_NOTIFY;
+    event.notification.time = request.time;
+    event.notification.requestor = request.requestor;
+    event.notification.selection = request.selection;
+    event.notification.target = request.target;
+    event.notification.property = property;
+    xcb_send_event(connection_.get(), 0, request.requestor, XCB_EVENT_MASK_NO_EVENT, event.bytes.data());
+    xcb_flush(connection_.get());
+}
+
+void SelectionServer::handlePropertyChange(const xcb_property_notify_event_t& change) {
+    if (change.state != XCB_PROPERTY_DELETE)
+        return;
+    const auto transfer = std::ranges::find_if(transfers_, [&](const Transfer& one) {
+        return one.requestor == change.window && one.property == change.atom;
+    });
+    if (transfer == transfers_.end())
+        return;
+    if (const auto increment = transfer->state.propertyDeleted(Clock::now())) {
+        setProperty(transfer->requestor, transfer->property, transfer->type, *increment);
+        xcb_flush(connection_.get());
+    } else {
+        removeTransfers([&](const Transfer& one) { return &one == &*transfer; });
+    }
+}
+
+void SelectionServer::handleDestruction(xcb_window_t window) {
+    // Nothing of the window can be asked for or set any more.
+    transfers_.remove_if([window](const Transfer& transfer) { return transfer.requestor == window; });
+}
+
+std::optional<SelectionServer::Clock::time_point> SelectionServer::nextDeadline() const {
+    std::optional<Clock::time_point> earliest;
+    for (const Transfer& transfer : transfers_)
+        earliest = std::min(earliest.value_or(transfer.state.deadline()), transfer.state.deadline());
+    return earliest;
+}
+
+void SelectionServer::giveUpOverdue(Clock::time_point now) {
+    removeTransfers([now](const Transfer& transfer) { return transfer.state.deadline() <= now; });
+}
+
+/// Also stops listening to the windows that no transfer is left for.
+void SelectionServer::removeTransfers(const std::function<bool(const Transfer&)>& condition) {
+    std::vector<xcb_window_t> windows;
+    transfers_.remove_if([&](const Transfer& transfer) {
+        const bool removed = condition(transfer);
+        if (removed)
+            windows.push_back(transfer.requestor);
+        return removed;
+    });
+    for (const xcb_window_t window : windows) {
+        if (std::ranges::find(transfers_, window, &Transfer::requestor) != transfers_.end())
+            continue;
+        const std::uint32_t noEvents = XCB_EVENT_MASK_NO_EVENT;
+        xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &noEvents);
+    }
+    if (!windows.empty())
+        xcb_flush(connection_.get());
+}
+
+} // namespace tavel

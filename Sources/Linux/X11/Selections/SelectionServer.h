@@ -1,0 +1,84 @@
+#pragma once
+
+#include "Linux/Contents/OwnedTargets.h"
+#include "Linux/X11/Selections/OutgoingTransfer.h"
+#include "Linux/X11/X11Connection.h"
+
+#include <xcb/xcb.h>
+
+#include <functional>
+#include <list>
+#include <optional>
+#include <string>
+
+namespace tavel {
+
+/// What this process owns of a selection.
+struct OwnedSelection {
+    const pasteboardItems::Items& items;
+    xcb_timestamp_t since;
+};
+
+/// Answers those who ask for selections that this process owns (ICCCM 2.2 to 2.7). Never waits for a
+/// requestor: each transfer goes on when its requestor does. One thread.
+class SelectionServer {
+public:
+    using Clock = OutgoingTransfer::Clock;
+
+    /// Finds what this process owns of a selection, if it does.
+    using Lookup = std::function<std::optional<OwnedSelection>(xcb_atom_t selection)>;
+
+    /// A requestor that takes nothing for the time of `patience` is given up.
+    SelectionServer(X11Connection& connection, Lookup lookup, Clock::duration patience);
+
+    void handleRequest(const xcb_selection_request_event_t& request);
+    void handlePropertyChange(const xcb_property_notify_event_t& change);
+
+    /// The window is gone, and all that was on its way to it is given up.
+    void handleDestruction(xcb_window_t window);
+
+    bool isServing() const { return !transfers_.empty(); }
+
+    /// When `giveUpOverdue` has something to do at the earliest.
+    std::optional<Clock::time_point> nextDeadline() const;
+    void giveUpOverdue(Clock::time_point now);
+
+private:
+    /// What one target asks for.
+    struct Conversion {
+        xcb_window_t requestor;
+        xcb_atom_t target;
+        xcb_atom_t property;
+    };
+
+    struct Transfer {
+        xcb_window_t requestor;
+        xcb_atom_t property;
+        xcb_atom_t type;
+        OutgoingTransfer state;
+    };
+
+    bool convert(const OwnedSelection& owned, const Conversion& conversion);
+    bool convertMultiple(const OwnedSelection& owned, const Conversion& conversion);
+    std::vector<xcb_atom_t> offeredAtoms(const OwnedSelection& owned);
+    void setAtoms(const Conversion& conversion, xcb_atom_t type, const std::vector<xcb_atom_t>& atoms);
+    bool deliver(const Conversion& conversion, xcb_atom_t type, const Bytes& bytes);
+    void endTransfer(const Conversion& conversion);
+    void setProperty(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const Bytes& bytes);
+    void notify(const xcb_selection_request_event_t& request, xcb_atom_t property);
+    void removeTransfers(const std::function<bool(const Transfer&)>& condition);
+
+    X11Connection& connection_;
+    Lookup lookup_;
+    Clock::duration patience_;
+    xcb_atom_t targets_;
+    xcb_atom_t timestamp_;
+    xcb_atom_t multiple_;
+    xcb_atom_t saveTargets_;
+    xcb_atom_t atomPair_;
+    xcb_atom_t incremental_;
+    xcb_atom_t null_;
+    std::list<Transfer> transfers_;
+};
+
+} // namespace tavel

@@ -1,0 +1,257 @@
+#include "Linux/X11/Selections/X11Pasteboard.h"
+
+#include "Linux/Contents/SelectionText.h"
+#include "Linux/Contents/TargetNames.h"
+#include "Linux/Contents/UriList.h"
+#include "Platform/PasteboardTypes.h"
+#include "Support/FileUrl.h"
+#include "Support/Utf8.h"
+
+#include <glib.h>
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+bool canHoldAll(std::span<const Representation> representations) {
+    return std::ranges::all_of(representations,
+                               [](const auto& one) { return targetName::canBeType(one.type); });
+}
+
+/// The value as data of the type. Nothing if it cannot be that.
+std::optional<Bytes> dataFrom(const SelectionValue& value, std::string_view type) {
+    if (type == pasteboardType::string)
+        return plainTextOf(value);
+    return type == "public.html" ? htmlOf(value) : value.bytes;
+}
+
+} // namespace
+
+X11Pasteboard::X11Pasteboard(std::shared_ptr<X11Selections> selections,
+                             const std::optional<std::string>& name)
+    : selections_(std::move(selections)), selection_(selections_->selection(name)) {}
+
+std::int64_t X11Pasteboard::changeCount() {
+    selections_->synchronize();
+    return noticedChangeCount();
+}
+
+std::int64_t X11Pasteboard::noticedChangeCount() {
+    return selection_.changeCount + (updating_ ? updating_->countMoved : 0);
+}
+
+/// What the reading operations find without asking another program: the running update's content, or what
+/// this process owns. Brings the news of who owns the selection up to date.
+std::shared_ptr<const X11Pasteboard::Items> X11Pasteboard::ownContent() {
+    if (updating_ && updating_->content != nullptr)
+        return updating_->content;
+    selections_->synchronize();
+    // What was owned when the server went can be given to nobody any more.
+    return selections_->connection().isLost() ? std::make_shared<const Items>() : selection_.owned;
+}
+
+std::vector<std::string> X11Pasteboard::types() {
+    if (const auto own = ownContent())
+        return pasteboardItems::types(*own);
+    std::vector<std::string> types;
+    std::unordered_set<std::string> seen;
+    for (const std::string& target : selections_->targets(selection_)) {
+        auto type = targetName::typeOf(target);
+        if (type && seen.insert(*type).second)
+            types.push_back(std::move(*type));
+    }
+    return types;
+}
+
+std::optional<std::string> X11Pasteboard::availableType(std::span<const std::string_view> wanted) {
+    return pasteboardItems::available(types(), wanted);
+}
+
+std::optional<Bytes> X11Pasteboard::string(std::string_view type) {
+    if (const auto own = ownContent())
+        return pasteboardItems::string(*own, type);
+    auto text = otherProgramsData(type);
+    return text && isUtf8(text->view()) ? text : std::nullopt;
+}
+
+std::optional<Bytes> X11Pasteboard::data(std::string_view type) {
+    const auto own = ownContent();
+    return own != nullptr ? pasteboardItems::data(*own, type) : otherProgramsData(type);
+}
+
+std::vector<std::string> X11Pasteboard::filePaths() {
+    const auto own = ownContent();
+    std::vector<std::string> paths;
+    for (const std::string& url :
+         own != nullptr ? pasteboardItems::fileUrls(*own) : otherProgramsFileUrls()) {
+        if (auto path = pathFromFileUrl(url))
+            paths.push_back(std::move(*path));
+    }
+    return paths;
+}
+
+std::optional<Bytes> X11Pasteboard::otherProgramsData(std::string_view type) {
+    if (type == pasteboardType::fileUrl) {
+        const std::vector<std::string> urls = otherProgramsFileUrls();
+        return urls.empty() ? std::nullopt : std::optional(Bytes::copyOf(urls.front()));
+    }
+    for (const std::string& target : targetName::giving(type, selections_->targets(selection_))) {
+        const auto value = selections_->read(selection_, target);
+        if (auto data = value ? dataFrom(*value, type) : std::nullopt)
+            return data;
+    }
+    return std::nullopt;
+}
+
+std::vector<std::string> X11Pasteboard::otherProgramsFileUrls() {
+    for (const std::string& target :
+         targetName::giving(pasteboardType::fileUrl, selections_->targets(selection_))) {
+        const auto value = selections_->read(selection_, target);
+        if (!value || value->format != 8)
+            continue;
+        const std::string_view text = value->bytes.view();
+        std::vector<std::string> uris =
+            target == targetName::uriList ? urisInList(text) : urisInCopiedFiles(text);
+        std::ranges::transform(uris, uris.begin(),
+                               [](const std::string& uri) { return withoutOwnHost(uri, g_get_host_name()); });
+        return uris;
+    }
+    return {};
+}
+
+/// Whether this object cleared the selection, and nobody has since.
+bool X11Pasteboard::isOwnToWrite() {
+    return selection_.owned != nullptr && ownCount_ == selection_.changeCount &&
+           !selections_->connection().isLost();
+}
+
+/// Changes the content that this object's clearing began.
+bool X11Pasteboard::writeOwn(const std::function<void(Items&)>& change) {
+    if (updating_ && updating_->content != nullptr) {
+        Items items = *updating_->content;
+        change(items);
+        updating_->content = std::make_shared<const Items>(std::move(items));
+        return true;
+    }
+    selections_->synchronize();
+    if (!isOwnToWrite())
+        return false;
+    Items items = *selection_.owned;
+    change(items);
+    auto& place = updating_ ? updating_->content : selection_.owned;
+    place = std::make_shared<const Items>(std::move(items));
+    return true;
+}
+
+bool X11Pasteboard::takeOver(Items items) {
+    return selections_->own(selection_, std::move(items));
+}
+
+std::int64_t X11Pasteboard::clearContents() {
+    if (updating_) {
+        updating_->content = std::make_shared<const Items>();
+        updating_->takesOver = updating_->cleared = true;
+        updating_->countMoved = 1;
+    } else if (takeOver({})) {
+        ownCount_ = selection_.changeCount;
+    }
+    return noticedChangeCount();
+}
+
+bool X11Pasteboard::setString(std::string_view text, std::string_view type) {
+    return isUtf8(text) && setData(Bytes::copyOf(text), type);
+}
+
+bool X11Pasteboard::setData(const Bytes& data, std::string_view type) {
+    return targetName::canBeType(type) &&
+           writeOwn([&](Items& items) { pasteboardItems::putOnFirstItem(items, type, data); });
+}
+
+bool X11Pasteboard::canHold(const Representation& representation) {
+    return canHoldAll({&representation, 1});
+}
+
+bool X11Pasteboard::writeItems(std::span<const PasteboardItem> items) {
+    return std::ranges::all_of(items, canHoldAll) &&
+           writeOwn([&](Items& content) { content.insert(content.end(), items.begin(), items.end()); });
+}
+
+bool X11Pasteboard::addTypes(std::span<const Representation> representations) {
+    if (representations.empty() || !canHoldAll(representations))
+        return false;
+    const auto own = ownContent();
+    auto items = own != nullptr ? std::optional(*own) : otherProgramsItems();
+    if (!items || items->empty())
+        return false;
+    for (const Representation& one : representations)
+        pasteboardItems::putOnFirstItem(*items, one.type, one.data);
+    if (!updating_)
+        return takeOver(std::move(*items)); // it is nobody's to write to: no object has cleared it
+    updating_->content = std::make_shared<const Items>(std::move(*items));
+    updating_->takesOver = true;
+    updating_->countMoved = 1;
+    return true;
+}
+
+/// Everything that the other program delivers of its content. Nothing if another content took its place
+/// meanwhile.
+std::optional<X11Pasteboard::Items> X11Pasteboard::otherProgramsItems() {
+    const std::int64_t countBefore = selection_.changeCount;
+    Items items;
+    for (const std::string& type : types()) {
+        if (type == pasteboardType::fileUrl)
+            continue;
+        if (const auto data = otherProgramsData(type))
+            pasteboardItems::putOnFirstItem(items, type, *data);
+    }
+    bool isFirst = true;
+    for (const std::string& url : otherProgramsFileUrls()) {
+        if (std::exchange(isFirst, false))
+            pasteboardItems::putOnFirstItem(items, pasteboardType::fileUrl, Bytes::copyOf(url));
+        else
+            items.push_back({{std::string(pasteboardType::fileUrl), Bytes::copyOf(url)}});
+    }
+    return selection_.changeCount == countBefore ? std::optional(std::move(items)) : std::nullopt;
+}
+
+bool X11Pasteboard::update(const std::function<bool()>& steps) {
+    updating_ = Update{};
+    bool done = false;
+    try {
+        done = steps();
+    } catch (...) {
+        updating_.reset();
+        throw;
+    }
+    const Update update = *std::exchange(updating_, std::nullopt);
+    return finish(update, done);
+}
+
+/// Lets other programs see what the steps of an update have made.
+bool X11Pasteboard::finish(const Update& update, bool done) {
+    if (!done) {
+        if (update.cleared)
+            clearContents();
+        return false;
+    }
+    if (update.takesOver) {
+        if (!takeOver(*update.content))
+            return false;
+        if (update.cleared)
+            ownCount_ = selection_.changeCount;
+        return true;
+    }
+    if (update.content == nullptr)
+        return true;
+    selections_->synchronize();
+    if (!isOwnToWrite())
+        return false;
+    selection_.owned = update.content;
+    return true;
+}
+
+} // namespace tavel

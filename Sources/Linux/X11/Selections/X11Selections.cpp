@@ -1,0 +1,199 @@
+#include "Linux/X11/Selections/X11Selections.h"
+
+#include "Linux/Contents/TargetNames.h"
+#include "Linux/X11/Selections/SelectionName.h"
+#include "Linux/X11/X11Reply.h"
+#include "Platform/PasteboardTypes.h"
+
+#include <xcb/xfixes.h>
+
+#include <algorithm>
+#include <cstring>
+#include <unordered_set>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+/// No program has a use for more targets than these.
+constexpr std::size_t largestTargetListBytes = std::size_t{64} * 1024;
+
+/// Four times the largest payload that is sent on to anybody: what is larger only costs memory.
+constexpr std::size_t largestValueBytes = std::size_t{512} << 20;
+
+/// How often a selection is tried to take while other programs take it at the same moment.
+constexpr int mostAttempts = 3;
+
+} // namespace
+
+X11Selections::X11Selections(std::unique_ptr<X11Connection> connection, const Patience& patience)
+    : patience_(patience), connection_(std::move(connection)), reader_(*connection_),
+      server_(
+          *connection_, [this](xcb_atom_t atom) { return ownedSelection(atom); }, patience.requestor) {
+    // Some programs look whether the server knows these names at all, and fall back to older ones (xsel).
+    connection_->atoms(targetName::offeredFor(std::string(pasteboardType::string)));
+    connection_->setEventHandler([this](const xcb_generic_event_t& event) { handleEvent(event); });
+}
+
+X11Selection& X11Selections::selection(const std::optional<std::string>& pasteboardName) {
+    const xcb_atom_t atom = connection_->atom(selectionNameOf(pasteboardName));
+    const auto [position, isNew] = selections_.try_emplace(atom);
+    X11Selection& selection = position->second;
+    if (!isNew)
+        return selection;
+    selection.atom = atom;
+    selection.patience = patience_.content;
+    xcb_xfixes_select_selection_input(connection_->get(), connection_->window(), atom,
+                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    const auto cookie = xcb_get_selection_owner(connection_->get(), atom);
+    const X11Reply<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(connection_->get(), cookie, nullptr));
+    selection.owner = reply != nullptr ? reply->owner : xcb_window_t{XCB_NONE};
+    // An owner refuses what was asked before its time, and of this one no news has come.
+    connection_->fetchTime();
+    return selection;
+}
+
+bool X11Selections::own(X11Selection& selection, Items items) {
+    const auto content = std::make_shared<const Items>(std::move(items));
+    for (int attempt = 0; attempt < mostAttempts && !connection_->isLost(); ++attempt) {
+        const xcb_timestamp_t now = connection_->fetchTime();
+        if (now == XCB_CURRENT_TIME)
+            break;
+        selection.offered = content;
+        selection.offeredAt = now;
+        xcb_set_selection_owner(connection_->get(), connection_->window(), selection.atom, now);
+        // The news of it, which arrives before this answer, is what counts: it stands in the right place
+        // among those of other programs.
+        connection_->synchronize();
+        if (selection.owned == content)
+            return true;
+    }
+    selection.offered.reset();
+    return false;
+}
+
+std::vector<std::string> X11Selections::targets(X11Selection& selection) {
+    if (!selection.targets) {
+        const auto answer = ask(selection, connection_->atom("TARGETS"), largestTargetListBytes);
+        if (!answer && deadline_ != nullptr && deadline_->isDeciding())
+            return {};               // which was too short a time to tell anything by
+        selection.targets.emplace(); // also without an answer: nobody is asked twice
+        if (answer && answer->format == 32) {
+            std::vector<xcb_atom_t> atoms(answer->bytes.size() / sizeof(xcb_atom_t));
+            if (!atoms.empty())
+                std::memcpy(atoms.data(), answer->bytes.data(), atoms.size() * sizeof(xcb_atom_t));
+            std::unordered_set<std::string> seen{std::string()};
+            for (std::string& name : connection_->atomNames(atoms)) {
+                if (seen.insert(name).second)
+                    selection.targets->push_back(std::move(name));
+            }
+        }
+    }
+    return *selection.targets;
+}
+
+std::optional<SelectionValue> X11Selections::read(X11Selection& selection, const std::string& target) {
+    auto answer = ask(selection, connection_->atom(target), largestValueBytes);
+    if (!answer)
+        return std::nullopt;
+    return SelectionValue{target, connection_->atomNames({&answer->type, 1}).front(), answer->format,
+                          std::move(answer->bytes)};
+}
+
+std::optional<SelectionReader::Answer> X11Selections::ask(X11Selection& selection, xcb_atom_t target,
+                                                          std::size_t limit) {
+    if (selection.owner == XCB_NONE || connection_->isLost())
+        return std::nullopt;
+    const std::int64_t countBefore = selection.changeCount;
+    const auto begin = Clock::now();
+    // A refusal is told from a late one only by its time.
+    const xcb_timestamp_t time =
+        reader_.awaitsLateAnswers() ? connection_->fetchTime() : connection_->latestTime();
+    const auto patienceEnd = begin + selection.patience;
+    const auto end = deadline_ == nullptr ? patienceEnd : deadline_->limit(patienceEnd);
+    auto answer = reader_.read({selection.atom, target, time, limit}, patience_.silence, end);
+    if (selection.changeCount == countBefore)
+        selection.patience -= std::min(Clock::now() - begin, selection.patience);
+    return answer;
+}
+
+bool X11Selections::isServing() const {
+    return !connection_->isLost() &&
+           (server_.isServing() || std::ranges::any_of(selections_, [](const auto& entry) {
+                return entry.second.owned != nullptr && !entry.second.owned->empty();
+            }));
+}
+
+void X11Selections::handOver() {
+    const auto clipboard = selections_.find(connection_->atom(selectionNameOf(std::nullopt)));
+    if (clipboard == selections_.end() || connection_->isLost())
+        return;
+    connection_->synchronize();
+    const std::shared_ptr<const Items> content = clipboard->second.owned;
+    if (content == nullptr || content->empty())
+        return;
+    // With nobody there the server itself refuses, at once.
+    reader_.readWithParameter({connection_->atom("CLIPBOARD_MANAGER"), connection_->atom("SAVE_TARGETS"),
+                               connection_->latestTime(), largestTargetListBytes},
+                              connection_->atoms(contentTargets(*content)), patience_.manager,
+                              Clock::now() + patience_.manager);
+}
+
+std::optional<OwnedSelection> X11Selections::ownedSelection(xcb_atom_t atom) const {
+    const auto found = selections_.find(atom);
+    if (found == selections_.end() || found->second.owned == nullptr)
+        return std::nullopt;
+    return OwnedSelection{*found->second.owned, found->second.ownedSince};
+}
+
+void X11Selections::handleEvent(const xcb_generic_event_t& event) {
+    // The highest bit says that a program made the event, which is how answers come (ICCCM 2.2). Only the
+    // server is believed what it alone can know.
+    constexpr int sentByProgram = 0x80;
+    const int kind = event.response_type;
+    if (kind == connection_->selectionOwnerEvent()) {
+        handleOwnerChange(event);
+    } else if ((kind & ~sentByProgram) == XCB_SELECTION_REQUEST) {
+        server_.handleRequest(reinterpret_cast<const xcb_selection_request_event_t&>(event));
+    } else if ((kind & ~sentByProgram) == XCB_SELECTION_NOTIFY) {
+        reader_.handleAnswer(reinterpret_cast<const xcb_selection_notify_event_t&>(event));
+    } else if (kind == XCB_PROPERTY_NOTIFY) {
+        const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        reader_.handlePropertyChange(change, event.full_sequence);
+        server_.handlePropertyChange(change);
+    } else if (kind == XCB_DESTROY_NOTIFY) {
+        server_.handleDestruction(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
+    } else if (kind == 0) {
+        // An error. Of those that can happen, only a requestor's window that is gone has consequences.
+        const auto& error = reinterpret_cast<const xcb_value_error_t&>(event);
+        if (error.error_code == XCB_WINDOW)
+            server_.handleDestruction(error.bad_value);
+    }
+}
+
+void X11Selections::handleOwnerChange(const xcb_generic_event_t& event) {
+    const auto& change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
+    connection_->noteTime(change.timestamp);
+    const auto found = selections_.find(change.selection);
+    if (found == selections_.end())
+        return;
+    X11Selection& selection = found->second;
+    selection.owner = change.owner;
+    selection.owned.reset();
+    selection.targets.reset();
+    reader_.abandon(selection.atom);
+    if (change.owner == XCB_NONE)
+        return;
+    ++selection.changeCount;
+    selection.patience = patience_.content;
+    if (change.owner == connection_->window() && change.selection_timestamp == selection.offeredAt) {
+        selection.owned = std::exchange(selection.offered, nullptr);
+        selection.ownedSince = selection.offeredAt;
+    }
+}
+
+} // namespace tavel

@@ -1,0 +1,207 @@
+#include "Linux/X11/X11Connection.h"
+
+#include "Linux/X11/X11Reply.h"
+
+#include <poll.h>
+#include <xcb/xfixes.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+/// Other programs can make up names without end; what is behind them is asked for again.
+constexpr std::size_t mostRememberedAtoms = 4096;
+
+/// Some programs take no more of a property, and do not look whether there is more (xsel).
+constexpr std::size_t largestCommonPropertyBytes = 4'000'000;
+
+/// What a request needs besides the property's value, and a little more.
+constexpr std::size_t requestOverheadBytes = 64;
+
+constexpr std::chrono::seconds timePatience{5};
+
+/// Enough for any usual burst. Whoever waits looks at the clock in between.
+constexpr int mostEventsAtOnce = 256;
+
+const xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
+    xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    while (screens.rem > 1 && number-- > 0)
+        xcb_screen_next(&screens);
+    return screens.rem > 0 ? screens.data : nullptr;
+}
+
+std::size_t largestPropertyOf(xcb_connection_t* connection) {
+    const std::size_t largestRequest = std::size_t{xcb_get_maximum_request_length(connection)} * 4;
+    return std::min(largestRequest - requestOverheadBytes, largestCommonPropertyBytes);
+}
+
+/// Greets the extension, without which it answers nothing. Gives the number of its selection event.
+std::optional<std::uint8_t> selectionOwnerEventOf(xcb_connection_t* connection) {
+    const xcb_query_extension_reply_t* const extension = xcb_get_extension_data(connection, &xcb_xfixes_id);
+    if (extension == nullptr || extension->present == 0)
+        return std::nullopt;
+    const auto cookie =
+        xcb_xfixes_query_version(connection, XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION);
+    const X11Reply<xcb_xfixes_query_version_reply_t> version(
+        xcb_xfixes_query_version_reply(connection, cookie, nullptr));
+    if (version == nullptr)
+        return std::nullopt;
+    return static_cast<std::uint8_t>(extension->first_event + XCB_XFIXES_SELECTION_NOTIFY);
+}
+
+} // namespace
+
+std::unique_ptr<X11Connection> X11Connection::open(const char* display) {
+    int screenNumber = 0;
+    xcb_connection_t* const connection = xcb_connect(display, &screenNumber);
+    if (xcb_connection_has_error(connection) == 0) {
+        const xcb_screen_t* const screen = screenOf(connection, screenNumber);
+        const auto selectionOwnerEvent = selectionOwnerEventOf(connection);
+        if (screen != nullptr && selectionOwnerEvent)
+            return std::unique_ptr<X11Connection>(
+                new X11Connection(connection, *screen, *selectionOwnerEvent));
+    }
+    xcb_disconnect(connection);
+    return nullptr;
+}
+
+X11Connection::X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen,
+                             std::uint8_t selectionOwnerEvent)
+    : connection_(connection), window_(xcb_generate_id(connection)),
+      largestPropertyBytes_(largestPropertyOf(connection)), selectionOwnerEvent_(selectionOwnerEvent),
+      queued_(nullptr, std::free) {
+    const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen.root, -1, -1, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+    timeProperty_ = atom("TAVEL_TIME");
+}
+
+X11Connection::~X11Connection() {
+    xcb_disconnect(connection_);
+}
+
+xcb_atom_t X11Connection::atom(std::string_view name) {
+    const std::string one(name);
+    return atoms({&one, 1}).front();
+}
+
+std::vector<xcb_atom_t> X11Connection::atoms(std::span<const std::string> names) {
+    std::vector<xcb_atom_t> found;
+    std::vector<std::pair<std::size_t, xcb_intern_atom_cookie_t>> asked;
+    for (const std::string& name : names) {
+        const auto known = atoms_.find(name);
+        found.push_back(known != atoms_.end() ? known->second : xcb_atom_t{XCB_ATOM_NONE});
+        if (known == atoms_.end())
+            asked.emplace_back(
+                found.size() - 1,
+                xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()));
+    }
+    for (const auto& [position, cookie] : asked) {
+        const X11Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection_, cookie, nullptr));
+        if (reply == nullptr)
+            continue;
+        found[position] = reply->atom;
+        remember(names[position], reply->atom);
+    }
+    return found;
+}
+
+std::vector<std::string> X11Connection::atomNames(std::span<const xcb_atom_t> atoms) {
+    std::vector<std::string> found;
+    std::vector<std::pair<std::size_t, xcb_get_atom_name_cookie_t>> asked;
+    for (const xcb_atom_t atom : atoms) {
+        const auto known = names_.find(atom);
+        found.push_back(known != names_.end() ? known->second : std::string());
+        if (known == names_.end())
+            asked.emplace_back(found.size() - 1, xcb_get_atom_name(connection_, atom));
+    }
+    for (const auto& [position, cookie] : asked) {
+        // An error of its own, so that none comes as an event.
+        xcb_generic_error_t* error = nullptr;
+        const X11Reply<xcb_get_atom_name_reply_t> reply(xcb_get_atom_name_reply(connection_, cookie, &error));
+        std::free(error);
+        if (reply == nullptr)
+            continue;
+        found[position].assign(xcb_get_atom_name_name(reply.get()),
+                               static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get())));
+        remember(found[position], atoms[position]);
+    }
+    return found;
+}
+
+void X11Connection::remember(const std::string& name, xcb_atom_t atom) {
+    if (names_.size() >= mostRememberedAtoms) {
+        names_.clear();
+        atoms_.clear();
+    }
+    atoms_[name] = atom;
+    names_[atom] = name;
+}
+
+void X11Connection::dispatchEvents() {
+    xcb_flush(connection_);
+    for (int count = 0; count < mostEventsAtOnce; ++count) {
+        if (queued_ == nullptr)
+            queued_.reset(xcb_poll_for_event(connection_));
+        if (queued_ == nullptr)
+            return;
+        dispatch(std::move(queued_));
+    }
+}
+
+void X11Connection::synchronize() {
+    const auto cookie = xcb_get_input_focus(connection_);
+    const X11Reply<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(connection_, cookie, nullptr));
+    // What happened before the answer has been read along with it, and tells of an earlier request.
+    while (hasQueuedEvent() && isEarlierRequest(queued_->full_sequence, cookie.sequence))
+        dispatch(std::move(queued_));
+}
+
+bool X11Connection::hasQueuedEvent() {
+    if (queued_ == nullptr)
+        queued_.reset(xcb_poll_for_queued_event(connection_));
+    return queued_ != nullptr;
+}
+
+bool X11Connection::waitForEvents(Clock::time_point deadline) {
+    xcb_flush(connection_);
+    if (!hasQueuedEvent()) {
+        const auto wait = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        pollfd readable{descriptor(), POLLIN, 0};
+        if (isLost() || poll(&readable, 1, static_cast<int>(std::max<std::int64_t>(wait.count(), 0))) <= 0)
+            return false;
+    }
+    dispatchEvents();
+    return !isLost();
+}
+
+void X11Connection::dispatch(Event event) {
+    if (event->response_type == XCB_PROPERTY_NOTIFY) {
+        const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
+        latestTime_ = change.time;
+        if (change.window == window_ && change.atom == timeProperty_) {
+            timeCame_ = true;
+            return;
+        }
+    }
+    if (handler_)
+        handler_(*event);
+}
+
+xcb_timestamp_t X11Connection::fetchTime() {
+    // A change of a property, even by nothing, is told with the time of the change (ICCCM 2.1).
+    timeCame_ = false;
+    xcb_change_property(connection_, XCB_PROP_MODE_APPEND, window_, timeProperty_, XCB_ATOM_INTEGER, 32, 0,
+                        nullptr);
+    const auto deadline = Clock::now() + timePatience;
+    while (!timeCame_ && !isLost() && Clock::now() < deadline)
+        waitForEvents(deadline);
+    return timeCame_ ? latestTime_ : XCB_CURRENT_TIME;
+}
+
+} // namespace tavel

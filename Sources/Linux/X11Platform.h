@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Linux/LinuxPlatform.h"
+#include "Linux/X11/DecisionDeadline.h"
+#include "Linux/X11/Focus/OnDemandFocusProbe.h"
+#include "Linux/X11/Keyboard/X11KeyboardTap.h"
+#include "Linux/X11/Selections/X11Selections.h"
+#include "Linux/X11/X11Connection.h"
+#include "Linux/X11/X11EventSource.h"
+
+#include <memory>
+
+namespace tavel {
+
+/// The platform of a desktop with an X server: its selections are the pasteboards, and it has a keyboard, a
+/// program in front, and windows.
+class X11Platform final : public LinuxPlatform {
+public:
+    explicit X11Platform(std::unique_ptr<X11Connection> connection);
+
+    std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;
+    bool servesContents() override;
+    void handOverContents() override;
+    KeyboardTap& keyboardTap() override { return keyboardTap_; }
+    FocusProbe& focusProbe() override { return focusProbe_; }
+    std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
+                                                     NamePanelActions actions) override;
+
+private:
+    DecisionDeadline deadline_;
+    std::shared_ptr<X11Selections> selections_;
+    X11EventSource events_;
+    OnDemandFocusProbe focusProbe_;
+    X11KeyboardTap keyboardTap_;
+};
+
+} // namespace tavel

@@ -1,0 +1,46 @@
+#include "Mac/ApplicationEvents.h"
+
+#include "Mac/RaisedExceptions.h"
+
+#import <AppKit/AppKit.h>
+
+namespace tavel {
+
+void becomeAccessoryApplication() {
+    ignoringRaised([] {
+        [[NSApplication sharedApplication] setActivationPolicy:NSApplicationActivationPolicyAccessory];
+    });
+}
+
+void passOneEvent(std::chrono::milliseconds longestWait) {
+    ignoringRaised([longestWait] {
+        const std::chrono::duration<double> seconds = longestWait;
+        NSApplication* const application = [NSApplication sharedApplication];
+        NSEvent* const event =
+            [application nextEventMatchingMask:NSEventMaskAny
+                                     untilDate:[NSDate dateWithTimeIntervalSinceNow:seconds.count()]
+                                        inMode:NSDefaultRunLoopMode
+                                       dequeue:YES];
+        if (event != nil)
+            [application sendEvent:event];
+    });
+}
+
+/// What is posted waits in the application's queue for a pass that takes it.
+void wakeApplication() {
+    ignoringRaised([] {
+        NSEvent* const event = [NSEvent otherEventWithType:NSEventTypeApplicationDefined
+                                                  location:NSMakePoint(0, 0)
+                                             modifierFlags:0
+                                                 timestamp:0
+                                              windowNumber:0
+                                                   context:nil
+                                                   subtype:0
+                                                     data1:0
+                                                     data2:0];
+        if (event != nil)
+            [[NSApplication sharedApplication] postEvent:event atStart:YES];
+    });
+}
+
+} // namespace tavel

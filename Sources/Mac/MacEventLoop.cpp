@@ -1,0 +1,72 @@
+#include "Mac/MacEventLoop.h"
+
+#include "Mac/ApplicationEvents.h"
+#include "Mac/AutoreleasePool.h"
+
+#include <dispatch/dispatch.h>
+
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+/// For the queues, which take a C function: `context` is a Function of the heap, which is run and deleted.
+/// What it holds goes within the pool, too.
+void runOwnedFunction(void* context) noexcept {
+    runInAutoreleasePool([context] {
+        const std::unique_ptr<EventLoop::Function> function(static_cast<EventLoop::Function*>(context));
+        (*function)();
+    });
+}
+
+void runTick(CFRunLoopTimerRef, void* context) noexcept {
+    runInAutoreleasePool(*static_cast<const EventLoop::Function*>(context));
+}
+
+} // namespace
+
+MacEventLoop::~MacEventLoop() {
+    for (const Tick& tick : ticks_)
+        CFRunLoopTimerInvalidate(tick.timer.get());
+}
+
+void MacEventLoop::runOnce(std::chrono::milliseconds longestWait) {
+    passOneEvent(longestWait);
+}
+
+void MacEventLoop::post(Function function) {
+    dispatch_async_f(dispatch_get_main_queue(), new Function(std::move(function)), runOwnedFunction);
+}
+
+void MacEventLoop::postAfter(std::chrono::milliseconds delay, Function function) {
+    const std::chrono::nanoseconds nanoseconds = delay;
+    dispatch_after_f(dispatch_time(DISPATCH_TIME_NOW, nanoseconds.count()), dispatch_get_main_queue(),
+                     new Function(std::move(function)), runOwnedFunction);
+}
+
+/// In the default mode: nothing is reported while a menu or a window's edge is being dragged.
+void MacEventLoop::repeat(std::chrono::milliseconds interval, Function function) {
+    const std::chrono::duration<CFTimeInterval> seconds = interval;
+    auto owned = std::make_unique<Function>(std::move(function));
+    CFRunLoopTimerContext context{};
+    context.info = owned.get();
+    auto timer = CFRef<CFRunLoopTimerRef>::adopt(
+        CFRunLoopTimerCreate(kCFAllocatorDefault, CFAbsoluteTimeGetCurrent() + seconds.count(),
+                             seconds.count(), 0, 0, runTick, &context));
+    CFRunLoopAddTimer(CFRunLoopGetMain(), timer.get(), kCFRunLoopDefaultMode);
+    ticks_.push_back({std::move(timer), std::move(owned)});
+}
+
+void MacEventLoop::runInBackground(Function job) {
+    dispatch_async_f(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), new Function(std::move(job)),
+                     runOwnedFunction);
+}
+
+/// Stopping the run loop alone is not said to end the wait for an event; an event is.
+void MacEventLoop::stopWaiting() {
+    CFRunLoopStop(CFRunLoopGetMain());
+    wakeApplication();
+}
+
+} // namespace tavel

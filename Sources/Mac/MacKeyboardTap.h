@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Mac/CFRef.h"
+#include "Platform/KeyboardTap.h"
+
+#include <CoreGraphics/CoreGraphics.h>
+
+namespace tavel {
+
+/// An event tap of Quartz Event Services, behind the taps of other programs, for the presses and releases of
+/// keys. The system asks for the user's permission (Accessibility) before it gives one.
+class MacKeyboardTap final : public KeyboardTap {
+public:
+    MacKeyboardTap() = default;
+    ~MacKeyboardTap() override;
+    MacKeyboardTap(const MacKeyboardTap&) = delete;
+    MacKeyboardTap& operator=(const MacKeyboardTap&) = delete;
+
+    bool create(Handler handler) override;
+    void setEnabled(bool enabled) override;
+    bool isKeyDown(std::int64_t keyCode) override;
+    void post(std::span<const KeyEvent> events) override;
+
+private:
+    /// `tap` is a MacKeyboardTap. Gives the event to let it pass, null to swallow it.
+    static CGEventRef tapped(CGEventTapProxy proxy, CGEventType type, CGEventRef event, void* tap) noexcept;
+
+    KeyVerdict verdictOf(CGEventType type, CGEventRef event) const;
+
+    Handler handler_;
+    CFRef<CFMachPortRef> tap_;
+    CFRef<CFRunLoopSourceRef> source_;
+};
+
+} // namespace tavel

@@ -1,0 +1,94 @@
+#include "Mac/MacNamePanelView.h"
+
+#include "Mac/FileNamePanel.h"
+#include "Mac/RaisedExceptions.h"
+#include "Mac/Retained.h"
+#include "Mac/Strings.h"
+
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+ScreenRectangle areaOf(NSRect rectangle) {
+    return {rectangle.origin.x, rectangle.origin.y, rectangle.size.width, rectangle.size.height};
+}
+
+class MacNamePanelView final : public NamePanelView {
+public:
+    explicit MacNamePanelView(Retained<FileNamePanel> panel) : panel_(std::move(panel)) {}
+    ~MacNamePanelView() override;
+    MacNamePanelView(const MacNamePanelView&) = delete;
+    MacNamePanelView& operator=(const MacNamePanelView&) = delete;
+
+    ScreenSurroundings surroundings() override;
+    void setOrigin(ScreenPoint origin) override;
+    void show() override;
+    std::string enteredText() override;
+    void showHint(std::string_view hint) override;
+    void hide() override;
+
+private:
+    Retained<FileNamePanel> panel_;
+};
+
+// The panel goes where there is a pool for what it leaves.
+MacNamePanelView::~MacNamePanelView() {
+    ignoringRaised([this] {
+        [panel_.get() dismiss];
+        panel_ = {};
+    });
+}
+
+ScreenSurroundings MacNamePanelView::surroundings() {
+    return unlessRaised(ScreenSurroundings(), [this] {
+        ScreenSurroundings surroundings;
+        const NSPoint pointer = [NSEvent mouseLocation];
+        surroundings.pointer = {pointer.x, pointer.y};
+        for (NSScreen* screen in [NSScreen screens])
+            surroundings.screens.push_back({areaOf([screen frame]), areaOf([screen visibleFrame])});
+        const NSSize window = [panel_.get() frame].size;
+        surroundings.window = {window.width, window.height};
+        return surroundings;
+    });
+}
+
+void MacNamePanelView::setOrigin(ScreenPoint origin) {
+    ignoringRaised([&] { [panel_.get() setFrameOrigin:NSMakePoint(origin.x, origin.y)]; });
+}
+
+void MacNamePanelView::show() {
+    ignoringRaised([this] { [panel_.get() present]; });
+}
+
+void MacNamePanelView::hide() {
+    ignoringRaised([this] { [panel_.get() dismiss]; });
+}
+
+/// Half of a surrogate pair is no character: a text with one counts as empty, which no name may be.
+std::string MacNamePanelView::enteredText() {
+    return unlessRaised(std::string(),
+                        [this] { return utf8FromString([panel_.get() enteredText]).value_or(""); });
+}
+
+void MacNamePanelView::showHint(std::string_view hint) {
+    ignoringRaised([&] {
+        if (NSString* const text = stringFromUtf8(hint))
+            [panel_.get() showHint:text];
+    });
+}
+
+} // namespace
+
+std::unique_ptr<NamePanelView> makeMacNamePanelView(const NamePanelTexts& texts,
+                                                    const NamePanelActions& actions) {
+    auto panel = unlessRaised(Retained<FileNamePanel>(), [&] {
+        return Retained<FileNamePanel>::adopt([[FileNamePanel alloc] initWithTexts:texts actions:actions]);
+    });
+    if (!panel)
+        return nullptr;
+    return std::make_unique<MacNamePanelView>(std::move(panel));
+}
+
+} // namespace tavel

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Mac/Retained.h"
+#include "Platform/Pasteboard.h"
+
+#import <AppKit/AppKit.h>
+
+namespace tavel {
+
+/// A pasteboard of the pasteboard server. What is written is there as a whole with each call, and outlives
+/// the process. A program that polls can see a content between clearing and writing: the server knows no
+/// transactions.
+class MacPasteboard final : public Pasteboard {
+public:
+    /// The general pasteboard without a name.
+    explicit MacPasteboard(const std::optional<std::string>& name);
+
+    /// The system's object for the pasteboard of that name, autoreleased; the general one without a name.
+    /// Raises an exception, or gives nil, if the server cannot be reached.
+    static NSPasteboard* _Nullable named(const std::optional<std::string>& name);
+
+    std::int64_t changeCount() override;
+    std::int64_t noticedChangeCount() override;
+    std::vector<std::string> types() override;
+    std::optional<std::string> availableType(std::span<const std::string_view> wanted) override;
+    std::optional<Bytes> string(std::string_view type) override;
+    std::optional<Bytes> data(std::string_view type) override;
+    std::vector<std::string> filePaths() override;
+    std::int64_t clearContents() override;
+    bool setString(std::string_view text, std::string_view type) override;
+    bool setData(const Bytes& data, std::string_view type) override;
+    bool canHold(const Representation& representation) override;
+    bool writeItems(std::span<const PasteboardItem> items) override;
+    bool addTypes(std::span<const Representation> representations) override;
+    bool update(const std::function<bool()>& steps) override;
+
+private:
+    std::optional<std::int64_t> countFromServer();
+    bool isOurs();
+    bool wrote(bool written);
+
+    Retained<NSPasteboard> pasteboard_;
+    std::int64_t lastCount_ = 0;           // that the server said, for when it does not
+    std::optional<std::int64_t> ownCount_; // of the content that this object cleared the pasteboard for
+};
+
+} // namespace tavel

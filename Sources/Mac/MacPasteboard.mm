@@ -1,0 +1,232 @@
+#include "Mac/MacPasteboard.h"
+
+#include "Mac/DataBytes.h"
+#include "Mac/FileUrls.h"
+#include "Mac/RaisedExceptions.h"
+#include "Mac/Strings.h"
+#include "Platform/PasteboardTypes.h"
+#include "Support/Utf8.h"
+
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+constexpr std::string_view escapedPrefix = "bytes:";
+
+/// The name itself, if the server is sure to tell it from all others. Otherwise its bytes in hexadecimal
+/// digits: what is not UTF-8 is no string, and a zero character may end one.
+NSString* _Nullable nameFrom(const std::string& name) {
+    if (isUtf8(name) && name.find('\0') == std::string::npos && !name.starts_with(escapedPrefix))
+        return stringFromUtf8(name);
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string escaped(escapedPrefix);
+    for (const char byte : name) {
+        const auto value = static_cast<unsigned char>(byte);
+        escaped += digits[value / digits.size()];
+        escaped += digits[value % digits.size()];
+    }
+    return stringFromUtf8(escaped);
+}
+
+/// Nil unless it can be a type.
+NSString* _Nullable typeFrom(std::string_view type) {
+    return type.empty() ? nil : stringFromUtf8(type);
+}
+
+std::vector<std::string> stringsOf(NSArray<NSString*>* _Nullable objects) {
+    std::vector<std::string> strings;
+    strings.reserve([objects count]);
+    for (NSString* object in objects) {
+        if (auto string = utf8FromString(object))
+            strings.push_back(std::move(*string));
+    }
+    return strings;
+}
+
+NSArray<NSString*>* typesOf(std::span<const Representation> representations) {
+    NSMutableArray<NSString*>* const types = [NSMutableArray arrayWithCapacity:representations.size()];
+    for (const Representation& one : representations) {
+        if (NSString* const type = typeFrom(one.type))
+            [types addObject:type];
+    }
+    return types;
+}
+
+/// An item with all of them; nil if one is refused.
+NSPasteboardItem* _Nullable itemOf(std::span<const Representation> representations) {
+    NSPasteboardItem* const item = [[[NSPasteboardItem alloc] init] autorelease];
+    for (const Representation& one : representations) {
+        NSString* const type = typeFrom(one.type);
+        if (type == nil || ![item setData:dataSharing(one.data) forType:type])
+            return nil;
+    }
+    return item;
+}
+
+bool setStringOf(NSPasteboard* pasteboard, std::string_view text, std::string_view type) {
+    NSString* const string = stringFromUtf8(text);
+    NSString* const named = typeFrom(type);
+    return string != nil && named != nil && [pasteboard setString:string forType:named];
+}
+
+} // namespace
+
+MacPasteboard::MacPasteboard(const std::optional<std::string>& name)
+    : pasteboard_(unlessRaised(Retained<NSPasteboard>(),
+                               [&] { return Retained<NSPasteboard>::retain(named(name)); })) {}
+
+NSPasteboard* _Nullable MacPasteboard::named(const std::optional<std::string>& name) {
+    if (!name)
+        return [NSPasteboard generalPasteboard];
+    NSString* const known = nameFrom(*name);
+    return known == nil ? nil : [NSPasteboard pasteboardWithName:known];
+}
+
+std::int64_t MacPasteboard::changeCount() {
+    lastCount_ = countFromServer().value_or(lastCount_);
+    return lastCount_;
+}
+
+std::optional<std::int64_t> MacPasteboard::countFromServer() {
+    return unlessRaised(std::optional<std::int64_t>(),
+                        [&] { return std::optional<std::int64_t>([pasteboard_.get() changeCount]); });
+}
+
+/// The server keeps it where reading it costs next to nothing.
+std::int64_t MacPasteboard::noticedChangeCount() {
+    return changeCount();
+}
+
+std::vector<std::string> MacPasteboard::types() {
+    return unlessRaised(std::vector<std::string>(), [&] { return stringsOf([pasteboard_.get() types]); });
+}
+
+std::optional<std::string> MacPasteboard::availableType(std::span<const std::string_view> wanted) {
+    return unlessRaised(std::optional<std::string>(), [&] {
+        NSMutableArray<NSString*>* const types = [NSMutableArray arrayWithCapacity:wanted.size()];
+        for (const std::string_view type : wanted) {
+            if (NSString* const one = typeFrom(type))
+                [types addObject:one];
+        }
+        return utf8FromString([pasteboard_.get() availableTypeFromArray:types]);
+    });
+}
+
+std::optional<Bytes> MacPasteboard::string(std::string_view type) {
+    return unlessRaised(std::optional<Bytes>(), [&]() -> std::optional<Bytes> {
+        // Of other types the system may join the texts of all items too.
+        if (type != pasteboardType::string) {
+            auto first = data(type);
+            return first && isUtf8(first->view()) ? first : std::nullopt;
+        }
+        NSString* const named = typeFrom(type);
+        auto text = named == nil ? std::nullopt : utf8FromString([pasteboard_.get() stringForType:named]);
+        if (!text)
+            return std::nullopt;
+        return Bytes::adopt(std::move(*text));
+    });
+}
+
+std::optional<Bytes> MacPasteboard::data(std::string_view type) {
+    return unlessRaised(std::optional<Bytes>(), [&]() -> std::optional<Bytes> {
+        NSString* const named = typeFrom(type);
+        NSData* const found = named == nil ? nil : [pasteboard_.get() dataForType:named];
+        if (found == nil)
+            return std::nullopt;
+        return bytesSharing(found);
+    });
+}
+
+std::vector<std::string> MacPasteboard::filePaths() {
+    return unlessRaised(std::vector<std::string>(), [&] {
+        NSDictionary* const filesOnly =
+            [NSDictionary dictionaryWithObject:[NSNumber numberWithBool:YES]
+                                        forKey:NSPasteboardURLReadingFileURLsOnlyKey];
+        std::vector<std::string> paths;
+        for (NSURL* url in [pasteboard_.get() readObjectsForClasses:[NSArray arrayWithObject:[NSURL class]]
+                                                            options:filesOnly]) {
+            if (auto path = pathOfFileUrl(url))
+                paths.push_back(std::move(*path));
+        }
+        return paths;
+    });
+}
+
+std::int64_t MacPasteboard::clearContents() {
+    ownCount_ = unlessRaised(std::optional<std::int64_t>(),
+                             [&] { return std::optional<std::int64_t>([pasteboard_.get() clearContents]); });
+    return ownCount_ ? *ownCount_ : changeCount();
+}
+
+/// The system asks only whether it was this process that cleared the pasteboard.
+bool MacPasteboard::isOurs() {
+    return pasteboard_ && ownCount_ && countFromServer() == ownCount_;
+}
+
+/// The content stays ours, whether or not the system counts such a step.
+bool MacPasteboard::wrote(bool written) {
+    if (written)
+        ownCount_ = changeCount();
+    return written;
+}
+
+bool MacPasteboard::setString(std::string_view text, std::string_view type) {
+    return isOurs() && wrote(unlessRaised(false, [&] { return setStringOf(pasteboard_.get(), text, type); }));
+}
+
+bool MacPasteboard::setData(const Bytes& data, std::string_view type) {
+    return isOurs() && wrote(unlessRaised(false, [&] {
+               NSString* const named = typeFrom(type);
+               return named != nil && [pasteboard_.get() setData:dataSharing(data) forType:named];
+           }));
+}
+
+bool MacPasteboard::canHold(const Representation& representation) {
+    return unlessRaised(false, [&] { return itemOf({&representation, 1}) != nil; });
+}
+
+bool MacPasteboard::writeItems(std::span<const PasteboardItem> items) {
+    if (!isOurs())
+        return false;
+    if (items.empty())
+        return true;
+    return wrote(unlessRaised(false, [&] {
+        NSMutableArray<NSPasteboardItem*>* const objects = [NSMutableArray arrayWithCapacity:items.size()];
+        for (const PasteboardItem& one : items) {
+            NSPasteboardItem* const item = itemOf(one);
+            if (item == nil)
+                return false;
+            [objects addObject:item];
+        }
+        return [pasteboard_.get() writeObjects:objects] != NO;
+    }));
+}
+
+/// What is added are words about the content (where it lies as a file, where that came from).
+bool MacPasteboard::addTypes(std::span<const Representation> representations) {
+    const bool wasOurs = isOurs();
+    const bool added = unlessRaised(false, [&] {
+        NSArray<NSString*>* const types = typesOf(representations);
+        if ([types count] == 0 || [types count] != representations.size() ||
+            [[pasteboard_.get() types] count] == 0 || [pasteboard_.get() addTypes:types owner:nil] == 0)
+            return false;
+        bool firstIsThere = false;
+        for (const Representation& one : representations) {
+            const bool isThere = setStringOf(pasteboard_.get(), one.data.view(), one.type);
+            if (&one == representations.data())
+                firstIsThere = isThere;
+        }
+        return firstIsThere;
+    });
+    if (wasOurs)
+        ownCount_ = changeCount();
+    return added;
+}
+
+bool MacPasteboard::update(const std::function<bool()>& steps) {
+    return steps();
+}
+
+} // namespace tavel

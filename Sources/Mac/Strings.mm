@@ -1,0 +1,28 @@
+#include "Mac/Strings.h"
+
+#include "Mac/Utf16.h"
+
+namespace tavel {
+
+static_assert(sizeof(unichar) == sizeof(char16_t));
+
+// Through UTF-16, which is what these objects are made of: their own conversion from UTF-8 may take a
+// byte-order mark away, and the one to UTF-8 ends at a zero character.
+
+NSString* _Nullable stringFromUtf8(std::string_view text) {
+    const auto units = utf16FromUtf8(text);
+    if (!units)
+        return nil;
+    return [[[NSString alloc] initWithCharacters:reinterpret_cast<const unichar*>(units->data())
+                                          length:units->size()] autorelease];
+}
+
+std::optional<std::string> utf8FromString(NSString* _Nullable string) {
+    if (string == nil)
+        return std::nullopt;
+    std::u16string units([string length], u'\0');
+    [string getCharacters:reinterpret_cast<unichar*>(units.data()) range:NSMakeRange(0, units.size())];
+    return utf8FromUtf16(units);
+}
+
+} // namespace tavel

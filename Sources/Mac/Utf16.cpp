@@ -1,0 +1,80 @@
+#include "Mac/Utf16.h"
+
+#include "Support/Utf8.h"
+
+#include <utf8proc.h>
+
+#include <array>
+#include <cstddef>
+
+namespace tavel {
+
+namespace {
+
+constexpr char32_t firstHighSurrogate = 0xD800;
+constexpr char32_t firstLowSurrogate = 0xDC00;
+constexpr char32_t behindSurrogates = 0xE000;
+constexpr char32_t firstPair = 0x10000; // the first character that takes two units
+constexpr char32_t unitsOfHalf = 0x400;
+
+bool isHighSurrogate(char16_t unit) {
+    return unit >= firstHighSurrogate && unit < firstLowSurrogate;
+}
+
+bool isLowSurrogate(char16_t unit) {
+    return unit >= firstLowSurrogate && unit < behindSurrogates;
+}
+
+void append(std::u16string& units, char32_t character) {
+    if (character < firstPair) {
+        units += static_cast<char16_t>(character);
+        return;
+    }
+    const char32_t offset = character - firstPair;
+    units += static_cast<char16_t>(firstHighSurrogate + offset / unitsOfHalf);
+    units += static_cast<char16_t>(firstLowSurrogate + offset % unitsOfHalf);
+}
+
+void append(std::string& text, char32_t character) {
+    std::array<utf8proc_uint8_t, 4> encoded{};
+    const auto size = utf8proc_encode_char(static_cast<utf8proc_int32_t>(character), encoded.data());
+    text.append(reinterpret_cast<const char*>(encoded.data()), static_cast<std::size_t>(size));
+}
+
+} // namespace
+
+std::optional<std::u16string> utf16FromUtf8(std::string_view text) {
+    if (!isUtf8(text))
+        return std::nullopt;
+    std::u16string units;
+    units.reserve(text.size());
+    const auto* next = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
+    const auto* const end = next + text.size();
+    while (next != end) {
+        utf8proc_int32_t character = 0;
+        next += utf8proc_iterate(next, end - next, &character);
+        append(units, static_cast<char32_t>(character));
+    }
+    return units;
+}
+
+std::optional<std::string> utf8FromUtf16(std::u16string_view units) {
+    std::string text;
+    text.reserve(units.size());
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        char32_t character = units[i];
+        if (isLowSurrogate(units[i]))
+            return std::nullopt;
+        if (isHighSurrogate(units[i])) {
+            ++i;
+            if (i == units.size() || !isLowSurrogate(units[i]))
+                return std::nullopt;
+            character =
+                firstPair + (character - firstHighSurrogate) * unitsOfHalf + (units[i] - firstLowSurrogate);
+        }
+        append(text, character);
+    }
+    return text;
+}
+
+} // namespace tavel

@@ -1,0 +1,302 @@
+#include "TavelClipboardAgent/main/Protocol/CommandDecoder.h"
+
+#include "Support/JsonNumber.h"
+#include "Support/JsonString.h"
+
+#include <simdjson.h>
+
+#include <cstring>
+#include <span>
+#include <string_view>
+#include <utility>
+
+namespace tavel {
+
+namespace {
+
+namespace ondemand = simdjson::ondemand;
+
+static_assert(LineReader::padding >= simdjson::SIMDJSON_PADDING);
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+/// Deep enough for every real message, and shallow enough for the stack of any thread.
+constexpr int maximumDepth = 512;
+
+/// The parser keeps tables that grow with the longest line; after a line of this size they are let go.
+constexpr std::size_t keptParserBytes = std::size_t{1} << 20;
+
+/// The values of the keys that commands use; each is absent unless it had the right type.
+struct Fields {
+    std::optional<std::string> command;
+    std::optional<std::uint64_t> requestID;
+    std::optional<bool> renamePrompt;
+    std::optional<Base64Text> textBase64;
+    std::optional<Base64Text> imageBase64;
+    std::optional<std::string> marker;
+    std::optional<std::string> kind;
+    std::optional<std::vector<std::string>> paths;
+    std::optional<std::uint64_t> expectedSequence;
+};
+
+std::string_view withoutTrailingWhitespace(std::string_view token) {
+    const std::size_t last = token.find_last_not_of(" \t\r\n"); // RFC 8259, section 2
+    return token.substr(0, last == std::string_view::npos ? 0 : last + 1);
+}
+
+/// Walks one line's JSON and checks all of it, the parts that nobody reads included: simdjson's on-demand
+/// interface only checks what is asked for, and its document interface refuses integers beyond 64 bits.
+class LineWalker {
+public:
+    explicit LineWalker(const LineReader::Line& line) : line_(line) {}
+
+    std::optional<Fields> walk(ondemand::document& document) {
+        ondemand::object object;
+        if (document.get_object().get(object) != simdjson::SUCCESS || !walkMembers(object, 1, true))
+            return std::nullopt;
+        if (document.current_location().error() != simdjson::OUT_OF_BOUNDS)
+            return std::nullopt; // something stands behind the object
+        return std::move(fields_);
+    }
+
+private:
+    /// A scalar as it was written. For a string, what stands between the quotes, its escapes replaced.
+    struct Scalar {
+        ondemand::json_type type;
+        std::string_view text;
+    };
+
+    bool walkMembers(ondemand::object object, int depth, bool topLevel) {
+        for (auto member : object) {
+            if (member.error() != simdjson::SUCCESS)
+                return false;
+            ondemand::field field = member.value_unsafe();
+            const auto key = unescapedKey(field.key().raw());
+            const ondemand::value value = field.value();
+            if (!key || !(topLevel ? walkField(*key, value, depth) : walkValue(value, depth)))
+                return false;
+        }
+        return true;
+    }
+
+    bool walkElements(ondemand::array array, int depth, std::optional<std::vector<std::string>>* strings) {
+        for (auto element : array) {
+            if (element.error() != simdjson::SUCCESS)
+                return false;
+            ondemand::value value = element.value_unsafe();
+            ondemand::json_type type{};
+            if (value.type().get(type) != simdjson::SUCCESS)
+                return false;
+            if (isContainer(type)) {
+                if (strings != nullptr)
+                    strings->reset();
+                if (!walkValue(value, depth))
+                    return false;
+                continue;
+            }
+            const auto scalar = readScalar(value, type);
+            if (!scalar)
+                return false;
+            if (strings != nullptr && type != ondemand::json_type::string)
+                strings->reset();
+            if (strings != nullptr && strings->has_value())
+                (*strings)->emplace_back(scalar->text);
+        }
+        return true;
+    }
+
+    /// Any value that is only checked.
+    bool walkValue(ondemand::value value, int depth) {
+        ondemand::json_type type{};
+        if (value.type().get(type) != simdjson::SUCCESS)
+            return false;
+        return isContainer(type) ? walkContainer(value, type, depth + 1, nullptr)
+                                 : readScalar(value, type).has_value();
+    }
+
+    bool walkContainer(ondemand::value value, ondemand::json_type type, int depth,
+                       std::optional<std::vector<std::string>>* strings) {
+        if (depth > maximumDepth)
+            return false;
+        if (type == ondemand::json_type::object) {
+            ondemand::object object;
+            return value.get_object().get(object) == simdjson::SUCCESS && walkMembers(object, depth, false);
+        }
+        ondemand::array array;
+        return value.get_array().get(array) == simdjson::SUCCESS && walkElements(array, depth, strings);
+    }
+
+    /// A member of the command object.
+    bool walkField(std::string_view key, ondemand::value value, int depth) {
+        ondemand::json_type type{};
+        if (value.type().get(type) != simdjson::SUCCESS)
+            return false;
+        if (isContainer(type)) {
+            storeScalar(key, {ondemand::json_type::null, {}}); // a container is no key's right type but one
+            std::optional<std::vector<std::string>> strings;
+            const bool isPaths = key == "paths" && type == ondemand::json_type::array;
+            if (isPaths)
+                strings.emplace();
+            const bool valid = walkContainer(value, type, depth + 1, isPaths ? &strings : nullptr);
+            if (isPaths)
+                fields_.paths = std::move(strings);
+            return valid;
+        }
+        const auto scalar = readScalar(value, type);
+        if (scalar)
+            storeScalar(key, *scalar);
+        return scalar.has_value();
+    }
+
+    void storeScalar(std::string_view key, const Scalar& scalar) {
+        if (key == "command")
+            fields_.command = stringOf(scalar);
+        else if (key == "request_id")
+            fields_.requestID = unsignedOf(scalar);
+        else if (key == "rename_prompt")
+            fields_.renamePrompt = booleanOf(scalar);
+        else if (key == "text_b64")
+            fields_.textBase64 = payloadOf(scalar);
+        else if (key == "image_b64")
+            fields_.imageBase64 = payloadOf(scalar);
+        else if (key == "marker")
+            fields_.marker = stringOf(scalar);
+        else if (key == "kind")
+            fields_.kind = stringOf(scalar);
+        else if (key == "paths")
+            fields_.paths.reset();
+        else if (key == "expected_sequence")
+            fields_.expectedSequence = unsignedOf(scalar);
+    }
+
+    static bool isContainer(ondemand::json_type type) {
+        return type == ondemand::json_type::object || type == ondemand::json_type::array;
+    }
+
+    /// Checks the scalar's spelling. Nothing if it is malformed.
+    std::optional<Scalar> readScalar(ondemand::value value, ondemand::json_type type) {
+        const std::string_view token = withoutTrailingWhitespace(value.raw_json_token());
+        switch (type) {
+        case ondemand::json_type::string: {
+            // A string that is not taken would pass for a key, with a colon behind it.
+            if (value.get_raw_json_string().error() != simdjson::SUCCESS || token.size() < 2 ||
+                !token.ends_with('"'))
+                return std::nullopt;
+            const auto text = unescaped(token.substr(1, token.size() - 2));
+            return text ? std::optional(Scalar{type, *text}) : std::nullopt;
+        }
+        case ondemand::json_type::number:
+            return isJsonNumber(token) ? std::optional(Scalar{type, token}) : std::nullopt;
+        case ondemand::json_type::boolean:
+            return token == "true" || token == "false" ? std::optional(Scalar{type, token}) : std::nullopt;
+        case ondemand::json_type::null:
+            return token == "null" ? std::optional(Scalar{type, token}) : std::nullopt;
+        default:
+            return std::nullopt;
+        }
+    }
+
+    /// The line belongs to the decoder, so its bytes may be written through simdjson's read-only views of it.
+    std::span<char> writable(std::string_view text) const {
+        const auto offset = static_cast<std::size_t>(text.data() - line_.text.data());
+        return line_.text.subspan(offset, text.size());
+    }
+
+    std::optional<std::string_view> unescaped(std::string_view text) {
+        if (text.empty() || std::memchr(text.data(), '\\', text.size()) == nullptr)
+            return text;
+        return unescapeJsonString(writable(text));
+    }
+
+    /// `raw` stands behind a key's opening quote. The closing one is there: simdjson has matched the quotes.
+    std::optional<std::string_view> unescapedKey(const char* raw) {
+        std::size_t length = 0;
+        while (raw[length] != '"')
+            length += raw[length] == '\\' ? 2 : 1;
+        return unescaped({raw, length});
+    }
+
+    static std::optional<std::string> stringOf(const Scalar& scalar) {
+        return scalar.type == ondemand::json_type::string ? std::optional<std::string>(scalar.text)
+                                                          : std::nullopt;
+    }
+
+    std::optional<Base64Text> payloadOf(const Scalar& scalar) const {
+        if (scalar.type != ondemand::json_type::string)
+            return std::nullopt;
+        if (line_.owner == nullptr)
+            return Base64Text::copyOf(scalar.text);
+        return Base64Text(line_.owner, writable(scalar.text));
+    }
+
+    /// Where a number is wanted, a truth value counts as 1 or 0.
+    static std::optional<std::uint64_t> unsignedOf(const Scalar& scalar) {
+        if (scalar.type == ondemand::json_type::boolean)
+            return scalar.text == "true" ? 1 : 0;
+        return scalar.type == ondemand::json_type::number ? unsignedFromJsonNumber(scalar.text)
+                                                          : std::nullopt;
+    }
+
+    static std::optional<bool> booleanOf(const Scalar& scalar) {
+        if (scalar.type == ondemand::json_type::boolean)
+            return scalar.text == "true";
+        return scalar.type == ondemand::json_type::number ? booleanFromJsonNumber(scalar.text) : std::nullopt;
+    }
+
+    const LineReader::Line& line_;
+    Fields fields_;
+};
+
+ClipboardCommand commandFrom(Fields fields) {
+    const std::string& name = *fields.command;
+    const std::uint64_t requestID = *fields.requestID;
+    if (name == "configure_file_prompt")
+        return command::ConfigureFilePrompt{requestID, fields.renamePrompt.value_or(false)};
+    if (name == "ping")
+        return command::Ping{requestID};
+    if (name == "discard_pending")
+        return command::DiscardPending{requestID};
+    if (name == "quit")
+        return command::Quit{requestID};
+    if (name == "write_text")
+        return command::WriteText{requestID, std::move(fields.textBase64), std::move(fields.marker)};
+    if (name == "write_image_data")
+        return command::WriteImageData{requestID, std::move(fields.imageBase64)};
+    if (name == "write_files")
+        return command::WriteFiles{requestID, std::move(fields.kind),
+                                   std::move(fields.paths).value_or(std::vector<std::string>()),
+                                   std::move(fields.marker), fields.expectedSequence};
+    return command::Unknown{requestID};
+}
+
+} // namespace
+
+class CommandDecoder::Parser {
+public:
+    ondemand::parser simdjson;
+};
+
+CommandDecoder::CommandDecoder() : parser_(std::make_unique<Parser>()) {}
+
+CommandDecoder::~CommandDecoder() = default;
+
+std::optional<ClipboardCommand> CommandDecoder::decode(const LineReader::Line& line) {
+    std::string_view text(line.text.data(), line.text.size());
+    if (text.starts_with(byteOrderMark)) // RFC 8259, section 8.1: a reader may ignore it
+        text.remove_prefix(byteOrderMark.size());
+
+    std::optional<Fields> fields;
+    ondemand::document document;
+    const simdjson::padded_string_view padded(text, text.size() + LineReader::padding);
+    // Checks the encoding, the quotes and the characters of the whole line.
+    if (parser_->simdjson.iterate(padded).get(document) == simdjson::SUCCESS)
+        fields = LineWalker(line).walk(document);
+    if (text.size() > keptParserBytes)
+        parser_ = std::make_unique<Parser>();
+
+    if (!fields || !fields->command || !fields->requestID)
+        return std::nullopt;
+    return commandFrom(std::move(*fields));
+}
+
+} // namespace tavel

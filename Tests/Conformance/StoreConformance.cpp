@@ -1,0 +1,39 @@
+#include "Linux/Store/LmdbEnvironment.h"
+#include "Linux/Store/StorePasteboard.h"
+#include "Tests/Conformance/PasteboardConformance.h"
+#include "Tests/Support/TestDirectory.h"
+
+namespace tavel {
+
+namespace {
+
+/// A store of the test's own, in which no pasteboard is the user's. Another program is a second object here:
+/// the objects share nothing but the store. Processes of their own are what Tests/Store adds.
+class HeadlessBackend final : public PasteboardBackend {
+public:
+    std::shared_ptr<Pasteboard> open(const std::optional<std::string>& name) override {
+        return std::make_shared<StorePasteboard>(environment_, name);
+    }
+
+    std::shared_ptr<Pasteboard> openElsewhere(const std::optional<std::string>& name) override {
+        return open(name);
+    }
+
+private:
+    TestDirectory directory_;
+    std::shared_ptr<const LmdbEnvironment> environment_ =
+        std::make_shared<const LmdbEnvironment>(directory_.path());
+};
+
+constexpr PasteboardBackendMaker headless{
+    "Headless", []() -> std::unique_ptr<PasteboardBackend> { return std::make_unique<HeadlessBackend>(); }};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(Backend, PasteboardConformance, testing::Values(headless), backendLabel);
+INSTANTIATE_TEST_SUITE_P(Backend, ItemConformance, testing::Values(headless), backendLabel);
+INSTANTIATE_TEST_SUITE_P(Backend, TrailingZeroConformance, testing::Values(headless), backendLabel);
+INSTANTIATE_TEST_SUITE_P(Backend, UpdateIsolationConformance, testing::Values(headless), backendLabel);
+INSTANTIATE_TEST_SUITE_P(Backend, GeneralPasteboardConformance, testing::Values(headless), backendLabel);
+
+} // namespace tavel

@@ -1,0 +1,153 @@
+#include "Linux/Store/StorePasteboard.h"
+
+#include "Platform/PasteboardTypes.h"
+#include "Support/Error.h"
+#include "Tests/Support/TestDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <stdexcept>
+#include <thread>
+
+namespace tavel {
+
+namespace {
+
+/// What the store adds to the contract of pasteboards.
+class HeadlessPasteboardStore : public testing::Test {
+protected:
+    static constexpr std::string_view someType = "net.example.some";
+
+    std::shared_ptr<const LmdbEnvironment> openEnvironment() const {
+        return std::make_shared<const LmdbEnvironment>(directory());
+    }
+
+    std::filesystem::path directory() const { return scratch_.runtimeDirectory(); }
+    std::filesystem::path storeFile() const { return directory() / "pasteboards-1.mdb"; }
+
+    /// Large enough to be shared with the store and not copied.
+    static Bytes largePayload(char fill) { return Bytes::adopt(std::string(std::size_t{1} << 20, fill)); }
+
+private:
+    const TestDirectory scratch_;
+};
+
+} // namespace
+
+TEST_F(HeadlessPasteboardStore, keepsContentAndChangeCountWhenItIsClosed) {
+    std::int64_t count = 0;
+    {
+        StorePasteboard pasteboard(openEnvironment(), "name");
+        pasteboard.clearContents();
+        count = pasteboard.clearContents();
+        ASSERT_TRUE(pasteboard.setString("kept", someType));
+    }
+    StorePasteboard pasteboard(openEnvironment(), "name");
+    EXPECT_EQ(pasteboard.changeCount(), count);
+    EXPECT_EQ(pasteboard.string(someType)->view(), "kept");
+    EXPECT_FALSE(pasteboard.setString("more", someType)) << "whoever cleared it is gone";
+}
+
+TEST_F(HeadlessPasteboardStore, anUpdateWhoseStepsThrowLeavesNoTrace) {
+    const auto environment = openEnvironment();
+    StorePasteboard ours(environment, "name");
+    StorePasteboard theirs(environment, "name");
+    theirs.clearContents();
+    ASSERT_TRUE(theirs.setString("theirs", someType));
+    const std::int64_t before = ours.changeCount();
+    EXPECT_THROW(ours.update([&]() -> bool {
+        ours.clearContents();
+        ours.setString("ours", someType);
+        throw std::runtime_error("a step failed");
+    }),
+                 std::runtime_error);
+    EXPECT_EQ(ours.changeCount(), before);
+    EXPECT_EQ(ours.string(someType)->view(), "theirs");
+
+    // The other program's next clearing gets the number that the undone one had.
+    theirs.clearContents();
+    EXPECT_FALSE(ours.setString("ours", someType)) << "it is theirs";
+}
+
+TEST_F(HeadlessPasteboardStore, anUpdateWhoseStepsThrowLeavesThePasteboardToItsOwner) {
+    StorePasteboard pasteboard(openEnvironment(), "name");
+    pasteboard.clearContents();
+    EXPECT_THROW(pasteboard.update([&]() -> bool {
+        pasteboard.clearContents();
+        throw std::runtime_error("a step failed");
+    }),
+                 std::runtime_error);
+    EXPECT_TRUE(pasteboard.setString("still ours", someType));
+}
+
+TEST_F(HeadlessPasteboardStore, dataReadMayBeLetGoOnAnyThread) {
+    StorePasteboard pasteboard(openEnvironment(), "name");
+    pasteboard.clearContents();
+    ASSERT_TRUE(pasteboard.setData(largePayload('a'), someType));
+    auto read = pasteboard.data(someType);
+    ASSERT_TRUE(read);
+    bool equal = false;
+    std::thread([&, taken = std::move(*read)]() mutable {
+        equal = taken.view() == largePayload('a').view();
+        taken = Bytes();
+    }).join();
+    read.reset();
+    EXPECT_TRUE(equal);
+    EXPECT_GT(pasteboard.clearContents(), 0);
+}
+
+TEST_F(HeadlessPasteboardStore, theChangeCountDoesNotGoBackWhenTooMuchIsBeingReadAtOnce) {
+    const auto environment = openEnvironment();
+    StorePasteboard pasteboard(environment, "name");
+    pasteboard.clearContents();
+    ASSERT_TRUE(pasteboard.setData(largePayload('a'), someType));
+    StorePasteboard polled(environment, "name");
+    const std::int64_t count = polled.changeCount();
+
+    // Each holds a view of the store; there is room for a thousand or so.
+    std::vector<Bytes> held;
+    while (const auto read = pasteboard.data(someType)) {
+        held.push_back(*read);
+        ASSERT_LT(held.size(), 5000U) << "the room has no end";
+    }
+    EXPECT_GE(held.size(), 900U);
+    EXPECT_EQ(polled.changeCount(), count);
+    EXPECT_EQ(pasteboard.clearContents(), count + 1) << "writing needs none of that room";
+    EXPECT_EQ(pasteboard.changeCount(), count + 1);
+    EXPECT_EQ(polled.changeCount(), count + 1);
+    held.clear();
+    EXPECT_TRUE(pasteboard.setData(largePayload('b'), someType));
+    EXPECT_TRUE(polled.data(someType));
+}
+
+TEST_F(HeadlessPasteboardStore, whoseFileIsNoStoreIsRefusedAndLeftAsItIs) {
+    const auto garbage = [&](std::size_t size) {
+        std::string content;
+        while (content.size() < size)
+            content += "This is no store. ";
+        return content;
+    };
+    const TestDirectory elsewhere;
+    const auto file = elsewhere.createFile("runtime/pasteboards-1.mdb", garbage(100'000));
+    const auto size = std::filesystem::file_size(file);
+    EXPECT_THROW(LmdbEnvironment{elsewhere.runtimeDirectory()}, Error);
+    EXPECT_EQ(std::filesystem::file_size(file), size);
+}
+
+TEST_F(HeadlessPasteboardStore, inAMissingDirectoryIsRefused) {
+    EXPECT_THROW(LmdbEnvironment{directory() / "missing"}, Error);
+}
+
+TEST_F(HeadlessPasteboardStore, whoseMakingWasCutShortIsMadeAnew) {
+    { StorePasteboard(openEnvironment(), "name").clearContents(); }
+    // A full disk, or the death of the process that made it, may leave any part of the beginning.
+    for (const std::uintmax_t size : {std::uintmax_t{0}, std::uintmax_t{100}, std::uintmax_t{4096}}) {
+        std::filesystem::resize_file(storeFile(), size);
+        StorePasteboard pasteboard(openEnvironment(), "name");
+        EXPECT_EQ(pasteboard.clearContents(), 1) << size << " bytes were there";
+        EXPECT_TRUE(pasteboard.setString("text", someType));
+    }
+}
+
+} // namespace tavel

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Linux/Store/StorePasteboard.h"
+#include "Tests/Store/ChildProcess.h"
+#include "Tests/Store/StampedContent.h"
+#include "Tests/Support/TestDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tavel {
+
+/// A store that this process and children share. This process opens it when a test says so, as a process may
+/// have it open only once.
+class StoreProcessTest : public testing::Test {
+protected:
+    static constexpr std::uint64_t mebibyte = std::uint64_t{1} << 20;
+
+    StoreProcessTest() = default;
+
+    /// Opens the store anew, as a program that starts does.
+    std::unique_ptr<StorePasteboard> open() const;
+
+    /// Starts another program on the same pasteboard; the roles are told in PasteboardWriter.cpp.
+    std::unique_ptr<ChildProcess> start(const std::vector<std::string>& role) const;
+
+    /// The length of the store's file, and the space that it takes up.
+    std::uint64_t storeBytes() const;
+    std::uint64_t allocatedStoreBytes() const;
+
+    const std::filesystem::path& storeDirectory() const { return storeDirectory_; }
+
+private:
+    std::filesystem::path storeFile() const;
+
+    const TestDirectory scratch_;
+    const std::filesystem::path storeDirectory_ = scratch_.runtimeDirectory();
+};
+
+} // namespace tavel
