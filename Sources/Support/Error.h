@@ -7,7 +7,7 @@
 namespace tavel {
 
 /// A failure whose cause matters to whoever catches it. The domain names who numbers the codes ("Tavel",
-/// "NSCocoaErrorDomain", "LMDB"); the description is meant for people.
+/// "POSIX", "LMDB"); the description is meant for people.
 class Error : public std::exception {
 public:
     Error(std::string domain, int code, std::string description)

@@ -43,14 +43,14 @@ ssize_t readSome(int descriptor, char* target, std::size_t room) {
 InputFile::InputFile(const std::string& path, Links links) : path_(path) {
     descriptor_ = openForReading(path, links);
     if (descriptor_ < 0)
-        throw fileReadError(errno, path);
+        throw FileError(FileError::Operation::read, errno, path);
     struct stat status {};
     int failure = fstat(descriptor_, &status) == 0 ? 0 : errno;
     if (failure == 0 && !S_ISREG(status.st_mode))
         failure = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
     if (failure != 0) {
         close(descriptor_);
-        throw fileReadError(failure, path);
+        throw FileError(FileError::Operation::read, failure, path);
     }
     size_ = static_cast<std::size_t>(status.st_size);
 }
@@ -73,7 +73,7 @@ Bytes InputFile::read(std::size_t limit) {
         }
         const ssize_t count = readSome(descriptor_, content.get() + used, capacity - used);
         if (count < 0)
-            throw fileReadError(errno, path_);
+            throw FileError(FileError::Operation::read, errno, path_);
         if (count == 0)
             break;
         used += static_cast<std::size_t>(count);

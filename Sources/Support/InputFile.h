@@ -8,7 +8,7 @@
 namespace tavel {
 
 /// A regular file that is open for reading. What is no regular file is not waited for, as a FIFO could be for
-/// ever. Failures throw the Error of `fileReadError`.
+/// ever. Failures throw FileError.
 class InputFile {
 public:
     /// What to do when the path's last part is a symbolic link.

@@ -37,7 +37,7 @@ int writeWith(int flags, const std::filesystem::path& path, std::string_view con
 void writePrivateFile(const std::filesystem::path& path, std::string_view content) {
     const int failure = writeWith(O_TRUNC, path, content);
     if (failure != 0)
-        throw fileWriteError(failure, path.string());
+        throw FileError(FileError::Operation::write, failure, path.string());
 }
 
 void writePrivateFileAtomically(const std::filesystem::path& path, std::string_view content) {
@@ -49,7 +49,7 @@ void writePrivateFileAtomically(const std::filesystem::path& path, std::string_v
     if (failure == 0)
         return;
     unlink(partial.c_str());
-    throw fileWriteError(failure, path.string());
+    throw FileError(FileError::Operation::write, failure, path.string());
 }
 
 } // namespace tavel

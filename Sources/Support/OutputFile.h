@@ -5,8 +5,7 @@
 
 namespace tavel {
 
-// Files that only their owner can read (0600), from their first byte on. Failures throw the Error of
-// `fileWriteError`.
+// Files that only their owner can read (0600), from their first byte on. Failures throw FileError.
 
 /// Writes a file. An existing one is replaced byte by byte; after a failure a part may be there.
 void writePrivateFile(const std::filesystem::path& path, std::string_view content);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Support/Error.h"
+#include "TavelClipboardAgent/HomePlatformError.h"
 
 #include <string>
 #include <string_view>
@@ -48,14 +48,16 @@ inline std::string noReadableFormat(const std::string& offeredTypes) {
 }
 
 inline std::string formatsNotPrepared(const Error& error) {
-    return "Presse-papiers : échec de préparation des formats (" + error.domain() + ":" +
-           std::to_string(error.code()) + ").";
+    const Error shown = homePlatformError(error);
+    return "Presse-papiers : échec de préparation des formats (" + shown.domain() + ":" +
+           std::to_string(shown.code()) + ").";
 }
 
 /// For the system's log.
 inline std::string fileNotPrepared(const Error& error) {
-    return "Tavel : préparation du fichier impossible (" + error.domain() + ":" +
-           std::to_string(error.code()) + ", " + error.description() + ")";
+    const Error shown = homePlatformError(error);
+    return "Tavel : préparation du fichier impossible (" + shown.domain() + ":" +
+           std::to_string(shown.code()) + ", " + shown.description() + ")";
 }
 
 } // namespace tavel::messages

@@ -49,7 +49,7 @@ public:
 
     /// Writes the file and adds it to the pasteboard's content. Gives its path, or nothing if the change
     /// count is not `sequence` any more. Throws Error: "Tavel" 5 for a name that is not valid, "Tavel" 2 if
-    /// the pasteboard refuses, and those of fileWriteError. What was written is then removed.
+    /// the pasteboard refuses, and FileError. What was written is then removed.
     std::optional<std::filesystem::path> publishGeneratedFile(std::int64_t sequence, const Bytes& data,
                                                               const std::string& name);
 

@@ -54,7 +54,7 @@ std::optional<std::filesystem::path> FilePaste::publishGeneratedFile(std::int64_
     // One of its own for each file, so that the file can have any name.
     const std::filesystem::path directory = root_ / ("paste-" + makeUuid());
     if (!createPrivateDirectory(directory))
-        throw fileWriteError(errno, directory.string());
+        throw FileError(FileError::Operation::write, errno, directory.string());
     bool committed = false;
     const ScopeExit cleanUp([&] {
         if (!committed)

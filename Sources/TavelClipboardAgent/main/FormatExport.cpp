@@ -52,7 +52,7 @@ bool writeFormats(ExportDirectory& parent, const std::filesystem::path& director
                   const CapturedFormats& formats) {
     bool there = parent.whileThere([&] {
         if (!createPrivateDirectory(directory))
-            throw fileWriteError(errno, directory.string());
+            throw FileError(FileError::Operation::write, errno, directory.string());
     });
     // One by one, so that the end of the agent waits for one file at most.
     for (auto one = formats.begin(); there && one != formats.end(); ++one)

@@ -1,5 +1,7 @@
 #include "Tests/Unit/FilePaste/FilePasteFixture.h"
 
+#include "TavelClipboardAgent/HomePlatformError.h"
+
 #include <iterator>
 #include <optional>
 #include <stdexcept>
@@ -117,7 +119,8 @@ std::string errorOf(const std::function<void()>& action) {
         action();
         return {};
     } catch (const Error& error) {
-        return error.domain() + " " + std::to_string(error.code());
+        const Error shown = homePlatformError(error);
+        return shown.domain() + " " + std::to_string(shown.code());
     }
 }
 

@@ -1,9 +1,12 @@
 #include "Support/Error.h"
 
+#include "Support/FileError.h"
 #include "Support/ScopeExit.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <stdexcept>
 #include <string>
@@ -12,8 +15,8 @@ namespace tavel {
 namespace {
 
 TEST(Error, tellsItsDomainCodeAndDescription) {
-    const Error error("NSCocoaErrorDomain", -7, "Le fichier n’existe pas");
-    EXPECT_EQ(error.domain(), "NSCocoaErrorDomain");
+    const Error error("LMDB", -7, "Le fichier n’existe pas");
+    EXPECT_EQ(error.domain(), "LMDB");
     EXPECT_EQ(error.code(), -7);
     EXPECT_EQ(error.description(), "Le fichier n’existe pas");
 }
@@ -24,6 +27,22 @@ TEST(Error, describesItselfAsAnyException) {
     } catch (const std::exception& error) {
         EXPECT_STREQ(error.what(), "refusé");
     }
+}
+
+TEST(FileError, tellsTheOperationTheErrnoAndTheFile) {
+    using Operation = FileError::Operation;
+    for (const Operation operation : {Operation::read, Operation::write}) {
+        for (const int code : {ENOENT, ENOSPC, EIO}) {
+            const FileError error(operation, code, "/a directory/file");
+            EXPECT_EQ(error.operation(), operation);
+            EXPECT_EQ(error.domain(), "POSIX");
+            EXPECT_EQ(error.code(), code);
+            EXPECT_EQ(error.path(), "/a directory/file");
+            EXPECT_EQ(error.description(), "/a directory/file: " + std::string(std::strerror(code)));
+        }
+    }
+    EXPECT_EQ(FileError(Operation::read, ENOENT, "").description(),
+              ": " + std::string(std::strerror(ENOENT)));
 }
 
 TEST(ScopeExit, runsItsActionWhenTheScopeEnds) {

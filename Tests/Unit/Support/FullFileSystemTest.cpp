@@ -30,14 +30,15 @@ TEST(FullFileSystem, leavesTheOldFileWhenTheNewOneDoesNotFit) {
     EXPECT_EQ(exitStatusOf([&] {
                   mountSmallFileSystem(scratch.path());
                   const fs::path file = scratch.makeFile("file", "old");
-                  if (writingCode(atomicWriter, file, std::string(2 << 20, 'x')) != 640)
+                  if (writingCode(atomicWriter, file, std::string(2 << 20, 'x')) != ENOSPC)
                       return 1;
                   if (readBack(file) != "old" || countEntries(scratch.path()) != 1)
                       return 2;
                   const std::string fitting(900'000, 'x'); // only if nothing took up room
                   if (writingCode(atomicWriter, file, fitting) != 0 || readBack(file) != fitting)
                       return 3;
-                  return writingCode(atomicWriter, file, fitting) == 640 && readBack(file) == fitting ? 0 : 4;
+                  return writingCode(atomicWriter, file, fitting) == ENOSPC && readBack(file) == fitting ? 0
+                                                                                                         : 4;
               }),
               0);
 }
@@ -46,7 +47,7 @@ TEST(FullFileSystem, isToldOfWhenAFileIsWrittenDirectly) {
     const ScratchDirectory scratch;
     EXPECT_EQ(exitStatusOf([&] {
                   mountSmallFileSystem(scratch.path());
-                  if (writingCode(directWriter, scratch / "file", std::string(2 << 20, 'x')) != 640)
+                  if (writingCode(directWriter, scratch / "file", std::string(2 << 20, 'x')) != ENOSPC)
                       return 1;
                   return writingCode(directWriter, scratch / "file", std::string(900'000, 'x'));
               }),
@@ -58,7 +59,7 @@ TEST(ReadOnlyFileSystem, isToldOf) {
     EXPECT_EQ(exitStatusOf([&] {
                   mountSmallFileSystem(scratch.path(), MS_RDONLY);
                   for (const Writer& writer : writers) {
-                      if (writingCode(writer, scratch / "file", "new") != 642)
+                      if (writingCode(writer, scratch / "file", "new") != EROFS)
                           return 1;
                   }
                   return 0;

@@ -1,6 +1,6 @@
 #include "Support/InputFile.h"
 
-#include "Support/Error.h"
+#include "Support/FileError.h"
 #include "Tests/Unit/Fixtures/ChildProcess.h"
 #include "Tests/Unit/Fixtures/Random.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
@@ -32,16 +32,16 @@ std::string contentOf(const fs::path& path, std::size_t limit = noLimit, Links l
     return std::string(InputFile(path.string(), links).read(limit).view());
 }
 
-std::optional<Error> openingError(const std::string& path, Links links = Links::follow) {
+std::optional<FileError> openingError(const std::string& path, Links links = Links::follow) {
     try {
         const InputFile file(path, links);
         return std::nullopt;
-    } catch (const Error& error) {
+    } catch (const FileError& error) {
         return error;
     }
 }
 
-/// The code of the error with which opening fails; 0 if it does not.
+/// The errno with which opening fails; 0 if it succeeds.
 int openingCode(const std::string& path, Links links = Links::follow) {
     const auto error = openingError(path, links);
     return error ? error->code() : 0;
@@ -145,7 +145,7 @@ TEST(InputFile, followsALinkOnlyIfThatIsAsked) {
     EXPECT_EQ(contentOf(link, noLimit, Links::follow), "content");
     const auto error = openingError(link, Links::refuse);
     ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), 256);
+    EXPECT_EQ(error->code(), ELOOP);
     EXPECT_EQ(error->description(), link + ": " + std::strerror(ELOOP));
 }
 
@@ -160,8 +160,8 @@ TEST(InputFile, refusesALinkOnlyAsThePathsLastPart) {
 TEST(InputFile, findsNothingBehindADanglingLink) {
     const ScratchDirectory scratch;
     fs::create_symlink(scratch / "missing", scratch / "dangling");
-    EXPECT_EQ(openingCode((scratch / "dangling").string(), Links::follow), 260);
-    EXPECT_EQ(openingCode((scratch / "dangling").string(), Links::refuse), 256);
+    EXPECT_EQ(openingCode((scratch / "dangling").string(), Links::follow), ENOENT);
+    EXPECT_EQ(openingCode((scratch / "dangling").string(), Links::refuse), ELOOP);
 }
 
 TEST(InputFile, refusesADirectory) {
@@ -170,7 +170,7 @@ TEST(InputFile, refusesADirectory) {
     for (const Links links : {Links::follow, Links::refuse}) {
         const auto error = openingError(directory, links);
         ASSERT_TRUE(error);
-        EXPECT_EQ(error->code(), 256);
+        EXPECT_EQ(error->code(), EISDIR);
         EXPECT_EQ(error->description(), directory + ": " + std::strerror(EISDIR));
     }
 }
@@ -179,8 +179,8 @@ TEST(InputFile, refusesAFifoWithoutWaitingForItsWriter) {
     const ScratchDirectory scratch;
     const std::string fifo = (scratch / "fifo").string();
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    EXPECT_EQ(openingCode(fifo, Links::follow), 256);
-    EXPECT_EQ(openingCode(fifo, Links::refuse), 256);
+    EXPECT_EQ(openingCode(fifo, Links::follow), EINVAL);
+    EXPECT_EQ(openingCode(fifo, Links::refuse), EINVAL);
 }
 
 TEST(InputFile, refusesDevicesAndSockets) {
@@ -193,32 +193,34 @@ TEST(InputFile, refusesDevicesAndSockets) {
     const int socketDescriptor = socket(AF_UNIX, SOCK_STREAM, 0);
     ASSERT_GE(socketDescriptor, 0);
     EXPECT_EQ(bind(socketDescriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    EXPECT_EQ(openingCode(path), 256);
+    EXPECT_EQ(openingCode(path), ENXIO);
     close(socketDescriptor);
-    EXPECT_EQ(openingCode("/dev/null"), 256);
-    EXPECT_EQ(openingCode("/dev/zero"), 256);
+    EXPECT_EQ(openingCode("/dev/null"), EINVAL);
+    EXPECT_EQ(openingCode("/dev/zero"), EINVAL);
 }
 
 TEST(InputFile, findsNothingUnderAPathWithAZeroByte) {
     const ScratchDirectory scratch;
     const std::string file = scratch.makeFile("file").string();
-    EXPECT_EQ(openingCode(file + '\0'), 260);
-    EXPECT_EQ(openingCode(file + '\0' + "tail"), 260);
-    EXPECT_EQ(openingCode(std::string(1, '\0')), 260);
+    EXPECT_EQ(openingCode(file + '\0'), ENOENT);
+    EXPECT_EQ(openingCode(file + '\0' + "tail"), ENOENT);
+    EXPECT_EQ(openingCode(std::string(1, '\0')), ENOENT);
 }
 
 TEST(InputFile, tellsWhyAPathNamesNothing) {
     const ScratchDirectory scratch;
     const std::string file = scratch.makeFile("file").string();
     EXPECT_EQ(openingCode(file), 0);
-    EXPECT_EQ(openingCode(file + "2"), 260);
-    EXPECT_EQ(openingCode(""), 260);
-    EXPECT_EQ(openingCode(file + "/below"), 256);
-    EXPECT_EQ(openingCode(file + "/"), 256);
-    EXPECT_EQ(openingCode((scratch / std::string(256, 'n')).string()), 258);
+    EXPECT_EQ(openingCode(file + "2"), ENOENT);
+    EXPECT_EQ(openingCode(""), ENOENT);
+    EXPECT_EQ(openingCode(file + "/below"), ENOTDIR);
+    EXPECT_EQ(openingCode(file + "/"), ENOTDIR);
+    EXPECT_EQ(openingCode((scratch / std::string(256, 'n')).string()), ENAMETOOLONG);
     const auto error = openingError(file + "2");
     ASSERT_TRUE(error);
-    EXPECT_EQ(error->domain(), "NSCocoaErrorDomain");
+    EXPECT_EQ(error->domain(), "POSIX");
+    EXPECT_EQ(error->operation(), FileError::Operation::read);
+    EXPECT_EQ(error->path(), file + "2");
     EXPECT_EQ(error->description(), file + "2: " + std::strerror(ENOENT));
 }
 
@@ -229,7 +231,7 @@ TEST(InputFile, tellsThatItMayNotBeRead) {
     fs::permissions(file, fs::perms{0000});
     EXPECT_EQ(exitStatusOf([&] {
                   dropRootRights();
-                  return openingCode(file) == 257 ? 0 : 1;
+                  return openingCode(file) == EACCES ? 0 : 1;
               }),
               0);
 }

@@ -38,7 +38,7 @@ int writeBeyondTheLimit(const Writer& writer, const fs::path& path) {
     constexpr rlimit limit{4096, 4096};
     if (setrlimit(RLIMIT_FSIZE, &limit) != 0)
         return 1;
-    return writingCode(writer, path, std::string(1 << 20, 'x')) == 512 ? 0 : 2;
+    return writingCode(writer, path, std::string(1 << 20, 'x')) == EFBIG ? 0 : 2;
 }
 
 TEST(OutputFile, holdsWhatWasWritten) {
@@ -109,8 +109,8 @@ TEST(OutputFile, doesNotGoThroughALink) {
         fs::create_symlink(target, scratch / "link");
         fs::create_symlink(scratch / "missing", scratch / "dangling");
         const bool isAtomic = writer.write == writePrivateFileAtomically;
-        EXPECT_EQ(writingCode(writer, scratch / "link", "new"), isAtomic ? 0 : 512);
-        EXPECT_EQ(writingCode(writer, scratch / "dangling", "new"), isAtomic ? 0 : 512);
+        EXPECT_EQ(writingCode(writer, scratch / "link", "new"), isAtomic ? 0 : ELOOP);
+        EXPECT_EQ(writingCode(writer, scratch / "dangling", "new"), isAtomic ? 0 : ELOOP);
         EXPECT_EQ(readBack(target), "target") << writer.name;
         EXPECT_EQ(modeOf(target), 0644U) << writer.name;
         EXPECT_EQ(fs::is_symlink(scratch / "link"), !isAtomic) << "the link itself is what gets replaced";
@@ -141,9 +141,9 @@ TEST(OutputFile, tellsWhyItCannotBeMade) {
     for (const Writer& writer : writers) {
         const ScratchDirectory scratch;
         const fs::path file = scratch.makeFile("file");
-        EXPECT_EQ(writingCode(writer, scratch / "missing/file", "new"), 4) << writer.name;
-        EXPECT_EQ(writingCode(writer, file / "below", "new"), 512) << writer.name;
-        EXPECT_EQ(writingCode(writer, scratch / std::string(256, 'n'), "new"), 514) << writer.name;
+        EXPECT_EQ(writingCode(writer, scratch / "missing/file", "new"), ENOENT) << writer.name;
+        EXPECT_EQ(writingCode(writer, file / "below", "new"), ENOTDIR) << writer.name;
+        EXPECT_EQ(writingCode(writer, scratch / std::string(256, 'n'), "new"), ENAMETOOLONG) << writer.name;
         EXPECT_EQ(readBack(file), "content") << writer.name;
         EXPECT_EQ(countEntries(scratch.path()), 1) << writer.name;
     }
@@ -153,7 +153,7 @@ TEST(OutputFile, doesNotTakeADirectorysPlace) {
     for (const Writer& writer : writers) {
         const ScratchDirectory scratch;
         fs::create_directory(scratch / "directory");
-        EXPECT_EQ(writingCode(writer, scratch / "directory", "new"), 512) << writer.name;
+        EXPECT_EQ(writingCode(writer, scratch / "directory", "new"), EISDIR) << writer.name;
         EXPECT_TRUE(fs::is_directory(scratch / "directory")) << writer.name;
         EXPECT_EQ(countEntries(scratch / "directory"), 0) << writer.name;
         EXPECT_EQ(countEntries(scratch.path()), 1) << writer.name;
@@ -166,7 +166,7 @@ TEST(OutputFile, tellsThatItMayNotBeMade) {
         fs::permissions(scratch.path(), fs::perms{0500});
         EXPECT_EQ(exitStatusOf([&] {
                       dropRootRights();
-                      return writingCode(writer, scratch / "file", "new") == 513 ? 0 : 1;
+                      return writingCode(writer, scratch / "file", "new") == EACCES ? 0 : 1;
                   }),
                   0)
             << writer.name;
@@ -182,8 +182,10 @@ TEST(OutputFile, isNamedByItsErrors) {
         try {
             writer.write(file, "new");
             FAIL() << "Writing has to fail";
-        } catch (const Error& error) {
-            EXPECT_EQ(error.domain(), "NSCocoaErrorDomain");
+        } catch (const FileError& error) {
+            EXPECT_EQ(error.domain(), "POSIX") << writer.name;
+            EXPECT_EQ(error.operation(), FileError::Operation::write) << writer.name;
+            EXPECT_EQ(error.path(), file.string()) << writer.name;
             EXPECT_EQ(error.description(), file.string() + ": " + std::strerror(ENOENT)) << writer.name;
         }
     }

@@ -1,8 +1,9 @@
-#include "Support/Error.h"
+#include "Support/FileError.h"
 #include "Support/InputFile.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -27,9 +28,9 @@ TEST(ProcFile, tellsThatReadingFailed) {
     try {
         static_cast<void>(file.read(100));
         FAIL() << "Reading has to fail";
-    } catch (const Error& error) {
-        EXPECT_EQ(error.domain(), "NSCocoaErrorDomain");
-        EXPECT_EQ(error.code(), 256);
+    } catch (const FileError& error) {
+        EXPECT_EQ(error.operation(), FileError::Operation::read);
+        EXPECT_EQ(error.code(), EIO);
         EXPECT_TRUE(error.description().starts_with("/proc/self/mem: ")) << error.description();
     }
 }

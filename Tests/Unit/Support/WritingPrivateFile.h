@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Support/Error.h"
+#include "Support/FileError.h"
 #include "Support/OutputFile.h"
 
 #include <cstddef>
@@ -23,12 +23,12 @@ inline constexpr Writer directWriter{"directly", writePrivateFile};
 inline constexpr Writer atomicWriter{"atomically", writePrivateFileAtomically};
 inline constexpr Writer writers[] = {directWriter, atomicWriter};
 
-/// The code of the error with which writing fails; 0 if it does not.
+/// The errno with which writing fails; 0 if it succeeds.
 inline int writingCode(const Writer& writer, const std::filesystem::path& path, std::string_view content) {
     try {
         writer.write(path, content);
         return 0;
-    } catch (const Error& error) {
+    } catch (const FileError& error) {
         return error.code();
     }
 }

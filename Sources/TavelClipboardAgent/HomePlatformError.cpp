@@ -1,15 +1,12 @@
+#include "TavelClipboardAgent/HomePlatformError.h"
+
 #include "Support/FileError.h"
 
 #include <cerrno>
-#include <system_error>
 
 namespace tavel {
 
 namespace {
-
-Error fileError(int cocoaCode, int code, const std::string& path) {
-    return {"NSCocoaErrorDomain", cocoaCode, path + ": " + std::generic_category().message(code)};
-}
 
 int readErrorCode(int code) {
     switch (code) {
@@ -50,12 +47,13 @@ int writeErrorCode(int code) {
 
 } // namespace
 
-Error fileReadError(int code, const std::string& path) {
-    return fileError(readErrorCode(code), code, path);
-}
-
-Error fileWriteError(int code, const std::string& path) {
-    return fileError(writeErrorCode(code), code, path);
+Error homePlatformError(const Error& error) {
+    const auto* const fileError = dynamic_cast<const FileError*>(&error);
+    if (fileError == nullptr)
+        return error;
+    const int code = fileError->operation() == FileError::Operation::read ? readErrorCode(error.code())
+                                                                          : writeErrorCode(error.code());
+    return {"NSCocoaErrorDomain", code, error.description()};
 }
 
 } // namespace tavel
