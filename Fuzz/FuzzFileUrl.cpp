@@ -1,6 +1,6 @@
 #include "Fuzz/Fuzz.h"
 #include "Support/FileUrl.h"
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 
 #include <string>
 

@@ -2,7 +2,7 @@
 #include "Linux/Contents/SelectionText.h"
 #include "Linux/Contents/TargetNames.h"
 #include "Linux/Contents/UriList.h"
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 
 #include <algorithm>
 #include <array>

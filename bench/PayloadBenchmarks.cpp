@@ -1,6 +1,6 @@
 #include "Support/Base64.h"
 #include "Support/JsonWriter.h"
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 #include "TavelClipboardAgent/Formats/ValidRepresentation.h"
 
 #include <benchmark/benchmark.h>

@@ -5,7 +5,7 @@
 #include "Mac/RaisedExceptions.h"
 #include "Mac/Strings.h"
 #include "Platform/PasteboardTypes.h"
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 
 #include <utility>
 

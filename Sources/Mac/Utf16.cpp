@@ -1,6 +1,6 @@
 #include "Mac/Utf16.h"
 
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 
 #include <utf8proc.h>
 

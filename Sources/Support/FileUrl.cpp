@@ -1,7 +1,7 @@
 #include "Support/FileUrl.h"
 
 #include "Support/Files.h"
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 
 #include <cstddef>
 
@@ -16,26 +16,10 @@ bool isUnescaped(char c) {
            std::string_view("!$&'()*+,-./:=@_~").find(c) != std::string_view::npos;
 }
 
-char lowerCased(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-/// Schemes and hosts compare without regard to ASCII case (RFC 3986, 3.1 and 3.2.2). `expected` is lower
-/// case.
-bool equalsIgnoringCase(std::string_view text, std::string_view expected) {
-    if (text.size() != expected.size())
-        return false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (lowerCased(text[i]) != expected[i])
-            return false;
-    }
-    return true;
-}
-
 std::optional<unsigned> hexDigit(char c) {
     if (c >= '0' && c <= '9')
         return static_cast<unsigned>(c - '0');
-    const char lower = lowerCased(c);
+    const char lower = asciiLowerCase(c);
     if (lower >= 'a' && lower <= 'f')
         return static_cast<unsigned>(lower - 'a') + 10;
     return std::nullopt;
@@ -83,7 +67,8 @@ std::string fileUrlFromPath(const std::string& path) {
 }
 
 std::optional<std::string> pathFromFileUrl(std::string_view url) {
-    if (url.size() < scheme.size() || !equalsIgnoringCase(url.substr(0, scheme.size()), scheme))
+    // Scheme and host compare without regard to ASCII case (RFC 3986, 3.1 and 3.2.2).
+    if (url.size() < scheme.size() || !equalsIgnoringAsciiCase(url.substr(0, scheme.size()), scheme))
         return std::nullopt;
     url.remove_prefix(scheme.size());
     url = url.substr(0, url.find_first_of("?#"));
@@ -93,7 +78,7 @@ std::optional<std::string> pathFromFileUrl(std::string_view url) {
         if (slash == std::string_view::npos)
             return std::nullopt;
         const std::string_view host = url.substr(0, slash);
-        if (!host.empty() && !equalsIgnoringCase(host, "localhost"))
+        if (!host.empty() && !equalsIgnoringAsciiCase(host, "localhost"))
             return std::nullopt;
         url.remove_prefix(slash);
     }

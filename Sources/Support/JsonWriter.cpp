@@ -1,7 +1,7 @@
 #include "Support/JsonWriter.h"
 
 #include "Support/Base64.h"
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 
 #include <utility>
 

@@ -5,7 +5,7 @@
 #include "Support/Error.h"
 #include "Support/FileUrl.h"
 #include "Support/Files.h"
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 
 #include <unistd.h>
 

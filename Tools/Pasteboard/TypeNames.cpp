@@ -1,6 +1,7 @@
 #include "Pasteboard/TypeNames.h"
 
 #include "Platform/PasteboardTypes.h"
+#include "Support/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -41,10 +42,6 @@ constexpr std::array fileNameEndings{
     FileNameEnding{".pdf", "pdf"},   FileNameEnding{".svg", "svg"},   FileNameEnding{".webp", "webp"},
 };
 
-char inLowerCase(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 constexpr std::size_t nameColumnWidth = 10;
 
 } // namespace
@@ -56,7 +53,7 @@ std::string typeIdentifier(std::string_view name) {
 
 std::string typeIdentifierForFile(const std::string& file) {
     std::string ending = std::filesystem::path(file).extension().string();
-    std::ranges::transform(ending, ending.begin(), inLowerCase);
+    std::ranges::transform(ending, ending.begin(), asciiLowerCase);
     const auto* const found = std::ranges::find(fileNameEndings, ending, &FileNameEnding::ending);
     return typeIdentifier(found != fileNameEndings.end() ? found->typeName : "text");
 }

@@ -2,7 +2,7 @@
 
 #include "Linux/Contents/TargetNames.h"
 #include "Platform/PasteboardTypes.h"
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 
 #include <glib.h>
 

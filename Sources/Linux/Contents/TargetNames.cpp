@@ -1,6 +1,7 @@
 #include "Linux/Contents/TargetNames.h"
 
 #include "Platform/PasteboardTypes.h"
+#include "Support/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -56,10 +57,6 @@ bool isProtocolName(std::string_view name) {
     return std::ranges::find(protocolNames, name) != protocolNames.end();
 }
 
-char inLowerCase(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 /// A MIME name in the form of the table; every other name as it is.
 std::string normalised(std::string_view target) {
     std::string name(target);
@@ -67,7 +64,7 @@ std::string normalised(std::string_view target) {
         return name;
     std::erase(name, ' '); // "text/plain; charset=UTF-8" is the same
     std::erase(name, '"');
-    std::ranges::transform(name, name.begin(), inLowerCase);
+    std::ranges::transform(name, name.begin(), asciiLowerCase);
     return name;
 }
 

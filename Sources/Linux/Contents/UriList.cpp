@@ -1,5 +1,7 @@
 #include "Linux/Contents/UriList.h"
 
+#include "Support/Text.h"
+
 #include <algorithm>
 #include <array>
 
@@ -30,11 +32,6 @@ std::vector<std::string> linesOf(std::string_view text) {
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     return lines;
-}
-
-bool equalsIgnoringCase(std::string_view one, std::string_view other) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    return std::ranges::equal(one, other, {}, lower, lower);
 }
 
 } // namespace
@@ -69,12 +66,12 @@ std::vector<std::string> urisInCopiedFiles(std::string_view text) {
 }
 
 std::string withoutOwnHost(std::string_view uri, std::string_view hostName) {
-    if (!equalsIgnoringCase(uri.substr(0, fileScheme.size()), fileScheme))
+    if (!equalsIgnoringAsciiCase(uri.substr(0, fileScheme.size()), fileScheme))
         return std::string(uri);
     const std::string_view rest = uri.substr(fileScheme.size());
     const std::size_t slash = rest.find('/');
     if (hostName.empty() || slash == std::string_view::npos ||
-        !equalsIgnoringCase(rest.substr(0, slash), hostName))
+        !equalsIgnoringAsciiCase(rest.substr(0, slash), hostName))
         return std::string(uri);
     return std::string(fileScheme).append(rest.substr(slash));
 }

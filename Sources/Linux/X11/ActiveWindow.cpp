@@ -1,6 +1,7 @@
 #include "Linux/X11/ActiveWindow.h"
 
 #include "Linux/X11/X11Reply.h"
+#include "Support/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -28,14 +29,6 @@ constexpr std::array fileManagerClasses{
     std::string_view("io.elementary.files"),
     std::string_view("org.kde.dolphin"),
 };
-
-char lowerCase(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool equalsIgnoringCase(std::string_view one, std::string_view other) {
-    return std::ranges::equal(one, other, {}, lowerCase, lowerCase);
-}
 
 /// In units of four bytes; a class name is no longer than this.
 constexpr std::uint32_t longestProperty = 256;
@@ -120,7 +113,7 @@ void ActiveWindow::activate(xcb_window_t window) const {
 
 bool isFileManagerClass(std::string_view className) {
     return std::ranges::any_of(fileManagerClasses, [className](std::string_view known) {
-        return equalsIgnoringCase(className, known);
+        return equalsIgnoringAsciiCase(className, known);
     });
 }
 

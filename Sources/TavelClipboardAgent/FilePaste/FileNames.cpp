@@ -1,6 +1,6 @@
 #include "TavelClipboardAgent/FilePaste/FileNames.h"
 
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 #include "TavelClipboardAgent/FilePaste/UnicodeText.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "TavelClipboardAgent/Formats/ValidRepresentation.h"
 
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 
 #include <cstddef>

@@ -2,7 +2,7 @@
 #include "Support/Error.h"
 #include "Support/Files.h"
 #include "Support/InputFile.h"
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 #include "TavelClipboardAgent/Formats/LoadRepresentations.h"
 #include "TavelClipboardAgent/Messages.h"
 #include "TavelClipboardAgent/main/ClipboardWorker.h"

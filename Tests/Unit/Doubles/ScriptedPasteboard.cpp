@@ -3,7 +3,7 @@
 #include "Platform/PasteboardItems.h"
 #include "Platform/PasteboardTypes.h"
 #include "Support/FileUrl.h"
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 
 #include <algorithm>
 

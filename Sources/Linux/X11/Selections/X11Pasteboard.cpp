@@ -5,7 +5,7 @@
 #include "Linux/Contents/UriList.h"
 #include "Platform/PasteboardTypes.h"
 #include "Support/FileUrl.h"
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 
 #include <glib.h>
 

@@ -1,4 +1,4 @@
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 
 #include <simdjson.h>
 

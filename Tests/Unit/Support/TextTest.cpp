@@ -1,4 +1,4 @@
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 
 #include <gtest/gtest.h>
 
@@ -151,6 +151,26 @@ TEST(Utf8, findsOneWrongByteAnywhereInALongText) {
         text[position] = '\x80';
         ASSERT_FALSE(isUtf8(text)) << "at " << position;
     }
+}
+
+TEST(AsciiLowerCase, changesNothingButAsciiCapitals) {
+    const std::string_view capitals = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+    const std::string_view small = "abcdefghijklmnopqrstuvwxyz";
+    for (int octet = 0; octet < 256; ++octet) {
+        const char c = static_cast<char>(octet);
+        const std::size_t position = capitals.find(c);
+        EXPECT_EQ(asciiLowerCase(c), position == std::string_view::npos ? c : small[position]) << octet;
+    }
+}
+
+TEST(EqualsIgnoringAsciiCase, comparesTheWholeTexts) {
+    EXPECT_TRUE(equalsIgnoringAsciiCase("", ""));
+    EXPECT_TRUE(equalsIgnoringAsciiCase("FILE:", "file:"));
+    EXPECT_TRUE(equalsIgnoringAsciiCase("local[Host]", "LOCAL[hOST]"));
+    EXPECT_FALSE(equalsIgnoringAsciiCase("file", "file:"));
+    EXPECT_FALSE(equalsIgnoringAsciiCase("file:", "file"));
+    EXPECT_FALSE(equalsIgnoringAsciiCase("[", "{")); // as far apart as a capital and its small letter
+    EXPECT_FALSE(equalsIgnoringAsciiCase("\xC3\x89", "\xC3\xA9")); // É and é
 }
 
 } // namespace
