@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
 
 namespace tavel {
@@ -39,11 +38,7 @@ xcb_get_property_cookie_t ask(xcb_connection_t* connection, xcb_window_t window,
 }
 
 X11Reply<xcb_get_property_reply_t> answer(xcb_connection_t* connection, xcb_get_property_cookie_t cookie) {
-    // An error of its own, so that none comes as an event: the window may just have gone.
-    xcb_generic_error_t* error = nullptr;
-    X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection, cookie, &error));
-    std::free(error);
-    return reply;
+    return awaitReply(connection, cookie, xcb_get_property_reply);
 }
 
 std::optional<std::uint32_t> number(const X11Reply<xcb_get_property_reply_t>& reply) {
@@ -75,9 +70,8 @@ ActiveWindow::ActiveWindow(xcb_connection_t* connection, xcb_window_t root)
     constexpr std::string_view processName = "_NET_WM_PID";
     const auto active = xcb_intern_atom(connection_, 0, activeName.size(), activeName.data());
     const auto process = xcb_intern_atom(connection_, 0, processName.size(), processName.data());
-    const X11Reply<xcb_intern_atom_reply_t> activeReply(xcb_intern_atom_reply(connection_, active, nullptr));
-    const X11Reply<xcb_intern_atom_reply_t> processReply(
-        xcb_intern_atom_reply(connection_, process, nullptr));
+    const auto activeReply = awaitReply(connection_, active, xcb_intern_atom_reply);
+    const auto processReply = awaitReply(connection_, process, xcb_intern_atom_reply);
     if (activeReply != nullptr)
         activeWindow_ = activeReply->atom;
     if (processReply != nullptr)

@@ -1,12 +1,9 @@
 #include "Linux/X11/X11Connection.h"
 
-#include "Linux/X11/X11Reply.h"
-
 #include <poll.h>
 #include <xcb/xfixes.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 
 namespace tavel {
@@ -46,8 +43,7 @@ std::optional<std::uint8_t> selectionOwnerEventOf(xcb_connection_t* connection) 
         return std::nullopt;
     const auto cookie =
         xcb_xfixes_query_version(connection, XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION);
-    const X11Reply<xcb_xfixes_query_version_reply_t> version(
-        xcb_xfixes_query_version_reply(connection, cookie, nullptr));
+    const auto version = awaitReply(connection, cookie, xcb_xfixes_query_version_reply);
     if (version == nullptr)
         return std::nullopt;
     return static_cast<std::uint8_t>(extension->first_event + XCB_XFIXES_SELECTION_NOTIFY);
@@ -72,8 +68,7 @@ std::unique_ptr<X11Connection> X11Connection::open(const char* display) {
 X11Connection::X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen,
                              std::uint8_t selectionOwnerEvent)
     : connection_(connection), window_(xcb_generate_id(connection)),
-      largestPropertyBytes_(largestPropertyOf(connection)), selectionOwnerEvent_(selectionOwnerEvent),
-      queued_(nullptr, std::free) {
+      largestPropertyBytes_(largestPropertyOf(connection)), selectionOwnerEvent_(selectionOwnerEvent) {
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen.root, -1, -1, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
@@ -101,7 +96,7 @@ std::vector<xcb_atom_t> X11Connection::atoms(std::span<const std::string> names)
                 xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()));
     }
     for (const auto& [position, cookie] : asked) {
-        const X11Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection_, cookie, nullptr));
+        const auto reply = awaitReply(connection_, cookie, xcb_intern_atom_reply);
         if (reply == nullptr)
             continue;
         found[position] = reply->atom;
@@ -120,10 +115,7 @@ std::vector<std::string> X11Connection::atomNames(std::span<const xcb_atom_t> at
             asked.emplace_back(found.size() - 1, xcb_get_atom_name(connection_, atom));
     }
     for (const auto& [position, cookie] : asked) {
-        // An error of its own, so that none comes as an event.
-        xcb_generic_error_t* error = nullptr;
-        const X11Reply<xcb_get_atom_name_reply_t> reply(xcb_get_atom_name_reply(connection_, cookie, &error));
-        std::free(error);
+        const auto reply = awaitReply(connection_, cookie, xcb_get_atom_name_reply);
         if (reply == nullptr)
             continue;
         found[position].assign(xcb_get_atom_name_name(reply.get()),
@@ -155,8 +147,7 @@ void X11Connection::dispatchEvents() {
 
 void X11Connection::synchronize() {
     const auto cookie = xcb_get_input_focus(connection_);
-    const X11Reply<xcb_get_input_focus_reply_t> reply(
-        xcb_get_input_focus_reply(connection_, cookie, nullptr));
+    awaitReply(connection_, cookie, xcb_get_input_focus_reply);
     // What happened before the answer has been read along with it, and tells of an earlier request.
     while (hasQueuedEvent() && isEarlierRequest(queued_->full_sequence, cookie.sequence))
         dispatch(std::move(queued_));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Linux/X11/X11Reply.h"
+
 #include <xcb/xcb.h>
 
 #include <chrono>
@@ -93,7 +95,7 @@ public:
 private:
     X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen, std::uint8_t selectionOwnerEvent);
 
-    using Event = std::unique_ptr<xcb_generic_event_t, void (*)(void*)>;
+    using Event = X11Reply<xcb_generic_event_t>;
 
     void dispatch(Event event);
     void remember(const std::string& name, xcb_atom_t atom);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <xcb/xcb.h>
+
 #include <cstdlib>
 #include <memory>
 
@@ -9,8 +11,17 @@ struct X11Free {
     void operator()(void* memory) const { std::free(memory); }
 };
 
-/// A reply or an event, which xcb hands over in memory from malloc.
+/// A reply, an event or an error, which xcb hands over in memory from malloc.
 template <typename Kind>
 using X11Reply = std::unique_ptr<Kind, X11Free>;
+
+/// Waits for the reply to a request; null if the request failed or the server is lost. `fetch` is the xcb
+/// function that gives the reply. xcb frees the error of a failed request, unless the request was made by an
+/// "_unchecked" function: only then does the error come as an event.
+template <typename Reply, typename Cookie>
+X11Reply<Reply> awaitReply(xcb_connection_t* connection, Cookie cookie,
+                           Reply* (*fetch)(xcb_connection_t*, Cookie, xcb_generic_error_t**)) {
+    return X11Reply<Reply>(fetch(connection, cookie, nullptr));
+}
 
 } // namespace tavel

@@ -178,9 +178,7 @@ void KeyTapThread::letGo() {
 }
 
 void KeyTapThread::synchronize() const {
-    const auto cookie = xcb_get_input_focus(connection_.get());
-    const X11Reply<xcb_get_input_focus_reply_t> reply(
-        xcb_get_input_focus_reply(connection_.get(), cookie, nullptr));
+    awaitReply(connection_.get(), xcb_get_input_focus(connection_.get()), xcb_get_input_focus_reply);
 }
 
 void KeyTapThread::pressed(const xcb_key_press_event_t& key) {
@@ -233,10 +231,7 @@ void KeyTapThread::hold(const xcb_key_press_event_t& key) {
 /// The server ends a grab, without a word, when its window or one around it can no longer be seen.
 void KeyTapThread::checkHold() {
     const auto cookie = xcb_get_window_attributes(connection_.get(), held_->window);
-    xcb_generic_error_t* error = nullptr;
-    const X11Reply<xcb_get_window_attributes_reply_t> window(
-        xcb_get_window_attributes_reply(connection_.get(), cookie, &error));
-    const X11Reply<xcb_generic_error_t> ownedError(error);
+    const auto window = awaitReply(connection_.get(), cookie, xcb_get_window_attributes_reply);
     if (window == nullptr || window->map_state != XCB_MAP_STATE_VIEWABLE)
         endHold(held_->modifiers);
 }

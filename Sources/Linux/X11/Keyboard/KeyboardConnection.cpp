@@ -37,9 +37,8 @@ std::optional<std::uint8_t> prepareXkb(xcb_connection_t* connection) {
     const auto use = xcb_xkb_use_extension(connection, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION);
     constexpr std::uint32_t repeat = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
     const auto flags = xcb_xkb_per_client_flags(connection, theKeyboard, repeat, repeat, 0, 0, 0);
-    const X11Reply<xcb_xkb_use_extension_reply_t> used(xcb_xkb_use_extension_reply(connection, use, nullptr));
-    const X11Reply<xcb_xkb_per_client_flags_reply_t> set(
-        xcb_xkb_per_client_flags_reply(connection, flags, nullptr));
+    const auto used = awaitReply(connection, use, xcb_xkb_use_extension_reply);
+    const auto set = awaitReply(connection, flags, xcb_xkb_per_client_flags_reply);
     if (used == nullptr || used->supported == 0 || set == nullptr || (set->value & repeat) == 0)
         return std::nullopt;
     return extension->first_event;
@@ -100,7 +99,7 @@ bool KeyboardConnection::isKeyboardChange(const xcb_generic_event_t& event) cons
 KeyboardMap KeyboardConnection::readMap() {
     const auto cookie = xcb_xkb_get_map(connection_, theKeyboard, XCB_XKB_MAP_PART_KEY_SYMS, 0, 0, 0, 0, 0, 0,
                                         0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
-    const X11Reply<xcb_xkb_get_map_reply_t> reply(xcb_xkb_get_map_reply(connection_, cookie, nullptr));
+    const auto reply = awaitReply(connection_, cookie, xcb_xkb_get_map_reply);
     KeyboardMap map;
     if (reply == nullptr || (reply->present & XCB_XKB_MAP_PART_KEY_SYMS) == 0)
         return map;
@@ -117,15 +116,14 @@ KeyboardMap KeyboardConnection::readMap() {
 
 std::uint8_t KeyboardConnection::readGroup() {
     const auto cookie = xcb_xkb_get_state(connection_, theKeyboard);
-    const X11Reply<xcb_xkb_get_state_reply_t> reply(xcb_xkb_get_state_reply(connection_, cookie, nullptr));
+    const auto reply = awaitReply(connection_, cookie, xcb_xkb_get_state_reply);
     return reply != nullptr ? reply->group : 0;
 }
 
 KeyCombinations KeyboardConnection::pasteCombinations() {
     const KeyboardMap map = readMap();
     const auto cookie = xcb_get_modifier_mapping(connection_);
-    const X11Reply<xcb_get_modifier_mapping_reply_t> reply(
-        xcb_get_modifier_mapping_reply(connection_, cookie, nullptr));
+    const auto reply = awaitReply(connection_, cookie, xcb_get_modifier_mapping_reply);
     std::span<const std::uint8_t> mapping;
     if (reply != nullptr)
         mapping = {xcb_get_modifier_mapping_keycodes(reply.get()),

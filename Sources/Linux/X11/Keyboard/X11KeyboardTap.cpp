@@ -98,8 +98,7 @@ bool X11KeyboardTap::isKeyDown(std::int64_t keyCode) {
         return false;
     const auto cookie = xcb_query_keymap(connection_->get());
     const std::vector<xcb_keycode_t> codes = codesOf(connection_->readMap(), keyCode);
-    const X11Reply<xcb_query_keymap_reply_t> down(
-        xcb_query_keymap_reply(connection_->get(), cookie, nullptr));
+    const auto down = awaitReply(connection_->get(), cookie, xcb_query_keymap_reply);
     thread_->wake();
     return down != nullptr && std::ranges::any_of(codes, [&](xcb_keycode_t code) {
                return (down->keys[code / 8] >> (code % 8) & 1) != 0;

@@ -1,7 +1,8 @@
 #include "Linux/X11/Selections/SelectionReader.h"
 
+#include "Linux/X11/X11Reply.h"
+
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 #include <memory>
 #include <new>
@@ -202,11 +203,8 @@ PropertyPart SelectionReader::readPart(Transfer& transfer, std::size_t offset, s
         connection_.get(), 1, connection_.window(), transfer.property, XCB_GET_PROPERTY_TYPE_ANY,
         static_cast<std::uint32_t>(offset / unitBytes), static_cast<std::uint32_t>(length / unitBytes));
     transfer.lastReading = cookie.sequence;
-    // An error of its own, so that none comes as an event.
-    xcb_generic_error_t* error = nullptr;
-    const std::shared_ptr<xcb_get_property_reply_t> reply(
-        xcb_get_property_reply(connection_.get(), cookie, &error), std::free);
-    std::free(error);
+    const std::shared_ptr<xcb_get_property_reply_t> reply =
+        awaitReply(connection_.get(), cookie, xcb_get_property_reply);
     if (reply == nullptr)
         return {};
     const auto size = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));

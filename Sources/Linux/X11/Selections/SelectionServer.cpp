@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <new>
 #include <utility>
 
@@ -82,9 +81,7 @@ bool SelectionServer::convert(const OwnedSelection& owned, const Conversion& con
 bool SelectionServer::convertMultiple(const OwnedSelection& owned, const Conversion& conversion) {
     const auto cookie = xcb_get_property(connection_.get(), 0, conversion.requestor, conversion.property,
                                          XCB_GET_PROPERTY_TYPE_ANY, 0, 2 * mostConversions);
-    xcb_generic_error_t* error = nullptr; // of its own, so that none comes as an event
-    const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection_.get(), cookie, &error));
-    std::free(error);
+    const auto reply = awaitReply(connection_.get(), cookie, xcb_get_property_reply);
     if (reply == nullptr || reply->format != 32 || reply->bytes_after > 0)
         return false;
     const auto* const first = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));

@@ -49,8 +49,7 @@ X11Selection& X11Selections::selection(const std::optional<std::string>& pastebo
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
     const auto cookie = xcb_get_selection_owner(connection_->get(), atom);
-    const X11Reply<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(connection_->get(), cookie, nullptr));
+    const auto reply = awaitReply(connection_->get(), cookie, xcb_get_selection_owner_reply);
     selection.owner = reply != nullptr ? reply->owner : xcb_window_t{XCB_NONE};
     // An owner refuses what was asked before its time, and of this one no news has come.
     connection_->fetchTime();
