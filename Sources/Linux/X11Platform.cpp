@@ -10,7 +10,7 @@
 namespace tavel {
 
 X11Platform::X11Platform(std::unique_ptr<X11Connection> connection)
-    : selections_(std::make_shared<X11Selections>(std::move(connection), X11Selections::Patience{})),
+    : selections_(std::make_shared<X11Selections>(std::move(connection), TransferTimeOuts{})),
       events_(selections_),
       focusProbe_(selections_->connection(), deadline_, writeToSystemLog, modulePath("tavel-focus")),
       keyboardTap_(nullptr, eventLoop(), deadline_) {

@@ -22,7 +22,7 @@ protected:
         return after - before;
     }
 
-    X11Peers peers{longPatience()};
+    X11Peers peers{longTimeOuts()};
     ScriptedOwner owner{peers.display()};
 };
 

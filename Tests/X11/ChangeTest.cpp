@@ -19,7 +19,7 @@ protected:
     /// Another program, quick enough to copy many times between two polls.
     PasteboardProgram& program() {
         if (!program_)
-            program_.emplace(server_.display(), X11Selections::Patience{});
+            program_.emplace(server_.display(), TransferTimeOuts{});
         return *program_;
     }
 
@@ -60,7 +60,7 @@ TEST_F(ChangeOnX11, whatIsThereAtTheStartIsNotReported) {
 TEST_F(ChangeOnX11, anOwnerThatEndsIsNoNewContent) {
     agent();
     {
-        PasteboardProgram passing(server_.display(), X11Selections::Patience{});
+        PasteboardProgram passing(server_.display(), TransferTimeOuts{});
         const auto pasteboard = passing.open(std::nullopt);
         pasteboard->clearContents();
         EXPECT_EQ(agent().nextMessage(), announcement(1));

@@ -16,7 +16,7 @@ using testing::IsEmpty;
 
 class ForeignContent : public testing::Test {
 protected:
-    X11Peers peers{longPatience()};
+    X11Peers peers{longTimeOuts()};
     ScriptedOwner owner{peers.display()};
 };
 
@@ -149,7 +149,7 @@ TEST_F(ForeignContent, fileListOfRubbishNamesNoFiles) {
 
 // Each waits for the other, and serves it meanwhile.
 TEST_F(ForeignContent, ofTwoProgramsThatReadEachOtherAtOnceArrivesAtBoth) {
-    PasteboardProgram other(peers.display(), longPatience());
+    PasteboardProgram other(peers.display(), longTimeOuts());
     const std::string bytes = distinctBytes(std::size_t{20} << 20);
     const auto theirs = other.open("one");
     const auto ours = peers.program().open("one");

@@ -53,7 +53,7 @@ protected:
     }
 
     ScriptedOwner manager_{server_.display()};
-    PasteboardProgram program_{server_.display(), X11Selections::Patience{}};
+    PasteboardProgram program_{server_.display(), TransferTimeOuts{}};
 };
 
 TEST_F(HandOver, letsTheContentOutliveTheAgent) {

@@ -15,7 +15,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 TEST(HostileOwner, whoNeverAnswersForItsTargetsHasNoTypesAndIsNotAskedAgain) {
-    X11Peers peers(shortSilence());
+    X11Peers peers(shortOwnerTimeOut());
     ScriptedOwner owner(peers.display());
     owner.on("TARGETS", owner.silence());
     owner.take();
@@ -26,7 +26,7 @@ TEST(HostileOwner, whoNeverAnswersForItsTargetsHasNoTypesAndIsNotAskedAgain) {
 }
 
 TEST(HostileOwner, whoHangsOnTheDataGivesNothing) {
-    X11Peers peers(shortSilence());
+    X11Peers peers(shortOwnerTimeOut());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", owner.silence());
@@ -37,14 +37,14 @@ TEST(HostileOwner, whoHangsOnTheDataGivesNothing) {
 }
 
 TEST(HostileOwner, whoRefusesEverythingDoesSoAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.take();
     EXPECT_LT(durationOf([&] { EXPECT_THAT(peers.board().types(), IsEmpty()); }), atOnce);
 }
 
 TEST(HostileOwner, whoRefusesWhatItOffersGivesNothingAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING", "STRING"});
     owner.take();
@@ -54,7 +54,7 @@ TEST(HostileOwner, whoRefusesWhatItOffersGivesNothingAtOnce) {
 }
 
 TEST(HostileOwner, whoRefusesOneFormOfTheTextIsAskedForTheNext) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING", "STRING"});
     owner.on("STRING", owner.value("STRING", "abc"));
@@ -63,7 +63,7 @@ TEST(HostileOwner, whoRefusesOneFormOfTheTextIsAskedForTheNext) {
 }
 
 TEST(HostileOwner, whoAnnouncesAPropertyThatIsNotThereGivesNothingAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto& request) { owner.notify(request); });
@@ -72,7 +72,7 @@ TEST(HostileOwner, whoAnnouncesAPropertyThatIsNotThereGivesNothingAtOnce) {
 }
 
 TEST(HostileOwner, whoSetsThePropertyTwiceBeforeTheAnswerGivesTheLatterValue) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto& request) {
@@ -85,7 +85,7 @@ TEST(HostileOwner, whoSetsThePropertyTwiceBeforeTheAnswerGivesTheLatterValue) {
 }
 
 TEST(HostileOwner, whoSetsThePropertyAgainAfterTheAnswerDoesNotDisturbTheNextRead) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING", "text/html"});
     owner.on("UTF8_STRING", [&](const auto& request) {
@@ -105,7 +105,7 @@ TEST(HostileOwner, whoSetsThePropertyAgainAfterTheAnswerDoesNotDisturbTheNextRea
 }
 
 TEST(HostileOwner, whoAnswersTwiceIsTakenAtItsFirstWord) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto& request) {
@@ -124,7 +124,7 @@ TEST(HostileOwner, whoAnswersTwiceIsTakenAtItsFirstWord) {
 }
 
 TEST(HostileOwner, whoExitsWithoutAnAnswerEndsTheReadAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto&) { owner.disconnect(); });
@@ -134,7 +134,7 @@ TEST(HostileOwner, whoExitsWithoutAnAnswerEndsTheReadAtOnce) {
 }
 
 TEST(HostileOwner, whoDestroysItsWindowWithoutAnAnswerEndsTheReadAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto&) { owner.destroyWindow(); });
@@ -143,7 +143,7 @@ TEST(HostileOwner, whoDestroysItsWindowWithoutAnAnswerEndsTheReadAtOnce) {
 }
 
 TEST(HostileOwner, whoIsReplacedWithoutAnAnswerEndsTheReadAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     ScriptedOwner next(peers.display());
     next.offerValue("UTF8_STRING", "next");
@@ -156,9 +156,9 @@ TEST(HostileOwner, whoIsReplacedWithoutAnAnswerEndsTheReadAtOnce) {
 
 // An owner that is silent is silent, whatever else goes on. (A third program's events come all the time.)
 TEST(HostileOwner, whoIsSilentIsGivenUpThoughOtherEventsComeMeanwhile) {
-    auto patience = longPatience();
-    patience.silence = std::chrono::milliseconds(200);
-    X11Peers peers(patience);
+    auto timeOuts = longTimeOuts();
+    timeOuts.ownerInactivity = std::chrono::milliseconds(200);
+    X11Peers peers(timeOuts);
     ScriptedOwner owner(peers.display());
     ScriptedOwner noise(peers.display());
     owner.offer({"UTF8_STRING"});
@@ -183,9 +183,9 @@ TEST(HostileOwner, whoIsSilentIsGivenUpThoughOtherEventsComeMeanwhile) {
 
 // The longest that a content's owner can hold this program up is the limit, also with events without end.
 TEST(HostileOwner, whoFloodsTheAwaitedPropertyIsGivenUpAtTheContentsLimit) {
-    auto patience = longPatience();
-    patience.content = std::chrono::seconds(1);
-    X11Peers peers(patience);
+    auto timeOuts = longTimeOuts();
+    timeOuts.wholeContent = std::chrono::seconds(1);
+    X11Peers peers(timeOuts);
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     std::atomic<bool> isOver = false;
@@ -207,7 +207,7 @@ TEST(HostileOwner, whoFloodsTheAwaitedPropertyIsGivenUpAtTheContentsLimit) {
 }
 
 TEST(HostileOwner, whoDatesItsRefusalOtherwiseIsTakenToRefuseAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto& request) { owner.refuse(request, XCB_CURRENT_TIME); });
@@ -216,10 +216,10 @@ TEST(HostileOwner, whoDatesItsRefusalOtherwiseIsTakenToRefuseAtOnce) {
 }
 
 TEST(HostileOwner, isWaitedForNoLongerThanTheContentsLimitOverAllReads) {
-    auto patience = longPatience();
-    patience.silence = std::chrono::milliseconds(500);
-    patience.content = std::chrono::milliseconds(700);
-    X11Peers peers(patience);
+    auto timeOuts = longTimeOuts();
+    timeOuts.ownerInactivity = std::chrono::milliseconds(500);
+    timeOuts.wholeContent = std::chrono::milliseconds(700);
+    X11Peers peers(timeOuts);
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", owner.silence());

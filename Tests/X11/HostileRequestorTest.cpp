@@ -47,7 +47,7 @@ protected:
     }
 
     const std::string picture = distinctBytes(large);
-    X11Peers peers{longPatience()};
+    X11Peers peers{longTimeOuts()};
     ScriptedRequestor requestor{peers.display()};
 };
 

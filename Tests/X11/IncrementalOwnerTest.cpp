@@ -19,7 +19,7 @@ std::vector<std::string> partsOf(const std::string& bytes, std::size_t size) {
 }
 
 TEST(IncrementalOwner, plainPropertyOf15MebibytesArrivesAsItIs) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     const std::string bytes = distinctBytes(15 * mebibyte);
     owner.offerValue("image/png", bytes);
@@ -28,7 +28,7 @@ TEST(IncrementalOwner, plainPropertyOf15MebibytesArrivesAsItIs) {
 }
 
 TEST(IncrementalOwner, incrementsOf20MebibytesInAllArriveAsTheyAre) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     const std::string bytes = distinctBytes(20 * mebibyte);
     owner.offer({"image/png"});
@@ -38,7 +38,7 @@ TEST(IncrementalOwner, incrementsOf20MebibytesInAllArriveAsTheyAre) {
 }
 
 TEST(IncrementalOwner, incrementsThatNeedSeveralReadsArriveAsTheyAre) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     const std::string bytes = distinctBytes(20 * mebibyte);
     owner.offer({"image/png"});
@@ -50,7 +50,7 @@ TEST(IncrementalOwner, incrementsThatNeedSeveralReadsArriveAsTheyAre) {
 class Hint : public testing::TestWithParam<std::uint32_t> {};
 
 TEST_P(Hint, isNotTrusted) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto& request) {
@@ -64,7 +64,7 @@ TEST_P(Hint, isNotTrusted) {
 INSTANTIATE_TEST_SUITE_P(IncrementalOwner, Hint, testing::Values(0U, 1U, 1'000'000U, 0xFFFFFFFFU));
 
 TEST(IncrementalOwner, hintWithoutASizeIsAHint) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto& request) {
@@ -77,7 +77,7 @@ TEST(IncrementalOwner, hintWithoutASizeIsAHint) {
 }
 
 TEST(IncrementalOwner, hintInAnotherFormatIsAHint) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto& request) {
@@ -90,7 +90,7 @@ TEST(IncrementalOwner, hintInAnotherFormatIsAHint) {
 }
 
 TEST(IncrementalOwner, endWithoutAnyIncrementIsAnEmptyText) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", owner.increments("UTF8_STRING", {}));
@@ -99,7 +99,7 @@ TEST(IncrementalOwner, endWithoutAnyIncrementIsAnEmptyText) {
 }
 
 TEST(IncrementalOwner, whoChangesTheTypeHalfWayGivesNothingAndIsLetFinish) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     std::promise<bool> finished;
@@ -118,7 +118,7 @@ TEST(IncrementalOwner, whoChangesTheTypeHalfWayGivesNothingAndIsLetFinish) {
 }
 
 TEST(IncrementalOwner, whoChangesTheFormatHalfWayGivesNothingAndIsLetFinish) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     std::promise<bool> finished;
@@ -137,9 +137,9 @@ TEST(IncrementalOwner, whoChangesTheFormatHalfWayGivesNothingAndIsLetFinish) {
 }
 
 TEST(IncrementalOwner, whoSendsWithoutEndIsGivenUpAtTheContentsLimit) {
-    auto patience = longPatience();
-    patience.content = std::chrono::seconds(1);
-    X11Peers peers(patience);
+    auto timeOuts = longTimeOuts();
+    timeOuts.wholeContent = std::chrono::seconds(1);
+    X11Peers peers(timeOuts);
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto& request) {
@@ -157,9 +157,9 @@ TEST(IncrementalOwner, whoSendsWithoutEndIsGivenUpAtTheContentsLimit) {
 }
 
 TEST(IncrementalOwner, whoGetsOnSlowlyIsWaitedFor) {
-    auto patience = longPatience();
-    patience.silence = std::chrono::seconds(1);
-    X11Peers peers(patience);
+    auto timeOuts = longTimeOuts();
+    timeOuts.ownerInactivity = std::chrono::seconds(1);
+    X11Peers peers(timeOuts);
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto& request) {
@@ -175,7 +175,7 @@ TEST(IncrementalOwner, whoGetsOnSlowlyIsWaitedFor) {
 }
 
 TEST(IncrementalOwner, whoStallsHalfWayGivesNothingAndCanGoOnLater) {
-    X11Peers peers(shortSilence());
+    X11Peers peers(shortOwnerTimeOut());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING", "text/html"});
     owner.on("UTF8_STRING", [&](const auto& request) {
@@ -193,7 +193,7 @@ TEST(IncrementalOwner, whoStallsHalfWayGivesNothingAndCanGoOnLater) {
 }
 
 TEST(IncrementalOwner, whoExitsHalfWayEndsTheReadAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto& request) {
@@ -208,7 +208,7 @@ TEST(IncrementalOwner, whoExitsHalfWayEndsTheReadAtOnce) {
 }
 
 TEST(IncrementalOwner, whoDestroysItsWindowHalfWayEndsTheReadAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto& request) {
@@ -222,7 +222,7 @@ TEST(IncrementalOwner, whoDestroysItsWindowHalfWayEndsTheReadAtOnce) {
 }
 
 TEST(IncrementalOwner, whoIsReplacedHalfWayGivesNothingAndIsLetFinish) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     ScriptedOwner next(peers.display());
     next.offerValue("UTF8_STRING", "next");

@@ -21,7 +21,7 @@ std::size_t largestProperty(X11Peers& peers) {
 }
 
 TEST(IncrementalRequestor, getsTheLargestPlainPropertyAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedRequestor requestor(peers.display());
     const std::string bytes = distinctBytes(largestProperty(peers));
     peers.write("public.png", bytes);
@@ -33,7 +33,7 @@ TEST(IncrementalRequestor, getsTheLargestPlainPropertyAtOnce) {
 }
 
 TEST(IncrementalRequestor, getsOneByteMoreInIncrements) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedRequestor requestor(peers.display());
     const std::string bytes = distinctBytes(largestProperty(peers) + 1);
     peers.write("public.png", bytes);
@@ -51,7 +51,7 @@ TEST(IncrementalRequestor, getsOneByteMoreInIncrements) {
 }
 
 TEST(IncrementalRequestor, isOneOfThreeThatAreServedByTurns) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     const std::string bytes = distinctBytes(large);
     peers.write("public.png", bytes);
     std::array<std::unique_ptr<ScriptedRequestor>, 3> requestors;
@@ -80,7 +80,7 @@ TEST(IncrementalRequestor, isOneOfThreeThatAreServedByTurns) {
 }
 
 TEST(IncrementalRequestor, canHaveTwoTransfersIntoOneWindow) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedRequestor requestor(peers.display());
     peers.board().clearContents();
     const std::string png = distinctBytes(large, 1);
@@ -99,7 +99,7 @@ TEST(IncrementalRequestor, canHaveTwoTransfersIntoOneWindow) {
 }
 
 TEST(IncrementalRequestor, isServedToTheEndWhenAnotherProgramHasTakenTheSelection) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedRequestor requestor(peers.display());
     ScriptedOwner other(peers.display());
     const std::string bytes = distinctBytes(large);
@@ -117,7 +117,7 @@ TEST(IncrementalRequestor, isServedToTheEndWhenAnotherProgramHasTakenTheSelectio
 }
 
 TEST(IncrementalRequestor, isServedTheOldContentToTheEndWhenTheProgramHasANewOne) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedRequestor requestor(peers.display());
     const std::string bytes = distinctBytes(large);
     peers.write("public.png", bytes);
@@ -130,9 +130,9 @@ TEST(IncrementalRequestor, isServedTheOldContentToTheEndWhenTheProgramHasANewOne
 }
 
 TEST(IncrementalRequestor, whoStallsIsGivenUpWhileAnotherGoesOn) {
-    auto patience = longPatience();
-    patience.requestor = std::chrono::seconds(1);
-    X11Peers peers(patience);
+    auto timeOuts = longTimeOuts();
+    timeOuts.requestorInactivity = std::chrono::seconds(1);
+    X11Peers peers(timeOuts);
     ScriptedRequestor stalled(peers.display());
     ScriptedRequestor busy(peers.display());
     ScriptedOwner other(peers.display());
@@ -157,9 +157,9 @@ TEST(IncrementalRequestor, whoStallsIsGivenUpWhileAnotherGoesOn) {
 }
 
 TEST(IncrementalRequestor, whoNeverBeginsIsGivenUp) {
-    auto patience = longPatience();
-    patience.requestor = std::chrono::milliseconds(200);
-    X11Peers peers(patience);
+    auto timeOuts = longTimeOuts();
+    timeOuts.requestorInactivity = std::chrono::milliseconds(200);
+    X11Peers peers(timeOuts);
     ScriptedRequestor stalled(peers.display());
     ScriptedOwner other(peers.display());
     peers.write("public.png", distinctBytes(large));

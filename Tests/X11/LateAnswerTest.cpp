@@ -21,7 +21,7 @@ protected:
 
     void answerLate() { owner.value("UTF8_STRING", "late")(late); }
 
-    X11Peers peers{shortSilence()};
+    X11Peers peers{shortOwnerTimeOut()};
     ScriptedOwner owner{peers.display()};
     ScriptedOwner::Request late;
 };
@@ -104,9 +104,9 @@ TEST_F(LateAnswer, thatRefusesIsNotTakenForTheNextRequestsRefusal) {
 }
 
 TEST(LateAnswers, toMoreReadsThanThereArePropertiesDoNotDisturbTheNext) {
-    auto patience = longPatience();
-    patience.silence = std::chrono::milliseconds(20);
-    X11Peers peers(patience);
+    auto timeOuts = longTimeOuts();
+    timeOuts.ownerInactivity = std::chrono::milliseconds(20);
+    X11Peers peers(timeOuts);
     ScriptedOwner owner(peers.display());
     owner.offerValue("UTF8_STRING", "value");
     owner.take();
@@ -132,9 +132,9 @@ TEST(LateAnswers, toMoreReadsThanThereArePropertiesDoNotDisturbTheNext) {
 
 // A refusal has no property to tell it by. An owner that is alive again is not to be waited for in vain.
 TEST(LateAnswers, doNotKeepTheNextRequestsRefusalFromBeingUnderstood) {
-    auto patience = longPatience();
-    patience.silence = std::chrono::seconds(2);
-    X11Peers peers(patience);
+    auto timeOuts = longTimeOuts();
+    timeOuts.ownerInactivity = std::chrono::seconds(2);
+    X11Peers peers(timeOuts);
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", owner.silence());
@@ -146,7 +146,7 @@ TEST(LateAnswers, doNotKeepTheNextRequestsRefusalFromBeingUnderstood) {
                   for (int i = 0; i < 4; ++i)
                       EXPECT_EQ(peers.text(), std::nullopt);
               }),
-              patience.silence);
+              timeOuts.ownerInactivity);
 }
 
 } // namespace

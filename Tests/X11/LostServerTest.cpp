@@ -44,7 +44,7 @@ void expectNothing(X11Peers& peers, std::int64_t count) {
 }
 
 TEST(LostServer, whileNothingHappensLeavesAProgramThatGoesOn) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     peers.write("public.utf8-plain-text", "text");
     const auto count = peers.board().changeCount();
     peers.server().stop();
@@ -52,7 +52,7 @@ TEST(LostServer, whileNothingHappensLeavesAProgramThatGoesOn) {
 }
 
 TEST(LostServer, isNoticedByItselfAndNoReasonToSpin) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     peers.server().stop();
     waitUntil(
         [&] {
@@ -71,7 +71,7 @@ TEST(LostServer, isNoticedByItselfAndNoReasonToSpin) {
 }
 
 TEST(LostServer, duringAReadEndsItAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto&) { kill(peers.server().processIdentifier(), SIGTERM); });
@@ -81,7 +81,7 @@ TEST(LostServer, duringAReadEndsItAtOnce) {
 }
 
 TEST(LostServer, duringAReadInIncrementsEndsItAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto& request) {
@@ -97,7 +97,7 @@ TEST(LostServer, duringAReadInIncrementsEndsItAtOnce) {
 }
 
 TEST(LostServer, duringAReadOfTheTargetsEndsItAtOnce) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
     owner.on("TARGETS", [&](const auto&) { kill(peers.server().processIdentifier(), SIGTERM); });
     owner.take();
@@ -106,7 +106,7 @@ TEST(LostServer, duringAReadOfTheTargetsEndsItAtOnce) {
 }
 
 TEST(LostServer, whileARequestorIsServedEndsTheServing) {
-    X11Peers peers(longPatience());
+    X11Peers peers(longTimeOuts());
     peers.write("public.png", distinctBytes(std::size_t{30} << 20));
     ScriptedRequestor requestor(peers.display());
     ASSERT_TRUE(requestor.convert("image/png"));

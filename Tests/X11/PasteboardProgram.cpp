@@ -16,11 +16,11 @@ namespace tavel {
 
 namespace {
 
-std::shared_ptr<X11Selections> connect(const std::string& display, const X11Selections::Patience& patience) {
+std::shared_ptr<X11Selections> connect(const std::string& display, const TransferTimeOuts& timeOuts) {
     auto connection = X11Connection::open(display.c_str());
     if (connection == nullptr)
         throw std::runtime_error("There is no X server at " + display);
-    return std::make_shared<X11Selections>(std::move(connection), patience);
+    return std::make_shared<X11Selections>(std::move(connection), timeOuts);
 }
 
 /// Hands every operation to the program's thread.
@@ -106,8 +106,8 @@ private:
 
 } // namespace
 
-PasteboardProgram::PasteboardProgram(const std::string& display, const X11Selections::Patience& patience)
-    : selections_(connect(display, patience)), wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+PasteboardProgram::PasteboardProgram(const std::string& display, const TransferTimeOuts& timeOuts)
+    : selections_(connect(display, timeOuts)), wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       thread_([this] { serve(); }) {}
 
 PasteboardProgram::~PasteboardProgram() {

@@ -19,7 +19,7 @@ namespace tavel {
 class PasteboardProgram {
 public:
     /// Throws std::runtime_error if there is no server.
-    PasteboardProgram(const std::string& display, const X11Selections::Patience& patience);
+    PasteboardProgram(const std::string& display, const TransferTimeOuts& timeOuts);
     ~PasteboardProgram();
     PasteboardProgram(const PasteboardProgram&) = delete;
     PasteboardProgram& operator=(const PasteboardProgram&) = delete;

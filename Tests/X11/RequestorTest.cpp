@@ -57,7 +57,7 @@ protected:
         return properties;
     }
 
-    X11Peers peers{longPatience()};
+    X11Peers peers{longTimeOuts()};
     ScriptedRequestor requestor{peers.display()};
 };
 

@@ -15,7 +15,7 @@ namespace tavel {
 namespace {
 
 /// Longer than any test lasts that goes well.
-constexpr std::chrono::seconds patience{60};
+constexpr std::chrono::seconds timeOut{60};
 
 constexpr std::chrono::microseconds pollInterval{200};
 
@@ -155,7 +155,7 @@ bool ScriptedOwner::sendIncrements(const Request& request, const std::string& ty
 }
 
 bool ScriptedOwner::awaitDeletion(const Request& request) {
-    const auto end = std::chrono::steady_clock::now() + patience;
+    const auto end = std::chrono::steady_clock::now() + timeOut;
     while (!isEnding() && std::chrono::steady_clock::now() < end) {
         xcb_generic_error_t* error = nullptr;
         const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
@@ -192,7 +192,7 @@ std::size_t ScriptedOwner::countOf(const std::string& target) {
 ScriptedOwner::Request ScriptedOwner::awaitRequest(const std::string& target, std::size_t number) {
     std::optional<Request> found;
     std::unique_lock lock(mutex_);
-    changed_.wait_for(lock, patience, [&] {
+    changed_.wait_for(lock, timeOut, [&] {
         std::size_t count = 0;
         for (const Request& request : requests_) {
             if (request.targetName == target && ++count == number)
@@ -277,7 +277,7 @@ xcb_timestamp_t ScriptedOwner::fetchTime() {
     xcb_change_property(connection_, XCB_PROP_MODE_APPEND, window_, timeProperty_, XCB_ATOM_INTEGER, 32, 0,
                         nullptr);
     xcb_flush(connection_);
-    changed_.wait_for(lock, patience, [this] { return time_ != 0; });
+    changed_.wait_for(lock, timeOut, [this] { return time_ != 0; });
     return time_;
 }
 

@@ -17,7 +17,7 @@ namespace tavel {
 namespace {
 
 /// Longer than any test lasts that goes well.
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds timeOut{20};
 
 constexpr std::chrono::microseconds pollInterval{200};
 
@@ -135,7 +135,7 @@ void ScriptedRequestor::setBytes(const std::string& name, const std::string& typ
 
 bool ScriptedRequestor::awaitProperty(const std::string& name) {
     const xcb_atom_t number = atom(name);
-    const auto end = std::chrono::steady_clock::now() + patience;
+    const auto end = std::chrono::steady_clock::now() + timeOut;
     while (std::chrono::steady_clock::now() < end) {
         const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
             connection_, xcb_get_property(connection_, 0, window_, number, XCB_ATOM_ANY, 0, 0), nullptr));
@@ -208,7 +208,7 @@ xcb_window_t ScriptedRequestor::ownerOfClipboard() {
 /// Drops the events before the wanted one, but counts the errors.
 template <typename IsWanted>
 bool ScriptedRequestor::awaitEvent(const IsWanted& isWanted) {
-    const auto end = std::chrono::steady_clock::now() + patience;
+    const auto end = std::chrono::steady_clock::now() + timeOut;
     xcb_flush(connection_);
     while (xcb_connection_has_error(connection_) == 0 && std::chrono::steady_clock::now() < end) {
         const X11Reply<xcb_generic_event_t> event(xcb_poll_for_event(connection_));

@@ -20,7 +20,7 @@ protected:
         owner.take();
     }
 
-    X11Peers peers{longPatience()};
+    X11Peers peers{longTimeOuts()};
     ScriptedOwner owner{peers.display()};
 };
 
@@ -66,7 +66,7 @@ TEST_F(TargetList, andEverythingElseIsAskedForAtATimeInTheOwnersTime) {
 TEST_F(TargetList, ofAnOwnerFromBeforeTheProgramIsAskedForAtATimeInTheOwnersTime) {
     owner.offerValue("UTF8_STRING", "text");
     owner.take();
-    PasteboardProgram late(peers.display(), longPatience());
+    PasteboardProgram late(peers.display(), longTimeOuts());
     EXPECT_THAT(late.open(std::nullopt)->types(), ElementsAre("public.utf8-plain-text"));
     EXPECT_NE(owner.awaitRequest("TARGETS").time, xcb_timestamp_t{XCB_CURRENT_TIME});
     EXPECT_GE(owner.awaitRequest("TARGETS").time, owner.ownedSince());

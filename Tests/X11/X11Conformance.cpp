@@ -19,8 +19,8 @@ public:
 
 private:
     XServer server_;
-    PasteboardProgram program_{server_.display(), X11Selections::Patience{}};
-    PasteboardProgram otherProgram_{server_.display(), X11Selections::Patience{}};
+    PasteboardProgram program_{server_.display(), TransferTimeOuts{}};
+    PasteboardProgram otherProgram_{server_.display(), TransferTimeOuts{}};
 };
 
 constexpr PasteboardBackendMaker x11{

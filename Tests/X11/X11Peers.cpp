@@ -6,19 +6,19 @@
 
 namespace tavel {
 
-X11Selections::Patience shortSilence() {
-    X11Selections::Patience patience;
-    patience.silence = std::chrono::milliseconds(200);
-    return patience;
+TransferTimeOuts shortOwnerTimeOut() {
+    TransferTimeOuts timeOuts;
+    timeOuts.ownerInactivity = std::chrono::milliseconds(200);
+    return timeOuts;
 }
 
-X11Selections::Patience longPatience() {
+TransferTimeOuts longTimeOuts() {
     constexpr std::chrono::seconds limit{30};
     return {limit, limit, limit, limit};
 }
 
-X11Peers::X11Peers(const X11Selections::Patience& patience)
-    : program_(server_.display(), patience), board_(program_.open(std::nullopt)) {}
+X11Peers::X11Peers(const TransferTimeOuts& timeOuts)
+    : program_(server_.display(), timeOuts), board_(program_.open(std::nullopt)) {}
 
 std::optional<std::string> X11Peers::text() {
     const auto text = board_->string(pasteboardType::string);

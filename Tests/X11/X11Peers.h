@@ -12,18 +12,18 @@
 namespace tavel {
 
 /// For tests that await a time-out: an owner is soon too silent.
-X11Selections::Patience shortSilence();
+TransferTimeOuts shortOwnerTimeOut();
 
 /// For tests in which no time-out may be what ends the waiting: every limit is far away.
-X11Selections::Patience longPatience();
+TransferTimeOuts longTimeOuts();
 
-/// What must be far from any limit of `longPatience`, and is plenty for everything that happens at once.
+/// What must be far from any limit of `longTimeOuts`, and is plenty for everything that happens at once.
 inline constexpr std::chrono::seconds atOnce{15};
 
 /// An X server with our program on it, which the test's other clients deal with.
 class X11Peers {
 public:
-    explicit X11Peers(const X11Selections::Patience& patience);
+    explicit X11Peers(const TransferTimeOuts& timeOuts);
 
     XServer& server() { return server_; }
     PasteboardProgram& program() { return program_; }

@@ -19,7 +19,7 @@ constexpr std::size_t largestCommonPropertyBytes = 4'000'000;
 /// What a request needs besides the property's value, and a little more.
 constexpr std::size_t requestOverheadBytes = 64;
 
-constexpr std::chrono::seconds timePatience{5};
+constexpr std::chrono::seconds fetchTimeTimeOut{5};
 
 /// Enough for any usual burst. Whoever waits looks at the clock in between.
 constexpr int mostEventsAtOnce = 256;
@@ -189,7 +189,7 @@ xcb_timestamp_t X11Connection::fetchTime() {
     timeCame_ = false;
     xcb_change_property(connection_, XCB_PROP_MODE_APPEND, window_, timeProperty_, XCB_ATOM_INTEGER, 32, 0,
                         nullptr);
-    const auto deadline = Clock::now() + timePatience;
+    const auto deadline = Clock::now() + fetchTimeTimeOut;
     while (!timeCame_ && !isLost() && Clock::now() < deadline)
         waitForEvents(deadline);
     return timeCame_ ? latestTime_ : XCB_CURRENT_TIME;

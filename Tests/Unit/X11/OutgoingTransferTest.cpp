@@ -16,10 +16,10 @@ using State = OutgoingTransfer::State;
 using std::chrono::seconds;
 
 constexpr OutgoingTransfer::Clock::time_point start{seconds(1000)};
-constexpr seconds patience{5};
+constexpr seconds timeOut{5};
 
 OutgoingTransfer sending(std::string_view value, std::size_t incrementBytes = 4) {
-    return {Bytes::copyOf(value), incrementBytes, start, patience};
+    return {Bytes::copyOf(value), incrementBytes, start, timeOut};
 }
 
 /// What a requestor gets that deletes the property until nothing comes any more.
@@ -67,12 +67,12 @@ TEST(OutgoingTransfer, endsWithOneEmptyIncrementWhateverTheLength) {
 }
 
 TEST(OutgoingTransfer, sendsBytesWithoutAnOwner) {
-    EXPECT_EQ(incrementsOf({Bytes(), 4, start, patience}), Increments({""}));
+    EXPECT_EQ(incrementsOf({Bytes(), 4, start, timeOut}), Increments({""}));
 }
 
 TEST(OutgoingTransfer, copiesNothing) {
     const Bytes value = Bytes::copyOf("abcdefghi");
-    OutgoingTransfer transfer(value, 4, start, patience);
+    OutgoingTransfer transfer(value, 4, start, timeOut);
     for (const std::size_t offset : {0U, 4U, 8U})
         EXPECT_EQ(transfer.propertyDeleted(start).value().data(), value.data() + offset);
 }
@@ -106,7 +106,7 @@ std::pair<OutgoingTransfer, std::weak_ptr<const std::string>> watched() {
     std::weak_ptr<const std::string> memory = buffer;
     const char* const data = buffer->data();
     const std::size_t size = buffer->size();
-    return {OutgoingTransfer(Bytes(std::move(buffer), data, size), 4, start, patience), memory};
+    return {OutgoingTransfer(Bytes(std::move(buffer), data, size), 4, start, timeOut), memory};
 }
 
 TEST(OutgoingTransfer, letsGoOfTheValueWhenItIsGivenUp) {
@@ -132,14 +132,14 @@ TEST(OutgoingTransfer, keepsAnIncrementAliveThatIsStillInUse) {
 }
 
 TEST(OutgoingTransfer, waitsFromTheAnnouncementOn) {
-    EXPECT_EQ(sending("abcdef").deadline(), start + patience);
+    EXPECT_EQ(sending("abcdef").deadline(), start + timeOut);
 }
 
 TEST(OutgoingTransfer, waitsAnewFromEachDeletionOn) {
     OutgoingTransfer transfer = sending("abcdef");
     for (const seconds passed : {seconds(1), seconds(4), seconds(100)}) {
         static_cast<void>(transfer.propertyDeleted(start + passed));
-        EXPECT_EQ(transfer.deadline(), start + passed + patience);
+        EXPECT_EQ(transfer.deadline(), start + passed + timeOut);
     }
     ASSERT_EQ(transfer.state(), State::ending);
 }
@@ -149,7 +149,7 @@ TEST(OutgoingTransfer, movesItsDeadlineWithDeletionsOnly) {
     static_cast<void>(transfer.state());
     static_cast<void>(transfer.deadline());
     transfer.giveUp();
-    EXPECT_EQ(transfer.deadline(), start + patience);
+    EXPECT_EQ(transfer.deadline(), start + timeOut);
 }
 
 } // namespace

@@ -174,7 +174,7 @@ TEST_F(TapDecision, aKeyPassesWhenTheMainThreadDoesNotComeToIt) {
     desktop_.type({pcKey::leftControl, pcKey::v});
     // The event loop does not run.
     while (desktop_.received(window, pcKey::v).size() < 2 &&
-           std::chrono::steady_clock::now() < begin + patience)
+           std::chrono::steady_clock::now() < begin + timeOut)
         desktop_.synchronize();
     EXPECT_GE(std::chrono::steady_clock::now(), begin + X11KeyboardTap::usualDecisionTime);
     EXPECT_THAT(desktop_.received(window, pcKey::v), ElementsAre(pressedV, releasedV));
@@ -188,7 +188,7 @@ TEST_F(TapDecision, anOverdueSwallowIsFollowedByATimeout) {
     decide_ = [&](const KeyEvent& event) {
         if (event.type != down || ++decisions > 1)
             return KeyVerdict::swallow;
-        const auto end = std::chrono::steady_clock::now() + patience;
+        const auto end = std::chrono::steady_clock::now() + timeOut;
         while (desktop_.received(window, pcKey::v).empty() && std::chrono::steady_clock::now() < end)
             desktop_.synchronize();
         return KeyVerdict::swallow;
@@ -210,7 +210,7 @@ TEST_F(TapDecision, anOverdueSwallowIsFollowedByATimeout) {
 TEST_F(TapDecision, anOverduePassIsNoTimeout) {
     const auto window = startInFileManager(std::chrono::seconds(1));
     decide_ = [&](const KeyEvent&) {
-        const auto end = std::chrono::steady_clock::now() + patience;
+        const auto end = std::chrono::steady_clock::now() + timeOut;
         while (desktop_.received(window, pcKey::v).empty() && std::chrono::steady_clock::now() < end)
             desktop_.synchronize();
         return KeyVerdict::pass;

@@ -27,7 +27,7 @@ xcb_window_t TappedDesktop::switchToFileManager() {
 }
 
 void TappedDesktop::runUntil(const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + patience;
+    const auto end = std::chrono::steady_clock::now() + timeOut;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > end)
             throw std::runtime_error("What was waited for did not happen.");

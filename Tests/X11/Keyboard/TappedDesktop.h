@@ -18,7 +18,7 @@ namespace tavel {
 /// waits for something.
 class TappedDesktop : public testing::Test {
 protected:
-    static constexpr std::chrono::seconds patience{60};
+    static constexpr std::chrono::seconds timeOut{60};
 
     /// For tests in which no decision is to be given up, however busy the machine is.
     static constexpr std::chrono::seconds noHurry{40};
@@ -33,7 +33,7 @@ protected:
     /// Opens another window, activates it, and returns when the tap's grabs are there.
     xcb_window_t switchToFileManager();
 
-    /// Runs the event loop until the condition holds. Throws if it does not within the patience.
+    /// Runs the event loop until the condition holds. Throws if it does not within the timeOut.
     void runUntil(const std::function<bool()>& condition);
 
     /// Runs what has been posted to the loop until now.

@@ -5,12 +5,11 @@
 namespace tavel {
 
 OutgoingTransfer::OutgoingTransfer(Bytes value, std::size_t incrementBytes, Clock::time_point now,
-                                   Clock::duration patience)
-    : value_(std::move(value)), incrementBytes_(incrementBytes), patience_(patience),
-      deadline_(now + patience) {}
+                                   Clock::duration timeOut)
+    : value_(std::move(value)), incrementBytes_(incrementBytes), deadline_(timeOut, now) {}
 
 std::optional<Bytes> OutgoingTransfer::propertyDeleted(Clock::time_point now) {
-    deadline_ = now + patience_;
+    deadline_.restart(now);
     if (state_ == State::ending)
         giveUp();
     if (state_ == State::over)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Linux/X11/Selections/TransferTimeOuts.h"
 #include "Support/Bytes.h"
 
 #include <chrono>
@@ -12,7 +13,7 @@ namespace tavel {
 /// has announced the transfer in the requestor's property, and puts there what each deletion asks for.
 class OutgoingTransfer {
 public:
-    using Clock = std::chrono::steady_clock;
+    using Clock = InactivityDeadline::Clock;
 
     enum class State {
         announced, // the requestor has not begun
@@ -21,9 +22,8 @@ public:
         over,      // the requestor has taken everything, or the transfer was given up
     };
 
-    /// Gives up when the requestor lets `patience` pass without taking anything.
-    OutgoingTransfer(Bytes value, std::size_t incrementBytes, Clock::time_point now,
-                     Clock::duration patience);
+    /// The deadline passes when the requestor takes nothing for `timeOut`.
+    OutgoingTransfer(Bytes value, std::size_t incrementBytes, Clock::time_point now, Clock::duration timeOut);
 
     State state() const { return state_; }
 
@@ -34,13 +34,12 @@ public:
     /// The requestor is gone, or its time is over.
     void giveUp();
 
-    Clock::time_point deadline() const { return deadline_; }
+    Clock::time_point deadline() const { return deadline_.end(); }
 
 private:
     Bytes value_;
     std::size_t incrementBytes_;
-    Clock::duration patience_;
-    Clock::time_point deadline_;
+    InactivityDeadline deadline_;
     std::size_t sent_ = 0;
     State state_ = State::announced;
 };

@@ -1,5 +1,6 @@
 #include "Linux/X11/Selections/SelectionReader.h"
 
+#include "Linux/X11/Selections/TransferTimeOuts.h"
 #include "Linux/X11/X11Reply.h"
 
 #include <algorithm>
@@ -34,28 +35,28 @@ SelectionReader::SelectionReader(X11Connection& connection)
     properties_ = connection.atoms(names);
 }
 
-std::optional<SelectionReader::Answer> SelectionReader::read(const Request& request, Clock::duration silence,
-                                                             Clock::time_point deadline) {
+std::optional<SelectionReader::Answer>
+SelectionReader::read(const Request& request, Clock::duration inactivityTimeOut, Clock::time_point deadline) {
     const auto transfer = begin(request);
     xcb_delete_property(connection_.get(), connection_.window(), transfer->property);
-    return convert(transfer, silence, deadline);
+    return convert(transfer, inactivityTimeOut, deadline);
 }
 
 std::optional<SelectionReader::Answer>
 SelectionReader::readWithParameter(const Request& request, const std::vector<xcb_atom_t>& parameter,
-                                   Clock::duration silence, Clock::time_point deadline) {
+                                   Clock::duration inactivityTimeOut, Clock::time_point deadline) {
     const auto transfer = begin(request);
     xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.window(), transfer->property,
                         XCB_ATOM_ATOM, 32, static_cast<std::uint32_t>(parameter.size()), parameter.data());
-    return convert(transfer, silence, deadline);
+    return convert(transfer, inactivityTimeOut, deadline);
 }
 
-std::optional<SelectionReader::Answer> SelectionReader::convert(Position transfer, Clock::duration silence,
-                                                                Clock::time_point deadline) {
+std::optional<SelectionReader::Answer>
+SelectionReader::convert(Position transfer, Clock::duration inactivityTimeOut, Clock::time_point deadline) {
     const Request& request = transfer->request;
     xcb_convert_selection(connection_.get(), connection_.window(), request.selection, request.target,
                           transfer->property, request.time);
-    return wait(transfer, silence, deadline);
+    return wait(transfer, inactivityTimeOut, deadline);
 }
 
 SelectionReader::Position SelectionReader::begin(const Request& request) {
@@ -83,17 +84,17 @@ bool SelectionReader::isInUse(xcb_atom_t property) const {
     });
 }
 
-std::optional<SelectionReader::Answer> SelectionReader::wait(Position transfer, Clock::duration silence,
-                                                             Clock::time_point deadline) {
+std::optional<SelectionReader::Answer>
+SelectionReader::wait(Position transfer, Clock::duration inactivityTimeOut, Clock::time_point deadline) {
     using State = IncomingTransfer::State;
-    auto patienceEnds = std::min(Clock::now() + silence, deadline);
+    InactivityDeadline inactivity(inactivityTimeOut, Clock::now(), deadline);
     std::size_t received = 0;
     while (!transfer->state.isOver() && transfer->state.state() != State::failed) {
-        const bool gotEvents = connection_.waitForEvents(patienceEnds);
+        const bool gotEvents = connection_.waitForEvents(inactivity.end());
         if (transfer->state.receivedBytes() != received) {
             received = transfer->state.receivedBytes();
-            patienceEnds = std::min(Clock::now() + silence, deadline);
-        } else if (connection_.isLost() || (!gotEvents && Clock::now() >= patienceEnds)) {
+            inactivity.restart(Clock::now());
+        } else if (connection_.isLost() || (!gotEvents && inactivity.hasPassed(Clock::now()))) {
             transfer->state.abandon();
         }
         if (Clock::now() >= deadline)

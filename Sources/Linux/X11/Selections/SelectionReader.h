@@ -35,13 +35,14 @@ public:
 
     explicit SelectionReader(X11Connection& connection);
 
-    /// Asks for one target and waits for its value. Nothing if the owner refuses, sends what belongs to no
-    /// value, or too much, is gone, or does not get on for the time of `silence`, and at `deadline`.
-    std::optional<Answer> read(const Request& request, Clock::duration silence, Clock::time_point deadline);
+    /// Asks for one target and waits for its value. nullopt on refusal, malformed or oversized data, owner
+    /// exit, inactivity for `inactivityTimeOut`, and at `deadline`.
+    std::optional<Answer> read(const Request& request, Clock::duration inactivityTimeOut,
+                               Clock::time_point deadline);
 
     /// Like `read`, with atoms in the property that goes along with the request, as SAVE_TARGETS wants them.
     std::optional<Answer> readWithParameter(const Request& request, const std::vector<xcb_atom_t>& parameter,
-                                            Clock::duration silence, Clock::time_point deadline);
+                                            Clock::duration inactivityTimeOut, Clock::time_point deadline);
 
     /// Nobody will answer for that selection any more, or what they answer is out of date.
     void abandon(xcb_atom_t selection);
@@ -66,8 +67,10 @@ private:
     using Position = std::list<Transfer>::iterator;
 
     Position begin(const Request& request);
-    std::optional<Answer> convert(Position transfer, Clock::duration silence, Clock::time_point deadline);
-    std::optional<Answer> wait(Position transfer, Clock::duration silence, Clock::time_point deadline);
+    std::optional<Answer> convert(Position transfer, Clock::duration inactivityTimeOut,
+                                  Clock::time_point deadline);
+    std::optional<Answer> wait(Position transfer, Clock::duration inactivityTimeOut,
+                               Clock::time_point deadline);
     void takeIn(Transfer& transfer);
     void letThrough(Transfer& transfer);
     PropertyPart readPart(Transfer& transfer, std::size_t offset, std::size_t length);

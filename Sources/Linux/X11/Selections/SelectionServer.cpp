@@ -22,8 +22,8 @@ constexpr std::size_t mostTransfers = 64;
 
 } // namespace
 
-SelectionServer::SelectionServer(X11Connection& connection, Lookup lookup, Clock::duration patience)
-    : connection_(connection), lookup_(std::move(lookup)), patience_(patience) {
+SelectionServer::SelectionServer(X11Connection& connection, Lookup lookup, Clock::duration requestorTimeOut)
+    : connection_(connection), lookup_(std::move(lookup)), requestorTimeOut_(requestorTimeOut) {
     const std::array<std::string, 7> names{"TARGETS",   "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS",
                                            "ATOM_PAIR", "INCR",      "NULL"};
     const std::vector<xcb_atom_t> atoms = connection_.atoms(names);
@@ -127,7 +127,7 @@ bool SelectionServer::deliver(const Conversion& conversion, xcb_atom_t type, con
     xcb_change_window_attributes(connection_.get(), conversion.requestor, XCB_CW_EVENT_MASK, &events);
     setAtoms(conversion, incremental_, {static_cast<std::uint32_t>(bytes.size())});
     transfers_.push_back({conversion.requestor, conversion.property, type,
-                          OutgoingTransfer(bytes, incrementBytes, Clock::now(), patience_)});
+                          OutgoingTransfer(bytes, incrementBytes, Clock::now(), requestorTimeOut_)});
     return true;
 }
 

@@ -28,8 +28,8 @@ public:
     /// Finds what this process owns of a selection, if it does.
     using Lookup = std::function<std::optional<OwnedSelection>(xcb_atom_t selection)>;
 
-    /// A requestor that takes nothing for the time of `patience` is given up.
-    SelectionServer(X11Connection& connection, Lookup lookup, Clock::duration patience);
+    /// Gives up a transfer whose requestor takes nothing for `requestorTimeOut`.
+    SelectionServer(X11Connection& connection, Lookup lookup, Clock::duration requestorTimeOut);
 
     void handleRequest(const xcb_selection_request_event_t& request);
     void handlePropertyChange(const xcb_property_notify_event_t& change);
@@ -70,7 +70,7 @@ private:
 
     X11Connection& connection_;
     Lookup lookup_;
-    Clock::duration patience_;
+    Clock::duration requestorTimeOut_;
     xcb_atom_t targets_;
     xcb_atom_t timestamp_;
     xcb_atom_t multiple_;

@@ -13,7 +13,7 @@ namespace tavel {
 
 /// A selection of an X server as a pasteboard. What this process writes it keeps, and gives to whoever asks;
 /// what another program offers is asked for when it is read, which takes as long as that program does, within
-/// the limits of X11Selections::Patience.
+/// the limits of TransferTimeOuts.
 ///
 /// The server has no change count: this one counts from 0 what has happened since the process began to watch
 /// the selection, and another process may count otherwise. Nor does it have items: of another program's

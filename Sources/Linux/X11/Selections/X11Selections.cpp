@@ -27,10 +27,11 @@ constexpr int mostAttempts = 3;
 
 } // namespace
 
-X11Selections::X11Selections(std::unique_ptr<X11Connection> connection, const Patience& patience)
-    : patience_(patience), connection_(std::move(connection)), reader_(*connection_),
+X11Selections::X11Selections(std::unique_ptr<X11Connection> connection, const TransferTimeOuts& timeOuts)
+    : timeOuts_(timeOuts), connection_(std::move(connection)), reader_(*connection_),
       server_(
-          *connection_, [this](xcb_atom_t atom) { return ownedSelection(atom); }, patience.requestor) {
+          *connection_, [this](xcb_atom_t atom) { return ownedSelection(atom); },
+          timeOuts.requestorInactivity) {
     // Some programs look whether the server knows these names at all, and fall back to older ones (xsel).
     connection_->atoms(targetName::offeredFor(std::string(pasteboardType::string)));
     connection_->setEventHandler([this](const xcb_generic_event_t& event) { handleEvent(event); });
@@ -43,7 +44,7 @@ X11Selection& X11Selections::selection(const std::optional<std::string>& pastebo
     if (!isNew)
         return selection;
     selection.atom = atom;
-    selection.patience = patience_.content;
+    selection.waitingTimeLeft = timeOuts_.wholeContent;
     xcb_xfixes_select_selection_input(connection_->get(), connection_->window(), atom,
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
@@ -112,11 +113,11 @@ std::optional<SelectionReader::Answer> X11Selections::ask(X11Selection& selectio
     // A refusal is told from a late one only by its time.
     const xcb_timestamp_t time =
         reader_.awaitsLateAnswers() ? connection_->fetchTime() : connection_->latestTime();
-    const auto patienceEnd = begin + selection.patience;
-    const auto end = deadline_ == nullptr ? patienceEnd : deadline_->limit(patienceEnd);
-    auto answer = reader_.read({selection.atom, target, time, limit}, patience_.silence, end);
+    const auto latest = begin + selection.waitingTimeLeft;
+    const auto end = deadline_ == nullptr ? latest : deadline_->limit(latest);
+    auto answer = reader_.read({selection.atom, target, time, limit}, timeOuts_.ownerInactivity, end);
     if (selection.changeCount == countBefore)
-        selection.patience -= std::min(Clock::now() - begin, selection.patience);
+        selection.waitingTimeLeft -= std::min(Clock::now() - begin, selection.waitingTimeLeft);
     return answer;
 }
 
@@ -138,8 +139,8 @@ void X11Selections::handOver() {
     // With nobody there the server itself refuses, at once.
     reader_.readWithParameter({connection_->atom("CLIPBOARD_MANAGER"), connection_->atom("SAVE_TARGETS"),
                                connection_->latestTime(), largestTargetListBytes},
-                              connection_->atoms(contentTargets(*content)), patience_.manager,
-                              Clock::now() + patience_.manager);
+                              connection_->atoms(contentTargets(*content)), timeOuts_.clipboardManager,
+                              Clock::now() + timeOuts_.clipboardManager);
 }
 
 std::optional<OwnedSelection> X11Selections::ownedSelection(xcb_atom_t atom) const {
@@ -188,7 +189,7 @@ void X11Selections::handleOwnerChange(const xcb_generic_event_t& event) {
     if (change.owner == XCB_NONE)
         return;
     ++selection.changeCount;
-    selection.patience = patience_.content;
+    selection.waitingTimeLeft = timeOuts_.wholeContent;
     if (change.owner == connection_->window() && change.selection_timestamp == selection.offeredAt) {
         selection.owned = std::exchange(selection.offered, nullptr);
         selection.ownedSince = selection.offeredAt;

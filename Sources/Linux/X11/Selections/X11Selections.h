@@ -4,6 +4,7 @@
 #include "Linux/X11/DecisionDeadline.h"
 #include "Linux/X11/Selections/SelectionReader.h"
 #include "Linux/X11/Selections/SelectionServer.h"
+#include "Linux/X11/Selections/TransferTimeOuts.h"
 #include "Linux/X11/X11Connection.h"
 #include "Platform/PasteboardItems.h"
 
@@ -42,8 +43,8 @@ struct X11Selection {
     /// The targets of another program's content, once asked for.
     std::optional<std::vector<std::string>> targets;
 
-    /// How much longer this process will wait for that program, over all that it asks it for.
-    std::chrono::steady_clock::duration patience{};
+    /// What is left of the time-out for all reads of that content.
+    std::chrono::steady_clock::duration waitingTimeLeft{};
 };
 
 /// The selections of an X server, as far as pasteboards of this process use them. One thread.
@@ -52,14 +53,7 @@ public:
     using Clock = X11Connection::Clock;
     using Items = pasteboardItems::Items;
 
-    struct Patience {
-        Clock::duration silence = std::chrono::seconds(2);    // with an owner that does not get on
-        Clock::duration content = std::chrono::seconds(20);   // with one content's owner in all
-        Clock::duration requestor = std::chrono::seconds(10); // with a requestor that takes nothing
-        Clock::duration manager = std::chrono::seconds(1);    // with a clipboard manager in all
-    };
-
-    X11Selections(std::unique_ptr<X11Connection> connection, const Patience& patience);
+    X11Selections(std::unique_ptr<X11Connection> connection, const TransferTimeOuts& timeOuts);
     X11Selections(const X11Selections&) = delete;
     X11Selections& operator=(const X11Selections&) = delete;
     ~X11Selections() = default;
@@ -102,7 +96,7 @@ private:
     std::optional<SelectionReader::Answer> ask(X11Selection& selection, xcb_atom_t target, std::size_t limit);
     std::optional<OwnedSelection> ownedSelection(xcb_atom_t atom) const;
 
-    Patience patience_;
+    TransferTimeOuts timeOuts_;
     const DecisionDeadline* deadline_ = nullptr; // nothing limits
     std::unique_ptr<X11Connection> connection_;
     std::map<xcb_atom_t, X11Selection> selections_;
