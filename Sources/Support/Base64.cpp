@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-/// The two characters of each twelve-bit group: one look-up for two characters.
+/// The two characters of each twelve-bit group, so that one look-up gives both.
 constexpr auto encodingPairs = [] {
     std::array<std::array<char, 2>, 4096> pairs{};
     for (std::size_t group = 0; group < pairs.size(); ++group)
@@ -43,7 +43,7 @@ std::uint32_t sextet(char c, std::size_t position) {
     return decodingTables[position][static_cast<unsigned char>(c)];
 }
 
-/// Whole groups of three bytes only. Gives the end of what was written.
+/// Encodes `groups` groups of three bytes. Returns the end of the output.
 char* encodeGroups(const char* bytes, std::size_t groups, char* out) {
     for (std::size_t i = 0; i < groups; ++i, bytes += 3, out += 4) {
         const std::string_view group(bytes, 3);
@@ -65,7 +65,7 @@ void appendReplacingSlashes(std::string& text, std::string_view encoded, std::st
     }
 }
 
-/// Decodes whole groups of four characters. False if one is outside the alphabet.
+/// Decodes whole groups of four characters. False if a character is outside the alphabet.
 bool decodeGroups(const char* text, std::size_t groups, char* out) {
     std::uint32_t seen = 0;
     for (std::size_t i = 0; i < groups; ++i, text += 4, out += 3) {
@@ -79,29 +79,29 @@ bool decodeGroups(const char* text, std::size_t groups, char* out) {
     return (seen & invalid) == 0;
 }
 
-/// What base64 without its padding decodes to.
+/// The parts of a base64 text.
 struct Shape {
     std::string_view text;    // without the padding
     std::size_t groups;       // whole groups of four characters
-    std::size_t decodedBytes; // in all
+    std::size_t decodedBytes; // of the whole text
 };
 
-/// Nothing if the number of characters, or of those that pad, is not one that bytes give.
+/// nullopt if no bytes have an encoding of this length or with this much padding.
 std::optional<Shape> shapeOf(std::string_view text) {
     const std::size_t missing = (4 - text.size() % 4) % 4;
     const std::size_t padded = text.size() + missing;
     while (text.ends_with('='))
         text.remove_suffix(1);
     const std::size_t padding = padded - text.size();
-    if (padding > 2) // also where only padding stands: it would have to be four of them
+    if (padding > 2) // a text of padding alone has four characters of it
         return std::nullopt;
     const std::size_t groups = text.size() / 4;
     const std::size_t rest = text.size() % 4;
     return Shape{text, groups, groups * 3 + (rest == 0 ? 0 : rest - 1)};
 }
 
-/// Decodes to `out`, which may be where the text itself begins: no byte is written before its characters
-/// were read. False if a character is outside the alphabet.
+/// Decodes to `out`, which may be the beginning of the text itself: a byte is written only after its
+/// characters were read. False if a character is outside the alphabet.
 bool decodeTo(const Shape& shape, char* out) {
     const std::string_view rest = shape.text.substr(shape.groups * 4);
     std::uint32_t bits = 0;
@@ -119,7 +119,7 @@ bool decodeTo(const Shape& shape, char* out) {
 } // namespace
 
 void appendBase64(std::string& text, std::string_view bytes, std::string_view slash) {
-    // Encoded piece by piece on the stack, so that the slashes are looked for in the nearest cache.
+    // Pieces on the stack keep the search for slashes in the first-level cache.
     constexpr std::size_t groupsPerPiece = 1024;
     std::array<char, groupsPerPiece * 4> piece{};
     text.reserve(text.size() + bytes.size() / 3 * 4 + bytes.size() / 32 + 4);

@@ -11,17 +11,17 @@
 
 namespace tavel {
 
-/// Appends the bytes in standard base64 (RFC 4648, section 4), without line breaks and without the padding
-/// at the end. A slash is written as `slash`: "/", or what stands for it in the text around.
+/// Appends the bytes in standard base64 (RFC 4648, section 4), without line breaks and without padding.
+/// `slash` replaces each slash, for a text in which slashes are escaped.
 void appendBase64(std::string& text, std::string_view bytes, std::string_view slash = "/");
 
-/// Decodes standard base64 whose padding may be missing in part or whole. Anything outside the alphabet,
-/// line breaks included, more padding than belongs there, or a number of characters that no bytes give:
-/// nothing. Bits that no byte takes up are ignored.
+/// Decodes standard base64. Padding may be missing in part or whole. nullopt if the text has a character
+/// outside the alphabet (line breaks included), too much padding, or a length that no bytes encode to.
+/// Ignores the unused bits of the last character.
 std::optional<Bytes> decodeBase64(std::string_view text);
 
-/// Base64 in a buffer whose part it is nobody else's to use, so that it can be decoded where it stands: a
-/// picture of 64 MiB then needs no second buffer.
+/// Base64 in a part of a buffer that nobody else uses. It is decoded in place, so a picture of 64 MiB needs
+/// no second buffer.
 class Base64Text {
 public:
     /// `owner` keeps the characters alive.
@@ -32,7 +32,7 @@ public:
 
     std::string_view view() const { return {characters_.data(), characters_.size()}; }
 
-    /// Decodes like `decodeBase64`. The bytes share the buffer; the characters are used up.
+    /// Decodes like `decodeBase64`. The bytes share the buffer and overwrite the characters.
     std::optional<Bytes> decode() &&;
 
 private:

@@ -7,9 +7,9 @@
 
 namespace tavel {
 
-/// An immutable run of bytes that is cheap to copy: every copy and slice shares one buffer, which lives as
-/// long as the last of them. The buffer may belong to somebody else (a mapping, a platform's data object).
-/// Copies may be used and dropped on any thread.
+/// An immutable run of bytes that is cheap to copy. All copies and slices share one buffer, which lives as
+/// long as the last of them. The buffer may be a foreign object (a mapping, a platform's data object). Any
+/// thread may use and destroy copies.
 class Bytes {
 public:
     Bytes() = default;
@@ -20,7 +20,7 @@ public:
 
     static Bytes copyOf(std::string_view content);
 
-    /// Takes the string's buffer over; nothing is copied.
+    /// Takes ownership of the string's buffer without copying it.
     static Bytes adopt(std::string content);
 
     const char* data() const { return data_; }
@@ -28,7 +28,7 @@ public:
     bool empty() const { return size_ == 0; }
     std::string_view view() const { return {data_, size_}; }
 
-    /// The part from `offset` on, at most `length` bytes; `offset` must not exceed the size.
+    /// At most `length` bytes from `offset` on. `offset` must not exceed the size.
     Bytes slice(std::size_t offset, std::size_t length) const;
 
 private:

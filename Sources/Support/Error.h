@@ -6,8 +6,8 @@
 
 namespace tavel {
 
-/// A failure whose cause matters to whoever catches it. The domain names who numbers the codes ("Tavel",
-/// "POSIX", "LMDB"); the description is meant for people.
+/// A failure with a cause that its handler may examine. The domain names the source of the codes ("Tavel",
+/// "POSIX", "LMDB"). The description is for people to read.
 class Error : public std::exception {
 public:
     Error(std::string domain, int code, std::string description)

@@ -10,10 +10,9 @@ namespace tavel {
 /// and !$&'()*+,-./:=@_~ are percent-encoded. The URL of an existing directory ends in a slash.
 std::string fileUrlFromPath(const std::string& path);
 
-/// The path that a file URL names, percent-decoded and without a trailing slash; query and fragment are left
-/// out. Nothing for another scheme, for another machine's file (a host that is neither empty nor
-/// "localhost"), for a path that is not absolute, for a malformed escape, and for a path that holds a zero
-/// byte or is not UTF-8.
+/// The path that a file URL names, percent-decoded, without trailing slash, query and fragment. nullopt for
+/// another scheme, a file of another machine (a host that is neither empty nor "localhost"), a relative path,
+/// a malformed escape, and a path that is not UTF-8 or holds a zero byte.
 std::optional<std::string> pathFromFileUrl(std::string_view url);
 
 } // namespace tavel

@@ -12,7 +12,7 @@ namespace tavel {
 namespace {
 
 bool statusOf(const std::string& path, struct stat& status) {
-    // A C string would end at the zero byte and name another file.
+    // As a C string, the path would end at its zero byte and name another file.
     return path.find('\0') == std::string::npos && stat(path.c_str(), &status) == 0;
 }
 
@@ -31,7 +31,7 @@ bool isDirectory(const std::string& path) {
 }
 
 bool createPrivateDirectory(const std::filesystem::path& path) {
-    // With a slash at its end, a path is its own parent's name.
+    // parent_path of a path that ends in a slash only drops the slash.
     const std::filesystem::path directory = path.has_filename() ? path : path.parent_path();
     std::error_code error;
     if (directory.has_parent_path()) {
@@ -42,7 +42,7 @@ bool createPrivateDirectory(const std::filesystem::path& path) {
         }
     }
     if (mkdir(directory.c_str(), 0700) == 0)
-        return chmod(directory.c_str(), 0700) == 0; // an unusual umask may have taken the owner's rights away
+        return chmod(directory.c_str(), 0700) == 0; // an unusual umask may have removed rights of the owner
     if (errno != EEXIST)
         return false;
     if (isDirectory(directory.string()))
@@ -63,7 +63,7 @@ bool writeAll(int descriptor, std::string_view content) {
         if (written >= 0) {
             content.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            // Whoever shares the pipe may have set O_NONBLOCK on it.
+            // A process that shares the pipe may have set O_NONBLOCK on it.
             pollfd writable{descriptor, POLLOUT, 0};
             if (poll(&writable, 1, -1) < 0 && errno != EINTR)
                 return false;

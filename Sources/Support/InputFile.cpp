@@ -29,7 +29,7 @@ int openForReading(const std::string& path, InputFile::Links links) {
     return open(path.c_str(), flags);
 }
 
-/// One read, at most `room` bytes. 0 at the end of the file, -1 with errno after an error.
+/// Reads once, at most `room` bytes. 0 at the end of the file, -1 with errno on an error.
 ssize_t readSome(int descriptor, char* target, std::size_t room) {
     for (;;) {
         const ssize_t count = read(descriptor, target, room);
@@ -60,7 +60,7 @@ InputFile::~InputFile() {
 }
 
 Bytes InputFile::read(std::size_t limit) {
-    // One byte more than there should be shows the end of the file without growing.
+    // With one byte of room beyond the expected size, the end of the file shows without another allocation.
     std::size_t capacity = std::min(limit, size_ + 1);
     std::shared_ptr<char[]> content = std::make_unique_for_overwrite<char[]>(capacity);
     std::size_t used = 0;

@@ -7,14 +7,14 @@
 
 namespace tavel {
 
-/// A regular file that is open for reading. What is no regular file is not waited for, as a FIFO could be for
-/// ever. Failures throw FileError.
+/// A regular file that is open for reading. Any other kind of file is refused without waiting, as the open of
+/// a FIFO could block for ever. Failures throw FileError.
 class InputFile {
 public:
-    /// What to do when the path's last part is a symbolic link.
+    /// What to do when the last component of the path is a symbolic link.
     enum class Links { follow, refuse };
 
-    /// A path with a zero byte names nothing.
+    /// Fails with ENOENT for a path with a zero byte.
     InputFile(const std::string& path, Links links);
     ~InputFile();
     InputFile(const InputFile&) = delete;
@@ -23,8 +23,8 @@ public:
     /// The file's size in bytes when it was opened. It may change at any time.
     std::size_t size() const { return size_; }
 
-    /// What the file holds from where the last call ended, but at most `limit` bytes; the memory taken
-    /// follows what is there, not the limit.
+    /// Reads on from where the last call ended, at most `limit` bytes. Allocates for the file's content, not
+    /// for the limit.
     Bytes read(std::size_t limit);
 
 private:

@@ -34,7 +34,7 @@ std::string_view takeDigits(std::string_view& rest) {
     return digits;
 }
 
-/// Far beyond the length of any line, and far from overflow in the sums below.
+/// Far above the length of any line, and too small for the sums below to overflow.
 constexpr std::int64_t exponentLimit = std::numeric_limits<std::int64_t>::max() / 4;
 
 bool takeExponent(std::string_view& rest, std::int64_t& exponent) {
@@ -84,7 +84,7 @@ std::optional<std::uint64_t> unsignedFromJsonNumber(std::string_view token) {
     const auto decimal = parse(token);
     if (!decimal)
         return std::nullopt;
-    // The decimal point stands behind this many digits.
+    // The number of digits before the decimal point.
     const std::int64_t point = static_cast<std::int64_t>(decimal->integer.size()) + decimal->exponent;
     if (point <= 0)
         return 0;
@@ -93,7 +93,7 @@ std::optional<std::uint64_t> unsignedFromJsonNumber(std::string_view token) {
     std::uint64_t value = 0;
     for (std::uint64_t i = 0; i < written; ++i)
         value = value * 10 + decimal->digit(i);
-    // 10^64 is a multiple of 2^64, so more than 64 appended zeros change nothing.
+    // 10^64 is a multiple of 2^64, so 64 appended zeros give the same as more of them.
     const std::uint64_t zeros = std::min<std::uint64_t>(wanted - written, 64);
     for (std::uint64_t i = 0; i < zeros; ++i)
         value *= 10;
@@ -114,7 +114,7 @@ std::optional<bool> booleanFromJsonNumber(std::string_view token) {
     }
     if (!significant)
         return false;
-    // The single 1 has to be the last digit before the decimal point.
+    // The number is 1 if its only significant digit is the last one before the decimal point.
     const std::int64_t point = static_cast<std::int64_t>(decimal->integer.size()) + decimal->exponent;
     if (decimal->negative || point != static_cast<std::int64_t>(*significant) + 1)
         return std::nullopt;

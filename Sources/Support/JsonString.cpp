@@ -26,7 +26,7 @@ std::optional<std::uint32_t> hexQuad(std::string_view digits) {
     return value;
 }
 
-/// Takes the digits of one \u escape, or of the two that make a surrogate pair, off the front of `rest`.
+/// Removes the digits of one \u escape, or of the two escapes of a surrogate pair, from the front of `rest`.
 std::optional<std::uint32_t> takeCodePoint(std::string_view& rest) {
     const auto unit = hexQuad(rest);
     if (!unit || (*unit >= 0xDC00 && *unit <= 0xDFFF))
@@ -64,7 +64,8 @@ char* appendUtf8(char* out, std::uint32_t codePoint) {
     return out;
 }
 
-/// What the character behind a backslash stands for; a zero for none (no short escape stands for it).
+/// The character that a short escape stands for; a zero byte if `c` makes none. No short escape stands for
+/// the zero byte.
 char shortEscape(char c) {
     switch (c) {
     case '"':

@@ -6,10 +6,10 @@
 
 namespace tavel {
 
-/// Replaces the escapes (RFC 8259, section 7) in what stands between the quotes of a JSON string, in place,
-/// as no escape is shorter than what it stands for: a string of 90 MB then needs no second buffer. Gives the
-/// result, a prefix of `text`; nothing for an unknown or cut escape, and for half a surrogate pair. Control
-/// characters and malformed UTF-8 outside the escapes are for the caller to have refused.
+/// Replaces the escapes (RFC 8259, section 7) in `text`, the characters between the quotes of a JSON string.
+/// It works in place, as no escape is shorter than its character, so a string of 90 MB needs no second
+/// buffer. Returns the result, a prefix of `text`; nullopt for an unknown or truncated escape, and for half a
+/// surrogate pair. The caller has to refuse control characters and malformed UTF-8 beforehand.
 std::optional<std::string_view> unescapeJsonString(std::span<char> text);
 
 } // namespace tavel

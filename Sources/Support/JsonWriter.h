@@ -7,10 +7,10 @@
 
 namespace tavel {
 
-/// Builds one JSON object (RFC 8259) as compact text. Slashes are escaped, which RFC 8259 allows: it is what
-/// the home platform's own writer does, so parents see one form on every platform. Keys are written as they
-/// stand: plain ASCII names without quotes or backslashes. Integers and booleans only come in through their
-/// own types, so that no pointer can slip in as a truth value.
+/// Builds one JSON object (RFC 8259) as compact text. Escapes slashes, as the home platform's own writer
+/// does, so that parents see the same form on every platform. Keys must be plain ASCII names without quotes
+/// and backslashes; they are not escaped. The overloads for integers and booleans take exactly these types,
+/// so that no pointer converts to a boolean.
 class JsonObject {
 public:
     JsonObject& add(std::string_view key, std::string_view value);
@@ -28,13 +28,13 @@ public:
         return addRaw(key, std::to_string(value));
     }
 
-    /// The bytes in base64 without padding, as a string: written straight into the object's text.
+    /// Adds the bytes as a string, in base64 without padding. Encodes directly into the object's text.
     JsonObject& addBase64(std::string_view key, std::string_view bytes);
 
-    /// Whether every string was UTF-8; if not, the text is not JSON and must not be sent.
+    /// Whether every string was UTF-8. If not, the text is not JSON and must not be sent.
     bool isValid() const { return valid_; }
 
-    /// The object's text, followed by a line feed. The object is used up.
+    /// The object's text, followed by a line feed. Must be the last call.
     std::string takeLine();
 
 private:

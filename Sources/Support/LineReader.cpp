@@ -16,23 +16,23 @@ namespace tavel {
 namespace {
 
 constexpr std::size_t initialCapacity = std::size_t{64} * 1024;
-/// From here on the next buffer is as large as any usual line needs. Memory that is not touched costs only
-/// addresses, and a line of 90 MB is then moved once, while it is short.
+/// A buffer that outgrows this size gets `hugeCapacity` at once, enough for any usual line. Untouched memory
+/// costs only addresses, and a line of 90 MB is copied once, while it is short.
 constexpr std::size_t largeCapacity = std::size_t{4} << 20;
 constexpr std::size_t hugeCapacity = std::size_t{256} << 20;
 constexpr std::size_t largePageBytes = std::size_t{2} << 20;
 constexpr std::size_t smallestRead = std::size_t{16} * 1024;
-/// Bounds what stands behind a long line when that line leaves with the buffer, and so has to be copied.
+/// Bounds the input behind a long line, which is copied when the line takes the buffer with it.
 constexpr std::size_t largestRead = std::size_t{256} * 1024;
 
-/// Reads what is there, waiting for at least one byte. 0 at the end of input, and after an error.
+/// Reads the available bytes and waits for at least one. 0 at the end of input and after an error.
 std::size_t readSome(int descriptor, char* target, std::size_t room) {
     for (;;) {
         const ssize_t count = read(descriptor, target, room);
         if (count >= 0)
             return static_cast<std::size_t>(count);
         if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            // Whoever shares the pipe may have set O_NONBLOCK on it.
+            // A process that shares the pipe may have set O_NONBLOCK on it.
             pollfd readable{descriptor, POLLIN, 0};
             if (poll(&readable, 1, -1) < 0 && errno != EINTR)
                 return 0;
@@ -51,7 +51,7 @@ public:
     char* bytes() { return bytes_.get(); }
     std::size_t capacity() const { return capacity_; }
 
-    /// Makes room for at least `capacity` bytes, of which the first `used` are kept.
+    /// Makes room for at least `capacity` bytes and keeps the first `used` bytes.
     void grow(std::size_t capacity, std::size_t used) {
         if (capacity > largeCapacity)
             capacity = std::max(capacity, hugeCapacity);
@@ -132,7 +132,7 @@ LineReader::Line LineReader::takeLine(std::size_t length, std::size_t terminator
     if (length < ownedLineBytes)
         return line;
 
-    // The line leaves with the buffer; what was read behind it moves to a new one.
+    // The line keeps the buffer. The input behind it moves to a new one.
     std::shared_ptr<Buffer> owner = std::move(buffer_);
     const std::size_t rest = end_ - lineStart_;
     buffer_ = std::make_unique<Buffer>();

@@ -17,12 +17,12 @@ namespace {
 
 constexpr mode_t privateMode = 0600;
 
-/// 0, or what went wrong as an errno.
+/// 0 on success, otherwise an errno value. Closes the descriptor.
 int fill(int descriptor, std::string_view content) {
-    // The mode given to open is subject to the umask, and an existing file keeps its own.
+    // The umask restricts the mode given to open, and an existing file keeps its mode.
     int failure = fchmod(descriptor, privateMode) == 0 && writeAll(descriptor, content) ? 0 : errno;
     if (close(descriptor) != 0 && failure == 0 && errno != EINTR)
-        failure = errno; // network file systems tell of a full disk only here
+        failure = errno; // network file systems report a full disk only here
     return failure;
 }
 
@@ -41,7 +41,7 @@ void writePrivateFile(const std::filesystem::path& path, std::string_view conten
 }
 
 void writePrivateFileAtomically(const std::filesystem::path& path, std::string_view content) {
-    // In the same directory, because only inside one file system can a file be renamed.
+    // In the same directory, because a file can be renamed only within its file system.
     const std::filesystem::path partial = path.parent_path() / ("." + makeUuid() + ".partial");
     int failure = writeWith(O_EXCL, partial, content);
     if (failure == 0 && std::rename(partial.c_str(), path.c_str()) != 0)

@@ -5,13 +5,14 @@
 
 namespace tavel {
 
-// Files that only their owner can read (0600), from their first byte on. Failures throw FileError.
+// Writers of files that only their owner can read (mode 0600), from the first byte on. Failures throw
+// FileError.
 
-/// Writes a file. An existing one is replaced byte by byte; after a failure a part may be there.
+/// Writes a file, or overwrites an existing one in place. After a failure, a part of the content may remain.
 void writePrivateFile(const std::filesystem::path& path, std::string_view content);
 
-/// Writes a file that is there whole or not at all: it gets its name when it is complete. Needs room for it
-/// beside an existing one.
+/// Writes a file under a temporary name and renames it, so that it appears whole or not at all. An existing
+/// file stays until then, so the disk needs room for both.
 void writePrivateFileAtomically(const std::filesystem::path& path, std::string_view content);
 
 } // namespace tavel

@@ -11,12 +11,12 @@ std::int32_t parentProcessIdentifier() {
 }
 
 void lowerSchedulingPriority() {
-    // Raising the nice value needs no privilege. Should it fail, the agent merely runs at normal priority.
+    // Raising the nice value needs no privilege. On failure the agent runs at normal priority.
     static_cast<void>(setpriority(PRIO_PROCESS, 0, 10));
 }
 
 void reserveStandardDescriptors() {
-    // open(2) gives the lowest free number, so it fills the gaps one after the other.
+    // open(2) returns the lowest free number, so repeated calls fill the gaps.
     int descriptor = open("/dev/null", O_RDWR);
     while (descriptor >= 0 && descriptor <= STDERR_FILENO)
         descriptor = open("/dev/null", O_RDWR);

@@ -4,16 +4,16 @@
 
 namespace tavel {
 
-/// The identifier of this process's parent at this moment. An orphan's parent is another process (POSIX
-/// getppid), so a change means that the original parent has ended.
+/// The current parent's process identifier. The system gives an orphan another parent (POSIX getppid), so a
+/// change means that the original parent has ended.
 std::int32_t parentProcessIdentifier();
 
-/// Lowers this process's scheduling priority to the nice value 10. On Linux a nice value belongs to a thread
-/// and is inherited: call it before any other thread starts.
+/// Sets this process's nice value to 10. On Linux each thread has its own nice value and passes it on to the
+/// threads that it starts, so this must be called before any other thread starts.
 void lowerSchedulingPriority();
 
-/// Opens the null device on each of the descriptors 0 to 2 that is closed. Otherwise the next file to be
-/// opened, the pasteboard store for one, would take the number and be read as commands or written as output.
+/// Opens the null device on each closed descriptor from 0 to 2. Otherwise the next file that is opened, such
+/// as the pasteboard store, would become standard input or output.
 void reserveStandardDescriptors();
 
 } // namespace tavel

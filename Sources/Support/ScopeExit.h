@@ -4,7 +4,7 @@
 
 namespace tavel {
 
-/// Runs `action` when the scope is left, in whatever way. The action must not throw.
+/// Runs `action` at the end of the scope, also when an exception ends it. The action must not throw.
 template <typename Action>
 class ScopeExit {
 public:

@@ -10,7 +10,7 @@ namespace tavel {
 
 void enlargePipe([[maybe_unused]] int descriptor) {
 #ifdef F_SETPIPE_SZ
-    // What an unprivileged process may ask for, unless the administrator lowered it (pipe(7)).
+    // The default limit for unprivileged processes (pipe(7)).
     constexpr int largePipe = 1 << 20;
     if (const int size = fcntl(descriptor, F_GETPIPE_SZ); size > 0 && size < largePipe)
         static_cast<void>(fcntl(descriptor, F_SETPIPE_SZ, largePipe));
@@ -27,7 +27,7 @@ void preferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_
 
 void provideMemory([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size) {
 #ifdef MADV_POPULATE_WRITE
-    // Of the first page a part is in use; what is there already stays as it is (madvise(2)).
+    // The first page may be partly in use. Populating it again does not change its content (madvise(2)).
     constexpr std::size_t pageBytes = 4096;
     const std::size_t before = reinterpret_cast<std::uintptr_t>(memory) % pageBytes;
     static_cast<void>(madvise(static_cast<char*>(memory) - before, before + size, MADV_POPULATE_WRITE));

@@ -15,7 +15,7 @@ std::string makeUuid() {
             octets[i + byte] = static_cast<std::uint8_t>(word >> (8 * byte));
     }
     octets[6] = static_cast<std::uint8_t>((octets[6] & 0x0F) | 0x40); // RFC 4122, 4.1.3: version 4
-    octets[8] = static_cast<std::uint8_t>((octets[8] & 0x3F) | 0x80); // RFC 4122, 4.1.1: its variant
+    octets[8] = static_cast<std::uint8_t>((octets[8] & 0x3F) | 0x80); // RFC 4122, 4.1.1: the RFC's variant
 
     static constexpr char digits[] = "0123456789ABCDEF";
     std::string text;

@@ -4,9 +4,9 @@
 
 namespace tavel {
 
-/// The error as a parent and the system's log see it, on every platform the same: a FileError gets the domain
-/// and the codes of the home platform (NSCocoaErrorDomain, Foundation's FoundationErrors.h) and keeps its
-/// description. Every other error stays as it is.
+/// The error as the parent and the system's log see it, the same on every platform. A FileError gets the
+/// domain and code of the home platform (NSCocoaErrorDomain, Foundation's FoundationErrors.h) and keeps its
+/// description. Any other error is returned unchanged.
 Error homePlatformError(const Error& error);
 
 } // namespace tavel
