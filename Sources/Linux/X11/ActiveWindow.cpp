@@ -11,8 +11,8 @@ namespace tavel {
 
 namespace {
 
-/// Each with the class that its windows have had in its versions. Nautilus is named by its application
-/// identifier since it uses GTK 4.
+/// The classes of file managers' windows, in all their versions. Programs with GTK 4, such as Nautilus, use
+/// their application identifier.
 constexpr std::array fileManagerClasses{
     std::string_view("thunar"),
     std::string_view("caja"),
@@ -29,7 +29,7 @@ constexpr std::array fileManagerClasses{
     std::string_view("org.kde.dolphin"),
 };
 
-/// In units of four bytes; a class name is no longer than this.
+/// In units of four bytes, as GetProperty counts; longer than any class name.
 constexpr std::uint32_t longestProperty = 256;
 
 xcb_get_property_cookie_t ask(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t property,
@@ -52,7 +52,7 @@ std::optional<std::uint32_t> number(const X11Reply<xcb_get_property_reply_t>& re
 std::string classNameOf(const X11Reply<xcb_get_property_reply_t>& reply) {
     if (reply == nullptr || reply->format != 8)
         return {};
-    // The instance's name and the class's, each with a zero byte behind it.
+    // The name of the instance and the name of the class, each ended by a zero byte.
     std::string_view value(static_cast<const char*>(xcb_get_property_value(reply.get())),
                            static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
     const std::size_t instanceEnd = value.find('\0');
@@ -92,7 +92,7 @@ std::optional<ProgramWindow> ActiveWindow::read() const {
 }
 
 void ActiveWindow::activate(xcb_window_t window) const {
-    constexpr std::uint32_t fromPager = 2; // not an application's own wish, which could be refused
+    constexpr std::uint32_t fromPager = 2; // window managers may refuse requests from applications
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;

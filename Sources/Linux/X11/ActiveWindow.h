@@ -9,27 +9,27 @@
 
 namespace tavel {
 
-/// A program's window as its properties describe it.
+/// A program's window and its properties.
 struct ProgramWindow {
     xcb_window_t window = 0;
-    std::int32_t processIdentifier = 0; // as the program says (EWMH, _NET_WM_PID)
+    std::int32_t processIdentifier = 0; // as the program states it (EWMH, _NET_WM_PID)
     std::string className;              // the second part of WM_CLASS (ICCCM 4.1.2.5)
 };
 
-/// Tells which window the window manager calls active (EWMH, _NET_ACTIVE_WINDOW). Belongs to one connection,
-/// whose default screen it looks at; any thread that may use that connection.
+/// Reads and changes the active window of a connection's default screen (EWMH, _NET_ACTIVE_WINDOW). For any
+/// thread that may use the connection.
 class ActiveWindow {
 public:
-    /// Costs one round trip.
+    /// One round trip. The connection must outlive this object.
     ActiveWindow(xcb_connection_t* connection, xcb_window_t root);
 
-    /// The root window's property that changes with the active window.
+    /// The root window's property that names the active window.
     xcb_atom_t property() const { return activeWindow_; }
 
-    /// Two round trips. Nothing if there is none, it says no process, or it is just going.
+    /// Two round trips. nullopt if no window is active, or if it states no process or is being destroyed.
     std::optional<ProgramWindow> read() const;
 
-    /// Asks the window manager to activate the window, as if the user had picked it in a list.
+    /// Asks the window manager to activate the window, as a taskbar does when the user picks a window.
     void activate(xcb_window_t window) const;
 
 private:
@@ -39,7 +39,7 @@ private:
     xcb_atom_t processIdentifier_ = XCB_ATOM_NONE;
 };
 
-/// Whether windows of that class are a file manager's that this agent knows.
+/// Whether the class (WM_CLASS) is that of a known file manager. Ignores ASCII case.
 bool isFileManagerClass(std::string_view className);
 
 } // namespace tavel

@@ -6,13 +6,13 @@
 
 namespace tavel {
 
-/// Until when it has to be decided about a key, on which the user's keyboard waits. While such a decision is
-/// being made, whatever waits for another program waits no longer than that. Main thread.
+/// The deadline for a key decision; the keyboard is frozen until then. While a decision is pending, no wait
+/// for another program may last longer. Main thread.
 class DecisionDeadline {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// As long as it exists, a decision is being made. Not nested.
+    /// A decision is pending while this object exists. Not nested.
     class Scope {
     public:
         Scope(DecisionDeadline& deadline, Clock::time_point end) : deadline_(deadline) {
@@ -28,8 +28,8 @@ public:
 
     bool isDeciding() const { return end_.has_value(); }
 
-    /// The earlier of `wish` and the end of the decision that is being made, if one is.
-    Clock::time_point limit(Clock::time_point wish) const { return end_ ? std::min(wish, *end_) : wish; }
+    /// The earlier of `time` and the deadline of the pending decision. `time` itself if none is pending.
+    Clock::time_point limit(Clock::time_point time) const { return end_ ? std::min(time, *end_) : time; }
 
 private:
     std::optional<Clock::time_point> end_;

@@ -10,18 +10,18 @@ namespace tavel {
 
 namespace {
 
-/// Other programs can make up names without end; what is behind them is asked for again.
+/// Bounds the memory that other programs can make this process use with ever new names.
 constexpr std::size_t mostRememberedAtoms = 4096;
 
-/// Some programs take no more of a property, and do not look whether there is more (xsel).
+/// Some requestors, such as xsel, read no more of a property and ignore the rest.
 constexpr std::size_t largestCommonPropertyBytes = 4'000'000;
 
-/// What a request needs besides the property's value, and a little more.
+/// Room for the fields of ChangeProperty before the value, with a margin.
 constexpr std::size_t requestOverheadBytes = 64;
 
 constexpr std::chrono::seconds fetchTimeTimeOut{5};
 
-/// Enough for any usual burst. Whoever waits looks at the clock in between.
+/// Larger than any usual burst. The bound lets waiting callers check their deadline during a flood.
 constexpr int mostEventsAtOnce = 256;
 
 const xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
@@ -36,7 +36,8 @@ std::size_t largestPropertyOf(xcb_connection_t* connection) {
     return std::min(largestRequest - requestOverheadBytes, largestCommonPropertyBytes);
 }
 
-/// Greets the extension, without which it answers nothing. Gives the number of its selection event.
+/// Announces the version of XFixes, which the extension demands before any other request. Returns the number
+/// of its selection event, nullopt without the extension.
 std::optional<std::uint8_t> selectionOwnerEventOf(xcb_connection_t* connection) {
     const xcb_query_extension_reply_t* const extension = xcb_get_extension_data(connection, &xcb_xfixes_id);
     if (extension == nullptr || extension->present == 0)
@@ -148,7 +149,7 @@ void X11Connection::dispatchEvents() {
 void X11Connection::synchronize() {
     const auto cookie = xcb_get_input_focus(connection_);
     awaitReply(connection_, cookie, xcb_get_input_focus_reply);
-    // What happened before the answer has been read along with it, and tells of an earlier request.
+    // Events from before the reply have been read with it, and carry an earlier sequence number.
     while (hasQueuedEvent() && isEarlierRequest(queued_->full_sequence, cookie.sequence))
         dispatch(std::move(queued_));
 }
@@ -185,7 +186,7 @@ void X11Connection::dispatch(Event event) {
 }
 
 xcb_timestamp_t X11Connection::fetchTime() {
-    // A change of a property, even by nothing, is told with the time of the change (ICCCM 2.1).
+    // PropertyNotify carries the server's time, also for a change that appends no data (ICCCM 2.1).
     timeCame_ = false;
     xcb_change_property(connection_, XCB_PROP_MODE_APPEND, window_, timeProperty_, XCB_ATOM_INTEGER, 32, 0,
                         nullptr);

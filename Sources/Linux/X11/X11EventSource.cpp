@@ -6,7 +6,7 @@
 
 namespace tavel {
 
-/// The part that GLib asks before and after each wait.
+/// The GSource, whose functions GLib calls before and after each wait.
 struct X11EventSource::Source {
     GSource base;
     X11Selections* selections;
@@ -14,7 +14,7 @@ struct X11EventSource::Source {
 
     static Source& from(GSource* source) { return *reinterpret_cast<Source*>(source); }
 
-    /// Events that arrived together with an answer lie in memory, where no descriptor tells of them.
+    /// Events that xcb read together with a reply are in its queue, and do not make the descriptor readable.
     static gboolean prepare(GSource* source, gint* timeout) {
         *timeout = -1;
         Source& self = from(source);
@@ -39,11 +39,11 @@ struct X11EventSource::Source {
         X11Selections& selections = *from(source).selections;
         selections.connection().dispatchEvents();
         selections.giveUpOverdue(X11Selections::Clock::now());
-        // The descriptor of a lost server is ready for ever.
+        // The descriptor of a lost connection stays readable and would make the loop spin.
         return selections.connection().isLost() ? G_SOURCE_REMOVE : G_SOURCE_CONTINUE;
     }
 
-    /// In milliseconds, rounded up.
+    /// Milliseconds until the deadline, rounded up.
     static gint remaining(X11Selections::Clock::time_point deadline) {
         const auto wait =
             std::chrono::ceil<std::chrono::milliseconds>(deadline - X11Selections::Clock::now());
@@ -61,7 +61,7 @@ X11EventSource::X11EventSource(std::shared_ptr<X11Selections> selections)
     source_->selections = selections_.get();
     source_->descriptor =
         g_source_add_unix_fd(&source_->base, selections_->connection().descriptor(), G_IO_IN);
-    // Before timers: a poll that is due together with the news of a change is to know of it.
+    // Before timers, so that a poll at the same time as a change already sees it.
     g_source_set_priority(&source_->base, G_PRIORITY_HIGH);
     g_source_attach(&source_->base, nullptr);
 }

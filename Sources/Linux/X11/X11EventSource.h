@@ -8,8 +8,8 @@
 
 namespace tavel {
 
-/// Lets the selections be served by GLib's default main context for as long as this object lives. When the
-/// server is lost, it goes quiet.
+/// Serves the selections in GLib's default main context while this object exists. Inactive once the server is
+/// lost.
 class X11EventSource {
 public:
     explicit X11EventSource(std::shared_ptr<X11Selections> selections);

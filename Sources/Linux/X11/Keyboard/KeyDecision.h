@@ -9,31 +9,32 @@
 
 namespace tavel {
 
-/// The decision about one key, for which the user's keyboard waits: asked for by one thread, made by another,
-/// and given up when it takes too long. Each member may be called by any thread.
+/// The decision about one key press, during which the keyboard is frozen. One thread asks for it, another one
+/// makes it, and it is given up after its deadline. Any thread may call any member.
 class KeyDecision {
 public:
     using Clock = DecisionDeadline::Clock;
 
-    /// For how long it is waited for beyond the deadline if somebody is just deciding. Whoever decides keeps
-    /// to the deadline, and needs a moment more to say so.
+    /// How long `await` waits beyond the deadline for a claimed decision. The deciding thread stops at the
+    /// deadline and needs a moment to answer.
     static constexpr std::chrono::milliseconds grace{20};
 
     explicit KeyDecision(Clock::time_point deadline) : deadline_(deadline) {}
 
     Clock::time_point deadline() const { return deadline_; }
 
-    /// Waits for the verdict, until the deadline or, once claimed, for the grace. To pass, if the decision
-    /// was given up.
+    /// Waits for the verdict until the deadline, or until the end of the grace period if the decision is
+    /// claimed. Then gives it up: the key passes.
     KeyVerdict await();
 
-    /// Whoever is going to decide says so. False if it is too late, and nobody is to decide any more.
+    /// Announces that the caller decides. False if the deadline has passed or the decision is given up; the
+    /// caller then must not decide.
     bool claim();
 
-    /// The verdict of whoever claimed the decision. False if it has been given up: the key has passed.
+    /// Sets the verdict of a claimed decision. False if it has been given up: the key has passed.
     bool answer(KeyVerdict verdict);
 
-    /// Ends the waiting at once. The key passes, unless it has been decided.
+    /// Ends the wait at once. The key passes unless the verdict is already set.
     void giveUp();
 
 private:

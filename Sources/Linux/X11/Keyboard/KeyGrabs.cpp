@@ -36,7 +36,7 @@ bool canGrab(xcb_connection_t* connection, xcb_window_t window, const KeyCombina
         succeeded = succeeded && error == nullptr;
     }
     ungrab(connection, window, combinations);
-    // The user may have pressed one of them in this moment: it goes where it belongs.
+    // A press during the test grab has frozen the keyboard; this replays it to its window.
     xcb_allow_events(connection, XCB_ALLOW_REPLAY_KEYBOARD, XCB_CURRENT_TIME);
     xcb_flush(connection);
     return succeeded && xcb_connection_has_error(connection) == 0;
@@ -61,7 +61,7 @@ void KeyGrabs::grab(xcb_window_t window, KeyCombinations combinations) {
     const std::lock_guard lock(mutex_);
     if (!enabled_)
         return;
-    // The same ones are grabbed once more, which leaves no gap: another program may have let go of them.
+    // Grabs that stay are requested again without a gap: another program may have released its own.
     if (window != window_ || combinations != combinations_)
         sendUngrabs();
     window_ = window;
@@ -78,7 +78,7 @@ void KeyGrabs::sendUngrabbed(const std::function<void()>& send) {
     xcb_flush(connection_);
 }
 
-/// Errors come as events, which the connection's reader drops.
+/// Errors arrive as events, which the connection's reader ignores.
 void KeyGrabs::sendGrabs() const {
     if (window_ == XCB_WINDOW_NONE)
         return;

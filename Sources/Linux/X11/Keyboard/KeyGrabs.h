@@ -9,7 +9,7 @@
 
 namespace tavel {
 
-/// Keys with modifiers: each of the keys with each of the sets of modifiers.
+/// Every combination of one of the keys with one of the sets of modifiers.
 struct KeyCombinations {
     std::vector<xcb_keycode_t> keys;
     std::vector<std::uint16_t> modifiers;
@@ -17,27 +17,26 @@ struct KeyCombinations {
     bool operator==(const KeyCombinations&) const = default;
 };
 
-/// Whether nobody else has grabbed one of the combinations on that window, which is usually the root window:
-/// who has it there gets the keys first. Some round trips. A press that happens meanwhile is not lost.
+/// Whether no other program has grabbed one of the combinations on the window. Usually called for the root
+/// window, whose grabs get the keys first. Takes several round trips. No press is lost meanwhile.
 bool canGrab(xcb_connection_t* connection, xcb_window_t window, const KeyCombinations& combinations);
 
-/// The combinations that are grabbed on one window at a time. A press of one of them freezes the keyboard
-/// until this connection allows it to go on. What another program has grabbed on that window before stays
-/// with it, and so does everything if there is no such window: the keys then pass. Any thread; nothing here
-/// waits for the server.
+/// Grabs of key combinations on one window at a time. A press of one of them freezes the keyboard until this
+/// connection allows events again. Combinations that another program has already grabbed there stay with it;
+/// on a window that does not exist, nothing is grabbed. Any thread. Never waits for the server.
 class KeyGrabs {
 public:
     explicit KeyGrabs(xcb_connection_t* connection) : connection_(connection) {}
 
-    /// When switched off, nothing is grabbed, at once and for as long as that lasts.
+    /// Switching off releases all grabs at once. While off, `grab` does nothing.
     void setEnabled(bool enabled);
     bool isEnabled() const;
 
-    /// Grabs these on that window instead of what was grabbed before; on none if it is XCB_WINDOW_NONE.
+    /// Replaces the previous grabs by the combinations on this window; XCB_WINDOW_NONE means no grabs.
     void grab(xcb_window_t window, KeyCombinations combinations);
 
-    /// Sends what `send` requests while nothing is grabbed. The server takes it all in this order, and
-    /// whoever waits for the grabs sees no gap. `send` must not wait for the server.
+    /// Makes the requests of `send` between a release of the grabs and their renewal. The lock keeps other
+    /// threads from changing the grabs in between. `send` must not wait for the server.
     void sendUngrabbed(const std::function<void()>& send);
 
 private:

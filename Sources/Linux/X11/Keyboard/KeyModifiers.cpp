@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t modifierCount = 8;
 
-/// What every usual layout has under these modifiers: Alt is the first, the Windows key the fourth.
+/// The usual meaning of the modifiers: Mod1 is Alt, Mod4 is the Windows key.
 constexpr std::array flags{
     std::pair<unsigned int, std::uint64_t>{XCB_MOD_MASK_SHIFT, keyFlag::shift},
     std::pair<unsigned int, std::uint64_t>{XCB_MOD_MASK_CONTROL, keyFlag::command},
@@ -48,7 +48,7 @@ std::vector<std::uint16_t> controlWithLocks(std::uint16_t numLock) {
     constexpr std::uint16_t control = XCB_MOD_MASK_CONTROL;
     constexpr std::uint16_t capsLock = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_LOCK;
     std::vector<std::uint16_t> variants{control, capsLock};
-    // A layout can have no Num Lock, or one that is not to be told from the others.
+    // A layout can have no Num Lock, or have it on the same modifier as Control or Caps Lock.
     if ((capsLock | numLock) != capsLock) {
         variants.push_back(control | numLock);
         variants.push_back(capsLock | numLock);

@@ -26,7 +26,7 @@ int openWakeUp() {
     return descriptor;
 }
 
-/// While it exists, this thread takes no signals, and a thread that it starts never does.
+/// Blocks all signals in this thread while it exists. A thread that is started meanwhile inherits this.
 class NoSignals {
 public:
     NoSignals() {
@@ -95,7 +95,7 @@ void KeyTapThread::wake() const {
     eventfd_write(wakeUp_, 1);
 }
 
-/// Without memory it cannot go on, and the process ends: a keyboard that waits for it goes on then.
+/// noexcept: out of memory, the process ends, and the server unfreezes the keyboard.
 void KeyTapThread::run() noexcept {
     while (true) {
         handleEvents();
@@ -106,7 +106,8 @@ void KeyTapThread::run() noexcept {
             if (stopping_)
                 break;
         }
-        // What it waits for can bring events of which the descriptor does not tell.
+        // A refresh waits for replies. The events that come with them do not make the descriptor readable, so
+        // the loop handles them before it waits.
         if (mustRefresh_ || keyboardChanged_ || windowChanged_)
             refresh();
         else
@@ -131,8 +132,8 @@ void KeyTapThread::handleEvents() {
         handle(*event);
 }
 
-/// What programs send themselves has another response_type and is nothing here; so are errors: a window may
-/// go at any time, or another program may have a grab.
+/// Ignores events from SendEvent, which have another response_type, and errors: a window may be destroyed at
+/// any time, or another program may hold a grab.
 void KeyTapThread::handle(const xcb_generic_event_t& event) {
     switch (event.response_type) {
     case XCB_KEY_PRESS:
@@ -168,8 +169,8 @@ void KeyTapThread::refresh() {
     grabs_.grab(isFileManager ? active->window : none, combinations_);
 }
 
-/// A press that is on its way must not be kept back, nor be lost: with the end of the connection the server
-/// drops what it has not done yet.
+/// Releases the grabs and handles the presses that are already on their way. The second round trip makes sure
+/// that the server has carried out every request before the connection is closed.
 void KeyTapThread::letGo() {
     grabs_.setEnabled(false);
     synchronize();
@@ -183,8 +184,8 @@ void KeyTapThread::synchronize() const {
 
 void KeyTapThread::pressed(const xcb_key_press_event_t& key) {
     if (held_ && key.event == held_->window) {
-        // A repeat, or another key: the keyboard does not wait. Should the server have ended this grab
-        // without a word, it is a new press, and it does.
+        // A repeat or another key during the grab: the keyboard is not frozen. If the server has ended the
+        // grab silently, it is a new press and has frozen the keyboard.
         allow(XCB_ALLOW_ASYNC_KEYBOARD, key);
         if (key.detail == held_->code)
             listener_.report(keyEvent(KeyEventType::keyDown, key.state));
@@ -199,7 +200,7 @@ void KeyTapThread::pressed(const xcb_key_press_event_t& key) {
 }
 
 KeyVerdict KeyTapThread::askFor(const xcb_key_press_event_t& key) {
-    // On the root window nothing was grabbed but to try whether it can be.
+    // Only the test in canGrab grabs on the root window.
     if (key.event == connection_.root() || !grabs_.isEnabled())
         return KeyVerdict::pass;
     const auto decision = std::make_shared<KeyDecision>(KeyDecision::Clock::now() + decisionTime_);
@@ -228,7 +229,7 @@ void KeyTapThread::hold(const xcb_key_press_event_t& key) {
     checkHold();
 }
 
-/// The server ends a grab, without a word, when its window or one around it can no longer be seen.
+/// The server ends a grab silently when its window or one of its ancestors becomes invisible.
 void KeyTapThread::checkHold() {
     const auto cookie = xcb_get_window_attributes(connection_.get(), held_->window);
     const auto window = awaitReply(connection_.get(), cookie, xcb_get_window_attributes_reply);

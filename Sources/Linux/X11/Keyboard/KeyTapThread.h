@@ -18,43 +18,43 @@
 
 namespace tavel {
 
-/// The thread that keeps Control+V grabbed on the active window while that is a file manager's, and answers
-/// the server for every press of it: within a tenth of a second, whatever other threads do, for the user's
-/// keyboard waits. Sleeps when nothing happens, and ends when the server is lost.
+/// The thread that grabs Control+V on the active window if that belongs to a file manager. The keyboard is
+/// frozen after each press until this thread answers the server, at most a tenth of a second whatever other
+/// threads do. Ends when the server is lost.
 ///
-/// After a swallowed press the keyboard goes on, but the key stays grabbed until it is released, and its
-/// repeats and its release come here.
+/// A swallowed press unfreezes the keyboard, but the key stays grabbed until its release, so its repeats and
+/// its release come here.
 class KeyTapThread {
 public:
-    /// Called on this thread, which must not be made to wait.
+    /// Called on this thread. The functions must not block.
     struct Listener {
-        /// A press to decide upon. The decision may be given up before anybody has taken it on.
+        /// A press to decide about. The decision may be given up before it is claimed.
         std::function<void(const std::shared_ptr<KeyDecision>&, const KeyEvent&)> decide;
 
         /// A repeat or the release of a key that was swallowed.
         std::function<void(const KeyEvent&)> report;
     };
 
-    /// Starts, switched off. A decision may take `decisionTime`. Throws std::system_error when the system has
-    /// no thread or descriptor left.
+    /// Starts the thread, switched off. `decisionTime` is the time-out of a decision. Throws
+    /// std::system_error when the system has no thread or descriptor left.
     KeyTapThread(KeyboardConnection& connection, std::chrono::milliseconds decisionTime, Listener listener);
 
-    /// Ends the thread. Nothing is called any more, and no key is kept back.
+    /// Ends the thread. No listener is called any more, and pending presses pass.
     ~KeyTapThread();
     KeyTapThread(const KeyTapThread&) = delete;
     KeyTapThread& operator=(const KeyTapThread&) = delete;
 
-    /// Main thread. When switched on, the layout and the active window are looked at anew.
+    /// Main thread. Switching on reads the layout and the active window again.
     void setEnabled(bool enabled);
 
     KeyGrabs& grabs() { return grabs_; }
 
-    /// To be called by another thread after it has waited for the connection: the answer may have brought
-    /// events along. Any thread.
+    /// Another thread has to call this after it has waited for a reply on the connection, which may have
+    /// brought events along. Any thread.
     void wake() const;
 
 private:
-    /// A key that was swallowed and not released yet, and the window on which it was grabbed.
+    /// A swallowed key before its release, and the window of its grab.
     struct HeldKey {
         xcb_window_t window = XCB_WINDOW_NONE;
         xcb_keycode_t code = 0;
@@ -89,7 +89,7 @@ private:
     bool stopping_ = false;
     std::shared_ptr<KeyDecision> pending_;
 
-    // The thread's own:
+    // Used by this thread only:
     ActiveWindow activeWindow_;
     KeyCombinations combinations_;
     bool keyboardChanged_ = false;

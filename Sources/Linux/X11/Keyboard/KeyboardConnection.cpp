@@ -28,8 +28,8 @@ bool hasTestExtension(xcb_connection_t* connection) {
     return extension != nullptr && extension->present != 0;
 }
 
-/// Greets the extension, without which it answers nothing, and has a held key repeat as presses only, so that
-/// a release is one. Gives the number of the extension's events.
+/// Announces the version of XKB, which the extension demands before any other request. Then makes a held key
+/// repeat without releases in between. Returns the number of the extension's events, nullopt on failure.
 std::optional<std::uint8_t> prepareXkb(xcb_connection_t* connection) {
     const xcb_query_extension_reply_t* const extension = xcb_get_extension_data(connection, &xcb_xkb_id);
     if (extension == nullptr || extension->present == 0)
@@ -91,7 +91,7 @@ void KeyboardConnection::selectChanges(bool on) {
 bool KeyboardConnection::isKeyboardChange(const xcb_generic_event_t& event) const {
     if (event.response_type == XCB_MAPPING_NOTIFY)
         return true;
-    // The extension has one number for all its events, and tells them apart by the second byte.
+    // All events of the extension have one number. Their second byte tells them apart.
     return event.response_type == xkbEvent_ &&
            (event.pad0 == XCB_XKB_NEW_KEYBOARD_NOTIFY || event.pad0 == XCB_XKB_MAP_NOTIFY);
 }

@@ -10,14 +10,14 @@
 
 namespace tavel {
 
-/// A connection to an X server for its keyboard. It can be used by several threads at once; but what one of
-/// them waits for can bring events, of which the descriptor then tells nobody.
+/// A connection to an X server for its keyboard. Several threads may use it at once. A thread that waits for
+/// a reply can read events along with it, for which the descriptor then no longer becomes readable.
 ///
-/// When the server goes, every operation goes on giving nothing: `isLost` tells.
+/// When the server is lost, `isLost` becomes true and every operation returns an empty result at once.
 class KeyboardConnection {
 public:
-    /// Connects to the server that `display` names, or DISPLAY if it is null. Nothing if none answers there,
-    /// or one without the extensions XKB and XTEST.
+    /// Connects to the server that `display` names, or to that of DISPLAY if it is null. Returns null if no
+    /// server answers or it lacks the extension XKB or XTEST.
     static std::unique_ptr<KeyboardConnection> open(const char* display);
 
     ~KeyboardConnection();
@@ -29,18 +29,17 @@ public:
     bool isLost() const { return xcb_connection_has_error(connection_) != 0; }
     int descriptor() const { return xcb_get_file_descriptor(connection_); }
 
-    /// Begins or ends the events that tell of changes of the keyboard's map and of the root window's
-    /// properties.
+    /// Selects or deselects the events about the keyboard's map and the root window's properties.
     void selectChanges(bool on);
 
-    /// Whether the event tells that the keyboard's map may have changed. One change gives several.
+    /// Whether the event reports a possible change of the keyboard's map. One change causes several events.
     bool isKeyboardChange(const xcb_generic_event_t& event) const;
 
-    /// As the keyboard is now. One round trip each; `pasteCombinations` two.
+    /// The current map and the current group (layout). One round trip each.
     KeyboardMap readMap();
     std::uint8_t readGroup();
 
-    /// Control with V in any group, whatever the locks are.
+    /// Control with V in any group and with any state of the locks. Two round trips.
     KeyCombinations pasteCombinations();
 
 private:

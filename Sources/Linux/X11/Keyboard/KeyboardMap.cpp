@@ -11,7 +11,7 @@ bool isOneOf(std::uint32_t symbol, std::initializer_list<std::uint32_t> symbols)
     return std::ranges::find(symbols, symbol) != symbols.end();
 }
 
-/// The group that the key takes for `group`. It has at least one.
+/// The key's group for the keyboard's group `group`. The key must have at least one.
 std::size_t groupWithin(const KeyboardMap::Key& key, std::uint8_t group) {
     const std::size_t count = key.symbols.size();
     if (group < count)

@@ -8,7 +8,7 @@ namespace tavel {
 
 namespace {
 
-/// The left Control key of every PC keyboard, for a layout on which no key is named so.
+/// The code of the left Control key on every PC keyboard, for layouts without that symbol.
 constexpr xcb_keycode_t usualLeftControl = 37;
 
 std::optional<xcb_keycode_t> codeOf(const KeyboardMap& map, std::int64_t keyCode, std::uint8_t group) {

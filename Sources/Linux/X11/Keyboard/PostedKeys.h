@@ -11,11 +11,11 @@
 
 namespace tavel {
 
-/// The X server's keys that stand for the home platform's key; any of them may be the one that is pressed.
-/// None for a key that the tap has nothing to do with.
+/// The X server's keys for a key code of the home platform; the user may press any of them. Empty for a key
+/// that the tap does not handle.
 std::vector<xcb_keycode_t> codesOf(const KeyboardMap& map, std::int64_t keyCode);
 
-/// A press or a release of a key of the X server's.
+/// A press or a release of a key of the X server.
 struct PostedKey {
     xcb_keycode_t code = 0;
     bool isDown = false;
@@ -23,12 +23,12 @@ struct PostedKey {
     bool operator==(const PostedKey&) const = default;
 };
 
-/// The presses and releases that the events stand for, while that group is the keyboard's. What has no key
-/// is left out.
+/// The presses and releases for the events while `group` is the keyboard's group. Leaves out events without a
+/// key.
 std::vector<PostedKey> postedKeys(std::span<const KeyEvent> events, const KeyboardMap& map,
                                   std::uint8_t group);
 
-/// Requests that the server types them. Does not wait, nor flush.
+/// Requests the key events with XTEST. Neither waits nor flushes.
 void sendKeys(xcb_connection_t* connection, std::span<const PostedKey> keys);
 
 } // namespace tavel

@@ -11,7 +11,7 @@
 
 namespace tavel {
 
-/// The main thread's side of the thread's questions.
+/// The main thread's part: calls the handler for the presses that the tap's thread posts.
 class X11KeyboardTap::Decider {
 public:
     Decider(Handler handler, DecisionDeadline& deadline)
@@ -27,7 +27,7 @@ public:
             handler_(KeyEvent{KeyEventType::tapDisabledByTimeout});
     }
 
-    /// Nothing is left to decide about it.
+    /// An event that needs no decision.
     void report(const KeyEvent& event) { handler_(event); }
 
 private:
@@ -68,7 +68,7 @@ bool X11KeyboardTap::create(Handler handler) {
 }
 
 KeyTapThread::Listener X11KeyboardTap::listener() {
-    // Neither the thread nor the loop may be the last to let go of the handler.
+    // Weak references, so that neither the thread nor the loop destroys the handler.
     const std::weak_ptr<Decider> weakDecider = decider_;
     return {
         [weakDecider, &loop = loop_](const std::shared_ptr<KeyDecision>& decision, const KeyEvent& event) {

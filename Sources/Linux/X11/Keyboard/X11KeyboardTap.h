@@ -13,24 +13,23 @@
 
 namespace tavel {
 
-/// The keyboard of an X server, as far as it is about pasting: sees Control+V while the active window is a
-/// file manager's, and no other key. Everything else about keys goes past this process.
+/// The keyboard tap of an X server. It sees Control+V while the active window belongs to a file manager, and
+/// no other keys.
 ///
 /// - Control is reported as the command key, Alt as option, the Windows key as control.
-/// - A press waits for the handler for a tenth of a second at the most. If the main thread does not come to
-///   it in time, the key passes and the handler never hears of it. If the handler takes too long, the key
-///   passes, and if it was to be swallowed, an event tapDisabledByTimeout follows; the tap goes on.
-/// - It is refused if another program has grabbed Control+V for the whole screen. Where two programs with
-///   such a tap run, the one that grabbed an active window first has its keys; to the other one nothing
-///   happens there.
-/// - Without the server it does nothing.
+/// - A press waits for the handler for at most a tenth of a second. If the main thread starts too late, the
+///   key passes and the handler is not called. If the handler takes too long, the key passes; if the handler
+///   then wants to swallow it, it gets an event tapDisabledByTimeout. The tap stays active.
+/// - `create` fails if another program has grabbed Control+V on the root window. Of two programs with such a
+///   tap, the first to grab an active window gets its keys.
+/// - Inactive once the server is lost.
 class X11KeyboardTap final : public KeyboardTap {
 public:
-    /// How long the user's keyboard may wait for the handler, which nobody notices.
+    /// How long the keyboard may be frozen for the handler: too short for the user to notice.
     static constexpr std::chrono::milliseconds usualDecisionTime{80};
 
-    /// Of the server that `display` names, or DISPLAY if it is null. Connects in `create`. The loop and the
-    /// deadline, which is set around each decision of the handler's, have to outlive this object.
+    /// `display` names the server; null means that of DISPLAY. `create` connects to it. The handler runs with
+    /// `deadline` set. The loop and the deadline must outlive this object.
     X11KeyboardTap(const char* display, EventLoop& loop, DecisionDeadline& deadline,
                    std::chrono::milliseconds decisionTime = usualDecisionTime);
     ~X11KeyboardTap() override;
@@ -51,7 +50,7 @@ private:
     EventLoop& loop_;
     DecisionDeadline& deadline_;
     const std::chrono::milliseconds decisionTime_;
-    std::shared_ptr<Decider> decider_; // what is posted to the loop knows it weakly
+    std::shared_ptr<Decider> decider_; // functions posted to the loop hold it weakly
     std::unique_ptr<KeyboardConnection> connection_;
     std::unique_ptr<KeyTapThread> thread_;
 };

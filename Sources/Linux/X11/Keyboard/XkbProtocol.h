@@ -1,6 +1,7 @@
 #pragma once
 
-// The library's header is C: it names two members with a keyword of C++, which compilers warn of replacing.
+// Includes <xcb/xkb.h>. That C header has members named `explicit`, which the macro below renames. As a
+// system header, this one gets no warning for the redefined keyword.
 #pragma GCC system_header
 
 #include <xcb/xcb.h>

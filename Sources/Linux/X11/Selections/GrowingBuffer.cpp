@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::size_t smallestCapacity = std::size_t{64} * 1024;
 
-/// From here on the buffer gets addresses for as much as anybody sends, which are no memory yet, so that it
-/// moves only once, while there is little to move.
+/// A buffer that outgrows this size gets `hugeCapacity` at once, enough for almost every value. Untouched
+/// memory costs only addresses, and the buffer moves once, while it is small.
 constexpr std::size_t largeCapacity = std::size_t{4} << 20;
 constexpr std::size_t hugeCapacity = std::size_t{256} << 20;
 

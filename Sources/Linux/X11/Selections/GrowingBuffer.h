@@ -9,16 +9,16 @@
 
 namespace tavel {
 
-/// Bytes that come bit by bit, gathered in one piece of memory. A large one grows where it is: no second copy
-/// of it exists at any time.
+/// Collects bytes that arrive in parts in one contiguous buffer. A large buffer grows in place, so that no
+/// second copy of it exists at any time.
 class GrowingBuffer {
 public:
     std::size_t size() const { return size_; }
 
-    /// Throws std::bad_alloc, and is then as it was.
+    /// Throws std::bad_alloc and leaves the buffer unchanged.
     void append(std::string_view bytes);
 
-    /// What was gathered, uncopied. The buffer is empty afterwards.
+    /// The bytes, without a copy. Leaves the buffer empty.
     Bytes take();
 
 private:

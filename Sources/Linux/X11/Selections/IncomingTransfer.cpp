@@ -17,12 +17,12 @@ void IncomingTransfer::received(const PropertyPart& part) {
         return;
     receivedBytes_ += part.bytes.size();
     if (part.type == incrementalType_) {
-        // The size that stands in the property is the owner's guess: nothing is built on it (ICCCM 2.7.2).
+        // The property holds the owner's estimate of the size, which is not used (ICCCM 2.7.2).
         sendsIncrements_ = true;
         if (state_ == State::requested)
             state_ = State::increments;
         else
-            fail(); // in the middle of a value it is none of its parts
+            fail(); // INCR in the middle of a transfer
     } else if (sendsIncrements_) {
         receivedIncrement(part);
     } else {
@@ -53,7 +53,7 @@ void IncomingTransfer::receivedWhole(const PropertyPart& part) {
 
 void IncomingTransfer::receivedIncrement(const PropertyPart& part) {
     if (part.type == 0)
-        return; // the change was a deletion, or the property is gone again
+        return; // the property has been deleted
     if (type_ == 0) {
         type_ = part.type;
         format_ = part.format;
@@ -64,7 +64,7 @@ void IncomingTransfer::receivedIncrement(const PropertyPart& part) {
         keep(part);
 }
 
-/// Takes the part in, if it belongs to those before it and there is room for it.
+/// Appends the part. Fails if its type or format differ from those before, or if it exceeds the limit.
 void IncomingTransfer::keep(const PropertyPart& part) {
     if (failed())
         return;

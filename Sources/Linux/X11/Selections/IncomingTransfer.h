@@ -10,54 +10,54 @@
 
 namespace tavel {
 
-/// What reading a property gave. Atoms are numbers here: of their meaning only INCR's matters.
+/// The result of one GetProperty. Atoms are plain numbers here; only INCR has a meaning.
 struct PropertyPart {
-    std::uint32_t type = 0; // 0: there is no property
+    std::uint32_t type = 0; // 0: the property does not exist
     int format = 0;         // bits: 8, 16 or 32
     Bytes bytes;
-    std::size_t remaining = 0; // bytes of the property's value behind these
+    std::size_t remaining = 0; // bytes of the property's value after these
 };
 
-/// One conversion of a selection on its way to us, at once or in increments (ICCCM 2.2, 2.7.2). It only keeps
-/// account: whoever owns it reads the property whenever there is a part to read, and deletes it after its
-/// last part, which an owner takes for the order to go on.
+/// The state of one conversion for which this process is the requestor, as a whole or in increments (ICCCM
+/// 2.2, 2.7.2). It makes no requests: the reader reads the property whenever a part is there, and deletes it
+/// after its last part. The deletion tells an owner to send the next increment.
 class IncomingTransfer {
 public:
     enum class State {
-        requested,  // nothing has been answered
-        arriving,   // the value comes in one property, of which a part has been read
-        increments, // the value comes in increments, the next one may be there
+        requested,  // the owner has not answered
+        arriving,   // the value is in one property, and a part of it has been read
+        increments, // the value comes in increments
         complete,   // the value is there
-        failed,     // there will be no value, but the owner may go on sending
-        over,       // there will be no value, and nothing more comes
+        failed,     // without a value; the owner may still send
+        over,       // without a value; the owner sends nothing more
     };
 
-    /// More than `limit` bytes are not taken in. `incrementalType` is the atom INCR.
+    /// The transfer fails when more than `limit` bytes arrive. `incrementalType` is the atom INCR.
     IncomingTransfer(std::size_t limit, std::uint32_t incrementalType);
 
     State state() const { return state_; }
 
-    /// Whether the owner has nothing more to send.
+    /// Whether the owner sends nothing more.
     bool isOver() const { return state_ == State::complete || state_ == State::over; }
 
-    /// Whether a property that changes now is a part of the value.
+    /// Whether the next change of the property is an increment.
     bool expectsIncrement() const { return state_ == State::increments || (failed() && sendsIncrements_); }
 
-    /// The owner refuses.
+    /// The owner has refused the conversion.
     void refused();
 
-    /// A part of the property was read, after the owner's answer or, in increments, after a change of the
-    /// property.
+    /// A part of the property has been read, after the owner's answer or, for increments, after a change of
+    /// the property.
     void received(const PropertyPart& part);
 
-    /// Gives up: the value is not wanted any more. What still comes is let through, so that an owner who can
-    /// serve one transfer at a time is not stuck for ever.
+    /// Drops the value. The transfer still accepts what the owner sends, so that an owner that serves one
+    /// transfer at a time can finish.
     void abandon();
 
-    /// How many bytes have come, as a sign of life.
+    /// All bytes received so far, which show the owner's progress.
     std::size_t receivedBytes() const { return receivedBytes_; }
 
-    /// The value when it is complete, once.
+    /// The complete value. To be called once.
     Bytes takeValue();
 
     std::uint32_t type() const { return type_; }
@@ -78,7 +78,7 @@ private:
     int format_ = 0;
     std::size_t receivedBytes_ = 0;
     GrowingBuffer buffer_;
-    std::optional<Bytes> whole_; // a value that came in one part, uncopied
+    std::optional<Bytes> whole_; // a value that came in one part, without a copy
 };
 
 } // namespace tavel

@@ -9,16 +9,16 @@
 
 namespace tavel {
 
-/// A value on its way to one requestor in increments (ICCCM 2.7.2). It only keeps account: whoever owns it
-/// has announced the transfer in the requestor's property, and puts there what each deletion asks for.
+/// The state of one transfer in increments to a requestor (ICCCM 2.7.2). It makes no requests: the server
+/// announces the transfer in the requestor's property, and writes an increment there after each deletion.
 class OutgoingTransfer {
 public:
     using Clock = InactivityDeadline::Clock;
 
     enum class State {
-        announced, // the requestor has not begun
+        announced, // the requestor has not started the transfer
         sending,   // an increment is in the property
-        ending,    // the empty increment is, which says that there is no more
+        ending,    // the empty increment, which ends the value, is in the property
         over,      // the requestor has taken everything, or the transfer was given up
     };
 
@@ -27,11 +27,11 @@ public:
 
     State state() const { return state_; }
 
-    /// The requestor has deleted the property: gives what to put there now, of which the last is empty.
-    /// Nothing when the transfer is over.
+    /// The requestor has deleted the property. Returns the next increment for it; the last one is empty.
+    /// nullopt when the transfer is over.
     std::optional<Bytes> propertyDeleted(Clock::time_point now);
 
-    /// The requestor is gone, or its time is over.
+    /// Ends the transfer and releases the value.
     void giveUp();
 
     Clock::time_point deadline() const { return deadline_.end(); }

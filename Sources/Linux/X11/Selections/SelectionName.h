@@ -5,9 +5,9 @@
 
 namespace tavel {
 
-/// The name of the selection that is the pasteboard of that name: the same name, or CLIPBOARD for the general
-/// pasteboard. A name that no atom can have (empty, with a zero byte, longer than 65,535 bytes) has one made
-/// of its SHA-256 in its place.
+/// The selection that serves as the pasteboard of that name: the selection of the same name, or CLIPBOARD for
+/// the general pasteboard (nullopt). A name that no atom can have (empty, with a zero byte, longer than
+/// 65,535 bytes) is replaced by one made of its SHA-256.
 std::string selectionNameOf(const std::optional<std::string>& pasteboardName);
 
 } // namespace tavel

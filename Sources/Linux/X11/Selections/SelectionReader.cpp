@@ -14,15 +14,14 @@ namespace tavel {
 
 namespace {
 
-/// Each transfer has a property of its own, by which an answer that comes too late is told from the one that
-/// is awaited. There are more than will ever be in use together, unless owner after owner hangs.
+/// Each transfer has a property of its own, which tells a late answer from the awaited one. So many are in
+/// use at once only if one owner after the other hangs.
 constexpr int propertyCount = 16;
 
-/// How much of a property is read at once. Most increments, and a copy of it is all that is held besides the
-/// value itself.
+/// The bytes of one GetProperty: larger than most increments, and the only copy beside the value itself.
 constexpr std::size_t partBytes = std::size_t{4} << 20;
 
-constexpr std::size_t unitBytes = 4; // in which offsets and lengths are counted
+constexpr std::size_t unitBytes = 4; // the unit of GetProperty's offsets and lengths
 
 } // namespace
 
@@ -65,8 +64,8 @@ SelectionReader::Position SelectionReader::begin(const Request& request) {
     return std::prev(transfers_.end());
 }
 
-/// The property that was free for the longest time, so that what an owner does to one after its answer is
-/// over before it is used again. If all are in use, that of the oldest transfer, which is then forgotten.
+/// The least recently used free property, so that an owner's late changes are over before it is used again.
+/// If all are in use, the property of the oldest transfer, which is then forgotten.
 xcb_atom_t SelectionReader::freeProperty() {
     auto free = std::ranges::find_if(properties_, [this](xcb_atom_t property) { return !isInUse(property); });
     if (free == properties_.end()) {
@@ -101,7 +100,7 @@ SelectionReader::wait(Position transfer, Clock::duration inactivityTimeOut, Cloc
             transfer->state.abandon();
     }
     if (transfer->state.state() == State::failed)
-        return std::nullopt; // it stays in the list until the owner is through
+        return std::nullopt; // the transfer stays in the list until the owner has finished
     std::optional<Answer> answer;
     if (transfer->state.state() == State::complete)
         answer = {transfer->state.type(), transfer->state.format(), transfer->state.takeValue()};
@@ -120,14 +119,14 @@ bool SelectionReader::awaitsLateAnswers() const {
     return std::ranges::any_of(transfers_, [](const Transfer& transfer) { return !transfer.isAnswered; });
 }
 
-/// Whether an answer of that time can be a refusal of the request. Its time should be the request's; some
-/// owners say another one, but an earlier one is that of an earlier request.
+/// Whether a refusal with that time can answer the request. Its time should equal the request's. Some owners
+/// send another one, but an earlier time belongs to an earlier request.
 bool SelectionReader::canRefuse(const Transfer& transfer, xcb_timestamp_t time) {
     return time == XCB_CURRENT_TIME || !isEarlierTime(time, transfer.request.time);
 }
 
-/// The transfer that this is the answer to. A refusal names no property; where its time does not tell either,
-/// it is taken to be for the latest request, which somebody waits for.
+/// The transfer that the answer belongs to, or the end of the list. A refusal names no property. If its time
+/// does not identify the request either, it counts for the latest one, which is the awaited one.
 SelectionReader::Position SelectionReader::transferFor(const xcb_selection_notify_event_t& answer) {
     auto found = transfers_.end();
     bool isExact = false;
@@ -148,7 +147,7 @@ SelectionReader::Position SelectionReader::transferFor(const xcb_selection_notif
 void SelectionReader::handleAnswer(const xcb_selection_notify_event_t& answer) {
     const auto transfer = transferFor(answer);
     if (transfer == transfers_.end()) {
-        // Nobody waits for it, but the owner may wait for its being taken. What is in use may hold a value.
+        // A late answer: the owner may wait until its property is deleted. One in use may hold another value.
         if (std::ranges::find(properties_, answer.property) != properties_.end() && !isInUse(answer.property))
             xcb_delete_property(connection_.get(), connection_.window(), answer.property);
         return;
@@ -167,14 +166,14 @@ void SelectionReader::handlePropertyChange(const xcb_property_notify_event_t& ch
     const auto transfer = std::ranges::find(transfers_, change.atom, &Transfer::property);
     if (transfer == transfers_.end() || !transfer->state.expectsIncrement())
         return;
-    // A change from before the last reading has been read with it: whoever changes the property over and over
-    // costs no more than one reading for all of it.
+    // The last read has already seen a change from before it. So an owner that changes the property again and
+    // again causes one read for all its changes.
     if (isEarlierRequest(requestNumber, transfer->lastReading))
         return;
     takeIn(*transfer);
 }
 
-/// Reads the property, which is deleted with its last part.
+/// Reads the property in parts. The server deletes it with its last part.
 void SelectionReader::takeIn(Transfer& transfer) {
     std::size_t offset = 0;
     while (transfer.state.state() != IncomingTransfer::State::failed) {
@@ -191,7 +190,7 @@ void SelectionReader::takeIn(Transfer& transfer) {
     letThrough(transfer);
 }
 
-/// Deletes the property without reading it.
+/// Deletes the property, of which only type and format are read.
 void SelectionReader::letThrough(Transfer& transfer) {
     const PropertyPart unread = readPart(transfer, 0, 0);
     transfer.lastReading =

@@ -14,8 +14,8 @@
 
 namespace tavel {
 
-/// Asks the owners of selections for their content and waits for it. While it waits, events go to their
-/// handlers as always. One thread.
+/// Requests conversions from the owners of selections and waits for the values. Dispatches events while it
+/// waits. One thread.
 class SelectionReader {
 public:
     using Clock = X11Connection::Clock;
@@ -24,7 +24,7 @@ public:
         xcb_atom_t selection;
         xcb_atom_t target;
         xcb_timestamp_t time;
-        std::size_t limit; // a value of more bytes is not taken
+        std::size_t limit; // bytes; a larger value is refused
     };
 
     struct Answer {
@@ -40,19 +40,19 @@ public:
     std::optional<Answer> read(const Request& request, Clock::duration inactivityTimeOut,
                                Clock::time_point deadline);
 
-    /// Like `read`, with atoms in the property that goes along with the request, as SAVE_TARGETS wants them.
+    /// Like `read`, with atoms as the request's parameter in its property, as SAVE_TARGETS needs them.
     std::optional<Answer> readWithParameter(const Request& request, const std::vector<xcb_atom_t>& parameter,
                                             Clock::duration inactivityTimeOut, Clock::time_point deadline);
 
-    /// Nobody will answer for that selection any more, or what they answer is out of date.
+    /// The selection has a new owner or none: gives up all its transfers.
     void abandon(xcb_atom_t selection);
 
-    /// Whether there are requests that nobody waits for any more, but that may still be answered.
+    /// Whether owners may still answer requests that have been given up.
     bool awaitsLateAnswers() const;
 
     void handleAnswer(const xcb_selection_notify_event_t& answer);
 
-    /// `requestNumber` is that of the last request before the change, as every event tells it.
+    /// `requestNumber` is the event's full sequence number: the last request before the change.
     void handlePropertyChange(const xcb_property_notify_event_t& change, std::uint32_t requestNumber);
 
 private:
@@ -61,7 +61,7 @@ private:
         xcb_atom_t property;
         IncomingTransfer state;
         bool isAnswered = false;
-        std::uint32_t lastReading = 0; // the request's number
+        std::uint32_t lastReading = 0; // sequence number of the last GetProperty or DeleteProperty
     };
 
     using Position = std::list<Transfer>::iterator;
@@ -81,8 +81,8 @@ private:
 
     X11Connection& connection_;
     xcb_atom_t incrementalType_;
-    std::vector<xcb_atom_t> properties_; // the one that was used last stands last
-    std::list<Transfer> transfers_;      // those begun and not over, oldest first
+    std::vector<xcb_atom_t> properties_; // least recently used first
+    std::list<Transfer> transfers_;      // oldest first
 };
 
 } // namespace tavel

@@ -11,13 +11,13 @@ namespace tavel {
 
 namespace {
 
-/// Large enough that requests do not count, small enough that two copies of it do not either.
+/// Large enough to make the cost of a round trip negligible, small enough to copy twice.
 constexpr std::size_t incrementBytes = std::size_t{1} << 20;
 
-/// How many conversions one request may ask for.
+/// The most conversions in one MULTIPLE request.
 constexpr std::uint32_t mostConversions = 256;
 
-/// How many transfers go on at the same time: each may keep a copy of its own of a text.
+/// The most simultaneous transfers in increments. Each may hold its own copy of a text.
 constexpr std::size_t mostTransfers = 64;
 
 } // namespace
@@ -40,7 +40,7 @@ void SelectionServer::handleRequest(const xcb_selection_request_event_t& request
     // An obsolete requestor leaves the choice of the property to the owner (ICCCM 2.2).
     const xcb_atom_t property = request.property != XCB_ATOM_NONE ? request.property : request.target;
     const auto owned = lookup_(request.selection);
-    // Nobody may ask in the name of this process's own window, and have its events turned off in the end.
+    // A requestor that names this process's own window would have that window's events turned off at the end.
     const bool isOurs = owned && request.requestor != connection_.window() &&
                         (request.time == XCB_CURRENT_TIME || !isEarlierTime(request.time, owned->since));
     const Conversion conversion{request.requestor, request.target, property};
@@ -51,7 +51,7 @@ void SelectionServer::handleRequest(const xcb_selection_request_event_t& request
         else if (isOurs)
             converted = convert(*owned, conversion);
     } catch (const std::bad_alloc&) {
-        converted = false; // what cannot be converted is refused
+        converted = false; // a refusal is the protocol's answer to any failure
     }
     notify(request, converted ? property : xcb_atom_t{XCB_ATOM_NONE});
 }
@@ -66,7 +66,7 @@ bool SelectionServer::convert(const OwnedSelection& owned, const Conversion& con
         return true;
     }
     if (conversion.target == saveTargets_) {
-        setAtoms(conversion, null_, {}); // a request for a deed has an empty answer (ICCCM 2.6.3)
+        setAtoms(conversion, null_, {}); // a target with a side effect has an empty value (ICCCM 2.6.3)
         return true;
     }
     const std::string target = connection_.atomNames({&conversion.target, 1}).front();
@@ -76,8 +76,8 @@ bool SelectionServer::convert(const OwnedSelection& owned, const Conversion& con
     return deliver(conversion, connection_.atom(value->type), value->bytes);
 }
 
-/// Several conversions in one request: pairs of a target and a property. Of those that fail the property
-/// becomes None in the pairs (ICCCM 2.6.2).
+/// Converts a MULTIPLE request: a list of pairs of a target and a property. Replaces the property by None in
+/// the pairs that fail (ICCCM 2.6.2).
 bool SelectionServer::convertMultiple(const OwnedSelection& owned, const Conversion& conversion) {
     const auto cookie = xcb_get_property(connection_.get(), 0, conversion.requestor, conversion.property,
                                          XCB_GET_PROPERTY_TYPE_ANY, 0, 2 * mostConversions);
@@ -87,7 +87,7 @@ bool SelectionServer::convertMultiple(const OwnedSelection& owned, const Convers
     const auto* const first = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
     const std::size_t count = reply->value_len;
     std::vector<xcb_atom_t> pairs(first, first + count / 2 * 2);
-    // The server has not looked whether these are atoms.
+    // The X server does not check that these numbers are atoms.
     const std::vector<std::string> names = connection_.atomNames(pairs);
     for (std::size_t i = 0; i < pairs.size(); i += 2) {
         const Conversion one{conversion.requestor, pairs[i], pairs[i + 1]};
@@ -112,8 +112,8 @@ void SelectionServer::setAtoms(const Conversion& conversion, xcb_atom_t type,
                         type, 32, static_cast<std::uint32_t>(atoms.size()), atoms.data());
 }
 
-/// Puts a value into the requestor's property, or announces it there if it is too large for one request.
-/// False if there are too many transfers.
+/// Writes a value to the requestor's property, or starts a transfer in increments if one request cannot hold
+/// it. False if there are too many transfers.
 bool SelectionServer::deliver(const Conversion& conversion, xcb_atom_t type, const Bytes& bytes) {
     endTransfer(conversion);
     if (bytes.size() <= connection_.largestPropertyBytes()) {
@@ -122,7 +122,7 @@ bool SelectionServer::deliver(const Conversion& conversion, xcb_atom_t type, con
     }
     if (transfers_.size() >= mostTransfers)
         return false;
-    // Before the announcement: the requestor's first deletion must not be missed.
+    // Before the announcement, so that the requestor's first deletion is not missed.
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection_.get(), conversion.requestor, XCB_CW_EVENT_MASK, &events);
     setAtoms(conversion, incremental_, {static_cast<std::uint32_t>(bytes.size())});
@@ -131,7 +131,7 @@ bool SelectionServer::deliver(const Conversion& conversion, xcb_atom_t type, con
     return true;
 }
 
-/// A requestor that asks again, into the same property, has forgotten the first time.
+/// A new request with the same property ends the earlier transfer to it.
 void SelectionServer::endTransfer(const Conversion& conversion) {
     removeTransfers([&](const Transfer& transfer) {
         return transfer.requestor == conversion.requestor && transfer.property == conversion.property;
@@ -145,7 +145,7 @@ void SelectionServer::setProperty(xcb_window_t requestor, xcb_atom_t property, x
 }
 
 void SelectionServer::notify(const xcb_selection_request_event_t& request, xcb_atom_t property) {
-    // An event on the wire has 32 bytes, of which this kind fills fewer.
+    // SendEvent reads 32 bytes, more than this event has.
     union {
         xcb_selection_notify_event_t notification;
         std::array<char, 32> bytes;
@@ -178,7 +178,7 @@ void SelectionServer::handlePropertyChange(const xcb_property_notify_event_t& ch
 }
 
 void SelectionServer::handleDestruction(xcb_window_t window) {
-    // Nothing of the window can be asked for or set any more.
+    // Without removeTransfers, because requests about a destroyed window fail.
     transfers_.remove_if([window](const Transfer& transfer) { return transfer.requestor == window; });
 }
 
@@ -193,7 +193,7 @@ void SelectionServer::giveUpOverdue(Clock::time_point now) {
     removeTransfers([now](const Transfer& transfer) { return transfer.state.deadline() <= now; });
 }
 
-/// Also stops listening to the windows that no transfer is left for.
+/// Also deselects the events of windows without a remaining transfer.
 void SelectionServer::removeTransfers(const std::function<bool(const Transfer&)>& condition) {
     std::vector<xcb_window_t> windows;
     transfers_.remove_if([&](const Transfer& transfer) {

@@ -13,19 +13,19 @@
 
 namespace tavel {
 
-/// What this process owns of a selection.
+/// The content of a selection that this process owns.
 struct OwnedSelection {
     const pasteboardItems::Items& items;
-    xcb_timestamp_t since;
+    xcb_timestamp_t since; // when this process became the owner
 };
 
-/// Answers those who ask for selections that this process owns (ICCCM 2.2 to 2.7). Never waits for a
-/// requestor: each transfer goes on when its requestor does. One thread.
+/// Answers the requestors of selections that this process owns (ICCCM 2.2 to 2.7). Never waits for a
+/// requestor: each transfer proceeds when its requestor deletes the property. One thread.
 class SelectionServer {
 public:
     using Clock = OutgoingTransfer::Clock;
 
-    /// Finds what this process owns of a selection, if it does.
+    /// The content of the selection; nullopt if this process does not own it.
     using Lookup = std::function<std::optional<OwnedSelection>(xcb_atom_t selection)>;
 
     /// Gives up a transfer whose requestor takes nothing for `requestorTimeOut`.
@@ -34,17 +34,17 @@ public:
     void handleRequest(const xcb_selection_request_event_t& request);
     void handlePropertyChange(const xcb_property_notify_event_t& change);
 
-    /// The window is gone, and all that was on its way to it is given up.
+    /// The window is destroyed: drops its transfers.
     void handleDestruction(xcb_window_t window);
 
     bool isServing() const { return !transfers_.empty(); }
 
-    /// When `giveUpOverdue` has something to do at the earliest.
+    /// The earliest deadline of a transfer, at which `giveUpOverdue` is due; nullopt without a transfer.
     std::optional<Clock::time_point> nextDeadline() const;
     void giveUpOverdue(Clock::time_point now);
 
 private:
-    /// What one target asks for.
+    /// One target to convert into one property.
     struct Conversion {
         xcb_window_t requestor;
         xcb_atom_t target;

@@ -16,13 +16,13 @@ namespace tavel {
 
 namespace {
 
-/// No program has a use for more targets than these.
+/// Room for 16,384 targets, far more than any program offers.
 constexpr std::size_t largestTargetListBytes = std::size_t{64} * 1024;
 
-/// Four times the largest payload that is sent on to anybody: what is larger only costs memory.
+/// Four times the largest payload that the agent passes on.
 constexpr std::size_t largestValueBytes = std::size_t{512} << 20;
 
-/// How often a selection is tried to take while other programs take it at the same moment.
+/// The attempts to take a selection that other programs take at the same moment.
 constexpr int mostAttempts = 3;
 
 } // namespace
@@ -32,7 +32,7 @@ X11Selections::X11Selections(std::unique_ptr<X11Connection> connection, const Tr
       server_(
           *connection_, [this](xcb_atom_t atom) { return ownedSelection(atom); },
           timeOuts.requestorInactivity) {
-    // Some programs look whether the server knows these names at all, and fall back to older ones (xsel).
+    // Creates the atoms: xsel falls back to older targets if the server does not know these names.
     connection_->atoms(targetName::offeredFor(std::string(pasteboardType::string)));
     connection_->setEventHandler([this](const xcb_generic_event_t& event) { handleEvent(event); });
 }
@@ -52,7 +52,8 @@ X11Selection& X11Selections::selection(const std::optional<std::string>& pastebo
     const auto cookie = xcb_get_selection_owner(connection_->get(), atom);
     const auto reply = awaitReply(connection_->get(), cookie, xcb_get_selection_owner_reply);
     selection.owner = reply != nullptr ? reply->owner : xcb_window_t{XCB_NONE};
-    // An owner refuses what was asked before its time, and of this one no news has come.
+    // An owner refuses requests with a time before its own. No event has told the current owner's time, so
+    // the latest time has to be fetched.
     connection_->fetchTime();
     return selection;
 }
@@ -66,8 +67,8 @@ bool X11Selections::own(X11Selection& selection, Items items) {
         selection.offered = content;
         selection.offeredAt = now;
         xcb_set_selection_owner(connection_->get(), connection_->window(), selection.atom, now);
-        // The news of it, which arrives before this answer, is what counts: it stands in the right place
-        // among those of other programs.
+        // The event about the new owner arrives before this reply, in the right order with the changes of
+        // other programs. It decides.
         connection_->synchronize();
         if (selection.owned == content)
             return true;
@@ -80,8 +81,8 @@ std::vector<std::string> X11Selections::targets(X11Selection& selection) {
     if (!selection.targets) {
         const auto answer = ask(selection, connection_->atom("TARGETS"), largestTargetListBytes);
         if (!answer && deadline_ != nullptr && deadline_->isDeciding())
-            return {};               // which was too short a time to tell anything by
-        selection.targets.emplace(); // also without an answer: nobody is asked twice
+            return {};               // the key decision's deadline is too short for a conclusion
+        selection.targets.emplace(); // an owner that does not answer is not asked again
         if (answer && answer->format == 32) {
             std::vector<xcb_atom_t> atoms(answer->bytes.size() / sizeof(xcb_atom_t));
             if (!atoms.empty())
@@ -110,7 +111,7 @@ std::optional<SelectionReader::Answer> X11Selections::ask(X11Selection& selectio
         return std::nullopt;
     const std::int64_t countBefore = selection.changeCount;
     const auto begin = Clock::now();
-    // A refusal is told from a late one only by its time.
+    // Only its time tells a refusal of this request from a late refusal.
     const xcb_timestamp_t time =
         reader_.awaitsLateAnswers() ? connection_->fetchTime() : connection_->latestTime();
     const auto latest = begin + selection.waitingTimeLeft;
@@ -136,7 +137,7 @@ void X11Selections::handOver() {
     const std::shared_ptr<const Items> content = clipboard->second.owned;
     if (content == nullptr || content->empty())
         return;
-    // With nobody there the server itself refuses, at once.
+    // Without a clipboard manager, the X server refuses at once.
     reader_.readWithParameter({connection_->atom("CLIPBOARD_MANAGER"), connection_->atom("SAVE_TARGETS"),
                                connection_->latestTime(), largestTargetListBytes},
                               connection_->atoms(contentTargets(*content)), timeOuts_.clipboardManager,
@@ -151,8 +152,8 @@ std::optional<OwnedSelection> X11Selections::ownedSelection(xcb_atom_t atom) con
 }
 
 void X11Selections::handleEvent(const xcb_generic_event_t& event) {
-    // The highest bit says that a program made the event, which is how answers come (ICCCM 2.2). Only the
-    // server is believed what it alone can know.
+    // SendEvent sets the highest bit. Requests and answers may come from programs (ICCCM 2.2); all other
+    // events count only if the server made them.
     constexpr int sentByProgram = 0x80;
     const int kind = event.response_type;
     if (kind == connection_->selectionOwnerEvent()) {
@@ -168,7 +169,7 @@ void X11Selections::handleEvent(const xcb_generic_event_t& event) {
     } else if (kind == XCB_DESTROY_NOTIFY) {
         server_.handleDestruction(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
     } else if (kind == 0) {
-        // An error. Of those that can happen, only a requestor's window that is gone has consequences.
+        // An error. Only a requestor's destroyed window needs handling.
         const auto& error = reinterpret_cast<const xcb_value_error_t&>(event);
         if (error.error_code == XCB_WINDOW)
             server_.handleDestruction(error.bad_value);

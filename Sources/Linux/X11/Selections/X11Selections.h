@@ -20,34 +20,33 @@
 
 namespace tavel {
 
-/// What is known of one selection, for all pasteboards of this process that are that selection.
+/// The state of one selection, shared by all pasteboards of this process that use it.
 struct X11Selection {
     using Items = pasteboardItems::Items;
 
     xcb_atom_t atom = 0;
 
-    /// How many times somebody, this process included, has taken the selection since this process watches it.
-    /// An owner that disappears makes no new content.
+    /// Ownership changes, ours included, since we began watching. An owner that exits is no change.
     std::int64_t changeCount = 0;
 
-    xcb_window_t owner = 0; // 0: nobody
+    xcb_window_t owner = 0; // 0: none
 
-    /// The content, while this process owns the selection.
+    /// Our content while we own the selection, otherwise null.
     std::shared_ptr<const Items> owned;
     xcb_timestamp_t ownedSince = 0;
 
-    /// The content that becomes `owned` with the news of this process's taking the selection at that time.
+    /// The content that becomes `owned` when the server reports our ownership since `offeredAt`.
     std::shared_ptr<const Items> offered;
     xcb_timestamp_t offeredAt = 0;
 
-    /// The targets of another program's content, once asked for.
+    /// The targets of another program's content; nullopt before the first request for them.
     std::optional<std::vector<std::string>> targets;
 
-    /// What is left of the time-out for all reads of that content.
+    /// What is left of the time-out for all reads of the current content together.
     std::chrono::steady_clock::duration waitingTimeLeft{};
 };
 
-/// The selections of an X server, as far as pasteboards of this process use them. One thread.
+/// The selections of an X server that the pasteboards of this process use. One thread.
 class X11Selections {
 public:
     using Clock = X11Connection::Clock;
@@ -60,33 +59,35 @@ public:
 
     X11Connection& connection() { return *connection_; }
 
-    /// While a decision is being made, owners are waited for no longer than that. It must outlive this
+    /// Limits waits for owners to the deadline of a pending key decision. `deadline` must outlive this
     /// object.
     void limitBy(const DecisionDeadline& deadline) { deadline_ = &deadline; }
 
-    /// The selection behind the pasteboard of that name; without a name the general one, CLIPBOARD.
+    /// The selection of the pasteboard of that name; CLIPBOARD without a name. Watches it from the first call
+    /// on. Valid as long as this object.
     X11Selection& selection(const std::optional<std::string>& pasteboardName);
 
-    /// Takes in everything that happened until now. One round trip.
+    /// Handles all events from before now. One round trip.
     void synchronize() { connection_->synchronize(); }
 
-    /// Takes the selection over with this content. False if another program keeps it, or the server is lost.
+    /// Becomes the owner of the selection with this content. False if other programs take it again each time,
+    /// or if the server is lost.
     bool own(X11Selection& selection, Items items);
 
     /// The targets of another program's content. Waits for that program the first time.
     std::vector<std::string> targets(X11Selection& selection);
 
-    /// Another program's value for one of its targets. Waits for it.
+    /// Another program's value for one of its targets. Waits for it. nullopt as for SelectionReader::read.
     std::optional<SelectionValue> read(X11Selection& selection, const std::string& target);
 
-    /// Whether other programs depend on this process for a content, or a part of one.
+    /// Whether this process owns a selection with content, or still has a transfer to finish.
     bool isServing() const;
 
-    /// Gives what this process owns of CLIPBOARD to the clipboard manager, if there is one
-    /// (freedesktop.org, ClipboardManager specification).
+    /// Asks the clipboard manager, if one runs, to save this process's content of CLIPBOARD (freedesktop.org,
+    /// clipboard manager protocol, SAVE_TARGETS). Waits for it.
     void handOver();
 
-    /// When `giveUpOverdue` has something to do at the earliest.
+    /// The earliest deadline of a transfer, at which `giveUpOverdue` is due; nullopt without a transfer.
     std::optional<Clock::time_point> nextDeadline() const { return server_.nextDeadline(); }
     void giveUpOverdue(Clock::time_point now) { server_.giveUpOverdue(now); }
 
@@ -97,7 +98,7 @@ private:
     std::optional<OwnedSelection> ownedSelection(xcb_atom_t atom) const;
 
     TransferTimeOuts timeOuts_;
-    const DecisionDeadline* deadline_ = nullptr; // nothing limits
+    const DecisionDeadline* deadline_ = nullptr; // null: no limit
     std::unique_ptr<X11Connection> connection_;
     std::map<xcb_atom_t, X11Selection> selections_;
     SelectionReader reader_;
