@@ -12,7 +12,7 @@ namespace tavel {
 
 namespace {
 
-/// The texts of all items. One alone is given as it is: whether it is UTF-8, its reader judges.
+/// The texts of all items. A single text is passed on unchecked; its reader decides whether it is UTF-8.
 std::optional<Bytes> textOf(const pasteboardItems::Items& items) {
     const auto hasText = [](const PasteboardItem& item) {
         return std::ranges::find(item, pasteboardType::string, &Representation::type) != item.end();
@@ -28,7 +28,7 @@ std::optional<TargetValue> textForTarget(const Bytes& text, const std::string& t
         auto latin1 = latin1Of(text);
         return latin1 ? std::optional(TargetValue{target, std::move(*latin1)}) : std::nullopt;
     }
-    // The owner chooses the encoding of TEXT, and says so in the type.
+    // The owner chooses the encoding of TEXT and states it in the type.
     return TargetValue{target == targetName::anyText ? std::string(targetName::utf8String) : target, text};
 }
 
@@ -36,7 +36,8 @@ TargetValue filesForTarget(const std::vector<std::string>& urls, const std::stri
     return {target, Bytes::adopt(target == targetName::uriList ? uriListOf(urls) : copiedFilesOf(urls))};
 }
 
-/// Here HTML is in UTF-8 without saying so, and a browser takes the mark for the page's first character.
+/// text/html is UTF-8 without a byte-order mark on X11; browsers take the mark for the page's first
+/// character.
 TargetValue htmlForTarget(const Bytes& html, const std::string& target) {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     const std::size_t start = html.view().starts_with(byteOrderMark) ? byteOrderMark.size() : 0;

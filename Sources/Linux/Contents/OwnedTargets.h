@@ -9,17 +9,17 @@
 
 namespace tavel {
 
-/// What a requestor gets for a target.
+/// The value that a requestor gets for a target.
 struct TargetValue {
-    std::string type; // of the property, by name
-    Bytes bytes;      // in format 8
+    std::string type; // name of the property's type
+    Bytes bytes;      // format 8
 };
 
-/// The targets that an owner of the items offers for their content, each once, in the items' order.
+/// The targets that an owner of the items offers, each once, in the order of the items.
 std::vector<std::string> contentTargets(const pasteboardItems::Items& items);
 
-/// What the items give for one of their targets. Nothing for any other target, and for text that the target's
-/// encoding cannot say.
+/// The value of the items for one of their targets. nullopt for any other target, and for text that the
+/// target's encoding cannot express.
 std::optional<TargetValue> valueForTarget(const pasteboardItems::Items& items, const std::string& target);
 
 } // namespace tavel

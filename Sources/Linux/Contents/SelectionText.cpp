@@ -33,7 +33,7 @@ std::optional<Bytes> converted(std::string_view text, const char* from, const ch
     return Bytes(std::shared_ptr<const void>(result, g_free), result, size);
 }
 
-/// Whether the name of a target or type itself says that the text is in UTF-8.
+/// Whether the name of a target or type declares UTF-8.
 bool saysUtf8(const std::string& name) {
     const std::vector<std::string> names{name};
     return name == targetName::utf8String || (name.find('=') != std::string::npos &&
@@ -53,12 +53,12 @@ std::optional<Bytes> plainTextOf(const SelectionValue& value) {
     if (saysUtf8(value.type))
         return text;
     if (value.type == targetName::compoundText) {
-        // Without an escape sequence it is Latin-1 (Compound Text Encoding, 5).
+        // Without an escape sequence, compound text is Latin-1 (Compound Text Encoding, 5).
         return text.view().find(escape) == std::string_view::npos ? fromLatin1(text) : std::nullopt;
     }
     if (value.type == targetName::latin1String && !saysUtf8(value.target))
         return fromLatin1(text);
-    // No encoding is named, or a wrong one.
+    // The owner declares no encoding, or not its own.
     return isUtf8(text.view()) ? text : fromLatin1(text);
 }
 
@@ -66,7 +66,7 @@ Bytes htmlOf(const SelectionValue& value) {
     const std::string_view bytes = value.bytes.view();
     const bool isBigEndian = bytes.starts_with(bigEndianMark);
     if (isBigEndian || bytes.starts_with(littleEndianMark)) {
-        // An odd byte at the end is half a zero that an owner counted in.
+        // Drops an odd last byte: half of a terminating zero that the owner included.
         const std::string_view text = bytes.substr(bigEndianMark.size(), (bytes.size() - 2) / 2 * 2);
         if (const auto html = converted(text, isBigEndian ? "UTF-16BE" : "UTF-16LE", "UTF-8"))
             return withoutTrailingZeros(*html);

@@ -8,23 +8,24 @@
 
 namespace tavel {
 
-/// A value as an owner delivered it.
+/// A value as its owner sent it.
 struct SelectionValue {
-    std::string target; // what was asked for
-    std::string type;   // the property's type by name, which decides on the encoding (ICCCM 2.6.2)
+    std::string target; // the requested target
+    std::string type;   // name of the property's type, which determines the encoding (ICCCM 2.6.2)
     int format = 8;     // bits: 8, 16 or 32
     Bytes bytes;
 };
 
-/// Plain text in UTF-8. Zero bytes at the end, which some owners count in, are left out. What claims to be
-/// UTF-8 comes as it is, valid or not. Nothing for a compound text in more than Latin-1.
+/// The value as plain text in UTF-8, without zero bytes at the end, which some owners include. A value
+/// declared as UTF-8 is returned unchecked. nullopt for a format other than 8 and for compound text beyond
+/// Latin-1.
 std::optional<Bytes> plainTextOf(const SelectionValue& value);
 
-/// HTML in UTF-8: UTF-16 with a byte-order mark, as some browsers send it, is converted. Everything else
-/// comes as it is, without zero bytes at the end.
+/// The value as HTML, without zero bytes at the end. Converts UTF-16 with a byte-order mark, which some
+/// browsers send, to UTF-8, and returns anything else unchecked.
 Bytes htmlOf(const SelectionValue& value);
 
-/// The text in Latin-1; nothing if it has a character that is not in there, or is not UTF-8.
+/// The text in Latin-1; nullopt if it has other characters or is not UTF-8.
 std::optional<Bytes> latin1Of(const Bytes& text);
 
 } // namespace tavel

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view fileScheme = "file://";
 
-/// What stands before the URIs of copied files: a file manager's own word, and whether to copy or to move.
+/// The words before the URIs of copied files: the operation, and a name that Nautilus puts in front of it.
 constexpr std::array<std::string_view, 3> headings{"copy", "cut", "x-special/nautilus-clipboard"};
 
 std::string_view trimmed(std::string_view line) {
@@ -22,7 +22,7 @@ std::string_view trimmed(std::string_view line) {
     return line.substr(first, line.find_last_not_of(blanks) - first + 1);
 }
 
-/// The lines that hold something.
+/// The lines that are not blank, trimmed.
 std::vector<std::string> linesOf(std::string_view text) {
     std::vector<std::string> lines;
     while (!text.empty()) {
