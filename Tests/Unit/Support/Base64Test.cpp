@@ -25,7 +25,7 @@ std::string encoded(std::string_view bytes, std::string_view slash = "/") {
     return text;
 }
 
-/// A text alone in its buffer, so that a sanitizer sees what goes past it.
+/// A text in a buffer of its exact size, so that a sanitizer detects accesses beyond it.
 struct OwnedText {
     explicit OwnedText(std::string_view text)
         : buffer(std::make_shared_for_overwrite<char[]>(text.size())), characters(buffer.get(), text.size()) {
@@ -42,7 +42,7 @@ std::optional<std::string> decodedInPlace(std::string_view text) {
     return bytes ? std::optional<std::string>(bytes->view()) : std::nullopt;
 }
 
-/// Both ways of decoding, which have to agree.
+/// Decodes with both functions, which must agree.
 std::optional<std::string> decoded(std::string_view text) {
     const auto bytes = decodeBase64(text);
     auto content = bytes ? std::optional<std::string>(bytes->view()) : std::nullopt;
@@ -50,7 +50,7 @@ std::optional<std::string> decoded(std::string_view text) {
     return content;
 }
 
-/// Bit by bit: slow, and nothing in common with a table of groups.
+/// Works bit by bit: slow, and independent of the tables in the tested code.
 std::string naivelyEncoded(std::string_view bytes) {
     std::string text;
     unsigned bits = 0;
@@ -69,8 +69,8 @@ std::string naivelyEncoded(std::string_view bytes) {
     return text;
 }
 
-/// Fills up to whole groups first, as a sender may leave padding out, and then takes padding only where the
-/// last group lacks one byte or two.
+/// Completes the last group with padding first, as a sender may omit it. Then accepts padding only where the
+/// last group lacks one or two bytes.
 std::optional<std::string> naivelyDecoded(std::string text) {
     while (text.size() % 4 != 0)
         text += '=';
@@ -149,7 +149,7 @@ TEST(Base64, joinsThePiecesThatItEncodesLargeInputIn) {
 }
 
 TEST(Base64, replacesEverySlashOfALargeInput) {
-    const std::string bytes(10'000, '\xFF'); // nothing but slashes, and a last character that is none
+    const std::string bytes(10'000, '\xFF'); // encodes to slashes, except for the last character
     std::string expected;
     for (const char c : naivelyEncoded(bytes)) {
         if (c == '/')
@@ -207,7 +207,7 @@ TEST(Base64, refusesPaddingInsideTheText) {
 }
 
 TEST(Base64, judgesEveryByteAtEveryPositionAsTheNaiveDecoderDoes) {
-    // Whole groups before and behind the changed one; then last groups that lack one character or two.
+    // The changed group is in the middle of whole groups, or the last one with one or two characters missing.
     for (const std::string_view seed : {"QUJDREVGR0hJ", "QUJDREVGR0h", "QUJDREVGR0"}) {
         for (std::size_t position = 0; position < seed.size(); ++position) {
             for (unsigned value = 0; value < 256; ++value) {
@@ -256,7 +256,7 @@ TEST(Base64, refusesOneWrongCharacterInALargeText) {
 
 TEST(Base64, judgesRandomTextsAsTheNaiveDecoderDoes) {
     Random random(4);
-    // Mostly good characters, or no random text would ever be accepted.
+    // Mostly valid characters, because otherwise hardly any random text would be accepted.
     const std::string characters = std::string(alphabet) + "====-";
     int accepted = 0;
     constexpr int rounds = 20'000;

@@ -11,7 +11,7 @@
 namespace tavel {
 namespace {
 
-/// A buffer of somebody else's that tells when it goes.
+/// A foreign buffer that reports its destruction.
 class Owner {
 public:
     explicit Owner(bool& gone) : gone_(gone) {}

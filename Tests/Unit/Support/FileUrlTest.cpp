@@ -12,7 +12,7 @@
 namespace tavel {
 namespace {
 
-/// A path that starts like this exists nowhere, so no URL of it gets a directory's slash.
+/// No path with this beginning exists, so no URL gets the slash of a directory.
 const std::string nowhere = "/no-such-directory-of-any-machine/";
 
 TEST(FileUrl, escapesEveryByteButThoseOfTheSet) {
@@ -35,7 +35,7 @@ TEST(FileUrl, givesBackEveryPathByteButZero) {
         const std::string path = nowhere + "x" + static_cast<char>(value) + "y";
         EXPECT_EQ(pathFromFileUrl(fileUrlFromPath(path)), path) << value;
     }
-    // The bytes from 0x80 on make a path only in sequences: each lead byte, with each byte that can follow.
+    // Bytes from 0x80 on are UTF-8 only in sequences: each lead byte with each continuation byte.
     for (unsigned lead = 0xC2; lead <= 0xDF; ++lead) {
         for (unsigned tail = 0x80; tail <= 0xBF; ++tail) {
             const std::string path = nowhere + static_cast<char>(static_cast<unsigned char>(lead)) +

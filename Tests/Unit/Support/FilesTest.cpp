@@ -22,7 +22,7 @@ unsigned modeOf(const fs::path& path) {
     return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : ~0U;
 }
 
-/// Creates the directory while the process has that umask.
+/// Creates the directory under that umask.
 bool createUnder(mode_t mask, const fs::path& directory) {
     const mode_t former = umask(mask);
     const ScopeExit restore([former] { umask(former); });
@@ -123,7 +123,7 @@ TEST(CreatePrivateDirectory, failsWhereSomethingElseIsInTheWay) {
     EXPECT_TRUE(fs::is_regular_file(file));
 }
 
-/// The errno of creating the directory; 0 if that works.
+/// The errno with which creating the directory fails; 0 if it succeeds.
 int creationFailure(const fs::path& directory) {
     errno = 0;
     return createPrivateDirectory(directory) ? 0 : errno;
@@ -204,7 +204,7 @@ TEST(RemoveTree, hasNothingToDoForWhatDoesNotExist) {
 TEST(RemoveTree, tellsThatItFailed) {
     const ScratchDirectory scratch;
     fs::create_directory(scratch / "tree");
-    EXPECT_FALSE(removeTree(scratch / "tree" / ".")); // rmdir(2) refuses this name of a directory
+    EXPECT_FALSE(removeTree(scratch / "tree" / ".")); // rmdir(2) refuses a path that ends in "."
 }
 
 } // namespace

@@ -14,8 +14,8 @@
 namespace tavel {
 namespace {
 
-// Files on a file system of one mebibyte, which only a child process sees. Its status is 0, or the number of
-// the step that went wrong.
+// Files on a file system of one mebibyte in a child process's own mount namespace. The child's exit status is
+// 0, or the number of the step that failed.
 
 namespace fs = std::filesystem;
 
@@ -34,7 +34,7 @@ TEST(FullFileSystem, leavesTheOldFileWhenTheNewOneDoesNotFit) {
                       return 1;
                   if (readBack(file) != "old" || countEntries(scratch.path()) != 1)
                       return 2;
-                  const std::string fitting(900'000, 'x'); // only if nothing took up room
+                  const std::string fitting(900'000, 'x'); // fits only if the failed write left nothing
                   if (writingCode(atomicWriter, file, fitting) != 0 || readBack(file) != fitting)
                       return 3;
                   return writingCode(atomicWriter, file, fitting) == ENOSPC && readBack(file) == fitting ? 0

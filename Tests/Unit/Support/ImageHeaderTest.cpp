@@ -21,7 +21,7 @@ using namespace std::string_literals;
 
 using Found = std::optional<std::tuple<std::string, std::int64_t, std::int64_t>>;
 
-/// Reads a copy that ends where the content ends, so that a sanitizer sees a read behind it.
+/// Reads a copy of the content's exact size, so that a sanitizer detects reads beyond it.
 Found read(std::string_view content) {
     const auto exact = std::make_unique<char[]>(content.size());
     content.copy(exact.get(), content.size());
@@ -47,7 +47,7 @@ std::string big(std::uint64_t value, std::size_t octets) {
     return {text.rbegin(), text.rend()};
 }
 
-/// The checksum by its definition: the remainder of a division of polynomials, highest power first.
+/// The checksum by its definition, the remainder of a polynomial division, highest power first.
 std::uint32_t pngChecksum(const std::string& chunk) {
     std::vector<bool> bits;
     for (const char c : chunk)

@@ -121,7 +121,7 @@ TEST(InputFile, readsWhatIsLeftOfAFileThatHasShrunk) {
 TEST(InputFile, takesMemoryForItsLimitAndNotForTheSizeOfTheFile) {
     const ScratchDirectory scratch;
     const fs::path path = scratch.makeFile("file", "start");
-    constexpr std::uintmax_t tebibyte = std::uintmax_t{1} << 40; // more than can be allocated
+    constexpr std::uintmax_t tebibyte = std::uintmax_t{1} << 40; // too large to allocate
     fs::resize_file(path, tebibyte);
     InputFile file(path.string(), Links::refuse);
     EXPECT_EQ(file.size(), tebibyte);

@@ -18,8 +18,8 @@ namespace {
 
 constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
 
-/// Every limb of the integer that these decimal digits write; the lowest comes first. Nothing is dropped on
-/// the way, unlike in the tested code.
+/// All limbs of the integer with these decimal digits, lowest first. Unlike the tested code, it computes
+/// without a modulus.
 std::vector<std::uint32_t> wideInteger(std::string_view digits) {
     std::vector<std::uint32_t> limbs;
     for (const char digit : digits) {
@@ -50,7 +50,7 @@ struct Decimal {
         return text;
     }
 
-    /// The digits of the integer part, once the exponent has moved the point.
+    /// The digits of the integer part after the exponent is applied.
     std::string integerDigits() const {
         std::string digits = integer + fraction;
         const int point = static_cast<int>(integer.size()) + exponent;
@@ -159,7 +159,7 @@ TEST(JsonNumber, wrapsANegativeInteger) {
 }
 
 TEST(JsonNumber, isExactUpToTheLargestInteger) {
-    EXPECT_EQ(unsignedFromJsonNumber("9007199254740993"), 9007199254740993U); // no double holds it
+    EXPECT_EQ(unsignedFromJsonNumber("9007199254740993"), 9007199254740993U); // not exact as a double
     EXPECT_EQ(unsignedFromJsonNumber("9223372036854775807"), 0x7FFFFFFFFFFFFFFFU);
     EXPECT_EQ(unsignedFromJsonNumber("18446744073709551615"), largest);
     EXPECT_EQ(unsignedFromJsonNumber("1844674407370955161.5e1"), largest);
@@ -171,7 +171,7 @@ TEST(JsonNumber, wrapsWhatIsLarger) {
     EXPECT_EQ(unsignedFromJsonNumber("18446744073709551623"), 7U);
     EXPECT_EQ(unsignedFromJsonNumber("36893488147419103239"), 7U);
     EXPECT_EQ(unsignedFromJsonNumber("1e20"), 0x6BC75E2D63100000U);
-    EXPECT_EQ(unsignedFromJsonNumber("1e63"), 0x8000000000000000U); // the last power of ten that is not 0
+    EXPECT_EQ(unsignedFromJsonNumber("1e63"), 0x8000000000000000U); // 1e64 and above are 0 modulo 2^64
     EXPECT_EQ(unsignedFromJsonNumber("1e64"), 0U);
     EXPECT_EQ(unsignedFromJsonNumber("3e64"), 0U);
 }

@@ -112,7 +112,7 @@ TEST(JsonString, readsAnEscapeAtEveryOffset) {
     }
 }
 
-/// Pieces that make good and bad escapes when they meet. None holds a quote, which would end the string.
+/// Pieces that form valid and invalid escapes when combined. None has a quote, which would end the string.
 constexpr std::array<std::string_view, 24> pieces{
     "\\",        R"(\\)",     R"(\/)",     R"(\n)",     R"(\u)",
     R"(\u00e9)", R"(\u0000)", R"(\uD83D)", R"(\uDE00)", R"(\uD83D\uDE00)",

@@ -16,7 +16,7 @@
 namespace tavel {
 namespace {
 
-/// The object's text without the line feed; the test fails if there is none, or a second one.
+/// The object's text without its line feed. Fails the test unless there is exactly one.
 std::string textOf(JsonObject& object) {
     std::string line = object.takeLine();
     EXPECT_EQ(line.find('\n'), line.size() - 1);

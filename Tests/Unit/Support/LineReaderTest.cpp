@@ -30,7 +30,7 @@ namespace tavel {
 namespace {
 
 std::string textOf(const LineReader::Line& line) {
-    // Under the address sanitizer this fails unless the bytes behind the line may be looked at.
+    // The address sanitizer fails this unless the bytes behind the line may be read.
     const volatile char* const behind = line.text.data() + line.text.size();
     char seen = 0;
     for (std::size_t i = 0; i < LineReader::padding; ++i)
@@ -46,7 +46,7 @@ std::vector<std::string> linesFrom(int descriptor) {
         lines.push_back(textOf(*line));
         EXPECT_EQ(line->owner != nullptr, line->text.size() >= LineReader::ownedLineBytes);
     }
-    EXPECT_FALSE(reader.next()); // the end stays the end
+    EXPECT_FALSE(reader.next()); // also when called again
     return lines;
 }
 
@@ -68,8 +68,8 @@ std::vector<std::string> naiveLinesOf(std::string_view content) {
     return lines;
 }
 
-/// Gives its reader the content in pieces of just these sizes, one with each read: they are the messages of a
-/// datagram socket. A piece must be small, as what a read has no room for is lost.
+/// Delivers the content in pieces of exactly these sizes, one for each read, as messages of a datagram
+/// socket. A piece must be small, because a read drops what it has no room for.
 class PieceFeeder {
 public:
     PieceFeeder(std::string content, std::size_t pieceSize) {
@@ -158,7 +158,7 @@ TEST(LineReader, readsALineFeedApartFromItsCarriageReturn) {
 }
 
 TEST(LineReader, givesEachLineAsSoonAsItIsWhole) {
-    // With nothing behind it in the pipe: a reader that wanted more would wait for ever.
+    // The pipe holds nothing behind the line, so a reader that needs more input would wait forever.
     const Pipe pipe;
     LineReader reader(pipe.reader());
     for (const std::string_view text : {"first", "", "third"}) {
@@ -186,7 +186,7 @@ TEST(LineReader, givesLinesAroundTheSizesAtWhichItsBufferGrows) {
          {16 * kibibyte, 48 * kibibyte, 64 * kibibyte, 112 * kibibyte, 128 * kibibyte, 240 * kibibyte,
           256 * kibibyte, 512 * kibibyte, 1024 * kibibyte}) {
         for (std::size_t size = edge - 2; size <= edge + 2; ++size) {
-            // The letters differ, so that a line put together wrongly shows.
+            // Different letters, so that a wrongly assembled line differs.
             std::string content;
             for (std::size_t i = 0; i < size; ++i)
                 content += static_cast<char>('a' + i % 23);
@@ -267,7 +267,7 @@ TEST(LineReader, givesWhatCameBeforeAReadError) {
     std::array<int, 2> ends{};
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
     ASSERT_TRUE(writeAll(ends[1], "whole\npart"));
-    // A peer that closes with something unread resets the connection.
+    // A peer that closes with unread data resets the connection.
     ASSERT_TRUE(writeAll(ends[0], "unread"));
     close(ends[1]);
     EXPECT_EQ(linesFrom(ends[0]), (Lines{"whole", "part"}));
@@ -281,7 +281,7 @@ TEST(LineReader, waitsOnADescriptorInNonBlockingMode) {
     std::binary_semaphore wanted(0);
     std::thread writer([&] {
         for (int round = 0; round < rounds; ++round) {
-            wanted.acquire(); // the pipe is empty, and the reader is about to find that out
+            wanted.acquire(); // the pipe is empty, and the reader is about to read it
             EXPECT_TRUE(writeAll(pipe.writer(), std::to_string(round)));
             EXPECT_TRUE(writeAll(pipe.writer(), "\n"));
         }
@@ -296,7 +296,7 @@ TEST(LineReader, waitsOnADescriptorInNonBlockingMode) {
     }
     EXPECT_EQ(received, rounds);
     for (int round = received + 1; round < rounds; ++round)
-        wanted.release(); // lets the writer end after a failure
+        wanted.release(); // lets the writer end even after a failure
     writer.join();
 }
 
@@ -314,7 +314,7 @@ TEST(LineReader, goesOnWhenASignalInterruptsIt) {
             text = line ? textOf(*line) : "nothing";
             done = true;
         });
-        // Nothing is written yet, so the reader cannot get on; it can only be interrupted, again and again.
+        // Nothing is written yet, so the reader can only be interrupted.
         constexpr int times = 100;
         Interruptions::interrupt(thread, times, done);
         EXPECT_FALSE(done);

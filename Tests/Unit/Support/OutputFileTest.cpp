@@ -32,7 +32,7 @@ void writeUnder(mode_t mask, const Writer& writer, const fs::path& path) {
     writer.write(path, "new");
 }
 
-/// Writes a mebibyte where no file may have more than 4 KiB. 0 if it fails as an unknown failure.
+/// Writes a mebibyte under a file size limit of 4 KiB. 0 if that fails with EFBIG.
 int writeBeyondTheLimit(const Writer& writer, const fs::path& path) {
     std::signal(SIGXFSZ, SIG_IGN);
     constexpr rlimit limit{4096, 4096};

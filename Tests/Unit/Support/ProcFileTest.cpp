@@ -11,7 +11,7 @@
 namespace tavel {
 namespace {
 
-// Linux's files about the system and its processes: regular ones whose size is always 0.
+// The files of Linux's /proc are regular files, and their size is always 0.
 
 TEST(ProcFile, isReadAlthoughItsSizeIsZero) {
     std::ostringstream expected;
@@ -24,7 +24,7 @@ TEST(ProcFile, isReadAlthoughItsSizeIsZero) {
 }
 
 TEST(ProcFile, tellsThatReadingFailed) {
-    InputFile file("/proc/self/mem", InputFile::Links::refuse); // nothing is at address 0
+    InputFile file("/proc/self/mem", InputFile::Links::refuse); // address 0 is not mapped
     try {
         static_cast<void>(file.read(100));
         FAIL() << "Reading has to fail";

@@ -27,7 +27,7 @@ TEST(Process, seesAnotherParentWhenItsOwnHasEnded) {
     const auto status = exitStatusOf([&pipe] {
         const pid_t parent = getpid();
         if (fork() == 0) {
-            alarm(20); // if the change is never seen, the pipe closes without a word
+            alarm(20); // ends the process, so that the pipe closes, if no change of the parent is seen
             while (parentProcessIdentifier() == parent)
                 std::this_thread::yield();
             static_cast<void>(!write(pipe.writer(), "orphan", 6));
@@ -50,7 +50,7 @@ TEST(Process, lowersItsPriorityToNiceTen) {
               10);
 }
 
-/// What stands at the descriptors 0 to 2 of a process.
+/// The files at the descriptors 0 to 2 of a process.
 struct Standing {
     std::array<struct stat, 3> status{};
     std::array<bool, 3> open{};
@@ -89,7 +89,7 @@ constexpr int leftClosed = 2;
 constexpr int notBothWays = 3;
 constexpr int leaked = 4;
 
-/// Closes those of the descriptors 0 to 2 whose bit is set, and puts a pipe's end on the others.
+/// Closes each descriptor from 0 to 2 whose bit is set, and puts an end of a pipe on the others.
 int reserveWithClosed(unsigned closed, const Pipe& pipe) {
     for (int descriptor = 0; descriptor < 3; ++descriptor)
         dup2(pipe.writer(), descriptor);

@@ -10,7 +10,7 @@
 namespace tavel {
 namespace {
 
-/// The bit pattern of UTF-8, for values that are not characters too.
+/// The value in the bit pattern of UTF-8, also if it is no code point.
 std::string encoded(std::uint32_t codePoint) {
     const auto octet = [](std::uint32_t value) {
         return static_cast<char>(static_cast<unsigned char>(value));
@@ -29,8 +29,8 @@ bool isBetween(unsigned char octet, unsigned low, unsigned high) {
     return octet >= low && octet <= high;
 }
 
-/// The length of the sequence at the front, row by row as table 3-7 of the Unicode Standard has it; 0 if none
-/// of its rows matches.
+/// The length of the sequence at the front by table 3-7 of the Unicode Standard, row by row; 0 if no row
+/// matches.
 std::size_t sequenceLength(std::string_view text) {
     const auto at = [text](std::size_t i) {
         return i < text.size() ? static_cast<unsigned char>(text[i]) : static_cast<unsigned char>(0);
@@ -83,7 +83,7 @@ TEST(Utf8, acceptsEveryCharacter) {
 TEST(Utf8, refusesEverySurrogate) {
     for (std::uint32_t codePoint = 0xD800; codePoint <= 0xDFFF; ++codePoint)
         ASSERT_FALSE(isUtf8(encoded(codePoint))) << std::hex << codePoint;
-    EXPECT_FALSE(isUtf8(encoded(0xD83D) + encoded(0xDE00))); // nor a pair of them, as CESU-8 has it
+    EXPECT_FALSE(isUtf8(encoded(0xD83D) + encoded(0xDE00))); // a surrogate pair, as in CESU-8
 }
 
 TEST(Utf8, refusesWhatIsAboveTheLastCharacter) {
@@ -122,7 +122,7 @@ TEST(Utf8, judgesEveryPairOfBytesByTheTable) {
 }
 
 TEST(Utf8, judgesLongSequencesByTheTable) {
-    // Both sides of every border between the table's columns.
+    // Both sides of each boundary in the table.
     constexpr std::array<unsigned char, 12> borders{0x00, 0x7F, 0x80, 0x8F, 0x90, 0x9F,
                                                     0xA0, 0xBF, 0xC0, 0xC2, 0xF4, 0xFF};
     for (unsigned first = 0x80; first < 0x100; ++first) {

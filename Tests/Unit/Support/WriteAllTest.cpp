@@ -20,7 +20,7 @@
 namespace tavel {
 namespace {
 
-/// Reads on another thread until the pipe's writer is closed.
+/// Reads on another thread until the write end of the pipe is closed.
 std::future<std::string> drainElsewhere(const Pipe& pipe) {
     return std::async(std::launch::async, [&pipe] { return pipe.drain(); });
 }
@@ -33,7 +33,7 @@ void makeSmall(const Pipe& pipe) {
 #endif
 }
 
-/// Writes into the pipe, which must not block, until it takes no more. Gives what it took.
+/// Fills the pipe, which must be non-blocking. Returns what was written.
 std::string fill(const Pipe& pipe) {
     std::string taken;
     while (write(pipe.writer(), "x", 1) == 1)
@@ -70,7 +70,7 @@ TEST(WriteAll, waitsForADescriptorInNonBlockingMode) {
     Pipe pipe;
     makeSmall(pipe);
     Pipe::setNonBlocking(pipe.writer());
-    const std::string before = fill(pipe); // so that the very first write has to wait
+    const std::string before = fill(pipe); // so that the first write has to wait
     auto received = drainElsewhere(pipe);
     EXPECT_TRUE(writeAll(pipe.writer(), content));
     pipe.closeWriter();
@@ -94,7 +94,7 @@ TEST(WriteAll, goesOnWhenASignalInterruptsIt) {
             written = writeAll(pipe.writer(), "content");
             done = true;
         });
-        // Nobody reads yet, so the writer cannot get on; it can only be interrupted, again and again.
+        // Nothing reads yet, so the writer can only be interrupted.
         constexpr int times = 100;
         Interruptions::interrupt(writer, times, done);
         EXPECT_FALSE(done);

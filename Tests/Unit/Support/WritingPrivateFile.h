@@ -13,7 +13,7 @@
 
 namespace tavel {
 
-/// One of the two ways of writing a private file.
+/// One of the two functions that write a private file.
 struct Writer {
     std::string_view name;
     void (*write)(const std::filesystem::path& path, std::string_view content);
@@ -39,7 +39,7 @@ inline std::string readBack(const std::filesystem::path& path) {
     return content.str();
 }
 
-/// How many things the directory holds. A file that is left in part is one too many.
+/// The number of entries in the directory. Shows a partial file that was left behind.
 inline std::ptrdiff_t countEntries(const std::filesystem::path& directory) {
     return std::distance(std::filesystem::directory_iterator(directory), {});
 }

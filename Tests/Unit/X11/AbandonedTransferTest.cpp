@@ -90,7 +90,7 @@ TEST(AbandonedTransfer, takesAnIncrementThatIsNotReadForNoEnd) {
     IncomingTransfer transfer(limit, incremental);
     transfer.received(announcement());
     transfer.abandon();
-    transfer.received(part("", 5)); // the property is there, and none of it was asked for
+    transfer.received(part("", 5)); // a read of length 0 of an existing property
     EXPECT_EQ(transfer.state(), State::failed);
     EXPECT_TRUE(transfer.expectsIncrement());
     transfer.received(part("", 0));

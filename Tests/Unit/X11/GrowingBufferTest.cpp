@@ -83,7 +83,7 @@ TEST(GrowingBuffer, canBeUsedAgainAfterItsContentIsTaken) {
     GrowingBuffer buffer;
     buffer.append("the first");
     const Bytes first = buffer.take();
-    buffer.append("second"); // it would have room in the first one's memory
+    buffer.append("second"); // would fit into the memory of the first value
     EXPECT_EQ(buffer.size(), 6U);
     const Bytes second = buffer.take();
     buffer.append("and the third");

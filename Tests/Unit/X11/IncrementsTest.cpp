@@ -21,7 +21,7 @@ IncomingTransfer announced(std::size_t ofLimit = limit) {
     return transfer;
 }
 
-/// Of this process, as /proc/PID/statm counts them.
+/// The size of this process's address space (proc(5), statm, first field).
 std::size_t addressSpacePages() {
     std::ifstream file("/proc/self/statm");
     std::size_t pages = 0;
@@ -105,7 +105,7 @@ TEST(Increments, areTakenWhateverSizeIsAnnounced) {
 
 TEST(Increments, takeNoMemoryForTheSizeThatIsAnnounced) {
     const std::size_t before = addressSpacePages();
-    IncomingTransfer transfer(std::size_t{1} << 40, incremental); // a limit that allows for the guess
+    IncomingTransfer transfer(std::size_t{1} << 40, incremental); // a limit above the owner's estimate
     transfer.received(announcement("\xFF\xFF\xFF\xFF"));
     transfer.received(part("small"));
     const std::size_t after = addressSpacePages();

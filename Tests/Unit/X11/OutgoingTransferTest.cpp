@@ -22,7 +22,7 @@ OutgoingTransfer sending(std::string_view value, std::size_t incrementBytes = 4)
     return {Bytes::copyOf(value), incrementBytes, start, timeOut};
 }
 
-/// What a requestor gets that deletes the property until nothing comes any more.
+/// All increments for a requestor that deletes the property until the transfer is over.
 std::vector<std::string> incrementsOf(OutgoingTransfer transfer) {
     std::vector<std::string> increments;
     while (const auto increment = transfer.propertyDeleted(start)) {
@@ -100,7 +100,7 @@ TEST(OutgoingTransfer, canBeGivenUpInEveryState) {
     }
 }
 
-/// A transfer of "abcdef" and its value's memory, which nothing else holds.
+/// A transfer of "abcdef", and a weak reference to the value's memory, which only the transfer owns.
 std::pair<OutgoingTransfer, std::weak_ptr<const std::string>> watched() {
     auto buffer = std::make_shared<const std::string>("abcdef");
     std::weak_ptr<const std::string> memory = buffer;

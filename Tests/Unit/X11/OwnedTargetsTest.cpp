@@ -30,7 +30,7 @@ Items texts(std::vector<std::string_view> all) {
     return items;
 }
 
-/// What a requestor gets, as the property's type and its content.
+/// The value for a requestor: the type and the content of the property.
 using Answer = std::optional<std::pair<std::string, std::string>>;
 
 Answer answer(const Items& items, const std::string& target) {
@@ -47,7 +47,7 @@ Answer as(std::string_view type, std::string_view content) {
 const Targets textTargets{"UTF8_STRING", "text/plain;charset=utf-8", "text/plain", "STRING", "TEXT"};
 const Targets fileTargets{"text/uri-list", "x-special/gnome-copied-files", "x-special/mate-copied-files"};
 
-/// The types whose data is given as it is.
+/// The types whose data is passed on unchanged.
 const std::vector<std::pair<std::string, Targets>> dataTypes{
     {"public.html", {"text/html"}},
     {"public.rtf", {"text/rtf", "application/rtf", "text/richtext"}},
@@ -221,7 +221,7 @@ TEST(OwnedTargets, giveNothingUnderAKnownTypesIdentifier) {
         EXPECT_EQ(answer(items, type), std::nullopt) << type;
 }
 
-/// The promise of a type that can be offered: what is offered for it is given.
+/// Expects a value for every target that is offered for the type.
 TEST(OwnedTargets, giveEverythingThatTheyOffer) {
     for (const std::string type :
          {"public.utf8-plain-text", "public.file-url", "public.html", "public.rtf", "public.png", "x",

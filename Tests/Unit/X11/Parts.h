@@ -10,13 +10,13 @@
 
 namespace tavel {
 
-/// How GoogleTest shows a state.
+/// Prints a state in messages of GoogleTest.
 inline void PrintTo(IncomingTransfer::State state, std::ostream* stream) {
     constexpr std::array names{"requested", "arriving", "increments", "complete", "failed", "over"};
     *stream << names.at(static_cast<std::size_t>(state));
 }
 
-/// Types of properties. Which number an atom has is the server's choice.
+/// Types of properties. The numbers are arbitrary, as an X server assigns them.
 inline constexpr std::uint32_t incremental = 301;
 inline constexpr std::uint32_t utf8 = 302;
 inline constexpr std::uint32_t otherType = 303;
@@ -26,17 +26,17 @@ inline PropertyPart part(std::string_view bytes, std::size_t remaining = 0, std:
     return {type, format, Bytes::copyOf(bytes), remaining};
 }
 
-/// The announcement of increments with the owner's guess of the size, which is 32 bits long.
+/// The announcement of increments, with the owner's 32-bit estimate of the size.
 inline PropertyPart announcement(std::string_view guess = std::string_view("\0\0\0\0", 4)) {
     return part(guess, 0, incremental, 32);
 }
 
-/// The increment that says that there is no more.
+/// The empty increment, which ends the value.
 inline PropertyPart lastIncrement() {
     return part("");
 }
 
-/// What reading a property gives that is not there.
+/// The result of reading a property that does not exist.
 inline PropertyPart noProperty() {
     return {};
 }

@@ -31,7 +31,7 @@ std::string bigEndian(std::u16string_view text) {
     return bytes;
 }
 
-/// The same in both orders of bytes, which have to come to the same.
+/// Converts the text from both byte orders, which must give the same result.
 std::string markedHtml(std::u16string_view text) {
     std::string converted = html(littleEndianMark + littleEndian(text));
     EXPECT_EQ(html(bigEndianMark + bigEndian(text)), converted);
@@ -93,7 +93,7 @@ TEST(Html, comesAsItIsWithABrokenSurrogate) {
                                        std::u16string{0xD83D, 0xD83D, u'b'}, std::u16string{u'b', 0xD83D}}) {
         const std::string little = littleEndianMark + littleEndian(text);
         const std::string big = bigEndianMark + bigEndian(text);
-        // Its last bytes are zero in one order of bytes, and so left out.
+        // In one byte order the last bytes are zeros, which are dropped.
         EXPECT_EQ(html(little), little.substr(0, little.find_last_not_of('\0') + 1));
         EXPECT_EQ(html(big), big.substr(0, big.find_last_not_of('\0') + 1));
     }

@@ -10,7 +10,7 @@
 namespace tavel {
 namespace {
 
-/// 17 characters, and a SHA-256 as 64 hexadecimal digits.
+/// A prefix of 17 characters and a SHA-256 as 64 hexadecimal digits.
 void expectMadeName(const std::string& name) {
     constexpr std::string_view prefix = "TAVEL_PASTEBOARD_";
     ASSERT_TRUE(name.starts_with(prefix)) << name;
@@ -29,7 +29,7 @@ TEST(SelectionName, isThePasteboardsOwn) {
 }
 
 TEST(SelectionName, isMadeForAnEmptyName) {
-    // The SHA-256 of nothing (FIPS 180-4).
+    // The SHA-256 of the empty text (FIPS 180-4).
     EXPECT_EQ(selectionNameOf(""),
               "TAVEL_PASTEBOARD_e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
 }

@@ -10,7 +10,7 @@
 namespace tavel {
 namespace {
 
-/// The text as plain text, if it is that.
+/// The value as plain text, nullopt if it is none.
 std::optional<std::string> plain(std::string target, std::string type, std::string_view bytes,
                                  int format = 8) {
     const auto text = plainTextOf({std::move(target), std::move(type), format, Bytes::copyOf(bytes)});
@@ -28,7 +28,7 @@ const std::vector<std::string> targets{"UTF8_STRING",
 const std::vector<std::string> utf8Types{"UTF8_STRING", "text/plain;charset=utf-8",
                                          "text/plain;charset=UTF-8", "Text/Plain; charset=\"utf8\""};
 
-/// Types that say nothing of the encoding.
+/// Types that declare no encoding.
 const std::vector<std::string> otherTypes{"text/plain", "TEXT", "ATOM", "com.example.private", ""};
 
 constexpr std::string_view inUtf8 = "d\xC3\xA9j\xC3\xA0 \xE2\x82\xAC";
@@ -70,7 +70,7 @@ TEST(PlainText, convertsEveryCharacterOfLatin1) {
 }
 
 TEST(PlainText, isWhatItLooksLikeWhereTheTypeIsStringAgainstTheTarget) {
-    // Some owners name every text STRING.
+    // Some owners use the type STRING for every text.
     for (const std::string target : {"UTF8_STRING", "text/plain;charset=utf-8", "text/plain;charset=UTF8"}) {
         EXPECT_EQ(plain(target, "STRING", inUtf8), inUtf8) << target;
         EXPECT_EQ(plain(target, "STRING", inLatin1), "déjà") << target;
