@@ -11,7 +11,7 @@ namespace tavel {
 
 namespace {
 
-/// An agent whose server ends while it works.
+/// An agent that loses its X server.
 class AgentWithLostServer : public X11AgentTest {};
 
 /// Processor time that the process has used, in clock ticks (proc(5), stat, fields 14 and 15).
@@ -77,7 +77,7 @@ TEST_F(AgentWithLostServer, doesNotSpin) {
     expectSilence(agent());
     const std::int64_t before = processorTicks(agent().processIdentifier());
     for (int round = 0; round < 3; ++round)
-        waitForPolls(); // most of a second, all of which an agent that spins would use
+        waitForPolls(); // most of a second, in which an agent that spins would use much processor time
     EXPECT_LT(processorTicks(agent().processIdentifier()) - before, sysconf(_SC_CLK_TCK) / 4);
 }
 
@@ -88,12 +88,12 @@ TEST_F(AgentWithLostServer, noticesItsParentsEnd) {
     server_.stop();
     expectSilence(watched);
     watched.signal(SIGKILL); // the shell
-    // Only the agent still held the output open.
+    // After the shell's end, only the agent has the output open.
     EXPECT_EQ(watched.nextLine(), std::nullopt);
     EXPECT_TRUE(exportDirectories().empty());
 }
 
-/// An agent that starts where there is no server.
+/// An agent that starts without an X server.
 class AgentWithoutServer : public X11AgentTest {
 protected:
     void expectHeadless(const AgentProcess::Options& headless) {

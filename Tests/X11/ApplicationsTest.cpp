@@ -16,10 +16,10 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-/// A program that copies and pastes in the way of its kind.
+/// A command-line program that copies and pastes.
 struct Application {
     const char* name;
-    std::vector<std::string> copyText; // the text goes to its input, or behind its arguments
+    std::vector<std::string> copyText; // gets the text as its input or as its last argument
     bool readsInput;
     std::vector<std::string> pasteText;
 };
@@ -52,7 +52,7 @@ protected:
     }
 };
 
-/// Only for programs that take their text from their input: a command line cannot be as long.
+/// Only for programs that read the text from their input, as a command line cannot be as long.
 class LongTextOfApplication : public TextOfApplication {};
 
 TEST_P(TextOfApplication, isReported) {
@@ -100,10 +100,10 @@ INSTANTIATE_TEST_SUITE_P(Of, TextOfApplication, testing::Values(xclip, xsel, tav
                          nameOf);
 INSTANTIATE_TEST_SUITE_P(Of, LongTextOfApplication, testing::Values(xclip, xsel, tavelPasteboard), nameOf);
 
-/// A program of a toolkit, by the path of the program that plays one.
+/// The path of a test program that uses a toolkit's clipboard.
 class ContentOfToolkit : public X11AgentTest, public testing::WithParamInterface<const char*> {
 protected:
-    /// The files of the one export that the agent reports now, by name.
+    /// The files of the next export, by name. Expects no other export.
     std::map<std::string, std::string> nextExport() {
         EXPECT_EQ(agent().nextMessage().value("kind", ""), "unsupported");
         const Json event = agent().nextMessage();
@@ -147,7 +147,7 @@ TEST_P(ContentOfToolkit, canBeThePictureThatTheParentSent) {
     EXPECT_EQ(request(agent(), {{"command", "write_image_data"}, {"image_b64", base64Of(png)}}), success(1));
     const std::string pasted = (world_.directory() / "pasted.png").string();
     outputOf({GetParam(), "paste-image", pasted});
-    outputOf({"compare-im6.q16", "-metric", "AE", picture(), pasted, "null:"}); // fails for a differing pixel
+    outputOf({"compare-im6.q16", "-metric", "AE", picture(), pasted, "null:"}); // fails if a pixel differs
     EXPECT_TRUE(outputOf({GetParam(), "paste-bytes", "image/png"}) == png);
 }
 

@@ -12,7 +12,7 @@ namespace {
 
 class ChangeCount : public testing::Test {
 protected:
-    /// By how much the count moves with the operation, noticed or asked for.
+    /// How much the operation adds to the change count. Expects both kinds of the count to agree.
     template <typename Operation>
     std::int64_t moveOf(const Operation& operation) {
         const std::int64_t before = peers.board().changeCount();
@@ -142,7 +142,7 @@ TEST_F(ChangeCount, countsEveryTakingOfProgramsThatFightForTheSelection) {
                 one.take();
                 ++taken;
             } catch (const std::runtime_error&) {
-                ++taken; // it was taken over before it could ask, or came too late: not known which
+                ++taken; // lost the selection again at once, or failed to take it
             }
         }
     };
@@ -155,7 +155,7 @@ TEST_F(ChangeCount, countsEveryTakingOfProgramsThatFightForTheSelection) {
         cleared += count > beforeClear ? 1 : 0;
     }
     thread.join();
-    // Afterwards all agree on who has it.
+    // Afterwards all programs agree on the owner.
     owner.offerValue("UTF8_STRING", "last");
     owner.take();
     EXPECT_EQ(peers.text(), "last");

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 class ChangeOnX11 : public X11AgentTest {
 protected:
-    /// Another program, quick enough to copy many times between two polls.
+    /// Another program, fast enough to copy many times between two polls.
     PasteboardProgram& program() {
         if (!program_)
             program_.emplace(server_.display(), TransferTimeOuts{});
@@ -35,7 +35,7 @@ private:
     std::optional<PasteboardProgram> program_;
 };
 
-/// What /proc tells of the process, by the name before the colon.
+/// A line of the process's /proc/PID/status, by the name before the colon.
 std::int64_t procNumber(pid_t process, const char* file, const std::string& name) {
     std::ifstream lines("/proc/" + std::to_string(process) + "/" + file);
     for (std::string line; std::getline(lines, line);) {
@@ -84,7 +84,7 @@ TEST_F(ChangeOnX11, aCommandKnowsOfACopyThatNoPollHasSeen) {
     agent();
     for (std::int64_t round = 0; round < 20; ++round) {
         copyText("copy " + std::to_string(round));
-        // Sent at once: mostly long before the next poll.
+        // Sent at once, usually long before the next poll.
         agent().send(Json{{"command", "write_files"},
                           {"request_id", 5},
                           {"kind", "files"},
@@ -109,7 +109,7 @@ TEST_F(ChangeOnX11, discardPendingIncludesACopyThatNoPollHasSeen) {
         const auto reply = [&] {
             agent().send("{\"command\":\"discard_pending\",\"request_id\":1}\n");
             Json message = agent().nextMessage();
-            while (!message.contains("ok")) // a poll may have come first
+            while (!message.contains("ok")) // the event of a poll may come first
                 message = agent().nextMessage();
             return message;
         }();
@@ -122,7 +122,7 @@ TEST_F(ChangeOnX11, discardPendingIncludesACopyThatNoPollHasSeen) {
 TEST_F(ChangeOnX11, fiveHundredCopiesEndWithTheLastOneReportedAndNothingLeaked) {
     copyText("warm up");
     AgentProcess::Options frugal = x11Options();
-    // AddressSanitizer keeps freed memory for a while, which would look like a leak.
+    // AddressSanitizer delays the reuse of freed memory, which would look like a leak.
     const char* const asanOptions = std::getenv("ASAN_OPTIONS");
     frugal.environment["ASAN_OPTIONS"] = std::string(asanOptions != nullptr ? asanOptions : "") +
                                          ":quarantine_size_mb=0:thread_local_quarantine_size_kb=0";
@@ -141,13 +141,13 @@ TEST_F(ChangeOnX11, fiveHundredCopiesEndWithTheLastOneReportedAndNothingLeaked) 
     expectSilence(watcher);
     EXPECT_EQ(descriptorCount(process), descriptors);
 
-    // A second round finds the memory that the first one left.
+    // The second round can reuse the memory that the first one freed.
     const std::int64_t residentBefore = procNumber(process, "status", "RssAnon");
     for (std::int64_t copy = 1; copy <= copies; ++copy)
         copyText("copy " + std::to_string(copy) + " " + repeated("y", 2000));
     while (last.value("sequence", 0) != 2 * copies || !last.contains("text_b64"))
         last = watcher.nextMessage();
-    constexpr std::int64_t leakKilobytes = copies * 2000 / 1024; // if each text were kept
+    constexpr std::int64_t leakKilobytes = copies * 2000 / 1024; // the growth if each text leaked
     EXPECT_LT(procNumber(process, "status", "RssAnon") - residentBefore, leakKilobytes);
 }
 

@@ -12,9 +12,9 @@ constexpr const char* notPermitted =
     "Renommage : autorise Tavel Bridge dans Accessibilité et Surveillance de "
     "l’entrée, puis réactive l’option.";
 
-constexpr xcb_keycode_t keyOfV = 55; // of Xvfb's keyboard
+constexpr xcb_keycode_t keyOfV = 55; // on Xvfb's keyboard
 
-/// Another program that has taken Control+V for the whole screen.
+/// Another program that has grabbed Control+V on the root window.
 class OtherShortcut {
 public:
     explicit OtherShortcut(const std::string& display) : connection_(xcb_connect(display.c_str(), nullptr)) {

@@ -147,7 +147,7 @@ TEST_F(ForeignContent, fileListOfRubbishNamesNoFiles) {
     EXPECT_THAT(peers.board().filePaths(), IsEmpty());
 }
 
-// Each waits for the other, and serves it meanwhile.
+// Each program serves the other while it waits for the other's value.
 TEST_F(ForeignContent, ofTwoProgramsThatReadEachOtherAtOnceArrivesAtBoth) {
     PasteboardProgram other(peers.display(), longTimeOuts());
     const std::string bytes = distinctBytes(std::size_t{20} << 20);

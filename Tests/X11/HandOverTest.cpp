@@ -11,22 +11,22 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A clipboard manager, and an agent that ends.
+/// An agent that ends while a clipboard manager runs.
 class HandOver : public X11AgentTest {
 protected:
     using Script = ScriptedOwner::Script;
 
-    /// Starts a manager that does this when it is asked to save.
+    /// Starts a manager that answers SAVE_TARGETS with this script.
     void startManager(const Script& onSave) {
         manager_.on("SAVE_TARGETS", onSave);
         xcb_set_selection_owner(manager_.connection(), manager_.window(), manager_.atom("CLIPBOARD_MANAGER"),
                                 XCB_CURRENT_TIME);
-        // The answer to this comes when that is done.
+        // A round trip: the server has carried out the requests before it.
         std::free(xcb_get_input_focus_reply(manager_.connection(), xcb_get_input_focus(manager_.connection()),
                                             nullptr));
     }
 
-    /// Takes the clipboard over with everything that is in it.
+    /// Takes CLIPBOARD over with all its content and one more type.
     void saveContent() {
         const auto clipboard = program_.open(std::nullopt);
         EXPECT_TRUE(clipboard->addTypes(std::vector{representation("net.example.saved", "yes")}));
@@ -42,7 +42,7 @@ protected:
                   success(1));
     }
 
-    /// How long the agent takes to end.
+    /// The time that the agent needs to end.
     std::chrono::milliseconds end() {
         const auto begin = std::chrono::steady_clock::now();
         agent().closeInput();

@@ -116,7 +116,7 @@ TEST(HostileOwner, whoAnswersTwiceIsTakenAtItsFirstWord) {
     });
     owner.take();
     EXPECT_EQ(peers.text(), "value");
-    // What it says too much has the time of the first request, which the next content's is not.
+    // The surplus answers have the time of the first request. The next content's request has a later one.
     owner.offerValue("UTF8_STRING", "next");
     while (owner.ownedSince() <= owner.awaitRequest("UTF8_STRING").time)
         owner.take();
@@ -154,7 +154,7 @@ TEST(HostileOwner, whoIsReplacedWithoutAnAnswerEndsTheReadAtOnce) {
     EXPECT_EQ(peers.text(), "next");
 }
 
-// An owner that is silent is silent, whatever else goes on. (A third program's events come all the time.)
+// Events of a third program do not count as progress of the owner.
 TEST(HostileOwner, whoIsSilentIsGivenUpThoughOtherEventsComeMeanwhile) {
     auto timeOuts = longTimeOuts();
     timeOuts.ownerInactivity = std::chrono::milliseconds(200);
@@ -181,7 +181,7 @@ TEST(HostileOwner, whoIsSilentIsGivenUpThoughOtherEventsComeMeanwhile) {
     making.get();
 }
 
-// The longest that a content's owner can hold this program up is the limit, also with events without end.
+// An endless stream of events does not extend the time-out for the whole content.
 TEST(HostileOwner, whoFloodsTheAwaitedPropertyIsGivenUpAtTheContentsLimit) {
     auto timeOuts = longTimeOuts();
     timeOuts.wholeContent = std::chrono::seconds(1);
@@ -191,14 +191,14 @@ TEST(HostileOwner, whoFloodsTheAwaitedPropertyIsGivenUpAtTheContentsLimit) {
     std::atomic<bool> isOver = false;
     owner.on("UTF8_STRING", [&](const auto& request) {
         owner.announce(request, 1);
-        // Without an end of its own, should the reader not find one.
+        // Ends by itself if the reader never gives up.
         const auto end = std::chrono::steady_clock::now() + atOnce + std::chrono::seconds(3);
         const xcb_atom_t type = owner.atom("UTF8_STRING");
         while (!isOver && !owner.isEnding() && std::chrono::steady_clock::now() < end) {
             for (int i = 0; i < 3; ++i)
                 xcb_change_property(owner.connection(), XCB_PROP_MODE_APPEND, request.requestor,
                                     request.property, type, 8, 1, "x");
-            owner.atom("ROUND_TRIP"); // no backlog without end in the server
+            owner.atom("ROUND_TRIP"); // bounds the backlog in the server
         }
     });
     owner.take();
@@ -229,7 +229,7 @@ TEST(HostileOwner, isWaitedForNoLongerThanTheContentsLimitOverAllReads) {
                       EXPECT_EQ(peers.text(), std::nullopt);
               }),
               atOnce);
-    // A new content is a new chance.
+    // A new content starts the time-out again.
     owner.on("UTF8_STRING", owner.value("UTF8_STRING", "late, but there"));
     owner.take();
     EXPECT_EQ(peers.text(), "late, but there");

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t large = std::size_t{30} << 20;
 
-/// The program owns a large picture and a short text. Afterwards it must still do everything.
+/// The program owns a large picture and a short text. TearDown checks that the program still works.
 class HostileRequestor : public testing::Test {
 protected:
     void SetUp() override {
@@ -28,7 +28,7 @@ protected:
         ScriptedRequestor good(peers.display());
         const auto value = good.read("image/png");
         EXPECT_TRUE(value && value->bytes == picture);
-        // Its own window hears of changes and the time: it can read increments, and take the selection.
+        // The program's window still gets its events: it can read increments and take the selection.
         ScriptedOwner owner(peers.display());
         owner.offer({"UTF8_STRING"});
         owner.on("UTF8_STRING", owner.increments("UTF8_STRING", {"other ", "text"}));
@@ -37,7 +37,7 @@ protected:
         EXPECT_FALSE(peers.isServing());
         const auto count = peers.board().changeCount();
         EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.board().clearContents(), count + 1); }),
-                  std::chrono::seconds(4)); // less than a lost answer about the time costs
+                  std::chrono::seconds(4)); // below the time-out for the server's time
     }
 
     void begin() {
@@ -51,7 +51,7 @@ protected:
     ScriptedRequestor requestor{peers.display()};
 };
 
-/// One of whose transfers nothing is left once the selection is somebody else's.
+/// A requestor whose transfers must be gone when another program takes the selection.
 class VanishingRequestor : public HostileRequestor {
 protected:
     void expectNothingLeft() {
@@ -60,7 +60,7 @@ protected:
         SetUp();
     }
 
-    // There from the start: a program that comes later can get the number of a window that has gone.
+    // Connected from the start: a later connection could get the identifier of a destroyed window.
     ScriptedOwner other{peers.display()};
 };
 
@@ -77,7 +77,7 @@ TEST_F(VanishingRequestor, getsNoMoreTransfersThanGoOnAtATime) {
 
 TEST_F(VanishingRequestor, whoseWindowGoesBeforeTheAnswerIsForgotten) {
     peers.program().run([&] {
-        // The program does not get to answer before the window is gone.
+        // The program's thread is busy here, so it answers only after the window is destroyed.
         requestor.ask("image/png");
         requestor.ask("UTF8_STRING");
         requestor.ask("TARGETS");
@@ -125,7 +125,7 @@ TEST_F(VanishingRequestor, doesNotTakeAnotherAlong) {
     EXPECT_TRUE(value && value->bytes == picture);
 }
 
-// The second deletion may come when the first increment is there already.
+// The second deletion may already remove the first increment.
 TEST_F(HostileRequestor, whoDeletesTheAnnouncementTwiceLosesOneIncrementAtTheMost) {
     ASSERT_TRUE(requestor.convert("image/png"));
     requestor.deleteProperty();
@@ -221,13 +221,13 @@ TEST_F(HostileRequestor, whoAsksForPropertiesThatAreNoAtomsLeavesNothingToServe)
     SetUp();
 }
 
-// Any program can ask in any window's name.
+// Any program can send a request that names another program's window as its requestor.
 TEST_F(HostileRequestor, whoAsksInTheNameOfTheProgramsWindowDoesNotDeafenIt) {
     const xcb_window_t window = requestor.ownerOfClipboard();
     requestor.askInNameOf(window, "image/png", "A");
     peers.settle();
     xcb_delete_property(requestor.connection(), window, requestor.atom("A"));
-    requestor.askInNameOf(window, "UTF8_STRING", "A"); // ends the transfer
+    requestor.askInNameOf(window, "UTF8_STRING", "A"); // ends the transfer to this property
     peers.settle();
 }
 
@@ -246,7 +246,7 @@ TEST_F(HostileRequestor, whoAsksWithoutListeningCostsNothing) {
     peers.settle();
 }
 
-/// Events that no server sends: another program has made them up.
+/// Events that another program has made with SendEvent.
 class ForgedEvents : public HostileRequestor {
 protected:
     template <typename Event>

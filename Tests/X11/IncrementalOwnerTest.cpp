@@ -149,7 +149,7 @@ TEST(IncrementalOwner, whoSendsWithoutEndIsGivenUpAtTheContentsLimit) {
     });
     owner.take();
     EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
-    // The program is there for others, though the owner still sends.
+    // The program serves other requestors while the owner still sends.
     ScriptedOwner other(peers.display());
     other.offerValue("UTF8_STRING", "other");
     other.take();
@@ -165,7 +165,7 @@ TEST(IncrementalOwner, whoGetsOnSlowlyIsWaitedFor) {
     owner.on("UTF8_STRING", [&](const auto& request) {
         owner.announce(request, 20);
         for (int i = 0; i < 15 && owner.awaitDeletion(request); ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100)); // more than the silence, in all
+            std::this_thread::sleep_for(std::chrono::milliseconds(100)); // together more than the time-out
             owner.put(request, "UTF8_STRING", "x");
         }
         owner.sendIncrements(request, "UTF8_STRING", {});

@@ -91,7 +91,7 @@ TEST(IncrementalRequestor, canHaveTwoTransfersIntoOneWindow) {
     ASSERT_TRUE(requestor.convert("image/tiff", "B"));
     EXPECT_EQ(requestor.takeProperty("A").type, "INCR");
     const auto first = requestor.readIncrements("A");
-    EXPECT_EQ(requestor.takeProperty("B").type, "INCR"); // the first's end has not ended the second
+    EXPECT_EQ(requestor.takeProperty("B").type, "INCR"); // the end of the first has not ended the second
     const auto second = requestor.readIncrements("B");
     ASSERT_TRUE(first && second);
     EXPECT_TRUE(first->bytes == png);
@@ -144,14 +144,14 @@ TEST(IncrementalRequestor, whoStallsIsGivenUpWhileAnotherGoesOn) {
     const auto value = busy.read("image/png");
     ASSERT_TRUE(value);
     EXPECT_TRUE(value->bytes == bytes);
-    // With the selection gone, only the stalled transfer is left to serve.
+    // Without the selection, the program serves only the stalled transfer.
     other.take();
     waitUntil([&] { return !peers.isServing(); }, atOnce);
-    // What it does now is answered no more, ...
+    // After the time-out, a deletion gets no next increment.
     stalled.takeProperty();
     peers.settle();
     EXPECT_FALSE(stalled.property().exists());
-    // ... but what it asks for is.
+    // A new request is answered.
     peers.write("public.png", "small");
     EXPECT_EQ(stalled.read("image/png")->bytes, "small");
 }

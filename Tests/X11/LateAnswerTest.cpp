@@ -7,7 +7,7 @@ namespace tavel {
 
 namespace {
 
-/// An owner of a text and a HTML text, of which the first request for the text is not answered in time.
+/// An owner of plain text and HTML that has not answered the first request for the text in time.
 class LateAnswer : public testing::Test {
 protected:
     void SetUp() override {
@@ -64,7 +64,7 @@ TEST_F(LateAnswer, isNotTakenForAnotherOwnersContent) {
     next.offer({"UTF8_STRING"});
     next.on("UTF8_STRING", [&](const auto& request) {
         answerLate();
-        owner.atom("ROUND_TRIP"); // it has arrived before the next owner's
+        owner.atom("ROUND_TRIP"); // the late answer is on its way before the next owner's
         next.value("UTF8_STRING", "next")(request);
     });
     next.take();
@@ -111,7 +111,7 @@ TEST(LateAnswers, toMoreReadsThanThereArePropertiesDoNotDisturbTheNext) {
     owner.offerValue("UTF8_STRING", "value");
     owner.take();
     while (peers.board().types().empty())
-        owner.take(); // on a busy machine, an answer in so short a time may take several attempts
+        owner.take(); // on a busy machine, an answer within the short time-out may need several attempts
     owner.on("UTF8_STRING", owner.silence());
     constexpr std::size_t reads = 40;
     for (std::size_t i = 0; i < reads; ++i)
@@ -130,7 +130,7 @@ TEST(LateAnswers, toMoreReadsThanThereArePropertiesDoNotDisturbTheNext) {
     EXPECT_EQ(text, "in time");
 }
 
-// A refusal has no property to tell it by. An owner that is alive again is not to be waited for in vain.
+// A refusal names no property. It must count for the awaited request, not for the late one.
 TEST(LateAnswers, doNotKeepTheNextRequestsRefusalFromBeingUnderstood) {
     auto timeOuts = longTimeOuts();
     timeOuts.ownerInactivity = std::chrono::seconds(2);
@@ -141,7 +141,7 @@ TEST(LateAnswers, doNotKeepTheNextRequestsRefusalFromBeingUnderstood) {
     owner.take();
     EXPECT_EQ(peers.text(), std::nullopt);
     owner.on("UTF8_STRING", [&](const auto& request) { owner.refuse(request); });
-    // Four refusals in less time than one silence.
+    // Four refusals take less time than one time-out.
     EXPECT_LT(durationOf([&] {
                   for (int i = 0; i < 4; ++i)
                       EXPECT_EQ(peers.text(), std::nullopt);

@@ -20,7 +20,7 @@ std::chrono::nanoseconds threadTime() {
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
-/// What every pasteboard does without a server.
+/// Checks all operations of a pasteboard without a server.
 void expectNothing(X11Peers& peers, std::int64_t count) {
     Pasteboard& board = peers.board();
     EXPECT_THAT(board.types(), IsEmpty());
@@ -65,7 +65,7 @@ TEST(LostServer, isNoticedByItselfAndNoReasonToSpin) {
     std::chrono::nanoseconds after{};
     constexpr std::chrono::milliseconds watched{500};
     peers.program().run([&] { before = threadTime(); });
-    std::this_thread::sleep_for(watched); // deliberate: what is measured is doing nothing
+    std::this_thread::sleep_for(watched); // deliberate: measures an idle program
     peers.program().run([&] { after = threadTime(); });
     EXPECT_LT(after - before, watched / 2);
 }

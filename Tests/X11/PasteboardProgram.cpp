@@ -23,13 +23,13 @@ std::shared_ptr<X11Selections> connect(const std::string& display, const Transfe
     return std::make_shared<X11Selections>(std::move(connection), timeOuts);
 }
 
-/// Hands every operation to the program's thread.
+/// Runs every operation on the program's thread.
 class ForwardingPasteboard final : public Pasteboard {
 public:
     ForwardingPasteboard(PasteboardProgram& program, const std::optional<std::string>& name)
         : program_(program) {
         program_.run([&] {
-            // The program owns its selections; a pasteboard that outlives it keeps nothing of them.
+            // Owns nothing: a pasteboard that outlives the program must not keep its selections alive.
             const std::shared_ptr<X11Selections> selections(&program_.selections(), [](X11Selections*) {});
             pasteboard_ = std::make_unique<X11Pasteboard>(selections, name);
         });

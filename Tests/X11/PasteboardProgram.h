@@ -14,8 +14,8 @@
 
 namespace tavel {
 
-/// A program with pasteboards on an X server, as far as the server and other programs can tell: it has a
-/// connection of its own, and a thread of its own that serves what it owns.
+/// Acts as a separate program with pasteboards on an X server: it has its own connection, and its own thread
+/// that serves its selections.
 class PasteboardProgram {
 public:
     /// Throws std::runtime_error if there is no server.
@@ -24,17 +24,17 @@ public:
     PasteboardProgram(const PasteboardProgram&) = delete;
     PasteboardProgram& operator=(const PasteboardProgram&) = delete;
 
-    /// The program's pasteboard of that name. May be used on any thread: its operations run on the program's,
-    /// and the caller waits. It must not be used when the program is gone.
+    /// The program's pasteboard of that name. Usable on any thread: its operations run on the program's
+    /// thread while the caller waits. Must not be used after the end of the program.
     std::shared_ptr<Pasteboard> open(const std::optional<std::string>& name);
 
     /// Runs the task on the program's thread and waits for its end. Directly, if this is that thread.
     void run(const std::function<void()>& task);
 
-    /// What the program's pasteboards use. Only within `run`.
+    /// The selections of the program's pasteboards. Only for use within `run`.
     X11Selections& selections() { return *selections_; }
 
-    /// Ends the program's connection while the program goes on to exist, as a crash would.
+    /// Ends the program's connection as a crash would, but keeps the program.
     void disconnect();
 
 private:

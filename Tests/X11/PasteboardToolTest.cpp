@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 using namespace std::chrono_literals;
 
-/// tavel-pasteboard where what is copied lives in the copying program.
+/// tavel-pasteboard on an X server, where the copying program keeps the content.
 class PasteboardToolOnX11 : public X11AgentTest {
 protected:
     std::string pasteboard(std::vector<std::string> arguments, std::string_view input = {}) const {
@@ -25,7 +25,7 @@ protected:
         return outputOf(arguments, input);
     }
 
-    /// Its processes that serve on this test's server, by their directories in /proc.
+    /// The /proc directories of its processes that serve on this test's X server.
     std::vector<fs::path> backgroundProcesses() const {
         std::vector<fs::path> found;
         for (const auto& process : fs::directory_iterator("/proc")) {
@@ -95,7 +95,7 @@ TEST_F(PasteboardToolOnX11, waitsForARequestorThatTakesNothingButNotForEver) {
     ASSERT_TRUE(requestor.convert("image/png"));
     copyWithXclip("another's");
     EXPECT_EQ(backgroundProcesses().size(), 1u) << "the transfer could still go on";
-    expectNoProcessLeft(); // nothing happens any more but time passing
+    expectNoProcessLeft(); // the time-out alone ends the process
 }
 
 TEST_F(PasteboardToolOnX11, endsWithTheServer) {
@@ -105,7 +105,7 @@ TEST_F(PasteboardToolOnX11, endsWithTheServer) {
 }
 
 TEST_F(PasteboardToolOnX11, keepsNoDirectoryAndNoPipeInTheBackground) {
-    // Were its output held open, the inner command would never end.
+    // If the background process kept the output open, the inner command would never end.
     EXPECT_EQ(outputOf({"sh", "-c", R"(echo "$(echo hi | "$0" copy)done")", TAVEL_PASTEBOARD}), "done\n");
     const std::vector<fs::path> processes = backgroundProcesses();
     ASSERT_EQ(processes.size(), 1u);
@@ -113,13 +113,13 @@ TEST_F(PasteboardToolOnX11, keepsNoDirectoryAndNoPipeInTheBackground) {
 }
 
 TEST_F(PasteboardToolOnX11, carriesHundredFiftyMegabytesBothWays) {
-    std::string block(1'000'003, '\0'); // which no chunk is a multiple of
+    std::string block(1'000'003, '\0'); // no chunk size is a multiple of this
     std::minstd_rand random(20240229);
     std::ranges::generate(block, [&] { return static_cast<char>(random() >> 8); });
     const std::string content = repeated(block, 158).substr(0, 150 << 20);
     const std::string file = world_.write("large", content);
 
-    // Compared by a program: this much goes slowly through a test's own hands.
+    // Compared by a program, as reading so much in the test itself is slow.
     pasteboard({"copy", "--type", "png", file});
     outputOf({"sh", "-c", R"(xclip -selection clipboard -out -target image/png | cmp - "$0")", file});
     outputOf({"sh", "-c", R"(xclip -selection clipboard -in -target image/png "$0" >/dev/null 2>&1)", file});

@@ -17,7 +17,7 @@ class Requestor : public testing::Test {
 protected:
     void TearDown() override { EXPECT_EQ(requestor.errorCount(), 0); }
 
-    /// A value as a plain property.
+    /// Expects the value in one property.
     void expectValue(const std::string& target, const std::string& type, const std::string& bytes) {
         const auto value = requestor.read(target);
         ASSERT_TRUE(value) << target;
@@ -34,7 +34,8 @@ protected:
         return requestor.namesOf(value->numbers());
     }
 
-    /// Asks for pairs of a target and a property ("": None), and gives what became of the properties' names.
+    /// Requests MULTIPLE for pairs of a target and a property ("" for None). Returns the names of the
+    /// properties in the answer.
     std::optional<std::vector<std::string>>
     multiple(const std::vector<std::pair<std::string, std::string>>& pairs) {
         std::vector<xcb_atom_t> atoms;
@@ -147,7 +148,7 @@ TEST_F(Requestor, learnsTheTimeOfTheOwnership) {
     ASSERT_EQ(value->numbers().size(), 1U);
     EXPECT_GE(value->numbers().front(), before);
     EXPECT_LE(value->numbers().front(), after);
-    // It is the time by which the server itself judges: what is older does not take the selection away.
+    // The time is the server's own: a request with an earlier time does not take the selection.
     xcb_set_selection_owner(requestor.connection(), requestor.window(), requestor.atom("CLIPBOARD"),
                             value->numbers().front() - 1);
     EXPECT_NE(requestor.ownerOfClipboard(), requestor.window());
@@ -185,7 +186,7 @@ TEST_F(Requestor, isRefusedWhenItAskedBeforeTheOwnership) {
     do {
         peers.write("public.utf8-plain-text", "text");
         since = requestor.read("TIMESTAMP")->numbers().front();
-    } while (since == earlier); // within one millisecond
+    } while (since == earlier); // in the same millisecond
     EXPECT_FALSE(requestor.convert("UTF8_STRING", "REQUESTED", earlier));
     EXPECT_FALSE(requestor.convert("UTF8_STRING", "REQUESTED", since - 1));
     EXPECT_FALSE(requestor.convert("TARGETS", "REQUESTED", since - 1));
@@ -288,7 +289,7 @@ TEST_F(Requestor, canAskFor256TargetsAtOnceAndNotForMore) {
     pairs.emplace_back("UTF8_STRING", "P256");
     EXPECT_EQ(multiple(pairs), std::nullopt);
     EXPECT_FALSE(requestor.property("P256").exists());
-    // Not even the half pair behind the most is taken for nothing.
+    // Half a pair beyond the limit is too much as well.
     requestor.setAtoms("PAIRS", "ATOM_PAIR", std::vector<xcb_atom_t>(513, requestor.atom("UTF8_STRING")));
     EXPECT_FALSE(requestor.convert("MULTIPLE", "PAIRS"));
 }
@@ -308,7 +309,7 @@ TEST_F(Requestor, whoAsksInTheOwnersOldNameIsRefused) {
     const xcb_window_t window = requestor.ownerOfClipboard();
     ScriptedOwner other(peers.display());
     other.take();
-    // The server would not send such a request any more, but it can be on its way when the owner changes.
+    // A request that was on its way to the old owner when the owner changed.
     xcb_selection_request_event_t request{};
     request.response_type = XCB_SELECTION_REQUEST;
     request.owner = window;

@@ -14,7 +14,7 @@ namespace tavel {
 
 namespace {
 
-/// Longer than any test lasts that goes well.
+/// Longer than any successful test takes.
 constexpr std::chrono::seconds timeOut{60};
 
 constexpr std::chrono::microseconds pollInterval{200};
@@ -270,7 +270,7 @@ void ScriptedOwner::sendNotification(const Request& request, xcb_atom_t property
     xcb_flush(connection_);
 }
 
-/// Not on the owner's own thread, which takes the answer in.
+/// Must not run on the owner's thread, which receives the answer.
 xcb_timestamp_t ScriptedOwner::fetchTime() {
     std::unique_lock lock(mutex_);
     time_ = 0;

@@ -15,9 +15,9 @@
 
 namespace tavel {
 
-/// A program that owns CLIPBOARD and answers each request as the test says, with a thread and a connection of
-/// its own. All operations may be used on any thread, within scripts too. When the server or this program's
-/// connection has gone, they do nothing.
+/// A program that owns CLIPBOARD and answers each request by a script of the test, on its own thread and
+/// connection. Any thread may call any operation, scripts included. Without the server or the connection, the
+/// operations do nothing.
 class ScriptedOwner {
 public:
     struct Request {
@@ -29,8 +29,7 @@ public:
         std::string targetName;
     };
 
-    /// What to do with a request. Runs on the owner's thread, and may take its time: no other request is
-    /// answered meanwhile.
+    /// Handles a request. Runs on the owner's thread, which answers no other request until it returns.
     using Script = std::function<void(const Request&)>;
 
     /// Throws std::runtime_error if there is no server.
@@ -39,21 +38,21 @@ public:
     ScriptedOwner(const ScriptedOwner&) = delete;
     ScriptedOwner& operator=(const ScriptedOwner&) = delete;
 
-    /// How the owner answers from now on. What it has no script for it refuses.
+    /// Sets the script for a target. The owner refuses targets without a script.
     void on(const std::string& target, Script script);
 
-    /// Answers for TARGETS in the right way.
+    /// Sets a correct script for TARGETS.
     void offer(const std::vector<std::string>& targets);
 
-    /// Offers one target with a plain value.
+    /// Offers one target, with this value in one property.
     void offerValue(const std::string& target, std::string bytes);
 
-    /// Takes the selection, at a time of the server's, which `ownedSince` gives afterwards.
+    /// Takes the selection with the server's current time, which `ownedSince` returns afterwards.
     void take();
-    void release(); // to nobody
+    void release(); // sets no owner
     xcb_timestamp_t ownedSince();
 
-    /// Ends parts of the program, as crashes do. There is no way back.
+    /// End the connection or the window for good, as a crash does.
     void destroyWindow();
     void disconnect();
 
@@ -63,26 +62,26 @@ public:
     Script increments(const std::string& type, std::vector<std::string> parts);
 
     void put(const Request& request, const std::string& type, std::string_view bytes, int format = 8);
-    void notify(const Request& request); // that the value is in the property
+    void notify(const Request& request); // SelectionNotify: the value is in the property
     void refuse(const Request& request, std::optional<xcb_timestamp_t> time = std::nullopt);
-    void announce(const Request& request, std::uint32_t hint); // increments
+    void announce(const Request& request, std::uint32_t hint); // writes INCR with the estimated size
 
-    /// Puts the parts one after the other, each when the one before has been taken, and the end. False if the
-    /// requestor stopped taking.
+    /// Writes the parts and the empty last increment, each after the deletion of the one before. False if the
+    /// requestor stops deleting.
     bool sendIncrements(const Request& request, const std::string& type,
                         const std::vector<std::string>& parts);
 
-    /// Waits until the request's property does not exist. False if the window does not either, or after a
-    /// long time.
+    /// Waits until the request's property does not exist. False if the window does not exist either, or after
+    /// a long time-out.
     bool awaitDeletion(const Request& request);
     bool hasProperty(const Request& request);
 
-    /// Everything that was asked so far, also what is being answered.
+    /// All requests so far, the current one included.
     std::vector<Request> requests();
     std::size_t countOf(const std::string& target);
 
-    /// The request of that number for the target, counted from 1. Waits for it; throws std::runtime_error if
-    /// it does not come.
+    /// The request of that number for the target, counted from 1. Waits for it. Throws std::runtime_error
+    /// after the time-out.
     Request awaitRequest(const std::string& target, std::size_t number = 1);
 
     xcb_atom_t atom(const std::string& name);
@@ -91,7 +90,7 @@ public:
     xcb_connection_t* connection() { return connection_; }
     xcb_window_t window() const { return window_; }
 
-    /// Whether the program is being ended, which scripts without an end have to ask.
+    /// Whether the program is ending. Endless scripts have to check this.
     bool isEnding();
 
 private:
@@ -108,7 +107,7 @@ private:
     std::condition_variable changed_;
     std::map<std::string, Script> scripts_;
     std::vector<Request> requests_;
-    xcb_timestamp_t time_ = 0; // 0: not told
+    xcb_timestamp_t time_ = 0; // 0: unknown
     xcb_timestamp_t ownedSince_ = 0;
     bool isEnding_ = false;
     std::thread thread_;

@@ -16,7 +16,7 @@ namespace tavel {
 
 namespace {
 
-/// Longer than any test lasts that goes well.
+/// Longer than any successful test takes.
 constexpr std::chrono::seconds timeOut{20};
 
 constexpr std::chrono::microseconds pollInterval{200};
@@ -205,7 +205,7 @@ xcb_window_t ScriptedRequestor::ownerOfClipboard() {
     return reply != nullptr ? reply->owner : xcb_window_t{XCB_NONE};
 }
 
-/// Drops the events before the wanted one, but counts the errors.
+/// Waits for an event that `isWanted` accepts. Drops the events before it, and counts the errors.
 template <typename IsWanted>
 bool ScriptedRequestor::awaitEvent(const IsWanted& isWanted) {
     const auto end = std::chrono::steady_clock::now() + timeOut;

@@ -10,27 +10,27 @@
 
 namespace tavel {
 
-/// A program that asks for CLIPBOARD's content, step by step as the test says, into a property of a window of
-/// its own. Used by one thread. Waiting ends after a long time, with nothing.
+/// A program that requests the content of CLIPBOARD step by step, into properties of its own window. One
+/// thread. Waits end after a long time-out with an empty result.
 class ScriptedRequestor {
 public:
     static inline const std::string usualProperty = "REQUESTED";
 
     struct Property {
-        std::string type; // empty: there is no property
+        std::string type; // empty: the property does not exist
         int format = 0;
         std::string bytes;
 
         bool exists() const { return !type.empty(); }
-        std::vector<std::uint32_t> numbers() const; // of format 32
+        std::vector<std::uint32_t> numbers() const; // for format 32
     };
 
-    /// An answer as it came.
+    /// A SelectionNotify event.
     struct Answer {
         xcb_window_t requestor;
         xcb_atom_t selection;
         xcb_atom_t target;
-        xcb_atom_t property; // None: refused
+        xcb_atom_t property; // None for a refusal
         xcb_timestamp_t time;
     };
 
@@ -40,7 +40,7 @@ public:
     ScriptedRequestor(const ScriptedRequestor&) = delete;
     ScriptedRequestor& operator=(const ScriptedRequestor&) = delete;
 
-    /// Asks. `convert` also waits for the answer, and tells whether it was no refusal.
+    /// Request a conversion. `convert` also waits for the answer; false if that is a refusal.
     void ask(const std::string& target, const std::string& property = usualProperty,
              xcb_timestamp_t time = XCB_CURRENT_TIME);
     void askWithoutProperty(const std::string& target);
@@ -49,14 +49,14 @@ public:
     bool convert(const std::string& target, const std::string& property = usualProperty,
                  xcb_timestamp_t time = XCB_CURRENT_TIME);
 
-    /// Asks, and reads what there is, in one property or in increments. Nothing if refused.
+    /// Requests a value and reads it, in one property or in increments. nullopt on refusal.
     std::optional<Property> read(const std::string& target);
 
-    /// The rest of a transfer whose announcement has been read and deleted.
+    /// Reads the increments of a transfer after its announcement has been read and deleted.
     std::optional<Property> readIncrements(const std::string& property = usualProperty);
 
     Property property(const std::string& name = usualProperty);
-    Property takeProperty(const std::string& name = usualProperty); // and deletes it
+    Property takeProperty(const std::string& name = usualProperty); // reads and deletes it
     void deleteProperty(const std::string& name = usualProperty);
     void setAtoms(const std::string& name, const std::string& type, const std::vector<xcb_atom_t>& atoms);
     void setBytes(const std::string& name, const std::string& type, std::string_view bytes);
@@ -64,7 +64,7 @@ public:
     /// Waits until the property exists.
     bool awaitProperty(const std::string& name = usualProperty);
 
-    /// The server's time, one that no event before has had and every later one has or is after.
+    /// The server's time: later than that of all earlier events, and not later than that of any later event.
     xcb_timestamp_t fetchTime();
 
     void destroyWindow();
@@ -77,7 +77,7 @@ public:
     xcb_window_t ownerOfClipboard();
     xcb_connection_t* connection() { return connection_; }
 
-    /// How many errors have come that belong to no request with an answer.
+    /// The number of errors of requests without a reply.
     int errorCount() const { return errors_; }
 
 private:

@@ -146,8 +146,8 @@ TEST_F(TargetList, ofTheMostTargetsThatAreTakenIsReadAsItIs) {
     EXPECT_EQ(types.back(), "application/x-target-16383");
 }
 
-// Every request has a number. Reading costs no more of them than finding out that the content is still one's
-// own.
+// Counts requests by their sequence numbers. Reading its own content costs the program no more requests than
+// finding out that it is still the owner.
 TEST_F(TargetList, andValuesOfTheProgramsOwnContentAreAskedOfNobody) {
     peers.write("public.utf8-plain-text", "own");
     peers.program().run([this] {

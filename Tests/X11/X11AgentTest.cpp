@@ -23,7 +23,7 @@ AgentProcess& X11AgentTest::agent() {
 }
 
 ToolResult X11AgentTest::run(const std::vector<std::string>& arguments, std::string_view input) const {
-    std::vector<std::string> found{"/usr/bin/env"}; // which searches PATH
+    std::vector<std::string> found{"/usr/bin/env"}; // searches PATH
     found.insert(found.end(), arguments.begin(), arguments.end());
     return runTool(world_, found, input);
 }
@@ -41,7 +41,7 @@ RunningTool& X11AgentTest::startReady(const std::vector<std::string>& arguments)
 }
 
 void X11AgentTest::copyWithXclip(std::string_view content, const std::string& target) const {
-    // It goes into the background with every descriptor that it has, so its end would never be seen here.
+    // xclip goes into the background and keeps its descriptors open, so a pipe to it would never end.
     outputOf({"sh", "-c", R"(xclip -selection clipboard -in -target "$0" >/dev/null 2>&1)", target}, content);
 }
 

@@ -12,33 +12,33 @@
 
 namespace tavel {
 
-/// What tests with an X server start from: a server of their own, agents on it, and other programs.
+/// The fixture of tests with the real agent: an X server of their own, agents and other programs on it.
 class X11AgentTest : public AgentTest {
 protected:
     X11AgentTest();
 
-    /// On this test's server, by default on the selection CLIPBOARD.
+    /// Starts an agent on this test's server, by default on CLIPBOARD.
     AgentProcess::Options x11Options(std::vector<std::string> arguments = {}) const;
 
-    /// An agent that watches CLIPBOARD, started with its first use.
+    /// The agent that watches CLIPBOARD. Starts with the first call.
     AgentProcess& agent();
 
-    /// Runs a program from its start to its end on this test's server.
+    /// Runs a program on this test's server and waits for its end.
     ToolResult run(const std::vector<std::string>& arguments, std::string_view input = {}) const;
 
-    /// The output of a program that has to succeed.
+    /// The output of a program, which must succeed.
     std::string outputOf(const std::vector<std::string>& arguments, std::string_view input = {}) const;
 
-    /// Starts a program that lasts as long as the test, and waits until it has printed "ready".
+    /// Starts a program that runs until the end of the test, and waits until it has printed "ready".
     RunningTool& startReady(const std::vector<std::string>& arguments);
 
-    /// Has xclip own CLIPBOARD from now on.
+    /// Makes xclip the owner of CLIPBOARD.
     void copyWithXclip(std::string_view content, const std::string& target = "UTF8_STRING") const;
 
-    /// What xclip gets for the target.
+    /// The value that xclip reads for the target.
     std::string pasteWithXclip(const std::string& target = "UTF8_STRING") const;
 
-    /// The targets that CLIPBOARD's owner lists, those of the protocol left out.
+    /// The targets that the owner of CLIPBOARD lists, without those of the protocol.
     std::vector<std::string> contentTargets() const;
 
     XServer server_;

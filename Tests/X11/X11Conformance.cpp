@@ -6,7 +6,7 @@ namespace tavel {
 
 namespace {
 
-/// A server of the test's own, in which no selection is the user's, and two programs on it.
+/// An X server of the test's own, so that no selection is the user's, and two programs on it.
 class X11Backend final : public PasteboardBackend {
 public:
     std::shared_ptr<Pasteboard> open(const std::optional<std::string>& name) override {

@@ -38,8 +38,8 @@ void X11Peers::write(std::string_view type, std::string_view data) {
 
 void X11Peers::settle() {
     program_.run([this] {
-        program_.selections().synchronize(); // what happened
-        program_.selections().synchronize(); // what was done upon it
+        program_.selections().synchronize(); // handles the earlier events
+        program_.selections().synchronize(); // waits for the requests made for them
     });
 }
 

@@ -11,16 +11,16 @@
 
 namespace tavel {
 
-/// For tests that await a time-out: an owner is soon too silent.
+/// For tests that wait for the time-out of an inactive owner.
 TransferTimeOuts shortOwnerTimeOut();
 
-/// For tests in which no time-out may be what ends the waiting: every limit is far away.
+/// For tests in which no time-out may end a wait.
 TransferTimeOuts longTimeOuts();
 
-/// What must be far from any limit of `longTimeOuts`, and is plenty for everything that happens at once.
+/// Far below every limit of `longTimeOuts`, and enough for anything that needs no time-out.
 inline constexpr std::chrono::seconds atOnce{15};
 
-/// An X server with our program on it, which the test's other clients deal with.
+/// An X server with the tested program on it. The test's other clients are its peers.
 class X11Peers {
 public:
     explicit X11Peers(const TransferTimeOuts& timeOuts);
@@ -30,15 +30,14 @@ public:
     Pasteboard& board() { return *board_; }
     const std::string& display() const { return server_.display(); }
 
-    /// The program's read of the plain text, or of a type's data.
+    /// The plain text, or the data of a type, as the program reads it.
     std::optional<std::string> text();
     std::optional<std::string> data(std::string_view type);
 
-    /// The program clears, and writes this.
+    /// Clears the program's pasteboard and writes this.
     void write(std::string_view type, std::string_view data);
 
-    /// Returns when the program has taken in everything that happened before, and when what it did upon it
-    /// has happened too.
+    /// Returns when the program has handled all earlier events, and the server has carried out its requests.
     void settle();
 
     bool isServing();
@@ -49,11 +48,11 @@ private:
     std::shared_ptr<Pasteboard> board_;
 };
 
-/// That many bytes in which no two longer stretches are the same, nor a byte zero: whatever is lost, doubled
-/// or exchanged shows. Other seeds give other bytes. All ASCII.
+/// ASCII bytes without repeated longer parts and without zeros, so that lost, doubled and exchanged parts
+/// show. Different seeds give different bytes.
 std::string distinctBytes(std::size_t size, unsigned int seed = 1);
 
-/// Runs the operation and gives how long it took.
+/// Runs the operation and returns its duration.
 template <typename Operation>
 std::chrono::steady_clock::duration durationOf(const Operation& operation) {
     const auto begin = std::chrono::steady_clock::now();

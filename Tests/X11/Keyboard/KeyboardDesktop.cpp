@@ -105,8 +105,7 @@ void KeyboardDesktop::useLayout(const std::string& options) {
 }
 
 void KeyboardDesktop::useGroup(std::uint8_t group) {
-    // The keyboard, and the one that types for the test, whose group becomes the keyboard's with the next
-    // key.
+    // The core keyboard, and the XTEST keyboard, whose group the core keyboard takes with the next key.
     constexpr std::uint8_t theKeyboard = 3;
     constexpr std::uint8_t testKeyboard = 5;
     for (const std::uint8_t device : {theKeyboard, testKeyboard})
@@ -138,7 +137,7 @@ std::vector<ReceivedKey> KeyboardDesktop::received(xcb_window_t window, std::uin
 }
 
 bool KeyboardDesktop::isGrabbed(xcb_window_t window, std::uint8_t code, unsigned int modifiers) const {
-    // In one go for the server: a grab that comes meanwhile waits, and is not refused because of this one.
+    // While the server is grabbed, other programs' grabs wait instead of failing because of this one.
     xcb_grab_server(connection_);
     const auto cookie = xcb_grab_key_checked(connection_, 0, window, static_cast<std::uint16_t>(modifiers),
                                              code, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);

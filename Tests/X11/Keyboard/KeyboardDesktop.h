@@ -12,7 +12,7 @@
 
 namespace tavel {
 
-/// The keys of a PC keyboard by their codes on the X server.
+/// Key codes of a PC keyboard on the X server.
 namespace pcKey {
 inline constexpr std::uint8_t leftControl = 37;
 inline constexpr std::uint8_t a = 38;
@@ -26,7 +26,7 @@ inline constexpr std::uint8_t rightControl = 105;
 inline constexpr std::uint8_t leftSuper = 133;
 } // namespace pcKey
 
-/// A key that a program has got.
+/// A key event that a program has received.
 struct ReceivedKey {
     std::uint8_t code = 0;
     bool isDown = false;
@@ -35,7 +35,7 @@ struct ReceivedKey {
 };
 
 /// An X server with a user who types, a window manager that activates windows, and programs with windows. One
-/// connection is all of them.
+/// connection acts as all of them.
 class KeyboardDesktop {
 public:
     KeyboardDesktop();
@@ -48,39 +48,39 @@ public:
     xcb_connection_t* connection() const { return connection_; }
     xcb_window_t root() const { return root_; }
 
-    /// A visible window of a program of that class, in a frame of the window manager's if there is one.
+    /// Opens a visible window of that class, inside the window manager's frame `frame` if that is given.
     xcb_window_t open(std::string_view className, xcb_window_t frame = XCB_WINDOW_NONE);
     void show(xcb_window_t window);
     void hide(xcb_window_t window);
     void close(xcb_window_t window);
 
-    /// Makes it the active window, which has the keyboard's focus.
+    /// Makes the window the active one and gives it the focus.
     void activate(xcb_window_t window);
 
     void press(std::uint8_t code);
     void release(std::uint8_t code);
 
-    /// Presses these in this order, and releases them the other way round. Does not wait for the server.
+    /// Presses the keys in this order and releases them in reverse. Does not wait for the server.
     void type(std::initializer_list<std::uint8_t> codes);
 
-    /// Whether a key that is held repeats, which it does not at first.
+    /// Sets whether a held key repeats. Off at first.
     void repeatKeys(bool on);
 
-    /// Chooses the layouts, with setxkbmap's options.
+    /// Sets the layouts with options of setxkbmap.
     void useLayout(const std::string& options);
 
-    /// Switches to that layout, counted from 0.
+    /// Switches to the layout with that number, counted from 0.
     void useGroup(std::uint8_t group);
 
-    /// What the window's program has got until now, or only what it has got of that key.
+    /// The key events that the window has received so far: all of them, or those of one key.
     std::vector<ReceivedKey> received(xcb_window_t window);
     std::vector<ReceivedKey> received(xcb_window_t window, std::uint8_t code);
 
-    /// Whether another program has grabbed the key there. Does not get in the way of one that is about to.
+    /// Whether another program has grabbed the key on the window. Does not disturb a grab at the same moment.
     bool isGrabbed(xcb_window_t window, std::uint8_t code,
                    unsigned int modifiers = XCB_MOD_MASK_CONTROL) const;
 
-    /// Returns when the server has done everything that was requested here.
+    /// Waits until the server has carried out all requests of this connection.
     void synchronize() const;
 
 private:

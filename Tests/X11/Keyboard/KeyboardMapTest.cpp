@@ -55,7 +55,8 @@ TEST(KeyboardMap, hasNoKeyForASymbolThatIsNowhere) {
     EXPECT_EQ(pasteKey(KeyboardMap(), 0), std::nullopt);
 }
 
-/// With a key of one group before, which is only taken if the group of the other has not the symbol.
+/// The key for Paste in a map in which key 61 gives V in every group. Key 60, which is tried first, has these
+/// symbols and this group information.
 std::optional<std::uint8_t> keyInGroup(std::uint8_t group, std::vector<std::uint32_t> symbols,
                                        std::uint8_t information) {
     KeyboardMap map;
@@ -78,7 +79,7 @@ TEST(KeyboardMap, takesTheLastGroupInsteadWhereTheKeySaysSo) {
 TEST(KeyboardMap, takesTheGroupThatTheKeyNamesInstead) {
     EXPECT_THAT(keyInGroup(2, {latin, keySymbol::v}, 0x92), Optional(60));
     EXPECT_THAT(keyInGroup(2, {keySymbol::v, latin}, 0x92), Optional(61));
-    EXPECT_THAT(keyInGroup(2, {keySymbol::v, latin}, 0xb2), Optional(60)); // names one that is not there
+    EXPECT_THAT(keyInGroup(2, {keySymbol::v, latin}, 0xb2), Optional(60)); // names a group that it lacks
 }
 
 } // namespace

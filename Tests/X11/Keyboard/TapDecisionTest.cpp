@@ -172,7 +172,7 @@ TEST_F(TapDecision, aKeyPassesWhenTheMainThreadDoesNotComeToIt) {
     const auto window = startInFileManager(X11KeyboardTap::usualDecisionTime);
     const auto begin = std::chrono::steady_clock::now();
     desktop_.type({pcKey::leftControl, pcKey::v});
-    // The event loop does not run.
+    // The event loop does not run meanwhile.
     while (desktop_.received(window, pcKey::v).size() < 2 &&
            std::chrono::steady_clock::now() < begin + timeOut)
         desktop_.synchronize();
@@ -199,7 +199,7 @@ TEST_F(TapDecision, anOverdueSwallowIsFollowedByATimeout) {
     EXPECT_THAT(seenTypes(), ElementsAre(down, KeyEventType::tapDisabledByTimeout));
     EXPECT_THAT(desktop_.received(window, pcKey::v), ElementsAre(pressedV, releasedV));
 
-    // It goes on.
+    // The tap stays active.
     runUntil([&] {
         desktop_.type({pcKey::leftControl, pcKey::v});
         runPosted();

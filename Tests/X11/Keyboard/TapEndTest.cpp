@@ -18,9 +18,9 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// The /proc directory of the tap's thread, if there is one.
+/// The /proc directory of the tap's thread; nullopt without one.
 std::optional<fs::path> tapThread() {
-    std::error_code ended; // of another thread that ends meanwhile
+    std::error_code ended; // another thread may end during the iteration
     for (const auto& task : fs::directory_iterator("/proc/self/task", ended)) {
         std::string name;
         std::getline(std::ifstream(task.path() / "comm"), name);
@@ -43,7 +43,8 @@ class TapEnd : public TappedDesktop {
 protected:
     static std::int64_t wakeUps() { return std::stoll(statusOf(*tapThread(), "voluntary_ctxt_switches")); }
 
-    /// Does it again until the thread sleeps all the while: at first it may not have come to rest.
+    /// Repeats the action until the tap's thread sleeps all through it. At first the thread may still be
+    /// busy.
     void awaitSleepDuring(const std::function<void()>& doings) {
         runUntil([&] {
             const std::int64_t before = wakeUps();
@@ -52,7 +53,7 @@ protected:
         });
     }
 
-    /// For a second at least, the user types other keys into the window, the active one.
+    /// Types other keys for at least a second. `window` must be the active one.
     void typeForASecond(xcb_window_t window) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
         while (std::chrono::steady_clock::now() < end) {

@@ -17,7 +17,7 @@ constexpr auto up = KeyEventType::keyUp;
 
 class TapGrab : public TappedDesktop {
 protected:
-    /// The window is the active one. Throws if what is typed there is not swallowed.
+    /// Throws if Control+V is not swallowed. `window` must be the active one.
     void expectSwallows(xcb_window_t window) {
         const std::size_t before = seen_.size();
         const std::size_t receivedBefore = desktop_.received(window, pcKey::v).size();
@@ -28,7 +28,7 @@ protected:
         EXPECT_EQ(desktop_.received(window, pcKey::v).size(), receivedBefore);
     }
 
-    /// The window is the active one.
+    /// `window` must be the active one.
     void expectPasses(xcb_window_t window) {
         const std::size_t before = seen_.size();
         const std::size_t receivedBefore = desktop_.received(window, pcKey::v).size();
@@ -38,7 +38,7 @@ protected:
         EXPECT_EQ(desktop_.received(window, pcKey::v).size(), receivedBefore + 2);
     }
 
-    /// Returns when a repeat has been reported: the tap is done with the press.
+    /// Returns when a repeat has been reported, after which the press is fully handled.
     void pressUntilItRepeats() {
         desktop_.repeatKeys(true);
         desktop_.press(pcKey::leftControl);
@@ -170,7 +170,7 @@ TEST_F(TapGrab, canBeSwitchedAnyNumberOfTimes) {
         tap_->setEnabled(true);
         tap_->setEnabled(true);
     }
-    tap_->isKeyDown(keyCode::v); // a round trip: the server has taken in the last time that it was disabled
+    tap_->isKeyDown(keyCode::v); // a round trip: the server has carried out the last setEnabled(false)
     runUntil([&] { return desktop_.isGrabbed(window, pcKey::v); });
     expectSwallows(window);
 }
@@ -286,7 +286,7 @@ TEST_F(TapGrab, ofASecondTapComesToNothingWhereAnotherHasTheWindow) {
     expectSwallows(window);
     EXPECT_THAT(seenBySecond, IsEmpty());
 
-    // It gets the window that is activated after the other one ended, and this one when it is activated anew.
+    // After the end of the first tap, the second one grabs the next window that is activated, also this one.
     tap_.reset();
     desktop_.activate(window);
     runUntil([&] { return desktop_.isGrabbed(window, pcKey::v); });

@@ -11,7 +11,7 @@ using testing::IsEmpty;
 
 class TapLayout : public TappedDesktop {
 protected:
-    /// In the active window.
+    /// `window` must be the active one.
     void expectSwallows(xcb_window_t window, std::uint8_t key) {
         seen_.clear();
         desktop_.type({pcKey::leftControl, key});

@@ -14,39 +14,39 @@
 
 namespace tavel {
 
-/// A desktop with a tap on its keyboard, whose main thread is the test's: its event loop runs while the test
-/// waits for something.
+/// A desktop with a keyboard tap. The test's thread is the tap's main thread; its event loop runs while the
+/// test waits.
 class TappedDesktop : public testing::Test {
 protected:
     static constexpr std::chrono::seconds timeOut{60};
 
-    /// For tests in which no decision is to be given up, however busy the machine is.
+    /// For tests in which no decision may time out, even on a busy machine.
     static constexpr std::chrono::seconds noHurry{40};
 
-    /// Makes a tap, which the handler below serves.
+    /// Makes a tap whose events go to the handler below.
     std::unique_ptr<X11KeyboardTap> makeTap(std::chrono::milliseconds decisionTime = noHurry);
 
-    /// Starts `tap_`, and opens a file manager's window, which is the active one, on which the tap has
-    /// grabbed its keys then.
+    /// Starts `tap_`, opens and activates a file manager's window, and waits until the tap has grabbed its
+    /// keys there.
     xcb_window_t startInFileManager(std::chrono::milliseconds decisionTime = noHurry);
 
-    /// Opens another window, activates it, and returns when the tap's grabs are there.
+    /// Opens and activates another window, and waits for the tap's grabs on it.
     xcb_window_t switchToFileManager();
 
-    /// Runs the event loop until the condition holds. Throws if it does not within the timeOut.
+    /// Runs the event loop until the condition holds. Throws after `timeOut`.
     void runUntil(const std::function<bool()>& condition);
 
-    /// Runs what has been posted to the loop until now.
+    /// Runs the tasks that have been posted to the loop so far.
     void runPosted();
 
-    /// Returns when the keys that the user typed before have arrived wherever they go, and the handler has
-    /// seen what it was to see. Types a key into the window, the active one.
+    /// Returns when all typed keys have arrived and the handler has seen its events. Types another key to
+    /// find out. `window` must be the active one.
     void settle(xcb_window_t window);
 
-    /// The handler has got that many events.
+    /// Waits until the handler has got that many events.
     void awaitEvents(std::size_t count);
 
-    /// The types of the events that the handler has got.
+    /// The types of the events that the handler has got so far.
     std::vector<KeyEventType> seenTypes() const;
 
     KeyboardDesktop desktop_;
