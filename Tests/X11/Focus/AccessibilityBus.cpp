@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::chrono::seconds patience{30};
 
-/// Null without a bus there.
+/// Returns null without a bus at that address.
 GioPointer<GDBusConnection> tryToConnect(const std::string& address) {
     constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
@@ -44,7 +44,7 @@ pid_t processOf(GDBusConnection* connection, const char* name) {
     return static_cast<pid_t>(process);
 }
 
-/// Everything that the program needs is made before the fork: no memory may be allocated after it.
+/// Prepares everything before the fork, because the child must not allocate memory.
 pid_t startProgram(std::vector<std::string> arguments, std::vector<std::string> environment) {
     const auto pointers = [](std::vector<std::string>& texts) {
         std::vector<char*> result;
@@ -63,7 +63,7 @@ pid_t startProgram(std::vector<std::string> arguments, std::vector<std::string> 
             _exit(127);
         const int null = open("/dev/null", O_RDWR);
         for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-            dup2(null, standard); // what they say is not for whoever reads the tests' output
+            dup2(null, standard); // keeps their messages out of the tests' output
         close_range(3, ~0U, 0);
         execve(argumentPointers.front(), argumentPointers.data(), environmentPointers.data());
         _exit(127);
@@ -73,7 +73,7 @@ pid_t startProgram(std::vector<std::string> arguments, std::vector<std::string> 
     return child;
 }
 
-/// Whether nothing is left of it but a number, which its parent may take long to let go.
+/// Whether the process has ended. It may remain as a zombie until its parent waits for it.
 bool hasEnded(pid_t process) {
     std::ifstream file("/proc/" + std::to_string(process) + "/stat");
     std::string status;

@@ -11,8 +11,8 @@
 
 namespace tavel {
 
-/// A program on the accessibility bus with elements as the test wants them. Belongs to the test's own
-/// process, but answers in a thread of its own, whatever the test's threads do.
+/// A program on the accessibility bus with elements that the test defines. Belongs to the test's process, but
+/// answers on its own thread, whatever the test's threads do.
 class AccessibleProgram {
 public:
     struct Element {

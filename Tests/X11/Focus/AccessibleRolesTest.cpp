@@ -37,7 +37,7 @@ TEST(AccessibleRoles, ofPlacesToTypeAreTexts) {
 }
 
 TEST(AccessibleRoles, ofAllElseAreUnknown) {
-    // An invalid one, a frame, a push button, a page tab list, and numbers that are none.
+    // An invalid role, a frame, a push button, a page tab list, and numbers that are no roles.
     for (const std::uint32_t other : {0U, 23U, 43U, 38U, 1000U, 0xFFFFFFFFU}) {
         EXPECT_EQ(roleName(other), "AXUnknown") << other;
         EXPECT_FALSE(isItemRole(other)) << other;

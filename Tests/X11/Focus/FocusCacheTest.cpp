@@ -34,7 +34,7 @@ TEST(FocusCache, knowsNothingOnceThatHasLostIt) {
     cache.gained(entry);
     cache.gained(view);
     cache.lost(view);
-    EXPECT_EQ(cache.current(), std::nullopt); // and not the entry, which may never have told its loss
+    EXPECT_EQ(cache.current(), std::nullopt); // not the entry, whose loss may be unreported
     EXPECT_EQ(cache.previous(), std::nullopt);
 }
 
@@ -74,7 +74,7 @@ TEST(FocusCache, forgetsTheOldestOfManyThatNeverLostIt) {
     for (int number = 1; number <= 6; ++number)
         cache.gained({":1.2", "/" + std::to_string(number)});
     cache.gained(icon);
-    EXPECT_EQ(cache.previous(), view); // of eight
+    EXPECT_EQ(cache.previous(), view); // one of the eight that are remembered
     cache.gained({":1.2", "/7"});
     cache.gained(icon);
     EXPECT_EQ(cache.current(), icon);

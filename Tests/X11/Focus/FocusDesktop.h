@@ -13,11 +13,11 @@
 
 namespace tavel {
 
-/// Far beyond what anything here needs.
+/// A time-out far beyond what any operation here needs.
 inline constexpr std::chrono::seconds inTime{30};
 
-/// An X server on which the test plays the window manager, and a probe to ask. There are no buses before
-/// `startBuses`; this process's environment leads to nobody else's. The test's thread is the main thread.
+/// An X server on which the test acts as the window manager, and the tested probe. There are no buses before
+/// `startBuses`, and the environment names no other bus. The test's thread is the main thread.
 class FocusDesktop {
 public:
     FocusDesktop();
@@ -32,17 +32,17 @@ public:
     TestAccessibilityBus& startBuses();
     TestAccessibilityBus& buses() { return *buses_; }
 
-    /// A window of that process and class (empty for none).
+    /// Creates a window of that process and class (empty for none).
     xcb_window_t createWindow(std::optional<std::uint32_t> process, const std::string& className);
     void destroyWindow(xcb_window_t window);
 
-    /// Makes a window the active one; 0 for none.
+    /// Sets the active window; 0 for none.
     void setActiveWindow(xcb_window_t window);
 
-    /// The probe goes, and all that it has.
+    /// Destroys the probe.
     void endProbe() { probe_.reset(); }
 
-    /// Lets the main loop run until the probe gives that role.
+    /// Runs the main loop until the probe returns that role.
     void awaitRole(std::int32_t process, const std::optional<std::string>& role);
 
 private:
@@ -56,7 +56,7 @@ private:
     std::unique_ptr<X11FocusProbe> probe_;
 };
 
-/// Lets GLib's default main context run until the condition holds.
+/// Runs GLib's default main context until the condition holds.
 template <typename Condition>
 void runUntil(const Condition& condition) {
     waitUntil(

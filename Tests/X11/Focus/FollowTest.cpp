@@ -15,7 +15,7 @@ namespace {
 
 const std::int32_t thisProcess = getpid();
 
-/// How many events the registry passes on.
+/// The number of events that are registered for listeners.
 std::size_t registeredEvents(const TestAccessibilityBus& buses) {
     const auto connection = buses.connect();
     const auto reply = callOnBus(connection.get(), "org.a11y.atspi.Registry", "/org/a11y/atspi/registry",
@@ -60,7 +60,7 @@ TEST(Follow, findsTheBusInTheRuntimeDirectory) {
 
 TEST(Follow, neverStartsASessionBus) {
     FocusDesktop desktop;
-    // Whatever wants to start one calls this program.
+    // Anything that starts a bus runs this program.
     const auto marker = desktop.directory().path() / "launched";
     const auto launcher =
         desktop.directory().createFile("programs/dbus-launch", "#!/bin/sh\n: >" + marker.string() + "\n");
@@ -95,7 +95,7 @@ TEST(Follow, endsAndBeginsAnew) {
     desktop.probe().follow(false);
     EXPECT_FALSE(desktop.probe().isTrusted());
     EXPECT_EQ(desktop.probe().focusedRole(thisProcess), std::nullopt);
-    program.gain("/view"); // which nobody hears
+    program.gain("/view"); // reported without a listener
     desktop.probe().follow(true);
     EXPECT_TRUE(desktop.probe().isTrusted());
     EXPECT_EQ(desktop.probe().focusedRole(thisProcess), std::nullopt);
@@ -108,7 +108,7 @@ TEST(Follow, onceMoreKeepsWhatIsKnown) {
     desktop.probe().follow(true);
     expectRoleOf(desktop, program);
     desktop.probe().follow(true);
-    desktop.awaitRole(thisProcess, "AXLayoutArea"); // without another word of the program
+    desktop.awaitRole(thisProcess, "AXLayoutArea"); // without a further report of the program
 }
 
 TEST(Follow, outlivesTheBusAndFindsTheNextOne) {

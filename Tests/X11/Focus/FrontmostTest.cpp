@@ -93,7 +93,7 @@ TEST_F(Activation, isAskedForTheWindowThatWasSeenInFrontLast) {
 }
 
 TEST_F(Activation, isNotAskedForAProcessThatWasNeverInFront) {
-    show(1, "Thunar"); // but not looked at
+    show(1, "Thunar"); // in front, but the probe does not read it
     show(2, "XTerm");
     desktop.probe().frontmostApplication();
     desktop.probe().activate(1);

@@ -15,7 +15,7 @@ namespace tavel {
 
 namespace {
 
-/// Far more than a second on a busy machine, far less than for ever.
+/// Enough for a second's work on a busy machine, but short enough to detect a hang.
 constexpr std::chrono::seconds bounded{10};
 
 void expectGivenUp(FocusDesktop& desktop) {
@@ -26,7 +26,7 @@ void expectGivenUp(FocusDesktop& desktop) {
     EXPECT_EQ(desktop.probe().focusedRole(getpid()), std::nullopt);
 }
 
-/// A process does nothing for as long as this exists.
+/// Stops a process while this object exists.
 class Stopped {
 public:
     explicit Stopped(pid_t process) : process_(process) { kill(process_, SIGSTOP); }
@@ -38,7 +38,7 @@ private:
     pid_t process_;
 };
 
-/// A socket that takes connections, and says nothing.
+/// A socket that accepts connections and never answers.
 class SilentSocket {
 public:
     SilentSocket(const std::string& path) : number_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {

@@ -14,15 +14,14 @@
 
 namespace tavel {
 
-/// Knows, from the user's accessibility bus, which element has the keyboard focus, as long as it exists. Main
-/// thread.
+/// Follows the keyboard focus on the user's accessibility bus while this object exists. Main thread.
 class AccessibilityFocus {
 public:
     using Clock = BusConnection::Clock;
 
-    /// Nothing without an accessibility bus that answers by then. `settled` is called on GLib's default main
-    /// context a while after something about the focus has been told, though never after this object has
-    /// gone.
+    /// Returns null if no accessibility bus answers before `end`. `settled` is called on GLib's default main
+    /// context a moment after programs have reported changes of the focus, and never after the destruction of
+    /// this object.
     static std::unique_ptr<AccessibilityFocus> open(std::function<void()> settled, Clock::time_point end);
 
     ~AccessibilityFocus();
@@ -31,7 +30,7 @@ public:
 
     bool isLost() const { return bus_->isLost(); }
 
-    /// Looks for the focus of that process if it has not told of it: until `end`, or in the background.
+    /// Looks for the focus of a process that has not reported it: now, until `end`, or in the background.
     void search(std::int32_t process, Clock::time_point end) { searcher_.search(process, end); }
     void searchInBackground(std::int32_t process) { searcher_.request(process); }
 
@@ -56,7 +55,7 @@ private:
     std::shared_ptr<MainLoopReminder> reminder_;
     FocusListener listener_;
     FocusSearcher searcher_;
-    Owner owner_; // the last one that the bus has told
+    Owner owner_; // the bus's latest answer
 };
 
 } // namespace tavel

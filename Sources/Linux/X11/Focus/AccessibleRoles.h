@@ -5,11 +5,11 @@
 
 namespace tavel {
 
-/// The home platform's name of an accessible element's role, which is given by its number (AT-SPI,
-/// AtspiRole). "AXUnknown" for what stands neither for files nor for a place to type.
+/// The home platform's name for the role with that number (AT-SPI, AtspiRole). "AXUnknown" for roles that
+/// neither show files nor take text.
 std::string roleName(std::uint32_t role);
 
-/// Whether elements of that role are items of a view, which itself keeps the keyboard focus.
+/// Whether elements of that role are items of a view. The view keeps the keyboard focus.
 bool isItemRole(std::uint32_t role);
 
 /// Whether the user types into elements of that role.

@@ -15,7 +15,7 @@ namespace {
 
 using Clock = BusConnection::Clock;
 
-/// Calls off what waits in another thread once the time has come. Ends that with this object.
+/// Cancels an operation of another thread at `end`, unless this object is destroyed before.
 class CallOff {
 public:
     CallOff(GCancellable* cancellable, Clock::time_point end)
@@ -29,7 +29,7 @@ public:
 private:
     std::mutex mutex_;
     std::condition_variable_any sleeping_;
-    std::jthread thread_; // the last member: it uses the others
+    std::jthread thread_; // the last member, because the thread uses the others
 };
 
 } // namespace
@@ -39,7 +39,7 @@ std::unique_ptr<BusConnection> BusConnection::open(const std::string& address, C
     const CallOff callOff(cancellable.get(), end);
     constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    // A connection of its own does not end the process when the bus goes, unlike the one that GIO shares.
+    // Unlike GIO's shared connection, a private one does not end the process when the bus is lost.
     GioPointer<GDBusConnection> connection(
         g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, cancellable.get(), nullptr));
     if (connection == nullptr)
@@ -50,7 +50,7 @@ std::unique_ptr<BusConnection> BusConnection::open(const std::string& address, C
 BusConnection::BusConnection(GioPointer<GDBusConnection> connection) : connection_(std::move(connection)) {}
 
 BusConnection::~BusConnection() {
-    // Not waited for: a bus that hangs would not let go of what is still to be written.
+    // Without waiting, as a bus that hangs would block the last writes.
     g_dbus_connection_close(connection_.get(), nullptr, nullptr, nullptr);
 }
 
@@ -77,7 +77,7 @@ std::optional<std::int32_t> BusConnection::processOf(const std::string& program,
 }
 
 std::optional<std::string> sessionBusAddress() {
-    // D-Bus Specification, Well-known Message Bus Instances; GIO would go on and start a bus.
+    // The rules of D-Bus for well-known message buses. GIO's own function would start a bus if there is none.
     if (const char* const address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
         address != nullptr && *address != '\0') {
         if (std::string_view(address).find("autolaunch:") != std::string_view::npos)

@@ -10,20 +10,20 @@
 
 namespace tavel {
 
-/// An object of a program on a bus, seen as one of its interfaces.
+/// An object of a program on a bus, and one of its interfaces.
 struct BusObject {
     const char* program;
     const char* path;
     const char* interface;
 };
 
-/// A connection to a D-Bus message bus of its own, closed with this object. Nothing here waits longer than it
-/// is told to, whatever the bus and the programs on it do. When the bus goes, every operation gives nothing.
+/// A private connection to a D-Bus message bus. No operation waits beyond its deadline, whatever the bus and
+/// the programs on it do. After the loss of the bus, every operation returns an empty result.
 class BusConnection {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// Nothing if no bus greets at that address in time. Main thread.
+    /// Returns null if no bus answers at that address before `end`. Main thread.
     static std::unique_ptr<BusConnection> open(const std::string& address, Clock::time_point end);
 
     ~BusConnection();
@@ -38,7 +38,7 @@ public:
     GioPointer<GVariant> call(const BusObject& object, const char* method, GVariant* arguments,
                               const char* replyType, Clock::time_point end) const;
 
-    /// The process that owns the connection of that unique name, as the bus knows it. Any thread.
+    /// The process of the connection with that unique name, by the bus's own knowledge. Any thread.
     std::optional<std::int32_t> processOf(const std::string& program, Clock::time_point end) const;
 
 private:
@@ -47,7 +47,7 @@ private:
     GioPointer<GDBusConnection> connection_;
 };
 
-/// The address of the user's session bus, if there is one; none is ever started for that.
+/// The address of the user's session bus, nullopt without one. Never starts a bus.
 std::optional<std::string> sessionBusAddress();
 
 } // namespace tavel

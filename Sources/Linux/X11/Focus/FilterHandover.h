@@ -4,16 +4,16 @@
 
 namespace tavel {
 
-/// Orders what a message filter of GDBus does in the connection's thread after what was done before `give`,
-/// and before what is done after `take`. GDBus orders it as well, but by means that no tool which looks for
-/// data races knows. One object of static lifetime for all connections.
+/// Orders memory accesses of GDBus message filters, which run on the connection's thread: after those before
+/// `give`, and before those after `take`. GDBus guarantees this order too, but in a way that race detectors
+/// do not recognise. One static object serves all connections.
 class FilterHandover {
 public:
-    /// Before the filter is added; after it is removed.
+    /// Call `give` before the filter is added, and `take` after it is removed.
     void give() { count_.fetch_add(1, std::memory_order_release); }
     void take() const { (void)count_.load(std::memory_order_acquire); }
 
-    /// Exists while a filter runs.
+    /// A filter creates one for the time of its run.
     class Scope {
     public:
         explicit Scope(FilterHandover& handover) : handover_(handover) { handover_.take(); }

@@ -8,7 +8,7 @@ namespace tavel {
 
 namespace {
 
-/// Some programs never tell of a loss.
+/// Bounds the list, as some programs never report a loss.
 constexpr std::size_t mostHolders = 8;
 
 } // namespace
@@ -22,7 +22,7 @@ void FocusCache::gained(AccessibleElement element) {
 void FocusCache::lost(const AccessibleElement& element) {
     const std::lock_guard lock(mutex_);
     ++newsCount_;
-    // The news of who lost it may come after the news of who has it now.
+    // The report of the loss may come after the report of the new focus.
     if (!holders_.empty() && holders_.back() == element)
         isLastLost_ = true;
     std::erase(holders_, element);

@@ -8,41 +8,41 @@
 
 namespace tavel {
 
-/// An element of a program's user interface, by its address on the accessibility bus.
+/// The address of an element of a program's user interface on the accessibility bus.
 struct AccessibleElement {
-    std::string program; // the unique name of its connection, which no other ever has
+    std::string program; // unique name of its connection; a bus never uses one again
     std::string path;
 
     bool operator==(const AccessibleElement&) const = default;
 };
 
-/// The element that has the keyboard focus, as far as programs have told. Any thread.
+/// The element with the keyboard focus, by the reports of programs. Any thread.
 class FocusCache {
 public:
-    /// The news of programs.
+    /// A program reports that the element has gained or lost the focus.
     void gained(AccessibleElement element);
     void lost(const AccessibleElement& element);
 
-    /// The last one that has told that it gained the focus. Nothing if it has lost it since.
+    /// The last element that gained the focus. nullopt if it has lost it since.
     std::optional<AccessibleElement> current() const;
 
-    /// The one of the same program that told so before, and has not told that it lost the focus. An item of a
-    /// view tells that it gains it while the view keeps it, or while a name is typed elsewhere.
+    /// The element of the same program that gained the focus before and did not report its loss. An item of a
+    /// view reports the focus while the view keeps it, or while the user types a name elsewhere.
     std::optional<AccessibleElement> previous() const;
 
-    /// How many news there have been.
+    /// The number of reports so far.
     std::uint64_t newsCount() const;
 
-    /// What was found out by looking. It counts only if there have been no news since there were `newsCount`
-    /// of them, for news are never older than what was looked at.
+    /// The result of a search. Ignored if reports have come since the count was `newsCount`, because they are
+    /// newer than the search.
     void found(AccessibleElement element, std::uint64_t newsCount);
 
 private:
     void put(AccessibleElement element);
 
     mutable std::mutex mutex_;
-    std::vector<AccessibleElement> holders_; // that have not told that they lost it, the latest at the end
-    bool isLastLost_ = true; // whether the latest one of all has lost it, and is not among them
+    std::vector<AccessibleElement> holders_; // gained the focus and reported no loss; the latest is last
+    bool isLastLost_ = true;                 // whether the last element that gained the focus has lost it
     std::uint64_t newsCount_ = 0;
 };
 

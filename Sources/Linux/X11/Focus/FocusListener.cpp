@@ -11,7 +11,7 @@ namespace tavel {
 
 namespace {
 
-/// Without a listener toolkits tell nothing, so each has to be registered.
+/// The events to register. Toolkits report nothing without a registered listener.
 constexpr std::array events{"object:state-changed:focused", "window:activate"};
 
 constexpr std::array rules{
@@ -43,12 +43,12 @@ bool tellsFocus(GDBusMessage* message) {
            text(g_dbus_message_get_arg0(message)) == "focused";
 }
 
-/// False if it is none that a toolkit sends.
+/// False if no toolkit sends such an event.
 bool takeFocusNews(GDBusMessage* message, FocusCache& cache) {
     GVariant* const body = g_dbus_message_get_body(message);
     const char* const sender = g_dbus_message_get_sender(message);
     const char* const path = g_dbus_message_get_path(message);
-    // What comes after the second number differs between toolkits.
+    // The values behind the second number differ between toolkits.
     if (body == nullptr || sender == nullptr || path == nullptr ||
         !g_variant_is_of_type(body, G_VARIANT_TYPE("(siiv*)")))
         return false;
@@ -87,7 +87,7 @@ FocusListener::FocusListener(const BusConnection& bus, std::shared_ptr<FocusCach
 }
 
 FocusListener::~FocusListener() {
-    // The filter may be running just now: what it uses goes when it has ended.
+    // The filter may be running at this moment. Its data is freed when it has ended.
     g_dbus_connection_remove_filter(bus_.get(), filter_);
 }
 

@@ -8,25 +8,25 @@
 
 namespace tavel {
 
-/// Has the programs on an accessibility bus tell where their focus goes, and keeps the cache up to date, on
-/// the connection's own thread: whoever has got a reply knows of everything that its sender told before,
-/// whether or not the main loop has run. Created and destroyed on the main thread.
+/// Makes the programs on an accessibility bus report their focus, and updates the cache on the connection's
+/// own thread. So after a reply from a program, the cache holds all its earlier reports, even if the main
+/// loop has not run. To be created and destroyed on the main thread.
 class FocusListener {
 public:
     using Clock = BusConnection::Clock;
 
-    /// Listens from now on until it is destroyed. `noticed` is called on the connection's thread after each
-    /// change of the focus or of the active window that a program tells, and may still be called for a
-    /// moment after this object has gone. The connection has to outlive this object.
+    /// Listens until its destruction. `noticed` is called on the connection's thread after each reported
+    /// change of the focus or of the active window. A call may still run shortly after the destruction. The
+    /// connection must outlive this object.
     FocusListener(const BusConnection& bus, std::shared_ptr<FocusCache> cache, std::function<void()> noticed);
     ~FocusListener();
     FocusListener(const FocusListener&) = delete;
     FocusListener& operator=(const FocusListener&) = delete;
 
-    /// Asks the programs to tell. False if the bus or its registry does not agree in time.
+    /// Asks the programs for reports. False if the bus or its registry does not accept that before `end`.
     bool begin(Clock::time_point end);
 
-    /// Asks them to tell no longer; what the registry does not take in by then, it learns from the end of the
+    /// Withdraws the request. A registry that does not accept that before `end` notices the end of the
     /// connection.
     void finish(Clock::time_point end);
 

@@ -12,11 +12,11 @@ namespace tavel {
 
 class X11FocusProbe;
 
-/// What the module tavel-focus offers: the focus probe, whose libraries take longer to load than all the rest
-/// of an agent. Plain functions and not a class with virtual ones, as the module and the program do not share
-/// type information. Main thread only; none of them throws. They do as FocusProbe does.
+/// The interface of the loadable module tavel-focus. It holds the focus probe, whose libraries take longer to
+/// load than the rest of the agent. Plain functions instead of virtual ones, because module and program share
+/// no type information. Main thread. They do not throw, and otherwise behave like those of FocusProbe.
 struct FocusModule {
-    /// Both arguments have to outlive the probe.
+    /// Both arguments must outlive the probe.
     X11FocusProbe* (*make)(X11Connection& connection, DecisionDeadline& deadline);
     void (*destroy)(X11FocusProbe* probe);
 
@@ -27,7 +27,7 @@ struct FocusModule {
     void (*activate)(X11FocusProbe& probe, std::int32_t processIdentifier);
 };
 
-/// The module's only exported function, and its name.
+/// The type and name of the module's only exported function.
 using FocusModuleEntry = const FocusModule* (*)();
 inline constexpr const char* focusModuleEntryName = "tavelFocusModule";
 

@@ -8,11 +8,10 @@
 
 namespace tavel {
 
-/// Looks through the user interface of that process for the element that has the keyboard focus, for as long
-/// as `end` and `stop` let it. Takes from some milliseconds to some hundred: never while a key waits. Any
-/// thread.
+/// Searches the user interface of the process for the element with the keyboard focus until `end` or `stop`.
+/// Takes up to some hundred milliseconds, so it must not run while a key waits. Any thread.
 ///
-/// Nothing if there is none, or more than one place claims it and it cannot be told which.
+/// nullopt if no element has the focus, or if several claim it and nothing tells which one is right.
 std::optional<AccessibleElement> searchFocus(const BusConnection& bus, std::int32_t process,
                                              BusConnection::Clock::time_point end,
                                              const std::stop_token& stop);

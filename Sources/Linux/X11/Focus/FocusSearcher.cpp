@@ -10,7 +10,7 @@ namespace tavel {
 
 namespace {
 
-/// Nobody waits for it, but what it finds after longer than that may well have changed.
+/// Nothing waits for the search, but a result that took longer is probably out of date.
 constexpr std::chrono::seconds searchPatience{1};
 
 constexpr std::chrono::milliseconds processPatience{40};

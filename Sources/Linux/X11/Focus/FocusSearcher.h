@@ -14,19 +14,19 @@
 
 namespace tavel {
 
-/// Looks for the focus of a program that has not told of it, in a thread of its own, which sleeps until it is
-/// asked. What it finds goes into the cache.
+/// Searches for the focus of programs that have not reported it, in a thread that sleeps between requests.
+/// Puts the results into the cache.
 class FocusSearcher {
 public:
-    /// The connection has to outlive this object.
+    /// The connection must outlive this object.
     FocusSearcher(const BusConnection& bus, std::shared_ptr<FocusCache> cache)
         : bus_(bus), cache_(std::move(cache)), thread_([this](const std::stop_token& stop) { run(stop); }) {}
 
-    /// Has that process looked through, if it is not the one whose element is known. Of several requests that
-    /// come while it is looking, the last one counts.
+    /// Requests a search in the process, unless the cache already knows an element of it. During a search,
+    /// only the latest request is kept.
     void request(std::int32_t process);
 
-    /// The same at once, in the calling thread, until `end`.
+    /// Searches at once, in the calling thread, until `end`.
     void search(std::int32_t process, BusConnection::Clock::time_point end, const std::stop_token& stop = {});
 
 private:
@@ -37,7 +37,7 @@ private:
     std::mutex mutex_;
     std::condition_variable_any requested_;
     std::optional<std::int32_t> request_;
-    std::jthread thread_; // the last member: it uses the others
+    std::jthread thread_; // the last member, because the thread uses the others
 };
 
 } // namespace tavel

@@ -14,7 +14,7 @@ struct GioRelease {
     void operator()(char* text) const { g_free(text); }
 };
 
-/// What GIO hands over, for the receiver to let go.
+/// Owns what a function of GLib or GIO returns for its caller to free.
 template <typename Kind>
 using GioPointer = std::unique_ptr<Kind, GioRelease>;
 

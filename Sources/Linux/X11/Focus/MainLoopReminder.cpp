@@ -13,7 +13,7 @@ void MainLoopReminder::remind() {
     dueSelf_ = shared_from_this();
     g_source_set_callback(source_, dispatch, this, nullptr);
     g_source_attach(source_, nullptr);
-    g_source_unref(source_); // the main context holds it
+    g_source_unref(source_); // the main context keeps a reference
 }
 
 void MainLoopReminder::end() {

@@ -10,8 +10,9 @@
 
 namespace tavel {
 
-/// Lets any thread have a function called on GLib's default main context, a while later; once, however often
-/// it was asked for in the meantime. Shared by those who ask, some of whom may still do so when it is over.
+/// Calls a function on GLib's default main context a fixed delay after a request from any thread. Requests
+/// during the delay lead to the same call. Shared by the requesting threads, which may still make requests
+/// after `end`.
 class MainLoopReminder : public std::enable_shared_from_this<MainLoopReminder> {
 public:
     MainLoopReminder(std::chrono::milliseconds delay, std::function<void()> function)
@@ -22,7 +23,7 @@ public:
     /// Any thread.
     void remind();
 
-    /// The function will not be called any more. On the thread of the main context, outside of the function.
+    /// Prevents any further call. To be called on the thread of the main context, outside of the function.
     void end();
 
 private:
@@ -31,8 +32,8 @@ private:
     const std::chrono::milliseconds delay_;
     std::function<void()> function_; // only used on the thread of the main context
     std::mutex mutex_;
-    GSource* source_ = nullptr;                 // the one that is due
-    std::shared_ptr<MainLoopReminder> dueSelf_; // which keeps this object until then
+    GSource* source_ = nullptr;                 // the pending call, null for none
+    std::shared_ptr<MainLoopReminder> dueSelf_; // keeps this object alive until the call
     bool ended_ = false;
 };
 

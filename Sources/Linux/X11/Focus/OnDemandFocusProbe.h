@@ -9,12 +9,13 @@
 
 namespace tavel {
 
-/// The focus probe of the module tavel-focus, which is loaded when the focus is first followed, and stays: a
-/// process that never follows it never maps the libraries for it. Before that nothing is in front.
+/// The focus probe of the module tavel-focus. The first `follow` loads the module, which then stays loaded,
+/// so a process that never follows the focus never maps its libraries. Before that, no application is in
+/// front.
 class OnDemandFocusProbe final : public FocusProbe {
 public:
-    /// The connection and the deadline have to outlive this object. Without a module at that path nothing is
-    /// ever in front, which is logged each time that the focus is to be followed.
+    /// The connection and the deadline must outlive this object. Without a module at that path, `follow` logs
+    /// an error each time and no application is ever in front.
     OnDemandFocusProbe(X11Connection& connection, DecisionDeadline& deadline, Log log,
                        std::filesystem::path module);
 

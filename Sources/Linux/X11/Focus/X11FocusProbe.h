@@ -11,28 +11,27 @@
 
 namespace tavel {
 
-/// The window manager tells which program is in front, the accessibility bus where its focus is. Programs are
-/// trusted with neither: they can say what they like, but not hold anybody up.
+/// Learns the frontmost program from the window manager and its focus from the accessibility bus. Programs
+/// may report anything, but they cannot delay this process.
 ///
-/// Beside the focus that programs tell by themselves, it looks for that of a file manager that has become
-/// active or lost its focus and says no more, in the background; GLib's default main context has to run for
-/// that.
+/// If a file manager becomes active or loses the focus without a further report, the probe searches for its
+/// focus in the background. That needs GLib's default main context to run.
 class X11FocusProbe final : public FocusProbe {
 public:
-    /// Both have to outlive this object. Nothing else is connected to before `follow`.
+    /// Both must outlive this object. `follow` makes all other connections.
     X11FocusProbe(X11Connection& connection, DecisionDeadline& deadline);
 
-    /// Connects to the accessibility bus, if it is not connected to one that is still there.
+    /// Connects to the accessibility bus, unless a connection exists and still works.
     void follow(bool on) override;
 
     std::optional<RunningApplication> frontmostApplication() override;
 
-    /// While it follows, and the accessibility bus is there.
+    /// True while following with a working connection to the accessibility bus.
     bool isTrusted() override;
 
     std::optional<std::string> focusedRole(std::int32_t processIdentifier) override;
 
-    /// The window that was seen in front last of that process; nothing if none was.
+    /// Activates the window of that process that was in front last. No effect if none was.
     void activate(std::int32_t processIdentifier) override;
 
 private:
