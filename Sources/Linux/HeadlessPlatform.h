@@ -8,7 +8,7 @@
 
 namespace tavel {
 
-/// A machine without a keyboard refuses every tap.
+/// Without a keyboard, no tap can be created.
 class RefusedKeyboardTap final : public KeyboardTap {
 public:
     bool create(Handler) override { return false; }
@@ -17,7 +17,7 @@ public:
     void post(std::span<const KeyEvent>) override {}
 };
 
-/// A machine without a display has no program in front.
+/// Without a display, no application is frontmost.
 class NoFocusProbe final : public FocusProbe {
 public:
     void follow(bool) override {}
@@ -27,7 +27,7 @@ public:
     void activate(std::int32_t) override {}
 };
 
-/// The platform of a machine without a display: embedded pasteboards, no keyboard, no windows.
+/// The platform of a machine without a display: pasteboards in LMDB, no keyboard, no windows.
 class HeadlessPlatform final : public LinuxPlatform {
 public:
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;

@@ -1,8 +1,7 @@
 #include "Linux/LinuxPlatform.h"
 
-#include "Linux/Base/Module.h"
-#include "Linux/Base/SystemLog.h"
-#include "Linux/Base/TemporaryDirectory.h"
+#include "Linux/Base/Modules.h"
+#include "Linux/Base/System.h"
 #include "Support/FileUrl.h"
 
 namespace tavel {

@@ -10,7 +10,7 @@
 
 namespace tavel {
 
-/// What every platform of Linux has, whatever its pasteboards, keyboard and windows are.
+/// The part that all Linux platforms share: everything but pasteboards, keyboard, focus and windows.
 class LinuxPlatform : public Platform {
 public:
     EventLoop& eventLoop() final { return eventLoop_; }
@@ -18,7 +18,7 @@ public:
     std::string fileUrl(const std::string& path) final;
     std::string localTimestamp() final;
     std::filesystem::path temporaryDirectory() final;
-    void becomeAccessory() final {} // a program without a window has no icon and no menu here
+    void becomeAccessory() final {} // a program without windows has no icon or menu on Linux
     void log(const std::string& message) final;
 
 protected:

@@ -1,7 +1,7 @@
 #include "Linux/X11Platform.h"
 
-#include "Linux/Base/Module.h"
-#include "Linux/Base/SystemLog.h"
+#include "Linux/Base/Modules.h"
+#include "Linux/Base/System.h"
 #include "Linux/Panel/OnDemandNamePanelView.h"
 #include "Linux/X11/Selections/X11Pasteboard.h"
 

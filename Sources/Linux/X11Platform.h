@@ -12,8 +12,8 @@
 
 namespace tavel {
 
-/// The platform of a desktop with an X server: its selections are the pasteboards, and it has a keyboard, a
-/// program in front, and windows.
+/// The platform of a desktop with an X server. The server's selections serve as pasteboards; keyboard, focus
+/// and windows are available.
 class X11Platform final : public LinuxPlatform {
 public:
     explicit X11Platform(std::unique_ptr<X11Connection> connection);

@@ -1,6 +1,6 @@
 #include "Linux/Base/LocalTimestamp.h"
 
-#include "Linux/Base/Module.h"
+#include "Linux/Base/Modules.h"
 #include "Tests/Store/EnvironmentVariable.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
 

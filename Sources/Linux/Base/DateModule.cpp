@@ -8,7 +8,7 @@ namespace {
 
 std::optional<std::string> now(const std::string& locale, const std::string& pattern) {
     UErrorCode status = U_ZERO_ERROR;
-    // Puts "C" and character sets behind a dot right.
+    // Handles the name "C" and a character set after a dot.
     const icu::Locale canonical = icu::Locale::createCanonical(locale.c_str());
     const icu::SimpleDateFormat format(icu::UnicodeString::fromUTF8(pattern), canonical, status);
     if (U_FAILURE(status))

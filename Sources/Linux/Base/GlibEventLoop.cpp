@@ -6,14 +6,14 @@
 
 namespace tavel {
 
-/// The part of the loop that GLib asks before and after each wait.
+/// The event source that GLib queries before and after each wait.
 struct GlibEventLoop::PostSource {
     GSource base;
     GlibEventLoop* loop;
 
     static gboolean prepare(GSource* source, gint* timeout) {
         GlibEventLoop* const loop = reinterpret_cast<PostSource*>(source)->loop;
-        // This bounds the wait without a timer, which would cost a system call in each pass.
+        // Limits the wait without a timer source, which would cost a system call per pass.
         *timeout = loop->longestWait_;
         return loop->hasWork() ? TRUE : FALSE;
     }
@@ -40,7 +40,7 @@ GlibEventLoop::GlibEventLoop() : context_(g_main_context_ref(g_main_context_defa
 }
 
 GlibEventLoop::~GlibEventLoop() {
-    // The main context goes on without this loop, and what its functions refer to may be gone by then.
+    // The main context outlives this loop, and it must not call functions whose captures are gone.
     for (GSource* const timer : std::exchange(timers_, {}))
         g_source_destroy(timer);
     g_source_destroy(&postSource_->base);
@@ -94,7 +94,7 @@ void GlibEventLoop::runPosted() {
         stopRequested_ = false;
     }
     for (Function& function : ready)
-        std::exchange(function, nullptr)(); // and lets go of what it holds before the next one runs
+        std::exchange(function, nullptr)(); // releases its captures before the next function runs
 }
 
 void GlibEventLoop::attachTimer(std::chrono::milliseconds delay, Function function, bool repeats) {

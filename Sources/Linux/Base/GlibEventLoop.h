@@ -10,8 +10,8 @@
 
 namespace tavel {
 
-/// The event loop over GLib's default main context, on which the desktop's own libraries live too. One
-/// instance per process.
+/// The event loop on GLib's default main context, which desktop libraries use as well. One instance per
+/// process.
 class GlibEventLoop final : public EventLoop {
 public:
     GlibEventLoop();
@@ -38,7 +38,7 @@ private:
     int longestWait_ = 0; // milliseconds, for the current pass
     std::unordered_set<GSource*> timers_;
 
-    // A queue of our own and not GLib's idle sources: its order is a promise here.
+    // Our own queue, not GLib's idle sources: EventLoop promises the order of posting.
     std::mutex mutex_;
     std::vector<Function> posted_;
     bool stopRequested_ = false;

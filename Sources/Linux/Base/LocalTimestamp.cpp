@@ -1,6 +1,6 @@
 #include "Linux/Base/LocalTimestamp.h"
 
-#include "Linux/Base/Module.h"
+#include "Linux/Base/Modules.h"
 
 #include <array>
 #include <cstdlib>
@@ -14,10 +14,10 @@ namespace {
 
 constexpr const char* pattern = "yyyy-MM-dd-HHmmss";
 
-/// The user's for dates (POSIX, XBD 8.2).
+/// The user's locale for dates (POSIX, XBD 8.2).
 std::string dateLocale() {
     for (const char* const name : {"LC_ALL", "LC_TIME", "LANG"}) {
-        const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nobody sets it
+        const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): no thread calls setenv
         if (value != nullptr && *value != '\0')
             return value;
     }
@@ -38,8 +38,8 @@ LocalTimestamp::LocalTimestamp(Log log, std::filesystem::path module)
     : log_(std::move(log)), path_(std::move(module)) {}
 
 std::string LocalTimestamp::now() {
-    if (!isLoaded_) {
-        isLoaded_ = true;
+    if (!isLoadAttempted_) {
+        isLoadAttempted_ = true;
         try {
             module_ = reinterpret_cast<DateModuleEntry>(loadModuleEntry(path_, dateModuleEntryName))();
         } catch (const std::runtime_error& error) {

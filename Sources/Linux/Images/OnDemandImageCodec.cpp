@@ -1,7 +1,7 @@
 #include "Linux/Images/OnDemandImageCodec.h"
 
 #include "ImageHeaders/ImageHeader.h"
-#include "Linux/Base/Module.h"
+#include "Linux/Base/Modules.h"
 #include "Linux/Images/HeifBrand.h"
 
 #include <stdexcept>

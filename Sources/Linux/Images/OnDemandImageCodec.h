@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/Base/SystemLog.h"
+#include "Linux/Base/System.h"
 #include "Linux/Images/ImageModule.h"
 #include "Platform/ImageCodec.h"
 

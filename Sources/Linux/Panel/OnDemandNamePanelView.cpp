@@ -1,6 +1,6 @@
 #include "Linux/Panel/OnDemandNamePanelView.h"
 
-#include "Linux/Base/Module.h"
+#include "Linux/Base/Modules.h"
 #include "Linux/Panel/ProcessNamePanelView.h"
 
 #include <stdexcept>

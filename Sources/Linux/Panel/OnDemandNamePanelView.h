@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/Base/SystemLog.h"
+#include "Linux/Base/System.h"
 #include "Platform/NamePanelView.h"
 
 #include <filesystem>

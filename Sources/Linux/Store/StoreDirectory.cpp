@@ -1,6 +1,6 @@
 #include "Linux/Store/StoreDirectory.h"
 
-#include "Linux/Base/TemporaryDirectory.h"
+#include "Linux/Base/System.h"
 #include "Support/Error.h"
 
 #include <sys/stat.h>

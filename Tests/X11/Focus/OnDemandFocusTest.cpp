@@ -1,4 +1,4 @@
-#include "Linux/Base/Module.h"
+#include "Linux/Base/Modules.h"
 #include "Linux/X11/Focus/OnDemandFocusProbe.h"
 #include "Tests/X11/Focus/FocusDesktop.h"
 

@@ -1,6 +1,6 @@
 #include "Linux/X11/Focus/OnDemandFocusProbe.h"
 
-#include "Linux/Base/Module.h"
+#include "Linux/Base/Modules.h"
 
 #include <stdexcept>
 #include <utility>

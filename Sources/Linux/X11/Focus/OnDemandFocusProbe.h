@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/Base/SystemLog.h"
+#include "Linux/Base/System.h"
 #include "Linux/X11/Focus/FocusModule.h"
 #include "Platform/FocusProbe.h"
 

@@ -1,4 +1,4 @@
-#include "Linux/Base/Module.h"
+#include "Linux/Base/Modules.h"
 
 #include <dlfcn.h>
 
@@ -9,7 +9,8 @@
 namespace tavel {
 
 std::filesystem::path moduleDirectory() {
-    // Not left to the program's RUNPATH: sanitizers call dlopen in its stead, and theirs is another one.
+    // The program's RUNPATH would not do: under a sanitizer, the runtime calls dlopen and its own RUNPATH
+    // applies.
     std::error_code ignored;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ignored);
     return program.parent_path().parent_path() / "lib" / "tavel";
@@ -20,11 +21,11 @@ std::filesystem::path modulePath(std::string_view name) {
 }
 
 void* loadModuleEntry(const std::filesystem::path& module, const char* entryName) {
-    // Never unloaded: GLib's types, which its libraries register, cannot be taken back.
+    // Never unloaded: GLib cannot unregister the types that the module's libraries registered.
     void* const library = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
     void* const entry = library == nullptr ? nullptr : dlsym(library, entryName);
     if (entry == nullptr) {
-        const char* const reason = dlerror(); // NOLINT(concurrency-mt-unsafe): it is kept for each thread
+        const char* const reason = dlerror(); // NOLINT(concurrency-mt-unsafe): per-thread state
         throw std::runtime_error(reason == nullptr ? module.string() : std::string(reason));
     }
     return entry;
