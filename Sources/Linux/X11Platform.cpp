@@ -2,7 +2,7 @@
 
 #include "Linux/Base/Modules.h"
 #include "Linux/Base/System.h"
-#include "Linux/Panel/OnDemandNamePanelView.h"
+#include "Linux/Panel/ProcessNamePanelView.h"
 #include "Linux/X11/Selections/X11Pasteboard.h"
 
 #include <utility>
@@ -23,7 +23,7 @@ std::shared_ptr<Pasteboard> X11Platform::openPasteboard(const std::optional<std:
 
 std::unique_ptr<NamePanelView> X11Platform::makeNamePanelView(const NamePanelTexts& texts,
                                                               NamePanelActions actions) {
-    return makeOnDemandNamePanelView(texts, actions, writeToSystemLog);
+    return makeProcessNamePanelView(texts, actions, writeToSystemLog);
 }
 
 bool X11Platform::servesContents() {

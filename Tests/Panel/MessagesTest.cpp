@@ -1,5 +1,4 @@
-#include "Linux/Panel/PanelReport.h"
-#include "Linux/Panel/PanelRequest.h"
+#include "Linux/Panel/PanelMessages.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 #include "Linux/Base/GlibEventLoop.h"
-#include "Linux/Panel/OnDemandNamePanelView.h"
+#include "Linux/Panel/ProcessNamePanelView.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -100,8 +100,8 @@ private:
                                        [this] { report("cancel", ""); }};
         const auto log = [](const std::string& message) { print("log " + message); };
         view_.reset();
-        view_ = program_.empty() ? makeOnDemandNamePanelView(texts, actions, log)
-                                 : makeOnDemandNamePanelView(texts, actions, log, program_);
+        view_ = program_.empty() ? makeProcessNamePanelView(texts, actions, log)
+                                 : makeProcessNamePanelView(texts, actions, log, program_);
         return view_ == nullptr ? "no view" : "done";
     }
 

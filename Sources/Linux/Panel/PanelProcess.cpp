@@ -57,8 +57,8 @@ Ends makeSocket() {
     return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
-/// Whether the child has ended, and is reaped, or was reaped by somebody else: its identifier may belong to
-/// another process then.
+/// Reaps the child if it has ended. True also if somebody else has reaped it; its identifier may then belong
+/// to another process.
 bool isGone(pid_t process) {
     return waitpid(process, nullptr, WNOHANG) != 0;
 }
@@ -82,7 +82,7 @@ PanelProcess::~PanelProcess() {
     close(errors_);
     if (isGone(process_))
         return;
-    kill(process_, SIGKILL); // it is there, or waits to be reaped by this object
+    kill(process_, SIGKILL); // not reaped yet, so the identifier is still the child's
     if (!isGone(process_))
         g_timeout_add(reapInterval, reap, GINT_TO_POINTER(process_));
 }
@@ -100,7 +100,7 @@ void PanelProcess::start(const std::filesystem::path& program, int childChannel,
     posix_spawn_file_actions_adddup2(&actions, childChannel, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, childChannel, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, childErrors, STDERR_FILENO);
-    // Not every library marks its files as nobody else's.
+    // Not every library opens its files with O_CLOEXEC.
     posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
 
     posix_spawnattr_t attributes;

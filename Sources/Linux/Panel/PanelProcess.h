@@ -7,33 +7,34 @@
 
 namespace tavel {
 
-/// A running panel program, as a child process that inherits three descriptors and nothing else. Ended with
-/// this object, at once and whatever it is doing: it has nothing to save, and its window goes with it.
+/// The panel program as a child process. It inherits three descriptors and no others. The destructor kills
+/// the process at once: the process has nothing to save, and the X server removes its window. Main thread
+/// only.
 class PanelProcess {
 public:
-    /// Throws std::runtime_error with the reason if it cannot be started.
+    /// Throws std::runtime_error with the reason if the program cannot be started.
     explicit PanelProcess(const std::filesystem::path& program);
 
-    /// Waits for nothing: a process that takes long to end is reaped by GLib's default main context.
+    /// Does not wait: if the process has not ended yet, GLib's default main context reaps it later.
     ~PanelProcess();
     PanelProcess(const PanelProcess&) = delete;
     PanelProcess& operator=(const PanelProcess&) = delete;
 
-    /// Gives what the program writes to its standard output. Non-blocking, as the other one.
+    /// Delivers the program's standard output. Both descriptors are non-blocking and remain this object's.
     int output() const { return channel_; }
 
-    /// Gives what the program writes to its standard error.
+    /// Delivers the program's standard error.
     int errors() const { return errors_; }
 
-    /// Writes to the program's standard input, without waiting. If that cannot be done in whole, the output
-    /// ends.
+    /// Writes to the program's standard input without waiting. If not all of the text can be written, shuts
+    /// the connection down, so that output() reaches its end.
     void send(std::string_view text) const;
 
 private:
     void start(const std::filesystem::path& program, int childChannel, int childErrors);
 
     pid_t process_ = -1;
-    int channel_ = -1; // a socket, for both directions
+    int channel_ = -1; // our end of a socket that is the program's standard input and output
     int errors_ = -1;
 };
 

@@ -1,22 +1,98 @@
 #include "Linux/Panel/ProcessNamePanelView.h"
 
+#include "Linux/Base/Modules.h"
+#include "Linux/Panel/DescriptorInput.h"
+#include "Linux/Panel/PanelMessages.h"
+#include "Linux/Panel/PanelProcess.h"
+
 #include <poll.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstdint>
+#include <chrono>
+#include <cstddef>
 #include <functional>
+#include <optional>
 #include <stdexcept>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 
 namespace tavel {
 
+namespace {
+
+/// Many times what a busy machine needs.
+constexpr std::chrono::seconds readyTimeout{3};
+
+/// Logs the lines of the panel program's standard error, up to a total size. Further lines are dropped.
+class ErrorLog {
+public:
+    explicit ErrorLog(Log log) : log_(std::move(log)) {}
+
+    /// Reads once from a non-blocking descriptor. False at the end of the input.
+    bool receive(int descriptor) {
+        const bool isOpen = lines_.receive(descriptor);
+        while (const auto line = lines_.next()) {
+            logged_ += line->size();
+            if (!line->empty() && logged_ <= maxBytes)
+                log_("tavel-panel: " + *line);
+        }
+        return isOpen;
+    }
+
+private:
+    static constexpr std::size_t maxBytes = std::size_t{64} * 1024;
+
+    Log log_;
+    ReceivedLines lines_;
+    std::size_t logged_ = 0;
+};
+
+/// A panel whose window belongs to a child process, which `hide` ends. This object waits for the process only
+/// until it is ready.
+class ProcessNamePanelView final : public NamePanelView {
+public:
+    /// Starts the program and waits until it is ready. Throws std::runtime_error with the reason if it does
+    /// not become ready.
+    ProcessNamePanelView(const NamePanelTexts& texts, NamePanelActions actions, const Log& log,
+                         const std::filesystem::path& program);
+
+    ScreenSurroundings surroundings() override { return surroundings_; }
+    void setOrigin(ScreenPoint origin) override { send(origin); }
+    void show() override;
+    std::string enteredText() override { return text_; }
+    void showHint(std::string_view hint) override { send(PanelHint{std::string(hint)}); }
+    void hide() override;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void awaitReady();
+    bool waitForOutput(Clock::time_point deadline);
+    void send(const PanelRequest& request) const;
+    void receive();
+    void receiveErrors();
+    void follow(const PanelReport& report);
+    void endWithCancel();
+
+    NamePanelActions actions_;
+    std::string text_;
+    ScreenSurroundings surroundings_;
+    ReceivedLines lines_;
+    ErrorLog errorLog_;
+    bool areErrorsOpen_ = true; // standard error has not reached its end
+    std::optional<PanelProcess> process_;
+    std::optional<DescriptorWatch> outputWatch_;
+    std::optional<DescriptorWatch> errorsWatch_;
+    std::shared_ptr<void> life_ =
+        std::make_shared<int>(); // expires with this object, which an action may destroy
+};
+
 ProcessNamePanelView::ProcessNamePanelView(const NamePanelTexts& texts, NamePanelActions actions,
                                            const Log& log, const std::filesystem::path& program)
-    : actions_(std::move(actions)), text_(texts.stem), loggedErrors_(log), process_(std::in_place, program) {
+    : actions_(std::move(actions)), text_(texts.stem), errorLog_(log), process_(std::in_place, program) {
     send(PanelStart{texts, getpid()});
     awaitReady();
 }
@@ -25,9 +101,9 @@ void ProcessNamePanelView::show() {
     if (!process_ || outputWatch_)
         return;
     send(PanelShow{});
-    // Not before: what the process may have to tell, its end too, has a meaning only now.
+    // Watched only from now on: reports, and the end of the process, matter only while the panel is shown.
     outputWatch_.emplace(process_->output(), [this] { receive(); });
-    outputWatch_->call(); // for what may have come together with its being ready
+    outputWatch_->call(); // for lines that arrived together with PanelReady
     if (areErrorsOpen_)
         errorsWatch_.emplace(process_->errors(), [this] { receiveErrors(); });
 }
@@ -39,13 +115,13 @@ void ProcessNamePanelView::hide() {
 }
 
 void ProcessNamePanelView::awaitReady() {
-    const auto end = Clock::now() + patience;
+    const auto deadline = Clock::now() + readyTimeout;
     for (bool isOpen = true; isOpen;) {
-        if (waitForOutput(end))
+        if (waitForOutput(deadline))
             isOpen = lines_.receive(process_->output());
-        // Last, as the program's reason is there by the time at which its end is seen.
+        // Read last: when the end of the output is seen, the reason is already on the standard error.
         if (areErrorsOpen_)
-            areErrorsOpen_ = loggedErrors_.receive(process_->errors());
+            areErrorsOpen_ = errorLog_.receive(process_->errors());
         if (const auto line = lines_.next()) {
             const auto report = panelReportFrom(*line);
             const PanelReady* const ready = report ? std::get_if<PanelReady>(&*report) : nullptr;
@@ -58,9 +134,9 @@ void ProcessNamePanelView::awaitReady() {
     throw std::runtime_error("its program ended or said too much");
 }
 
-/// False if there is only something on the standard error. Throws at the end of the time.
-bool ProcessNamePanelView::waitForOutput(Clock::time_point end) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+/// True when the standard output has data or has ended. Throws at the deadline.
+bool ProcessNamePanelView::waitForOutput(Clock::time_point deadline) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
     if (left <= 0)
         throw std::runtime_error("its program did not get ready in time");
     std::array<pollfd, 2> descriptors{
@@ -91,13 +167,13 @@ void ProcessNamePanelView::receive() {
 }
 
 void ProcessNamePanelView::receiveErrors() {
-    areErrorsOpen_ = loggedErrors_.receive(process_->errors());
+    areErrorsOpen_ = errorLog_.receive(process_->errors());
     if (!areErrorsOpen_)
         errorsWatch_.reset();
 }
 
 void ProcessNamePanelView::follow(const PanelReport& report) {
-    std::function<void()> action = actions_.cancel; // a copy: this object may go meanwhile
+    std::function<void()> action = actions_.cancel; // a copy: the action may destroy this object
     if (const auto* const confirmed = std::get_if<PanelConfirmed>(&report)) {
         text_ = confirmed->text;
         action = actions_.confirm;
@@ -107,9 +183,26 @@ void ProcessNamePanelView::follow(const PanelReport& report) {
 
 void ProcessNamePanelView::endWithCancel() {
     if (areErrorsOpen_)
-        receiveErrors(); // why it ended
+        receiveErrors(); // the reason for the end
     hide();
     follow(PanelCancelled{});
+}
+
+} // namespace
+
+std::filesystem::path namePanelProgramPath() {
+    return moduleDirectory() / "tavel-panel";
+}
+
+std::unique_ptr<NamePanelView> makeProcessNamePanelView(const NamePanelTexts& texts,
+                                                        const NamePanelActions& actions, const Log& log,
+                                                        const std::filesystem::path& program) {
+    try {
+        return std::make_unique<ProcessNamePanelView>(texts, actions, log, program);
+    } catch (const std::runtime_error& error) {
+        log(std::string("The naming panel cannot be shown: ") + error.what());
+        return nullptr;
+    }
 }
 
 } // namespace tavel

@@ -1,8 +1,5 @@
 #include "Linux/Panel/Program/NamePanelWindow.h"
 
-#include "Linux/Panel/Program/ReadableColour.h"
-#include "Linux/Panel/Program/ScreenPlaces.h"
-
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <gdk/gdkx.h>
@@ -28,7 +25,7 @@ bool isCancellingKey(const GdkEventKey& event) {
     const guint modifiers = event.state & gtk_accelerator_get_default_mod_mask();
     if (event.keyval == GDK_KEY_Escape)
         return modifiers == 0;
-    // Some keyboards have the full stop on the upper level.
+    // On some keyboards the full stop needs Shift.
     return event.keyval == GDK_KEY_period && (modifiers & ~guint{GDK_SHIFT_MASK}) == GDK_CONTROL_MASK;
 }
 
@@ -36,16 +33,18 @@ Display* displayOf(GdkWindow* window) {
     return gdk_x11_display_get_xdisplay(gdk_window_get_display(window));
 }
 
-/// The program for which the window is shown has to recognise it as its own. GDK has named this process.
-void nameProcess(GdkWindow* window, pid_t process) {
-    const long value = process; // as Xlib takes 32 bits
+/// Other programs take the window for that of the agent, which recognises it as its own. GDK has set the
+/// identifier of this process.
+void setProcess(GdkWindow* window, pid_t process) {
+    const long value = process; // Xlib takes 32-bit values as long
     XChangeProperty(displayOf(window), gdk_x11_window_get_xid(window),
                     gdk_x11_get_xatom_by_name("_NET_WM_PID"), XA_CARDINAL, 32, PropModeReplace,
                     reinterpret_cast<const unsigned char*>(&value), 1);
 }
 
-/// A window manager ends the named process when its window does not answer. It would be the wrong one.
-void promiseNoAnswers(GdkWindow* window) {
+/// A window manager may kill the process of a window that does not answer pings. Here that would be the
+/// agent.
+void removePingProtocol(GdkWindow* window) {
     Atom* protocols = nullptr;
     int count = 0;
     if (XGetWMProtocols(displayOf(window), gdk_x11_window_get_xid(window), &protocols, &count) == 0)
@@ -61,8 +60,8 @@ void promiseNoAnswers(GdkWindow* window) {
 NamePanelWindow::NamePanelWindow(const PanelStart& start, Reporter report)
     : widgets_(makePanelWidgets(start.texts)), frame_(frameExtents(gtk_widget_get_window(widgets_.window))),
       report_(std::move(report)) {
-    nameProcess(gtk_widget_get_window(widgets_.window), start.process);
-    promiseNoAnswers(gtk_widget_get_window(widgets_.window));
+    setProcess(gtk_widget_get_window(widgets_.window), start.process);
+    removePingProtocol(gtk_widget_get_window(widgets_.window));
     g_signal_connect(widgets_.window, "key-press-event", G_CALLBACK(handleKey), this);
     g_signal_connect(widgets_.window, "delete-event", G_CALLBACK(handleCloseButton), this);
     g_signal_connect(widgets_.cancelButton, "clicked", G_CALLBACK(handleCancelButton), this);
@@ -86,25 +85,12 @@ void NamePanelWindow::setOrigin(ScreenPoint origin) const {
 void NamePanelWindow::show() const {
     gtk_widget_grab_focus(widgets_.field);
     gtk_editable_select_region(GTK_EDITABLE(widgets_.field), 0, -1);
-    // A window manager gives the focus only to a window of which the user wants something later than of the
-    // one that has it; this process got no event that would tell when that was.
+    // Window managers refuse the focus to a window whose user time is older than that of the active window.
+    // This process has received no user event, so it takes the server's present time.
     GdkWindow* const window = gtk_widget_get_window(widgets_.window);
     const guint32 now = gdk_x11_get_server_time(window);
     gdk_x11_window_set_user_time(window, now);
     gtk_window_present_with_time(GTK_WINDOW(widgets_.window), now);
-}
-
-void NamePanelWindow::showHint(const std::string& hint) const {
-    PangoAttrList* const attributes = pango_attr_list_new();
-    if (const auto colour = readableErrorColour(widgets_.window)) {
-        const auto channel = [](double value) { return static_cast<guint16>(value * 0xFFFF); };
-        pango_attr_list_insert(
-            attributes,
-            pango_attr_foreground_new(channel(colour->red), channel(colour->green), channel(colour->blue)));
-    }
-    gtk_label_set_attributes(GTK_LABEL(widgets_.hint), attributes);
-    pango_attr_list_unref(attributes);
-    gtk_label_set_text(GTK_LABEL(widgets_.hint), hint.c_str());
 }
 
 gboolean NamePanelWindow::handleKey(GtkWidget*, GdkEventKey* event, gpointer self) {
@@ -113,7 +99,7 @@ gboolean NamePanelWindow::handleKey(GtkWidget*, GdkEventKey* event, gpointer sel
         return GDK_EVENT_PROPAGATE;
     if (panel(self).isTakenByInputMethod(event))
         return GDK_EVENT_STOP;
-    // Deliberate: Return confirms also when the other button has the focus. The space bar presses that one.
+    // Return confirms even when the cancel button has the focus. The space bar presses that button.
     if (isConfirming)
         panel(self).confirm();
     else
@@ -134,7 +120,7 @@ void NamePanelWindow::handleConfirmButton(GtkButton*, gpointer self) {
     panel(self).confirm();
 }
 
-/// Whether the key belongs to a text that is being composed, which Return takes over and Escape drops.
+/// Whether the input method uses the key: while text is composed, Return accepts it and Escape discards it.
 bool NamePanelWindow::isTakenByInputMethod(GdkEventKey* event) const {
     return gtk_widget_has_focus(widgets_.field) != FALSE &&
            gtk_entry_im_context_filter_keypress(GTK_ENTRY(widgets_.field), event) != FALSE;

@@ -1,17 +1,16 @@
 #pragma once
 
-#include "Linux/Panel/PanelReport.h"
-#include "Linux/Panel/PanelRequest.h"
-#include "Linux/Panel/Program/FrameExtents.h"
+#include "Linux/Panel/PanelMessages.h"
 #include "Linux/Panel/Program/PanelWidgets.h"
+#include "Linux/Panel/Program/WindowPlacement.h"
 
 #include <functional>
 #include <string>
 
 namespace tavel {
 
-/// The panel on the screen, which is shown once. It reports what the user does, and never closes itself. GTK
-/// has to be started.
+/// The panel's window, which is shown once. It reports the user's actions and never closes itself. GTK must
+/// be initialised. Main thread only.
 class NamePanelWindow {
 public:
     using Reporter = std::function<void(const PanelReport&)>;
@@ -23,13 +22,13 @@ public:
 
     ScreenSurroundings surroundings() const;
 
-    /// The bottom left corner of the window with its frame.
+    /// Moves the bottom left corner of the window's frame there.
     void setOrigin(ScreenPoint origin) const;
 
-    /// Shows the window and asks for the keyboard focus, for the field.
+    /// Shows the window and requests the keyboard focus for the field.
     void show() const;
 
-    void showHint(const std::string& hint) const;
+    void showHint(const std::string& hint) const { setHint(widgets_, hint); }
 
 private:
     static gboolean handleKey(GtkWidget*, GdkEventKey* event, gpointer self);

@@ -4,9 +4,11 @@
 
 #include <gtk/gtk.h>
 
+#include <string>
+
 namespace tavel {
 
-/// What the panel consists of. All of it goes with the window, which is GTK's until it is destroyed.
+/// The widgets of the panel. GTK owns them; destroying the window destroys all of them.
 struct PanelWidgets {
     GtkWidget* window;
     GtkWidget* field;
@@ -15,7 +17,12 @@ struct PanelWidgets {
     GtkWidget* confirmButton;
 };
 
-/// Makes the panel: hidden, but known to the X server with all that a window manager goes by.
+/// Makes the panel, hidden. Its window exists on the X server, with the type and the size hints that window
+/// managers read.
 PanelWidgets makePanelWidgets(const NamePanelTexts& texts);
+
+/// Shows the hint below the field: in the theme's colour for errors where that is readable, in the usual
+/// colour of text elsewhere.
+void setHint(const PanelWidgets& widgets, const std::string& hint);
 
 } // namespace tavel

@@ -1,7 +1,10 @@
-#include "Linux/Panel/DescriptorWatch.h"
+#include "Linux/Panel/DescriptorInput.h"
 
 #include <glib-unix.h>
+#include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <memory>
 #include <utility>
 
@@ -17,7 +20,7 @@ gboolean callFunction(gint, GIOCondition, gpointer function) {
     return G_SOURCE_CONTINUE;
 }
 
-/// GLib calls this once no call is under way any more.
+/// GLib defers this until no call of the function is under way.
 void deleteFunction(gpointer function) {
     const std::unique_ptr<Function> owned(static_cast<Function*>(function));
 }
@@ -34,6 +37,24 @@ DescriptorWatch::DescriptorWatch(int descriptor, std::function<void()> ready)
 DescriptorWatch::~DescriptorWatch() {
     g_source_destroy(source_);
     g_source_unref(source_);
+}
+
+bool ReceivedLines::receive(int descriptor) {
+    std::array<char, 4096> buffer{};
+    const ssize_t count = read(descriptor, buffer.data(), buffer.size());
+    if (count < 0)
+        return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
+    received_.append(buffer.data(), static_cast<std::size_t>(count));
+    return count > 0 && (received_.size() <= longestLine || received_.find('\n') != std::string::npos);
+}
+
+std::optional<std::string> ReceivedLines::next() {
+    const std::size_t lineFeed = received_.find('\n');
+    if (lineFeed == std::string::npos)
+        return std::nullopt;
+    std::string line = received_.substr(0, lineFeed);
+    received_.erase(0, lineFeed + 1);
+    return line;
 }
 
 } // namespace tavel

@@ -1,10 +1,13 @@
-#include "Linux/Panel/Program/FrameExtents.h"
+#include "Linux/Panel/Program/WindowPlacement.h"
+
+#include "Platform/NamePanelLayout.h"
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <gdk/gdkx.h>
 
 #include <chrono>
+#include <cmath>
 #include <optional>
 #include <thread>
 
@@ -13,7 +16,7 @@ namespace tavel {
 namespace {
 
 constexpr std::chrono::milliseconds longestWait{100};
-constexpr std::chrono::milliseconds interval{1};
+constexpr std::chrono::milliseconds pollInterval{1};
 
 Display* displayOf(GdkWindow* window) {
     return gdk_x11_display_get_xdisplay(gdk_window_get_display(window));
@@ -30,7 +33,7 @@ std::optional<FrameExtents> readExtents(GdkWindow* window) {
                                           False, XA_CARDINAL, &type, &format, &count, &rest, &data);
     std::optional<FrameExtents> extents;
     if (status == Success && type == XA_CARDINAL && format == 32 && count == 4) {
-        const auto* const values = reinterpret_cast<const long*>(data); // as Xlib gives 32 bits
+        const auto* const values = reinterpret_cast<const long*>(data); // Xlib delivers 32-bit values as long
         const int scale = gdk_window_get_scale_factor(window);
         const auto value = [&](int index) { return static_cast<int>(values[index]) / scale; };
         extents = FrameExtents{value(0), value(1), value(2), value(3)};
@@ -56,20 +59,60 @@ bool canBeAsked(GdkWindow* window) {
            FALSE;
 }
 
+int rootHeight() {
+    return gdk_window_get_height(gdk_get_default_root_window());
+}
+
+ScreenRectangle rectangleOf(const GdkRectangle& place) {
+    return {static_cast<double>(place.x), static_cast<double>(rootHeight() - place.y - place.height),
+            static_cast<double>(place.width), static_cast<double>(place.height)};
+}
+
 } // namespace
 
 FrameExtents frameExtents(GdkWindow* window) {
     if (!canBeAsked(window))
         return {};
     requestExtents(window);
-    const auto end = std::chrono::steady_clock::now() + longestWait;
-    while (std::chrono::steady_clock::now() < end) {
-        // Asked again and again, as GDK takes the events that would tell.
+    const auto deadline = std::chrono::steady_clock::now() + longestWait;
+    while (std::chrono::steady_clock::now() < deadline) {
+        // Polled, because GDK consumes the PropertyNotify events.
         if (const auto answer = readExtents(window))
             return *answer;
-        std::this_thread::sleep_for(interval);
+        std::this_thread::sleep_for(pollInterval);
     }
     return {};
+}
+
+ScreenPoint pointerPlace(GdkDisplay* display) {
+    GdkDevice* const pointer = gdk_seat_get_pointer(gdk_display_get_default_seat(display));
+    double x = 0;
+    double y = 0;
+    gdk_device_get_position_double(pointer, nullptr, &x, &y);
+    return {x, rootHeight() - y};
+}
+
+std::vector<Screen> screensOf(GdkDisplay* display) {
+    std::vector<Screen> screens;
+    for (int number = 0; number < gdk_display_get_n_monitors(display); ++number) {
+        GdkMonitor* const monitor = gdk_display_get_monitor(display, number);
+        GdkRectangle frame{};
+        GdkRectangle visible{};
+        gdk_monitor_get_geometry(monitor, &frame);
+        gdk_monitor_get_workarea(monitor, &visible);
+        screens.push_back({rectangleOf(frame), rectangleOf(visible)});
+    }
+    return screens;
+}
+
+ScreenSize framedPanelSize(const FrameExtents& frame) {
+    return {namePanelLayout::content.width + frame.left + frame.right,
+            namePanelLayout::content.height + frame.top + frame.bottom};
+}
+
+WindowPlace topLeftOf(ScreenPoint origin, const FrameExtents& frame) {
+    const double top = rootHeight() - origin.y - framedPanelSize(frame).height;
+    return {static_cast<int>(std::lround(origin.x)), static_cast<int>(std::lround(top))};
 }
 
 } // namespace tavel
