@@ -13,8 +13,8 @@ struct Brand {
     std::string_view typeIdentifier;
 };
 
-/// ISO/IEC 23008-12 and the AV1 image file format. What holds both codings of a picture names the more
-/// general brand first, so these come last.
+/// ISO/IEC 23008-12 and the AV1 image file format. A file may name several brands, so the order here is that
+/// of preference: the general brands come last.
 constexpr std::array brands{
     Brand{"avif", "public.avif"}, Brand{"avis", "public.avif"}, Brand{"heic", "public.heic"},
     Brand{"heix", "public.heic"}, Brand{"heim", "public.heic"}, Brand{"heis", "public.heic"},
@@ -26,11 +26,11 @@ constexpr std::array brands{
 
 std::optional<std::string_view> heifTypeIdentifier(std::string_view file) {
     constexpr std::size_t brandStart = 8;
-    constexpr std::size_t compatibleStart = 16; // behind the major brand and its version
-    constexpr std::uint64_t mostOctets = 1024;  // a handful of brands is usual
+    constexpr std::size_t compatibleStart = 16; // after the major brand and its version
+    constexpr std::uint64_t maxBoxSize = 1024;  // room for far more brands than files name
     const auto boxSize = ImageFields(file, ByteOrder::bigEndian).number(0, 4);
     if (!boxSize || *boxSize < compatibleStart ||
-        *boxSize > std::min<std::uint64_t>(file.size(), mostOctets) || file.substr(4, 4) != "ftyp")
+        *boxSize > std::min<std::uint64_t>(file.size(), maxBoxSize) || file.substr(4, 4) != "ftyp")
         return std::nullopt;
     const std::string_view box = file.substr(0, static_cast<std::size_t>(*boxSize));
     const auto names = [box](std::string_view brand) {

@@ -11,14 +11,16 @@
 
 namespace tavel {
 
-/// Where the module tavel-images lies: beside the directory of the running program, in ../lib/tavel.
+/// The path of the module tavel-images, in the directory of our modules.
 std::filesystem::path imageModulePath();
 
-/// Measures images itself and leaves their conversion to the module tavel-images, which is loaded with the
-/// first image that needs it and stays: a process that never converts one never maps the libraries for it.
+/// Measures images itself and converts them with the module tavel-images. The first image that needs the
+/// module loads it, and it stays loaded. So a process that converts no image never maps the image libraries.
+/// Any thread.
 class OnDemandImageCodec final : public ImageCodec {
 public:
-    /// Without a module at that path no image can be converted, which is logged once, on any thread.
+    /// Without a module at that path no image can be converted. The reason is then logged once, on the thread
+    /// of the first call that needed the module.
     explicit OnDemandImageCodec(Log log, std::filesystem::path module = imageModulePath());
 
     std::optional<ImageSize> measure(const Bytes& file) override;

@@ -2,8 +2,8 @@
 
 #include "ImageHeaders/ImageHeader.h"
 #include "Linux/Images/HeifBrand.h"
-#include "Linux/Images/Module/BmpSource.h"
-#include "Linux/Images/Module/HostileFiles.h"
+#include "Linux/Images/Module/BmpDecoder.h"
+#include "Linux/Images/Module/FileGuards.h"
 
 #include <algorithm>
 #include <array>
@@ -29,7 +29,7 @@ constexpr std::array formats{
 };
 
 bool isSmallEnough(std::uint64_t width, std::uint64_t height) {
-    return width >= 1 && height >= 1 && width <= mostPixels / height;
+    return width >= 1 && height >= 1 && width <= maxPixels / height;
 }
 
 bool isSmallEnough(VipsImage* image) {
@@ -39,16 +39,16 @@ bool isSmallEnough(VipsImage* image) {
            isSmallEnough(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height));
 }
 
-/// The loader's file must outlive the image; its header alone is read now.
+/// Reads the header only; evaluating the image reads the rest. So the file must outlive the image.
 VipsImagePointer load(Loader loader, const Bytes& file) {
     return vipsImage([&](VipsImage** image) {
-        // vips takes a plain pointer and does not write through it.
+        // libvips does not write through this pointer.
         return loader(const_cast<char*>(file.data()), file.size(), image, "access", VIPS_ACCESS_SEQUENTIAL,
                       "fail_on", VIPS_FAIL_ON_ERROR, nullptr);
     });
 }
 
-/// Lays an image on a larger, transparent one.
+/// Places the image on a larger, transparent one.
 VipsImagePointer onTransparent(const VipsImagePointer& image, int left, int top, int width, int height) {
     const VipsImagePointer withAlpha = vipsImage([&](VipsImage** out) {
         return vips_image_hasalpha(image.get()) != 0 ? vips_copy(image.get(), out, nullptr)
@@ -60,8 +60,8 @@ VipsImagePointer onTransparent(const VipsImagePointer& image, int left, int top,
         [&](VipsImage** out) { return vips_embed(withAlpha.get(), out, left, top, width, height, nullptr); });
 }
 
-/// Opens a GIF as its first frame on its screen, transparent where the frame does not reach. libnsgif has
-/// ideas of its own of how large the screen is, so only the frame is taken from it.
+/// Opens the first frame of a GIF on the GIF's screen, transparent where the frame does not reach. libnsgif
+/// corrects screen sizes that it finds implausible, so only the frame is taken from it.
 std::optional<ImageSource> openGif(const Bytes& file, const ImageHeader& header) {
     const auto frame = firstFrameOfGif(file);
     if (!frame)
@@ -88,8 +88,6 @@ std::optional<ImageSource> openKnown(const Bytes& file, const ImageHeader& heade
     if (!isSmallEnough(static_cast<std::uint64_t>(header.width), static_cast<std::uint64_t>(header.height)))
         return std::nullopt;
     if (header.typeIdentifier == "com.microsoft.bmp") {
-        if (!completeBmp(file))
-            return std::nullopt;
         ImageSource source{file, decodeBmp(file, header)};
         return source.image == nullptr ? std::nullopt : std::optional(std::move(source));
     }
@@ -104,7 +102,7 @@ std::optional<ImageSource> openKnown(const Bytes& file, const ImageHeader& heade
         ImageSource source{*guarded, load(format.loader, *guarded)};
         if (source.image == nullptr || !isSmallEnough(source.image.get()))
             return std::nullopt;
-        // What was measured and what is decoded must not be two pictures.
+        // Refuses a file in which the library and our own reader see different pictures.
         if (vips_image_get_width(source.image.get()) != header.width ||
             vips_image_get_height(source.image.get()) != header.height)
             return std::nullopt;

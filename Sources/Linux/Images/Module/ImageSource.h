@@ -8,21 +8,21 @@
 
 namespace tavel {
 
-/// A safety limit of the codec, whatever its caller allows: a picture of more pixels is not decoded.
-inline constexpr std::uint64_t mostPixels = 32'000'000;
+/// The codec's own limit, whatever its caller allows: images with more pixels are not decoded.
+inline constexpr std::uint64_t maxPixels = 32'000'000;
 
-/// Where the pixels of one image come from. They are decoded when they are asked for, once, from the top
-/// down.
+/// An image whose pixels are decoded while it is evaluated: once, from the top down.
 struct ImageSource {
-    Bytes file; // stays until the image is gone
+    Bytes file; // must outlive the image
     VipsImagePointer image;
 };
 
-/// Opens the first image of a file. Nothing if its format is not one of ours, its header is broken, it has
-/// too many pixels, or reading it could take absurdly long. Needs startVips.
+/// Opens the first image of a file. nullopt if the format is unknown, the header is malformed, the image has
+/// too many pixels, or decoding it could take absurdly long. Call startVips first.
 std::optional<ImageSource> openImage(const Bytes& file);
 
-/// The size of a HEIF or AVIF file's first image, from its headers. Needs startVips.
+/// The size of a HEIF or AVIF file's first image, from its headers. nullopt if the file is neither, or is
+/// malformed. Call startVips first.
 std::optional<ImageSize> measureHeif(const Bytes& file);
 
 } // namespace tavel

@@ -8,7 +8,7 @@
 namespace tavel {
 namespace {
 
-/// What the sides of a JPEG can say.
+/// The limit of libjpeg (JPEG_MAX_DIMENSION).
 constexpr int longestSide = 65'500;
 
 VipsImagePointer onWhite(const VipsImagePointer& image) {
@@ -24,7 +24,7 @@ VipsImagePointer onWhite(const VipsImagePointer& image) {
     return flat;
 }
 
-/// Cuts 16 bits to their upper 8.
+/// Keeps the upper 8 of 16 bits.
 VipsImagePointer inEightBits(VipsImagePointer image) {
     if (vips_image_get_format(image.get()) != VIPS_FORMAT_USHORT)
         return image;
@@ -33,14 +33,14 @@ VipsImagePointer inEightBits(VipsImagePointer image) {
     });
 }
 
-/// The segments that carry a profile (ICC.1, annex B.4): numbered from 1, and each says how many there are.
+/// The APP2 segments that carry a profile (ICC.1, annex B.4). Each holds its number, from 1, and their count.
 std::string profileSegments(std::string_view profile) {
     constexpr std::size_t largestPiece = 65'519;
     constexpr std::size_t mostPieces = 255;
     const std::size_t pieces = (profile.size() + largestPiece - 1) / largestPiece;
     std::string text;
     if (pieces > mostPieces)
-        return text; // a profile of 16 MiB; the values then count as sRGB
+        return text; // 16 MiB or more does not fit; readers then assume sRGB
     for (std::size_t i = 0; i < pieces; ++i) {
         const std::string_view piece = profile.substr(i * largestPiece, largestPiece);
         const std::size_t length = 2 + 14 + piece.size();
@@ -52,7 +52,7 @@ std::string profileSegments(std::string_view profile) {
     return text;
 }
 
-/// Puts the segments behind the first one, which is JFIF's and has to be.
+/// Inserts the segments after the first one: the JFIF segment must stay first.
 Bytes withSegments(std::string_view jpeg, const std::string& segments) {
     constexpr std::size_t firstSegment = 2;
     const auto octet = [jpeg](std::size_t i) {
@@ -78,7 +78,7 @@ std::optional<Bytes> encodeAsJpeg(const PlainPixels& pixels, double quality) {
     const int percent = static_cast<int>(std::lround(std::clamp(quality, 0.01, 1.0) * 100));
     void* data = nullptr;
     size_t size = 0;
-    // Stripped of everything, the profile too, which is put back.
+    // "strip" removes all metadata. The profile is among it and is inserted again.
     if (vips_jpegsave_buffer(image.get(), &data, &size, "Q", percent, "strip", TRUE, nullptr) != 0)
         return std::nullopt;
     const std::unique_ptr<void, decltype(&g_free)> owned(data, g_free);

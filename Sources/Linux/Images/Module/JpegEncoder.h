@@ -7,8 +7,9 @@
 
 namespace tavel {
 
-/// Encodes as JPEG, on white where the image is transparent, with its profile and no other metadata.
-/// `quality` goes from 0 to 1. Nothing if a part of the image cannot be decoded. Throws std::bad_alloc.
+/// Encodes the image as JPEG on a white background, with its profile and no other metadata. `quality` ranges
+/// from 0 to 1. nullopt if a side is longer than a JPEG's may be, or if a part of the image cannot be decoded
+/// in time. Throws std::bad_alloc.
 std::optional<Bytes> encodeAsJpeg(const PlainPixels& pixels, double quality);
 
 } // namespace tavel

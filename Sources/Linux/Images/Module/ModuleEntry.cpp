@@ -16,12 +16,12 @@ std::optional<ImageSize> measure(const Bytes& file) {
     return measureHeif(file);
 }
 
-/// Opens the first image and hands its pixels to `use`.
+/// Opens the first image and calls `use` with its pixels.
 template <typename Use>
 auto withPixels(const Bytes& file, Use use) -> decltype(use(PlainPixels())) {
     if (!startVips())
         return std::nullopt;
-    const VipsConversion conversion; // outlives all images
+    const VipsConversion conversion; // destroyed after all images
     try {
         auto source = openImage(file);
         if (!source)
@@ -35,7 +35,7 @@ auto withPixels(const Bytes& file, Use use) -> decltype(use(PlainPixels())) {
     }
 }
 
-/// JPEG and HEIF are for photographs, which are left out of the search for few colours.
+/// JPEG and HEIF files are photographs as a rule, and a search for few colours would be in vain.
 bool mayHaveFewColours(const Bytes& file) {
     const auto header = readImageHeader(file.view());
     return header && header->typeIdentifier != "public.jpeg";
@@ -43,7 +43,7 @@ bool mayHaveFewColours(const Bytes& file) {
 
 std::optional<bool> hasAlpha(const Bytes& file) {
     return withPixels(file, [](const PlainPixels& pixels) -> std::optional<bool> {
-        return vips_image_get_bands(pixels.image.get()) % 2 == 0; // grey or RGB, and one more
+        return vips_image_get_bands(pixels.image.get()) % 2 == 0; // grey or RGB with one more band
     });
 }
 

@@ -7,15 +7,15 @@
 namespace tavel {
 namespace {
 
-/// Samples in memory order, those that are missing 0.
+/// Samples in memory order; missing ones are 0.
 using Colour = std::array<std::uint8_t, 4>;
 
-/// Numbers the colours in the order in which they turn up.
+/// Numbers the colours in the order of their first use.
 class ColourTable {
 public:
-    explicit ColourTable(std::size_t most) : most_(most) {}
+    explicit ColourTable(std::size_t capacity) : capacity_(capacity) {}
 
-    /// Nothing once there are too many.
+    /// The colour's number; nullopt if the table is full.
     std::optional<std::uint8_t> index(const Colour& colour) {
         if (!colours_.empty() && colour == last_)
             return lastIndex_;
@@ -24,7 +24,7 @@ public:
             static_cast<std::uint32_t>(colour[2]) << 16 | static_cast<std::uint32_t>(colour[3]) << 24;
         const auto [entry, isNew] = indices_.try_emplace(key, static_cast<std::uint8_t>(colours_.size()));
         if (isNew) {
-            if (colours_.size() == most_)
+            if (colours_.size() == capacity_)
                 return std::nullopt;
             colours_.push_back(colour);
         }
@@ -36,7 +36,7 @@ public:
     const std::vector<Colour>& colours() const { return colours_; }
 
 private:
-    std::size_t most_;
+    std::size_t capacity_;
     std::vector<Colour> colours_;
     std::unordered_map<std::uint32_t, std::uint8_t> indices_;
     Colour last_{};
@@ -59,7 +59,7 @@ std::optional<std::vector<std::uint8_t>> indexAll(const RowLayout& layout,
     return indices;
 }
 
-/// The palette is in RGB; what follows the colours is alpha.
+/// The palette holds the red, green and blue samples, and `alphas` the fourth ones.
 void describePalette(const std::vector<Colour>& colours, std::size_t bands, PngHeader& header) {
     for (const Colour& colour : colours) {
         for (std::size_t i = 0; i < 3; ++i)
@@ -71,8 +71,8 @@ void describePalette(const std::vector<Colour>& colours, std::size_t bands, PngH
     header.depth = colours.size() <= 2 ? 1 : colours.size() <= 4 ? 2 : colours.size() <= 16 ? 4 : 8;
 }
 
-/// Chooses the fewest bits that say the greys exactly, and replaces their indices by what is said: the values
-/// are spread evenly, from black to white. False if it takes all 8.
+/// Chooses the smallest depth that represents the greys exactly, and replaces the indices by samples of that
+/// depth. Its values are spread evenly from black to white. False if only 8 bits do.
 bool describeGreys(const std::vector<Colour>& greys, PngHeader& header, std::vector<std::uint8_t>& indices) {
     for (const unsigned depth : {1U, 2U, 4U}) {
         const unsigned step = 255U / ((1U << depth) - 1U);
@@ -86,8 +86,8 @@ bool describeGreys(const std::vector<Colour>& greys, PngHeader& header, std::vec
     return false;
 }
 
-/// Packs the indices, the leftmost into the upper bits, behind the filter 0: indices of neighbours say
-/// nothing about each other.
+/// Packs the indices of each row, the leftmost into the upper bits, after the filter type 0 (none): filters
+/// do not help, because neighbouring indices are unrelated.
 std::vector<std::uint8_t> pack(const std::vector<std::uint8_t>& indices, const PngHeader& header) {
     std::vector<std::uint8_t> packed(filteredSize(header), 0);
     const std::size_t rowSize = packed.size() / header.height;
@@ -108,7 +108,7 @@ std::vector<std::uint8_t> pack(const std::vector<std::uint8_t>& indices, const P
 std::optional<IndexedPixels> indexPixels(const RowLayout& layout, std::span<const std::uint8_t> pixels,
                                          const PngHeader& header) {
     if (layout.bands == 2)
-        return std::nullopt; // there is no shorter form of grey with alpha that stays grey
+        return std::nullopt; // PNG has no smaller form of grey with alpha that stays grey
     const bool isGrey = layout.bands == 1;
     ColourTable table(isGrey ? 16 : 256);
     auto indices = indexAll(layout, pixels, table);

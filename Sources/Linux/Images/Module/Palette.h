@@ -12,12 +12,12 @@ namespace tavel {
 
 struct IndexedPixels {
     PngHeader header;
-    std::vector<std::uint8_t> filtered;
+    std::vector<std::uint8_t> filtered; // as writePng takes it
 };
 
-/// Says pixels of 8 bits a sample in fewer bits: up to 256 colours as indices into a palette, greys as they
-/// are if 1, 2 or 4 bits say them exactly. Nothing if that is not possible. `header` is that of the image as
-/// it is.
+/// Represents pixels of 8 bits per sample in fewer bits: up to 256 colours as indices into a palette, greys
+/// in 1, 2 or 4 bits if those are exact. nullopt if neither is possible. `header` describes the pixels as
+/// given, and the result's header the new form.
 std::optional<IndexedPixels> indexPixels(const RowLayout& layout, std::span<const std::uint8_t> pixels,
                                          const PngHeader& header);
 

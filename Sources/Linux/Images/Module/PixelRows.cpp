@@ -5,20 +5,20 @@
 namespace tavel {
 namespace {
 
-/// Held around everything a taker does, on whichever thread. One for all conversions: they seldom run at the
-/// same time, and a mutex that is as old as the process needs no hand-over itself.
-std::mutex taking;
+/// Held during every call of a consumer, on any thread. All conversions share it: they seldom run at the same
+/// time.
+std::mutex consuming;
 
 struct Progress {
-    const RowTaker& taker;
+    const RowConsumer& consumer;
     std::size_t rows = 0;
 };
 
-int takeArea(VipsRegion* region, VipsRect* area, void* context) {
-    const std::lock_guard lock(taking);
+int consumeArea(VipsRegion* region, VipsRect* area, void* context) {
+    const std::lock_guard lock(consuming);
     auto& progress = *static_cast<Progress*>(context);
     for (int y = area->top; y < area->top + area->height; ++y)
-        progress.taker(progress.rows++, VIPS_REGION_ADDR(region, area->left, y));
+        progress.consumer(progress.rows++, VIPS_REGION_ADDR(region, area->left, y));
     return 0;
 }
 
@@ -31,12 +31,13 @@ RowLayout rowLayout(const VipsImage* image) {
             vips_format_sizeof(vips_image_get_format(image))};
 }
 
-bool takeRows(VipsImage* image, const RowTaker& taker) {
+bool forEachRow(VipsImage* image, const RowConsumer& consumer) {
     setDeadline(image);
-    Progress progress{taker};
-    { const std::lock_guard handOver(taking); }
-    const bool isEvaluated = vips_sink_disc(image, takeArea, &progress) == 0;
-    const std::lock_guard lock(taking);
+    Progress progress{consumer};
+    // Locking before and after orders this thread's writes and reads with those of libvips' threads.
+    { const std::lock_guard handOver(consuming); }
+    const bool isEvaluated = vips_sink_disc(image, consumeArea, &progress) == 0;
+    const std::lock_guard lock(consuming);
     return isEvaluated && progress.rows == static_cast<std::size_t>(vips_image_get_height(image));
 }
 

@@ -6,7 +6,7 @@
 namespace tavel {
 namespace {
 
-constexpr double longestChannel = 65'535; // the largest value of 16 bits
+constexpr double maxChannel = 65'535; // the largest 16-bit value
 
 std::string_view embeddedProfile(VipsImage* image) {
     const void* data = nullptr;
@@ -17,7 +17,7 @@ std::string_view embeddedProfile(VipsImage* image) {
     return {static_cast<const char*>(data), size};
 }
 
-/// Whether a profile is for values of that kind, a four-letter name (ICC.1, table 19).
+/// Whether the profile is for that colour space, a four-letter signature (ICC.1, table 19).
 bool isProfileFor(std::string_view profile, std::string_view kind) {
     constexpr std::size_t headerSize = 128;
     constexpr std::size_t kindStart = 16;
@@ -29,7 +29,7 @@ VipsImagePointer bands(const VipsImagePointer& image, int first, int count) {
         [&](VipsImage** out) { return vips_extract_band(image.get(), out, first, "n", count, nullptr); });
 }
 
-/// Multiplies and cuts to what the format can hold.
+/// Multiplies the values and clips them to the format's range.
 VipsImagePointer scaled(const VipsImagePointer& image, double factor, VipsBandFormat format) {
     const VipsImagePointer product =
         vipsImage([&](VipsImage** out) { return vips_linear1(image.get(), out, factor, 0.0, nullptr); });
@@ -59,14 +59,14 @@ bool isGreySpace(VipsInterpretation space) {
     return space == VIPS_INTERPRETATION_B_W || space == VIPS_INTERPRETATION_GREY16;
 }
 
-/// Whether the bands are grey or RGB values, or nothing is known of them.
+/// Whether the bands are grey or RGB values, or of unknown meaning.
 bool isDirect(VipsInterpretation space) {
     return isGreySpace(space) || space == VIPS_INTERPRETATION_sRGB || space == VIPS_INTERPRETATION_RGB ||
            space == VIPS_INTERPRETATION_RGB16 || space == VIPS_INTERPRETATION_scRGB ||
            space == VIPS_INTERPRETATION_MULTIBAND;
 }
 
-/// CMYK by its own profile, or else by the one that libvips brings along.
+/// Converts CMYK by the embedded profile, else by the one of libvips.
 VipsImagePointer fromCmyk(const VipsImagePointer& image) {
     const int depth = vips_image_get_format(image.get()) == VIPS_FORMAT_UCHAR ? 8 : 16;
     return vipsImage([&](VipsImage** out) {
@@ -75,19 +75,18 @@ VipsImagePointer fromCmyk(const VipsImagePointer& image) {
     });
 }
 
-/// CIELAB and its kin: three bands that have a meaning of their own, perhaps with alpha.
+/// Converts CIELAB and related spaces: three bands, perhaps with alpha.
 VipsImagePointer fromColourimetry(const VipsImagePointer& image, VipsInterpretation space) {
     return toSpace(image, space, VIPS_INTERPRETATION_RGB16);
 }
 
-/// Real numbers go from 0 to 1. They are proportional to light, as in linear sRGB, unless a profile says what
-/// they are.
+/// Converts real numbers, which range from 0 to 1. Without a profile they count as linear sRGB.
 VipsImagePointer fromReal(const VipsImagePointer& image, bool hasProfile) {
     const int all = vips_image_get_bands(image.get());
     const int colours = all < 3 ? 1 : 3;
     VipsImagePointer result = bands(image, 0, colours);
     if (result != nullptr && hasProfile) {
-        result = scaled(result, longestChannel, VIPS_FORMAT_USHORT);
+        result = scaled(result, maxChannel, VIPS_FORMAT_USHORT);
     } else if (result != nullptr) {
         if (colours == 1)
             result = vipsImage([&](VipsImage** out) {
@@ -103,10 +102,10 @@ VipsImagePointer fromReal(const VipsImagePointer& image, bool hasProfile) {
     const VipsImagePointer alpha = bands(image, colours, 1);
     if (alpha == nullptr)
         return nullptr;
-    return joined(std::move(result), scaled(alpha, longestChannel, VIPS_FORMAT_USHORT));
+    return joined(std::move(result), scaled(alpha, maxChannel, VIPS_FORMAT_USHORT));
 }
 
-/// Whole numbers of other widths: the upper 8 or 16 bits of what they can say above 0.
+/// Converts integers of other widths: the upper 8 or 16 bits of their positive range.
 VipsImagePointer fromWhole(VipsImagePointer image) {
     switch (vips_image_get_format(image.get())) {
     case VIPS_FORMAT_UCHAR:
@@ -125,7 +124,7 @@ VipsImagePointer fromWhole(VipsImagePointer image) {
     }
 }
 
-/// Leaves grey or RGB and one band of alpha.
+/// Keeps grey or RGB and one band of alpha.
 VipsImagePointer withoutSpareBands(VipsImagePointer image, VipsInterpretation space) {
     const int all = vips_image_get_bands(image.get());
     const bool isGrey = isGreySpace(space) || all < 3;
@@ -154,7 +153,7 @@ PlainPixels makePlain(VipsImagePointer image) {
     image = isReal(image.get()) ? fromReal(image, hasProfile) : fromWhole(std::move(image));
     if (image == nullptr)
         return {};
-    // Copied, as decoding reads the metadata anew.
+    // A copy: decoding replaces the metadata.
     std::string profile(hasProfile ? embeddedProfile(image.get()) : std::string_view());
     return {std::move(image), std::move(profile)};
 }

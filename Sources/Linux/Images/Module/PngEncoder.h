@@ -7,9 +7,9 @@
 
 namespace tavel {
 
-/// Encodes as PNG, quickly rather than small. An image that may have few colours is searched for them and
-/// becomes an indexed one if it has; that takes its pixels to be in memory twice. Nothing if a part of the
-/// image cannot be decoded. Throws std::bad_alloc.
+/// Encodes the image as PNG, preferring speed to size. With `mayHaveFewColours`, an image of few colours
+/// becomes an indexed one; looking for that holds all pixels in memory twice. nullopt if a part of the image
+/// cannot be decoded in time. Throws std::bad_alloc.
 std::optional<Bytes> encodeAsPng(const PlainPixels& pixels, bool mayHaveFewColours);
 
 } // namespace tavel

@@ -11,8 +11,8 @@
 namespace tavel {
 namespace {
 
-/// The copied picture is waited for, and its file is soon deleted.
-constexpr int fastest = 1;
+/// libdeflate's fastest: a user waits for the file, and it is soon deleted.
+constexpr int compressionLevel = 1;
 
 constexpr std::size_t chunkOverhead = 12; // length, name and checksum
 
@@ -29,19 +29,19 @@ struct Free {
     void operator()(char* data) const { std::free(data); }
 };
 
-/// A block of memory from malloc, so that what turns out too much can be given back in place.
+/// Memory from malloc, which realloc can shrink in place.
 using Block = std::unique_ptr<char, Free>;
 
 class Compressor {
 public:
-    Compressor() : compressor_(libdeflate_alloc_compressor(fastest)) {
+    Compressor() : compressor_(libdeflate_alloc_compressor(compressionLevel)) {
         if (compressor_ == nullptr)
             throw std::bad_alloc();
     }
 
     std::size_t bound(std::size_t size) { return libdeflate_zlib_compress_bound(compressor_.get(), size); }
 
-    /// There must be room for as much as the bound.
+    /// `target` must have room for bound(size) bytes.
     std::size_t compress(const void* data, std::size_t size, char* target) {
         return libdeflate_zlib_compress(compressor_.get(), data, size, target, bound(size));
     }
@@ -99,7 +99,7 @@ Bytes writePng(const PngHeader& header, std::span<const std::uint8_t> filtered) 
     char* at = block.get();
     const auto append = [&at](std::string_view text) { at += text.copy(at, text.size()); };
     append(lead);
-    // One chunk: the largest picture stays far below the 2 GiB that a length can say.
+    // One chunk: the largest picture is far smaller than a chunk may be, 2 GiB.
     char* const name = at + 4;
     const std::size_t size = compressor.compress(filtered.data(), filtered.size(), name + 4);
     append(bigEndian(size));

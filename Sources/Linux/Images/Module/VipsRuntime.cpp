@@ -9,16 +9,16 @@
 namespace tavel {
 namespace {
 
-constexpr int threads = 2;
+constexpr int threadCount = 2;
 
-/// The largest picture takes two seconds; only a file that was made to take long comes near this.
-constexpr std::chrono::seconds longestConversion{20};
+/// The largest picture takes two seconds. Only a file made to take long comes near this.
+constexpr std::chrono::seconds conversionTimeout{20};
 
 void dropMessage(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
 
 bool initialise() {
-    // Where libvips looks for its plugins. They are not wanted: together they read dozens of formats, and
-    // take ten times as long to start as libvips itself. vips_init sets the variable if it is not set.
+    // Keeps libvips from loading its plugins: they read dozens of formats that we refuse, and take ten times
+    // as long to start as libvips itself. vips_init would set the variable if it were not set.
     g_setenv("VIPSHOME", "/nonexistent", TRUE);
     const bool isStarted = vips_init("tavel-images") == 0;
     g_unsetenv("VIPSHOME");
@@ -28,15 +28,15 @@ bool initialise() {
     vips_cache_set_max(0);
     vips_cache_set_max_mem(0);
     vips_cache_set_max_files(0);
-    vips_concurrency_set(threads);
-    // Warnings about files of other programs; GLib would write them to standard error.
+    vips_concurrency_set(threadCount);
+    // Drops warnings about malformed files. GLib would write them to standard error.
     for (const char* const domain : {"VIPS", "GdkPixbuf"})
         g_log_set_handler(domain, static_cast<GLogLevelFlags>(G_LOG_LEVEL_MASK), dropMessage, nullptr);
     return true;
 }
 
 void stopWhenLate(VipsImage* image, VipsProgress* progress, gpointer) {
-    if (progress->run >= longestConversion.count())
+    if (progress->run >= conversionTimeout.count())
         vips_image_set_kill(image, TRUE);
 }
 

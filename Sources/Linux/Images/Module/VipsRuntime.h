@@ -11,8 +11,8 @@ struct VipsUnref {
 };
 using VipsImagePointer = std::unique_ptr<VipsImage, VipsUnref>;
 
-/// Calls a vips operation that gives its image through a pointer: `call` takes a VipsImage** and returns 0
-/// for success. Null if it failed.
+/// Calls a libvips operation with an output image: `call` takes a VipsImage** and returns 0 on success. Null
+/// on failure.
 template <typename Call>
 VipsImagePointer vipsImage(Call call) {
     VipsImage* image = nullptr;
@@ -21,15 +21,16 @@ VipsImagePointer vipsImage(Call call) {
     return isDone ? std::move(result) : nullptr;
 }
 
-/// Starts libvips with the first call: no cache, two threads, none of its readers for formats that are
-/// programs, and none of its plugins. False if it cannot be started. Any thread.
+/// The first call starts libvips, without cache, plugins or loaders that libvips marks as untrusted, and with
+/// two threads. False if libvips cannot be started. Any thread.
 bool startVips();
 
-/// Loads the plugin that reads HEIF and AVIF, with the first call. False if it is not there. Needs startVips.
+/// The first call loads the libvips plugin for HEIF and AVIF. False if it is missing. Call startVips first.
+/// Any thread.
 bool loadHeifPlugin();
 
-/// Lives as long as one conversion, and afterwards gives back what libvips keeps for this thread and what the
-/// heap holds on to: an idle process is not to keep the memory of its largest image.
+/// Exists during one conversion. The destructor releases what libvips keeps for this thread and returns free
+/// heap memory to the system, so that an idle process does not keep the memory of its largest image.
 class VipsConversion {
 public:
     VipsConversion() = default;
@@ -38,7 +39,7 @@ public:
     VipsConversion& operator=(const VipsConversion&) = delete;
 };
 
-/// Stops the evaluation of an image that takes longer than a conversion may.
+/// Makes the evaluation of the image fail after 20 seconds. Call this before the evaluation.
 void setDeadline(VipsImage* image);
 
 } // namespace tavel

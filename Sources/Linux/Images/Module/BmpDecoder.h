@@ -6,8 +6,8 @@
 
 namespace tavel {
 
-/// Decodes a BMP file of that header, whole. Null if it is broken or cut short. libvips has no reader of its
-/// own for this format; GDK-PixBuf, which it depends on, has one.
+/// Decodes a BMP file with that header at once. Null if the file is malformed or incomplete. GDK-PixBuf does
+/// it: libvips has no reader for this format, but depends on that library.
 VipsImagePointer decodeBmp(const Bytes& file, const ImageHeader& header);
 
 } // namespace tavel
