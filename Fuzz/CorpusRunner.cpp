@@ -1,5 +1,5 @@
-// Runs a fuzzer's entry over every file of the directories that are named, with any compiler. Each file is
-// named first, so that a crash tells which one it was.
+// Runs a fuzzer's entry on every file of the given directories, without libFuzzer. Prints each name first, so
+// that the last name before a crash is that of the offending file.
 
 #include "Fuzz/Fuzz.h"
 
@@ -25,7 +25,7 @@ std::vector<fs::path> filesIn(const fs::path& directory) {
     return files;
 }
 
-/// The buffer ends where the content ends, so that a sanitizer sees a read behind it.
+/// The buffer is exactly as large as the content, so that a sanitizer detects reads beyond it.
 bool runOver(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary | std::ios::ate);
     const std::streamoff size = stream.tellg();
@@ -44,15 +44,15 @@ int main(int argumentCount, char* arguments[]) {
     for (const char* const directory :
          std::span(arguments, static_cast<std::size_t>(argumentCount)).subspan(1)) {
         for (const fs::path& file : filesIn(directory)) {
-            std::cout << file.filename().string() << std::endl; // flushed before what may crash
+            std::cout << file.filename().string() << std::endl; // flushed before a possible crash
             if (!runOver(file)) {
-                std::cerr << "It cannot be read, or was not taken.\n";
+                std::cerr << "The file cannot be read, or the entry failed.\n";
                 return 1;
             }
             ++runs;
         }
     }
     if (runs == 0)
-        std::cerr << "There is no file to run over.\n";
+        std::cerr << "There are no files to run.\n";
     return runs == 0 ? 1 : 0;
 }

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
-/// The entry that each fuzzer defines and libFuzzer, or CorpusRunner.cpp, calls with one input after the
-/// other. It aborts where a promise of the code under test is broken.
+/// Each fuzzer's entry. libFuzzer or CorpusRunner.cpp calls it once for each input. It aborts when the code
+/// under test breaks a promise.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace tavel {

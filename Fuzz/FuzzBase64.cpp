@@ -10,7 +10,7 @@
 namespace tavel {
 namespace {
 
-/// Decoding in place has to give what decoding into a new buffer gives.
+/// Decoding in place must give the same result as decoding into a new buffer.
 void decodeInPlace(std::string_view text, const std::optional<Bytes>& expected) {
     auto buffer = std::make_shared<std::string>(text);
     const char* const start = buffer->data();
@@ -38,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     appendBase64(again, decoded->view());
     const std::string_view unpadded = text.substr(0, text.find('='));
     require(again.size() == unpadded.size());
-    // The last character may hold bits that no byte takes up.
+    // The last character may hold bits that belong to no byte.
     const bool hasSpareBits = decoded->size() % 3 != 0;
     const std::size_t compared = again.size() - (hasSpareBits ? 1 : 0);
     require(unpadded.substr(0, compared) == std::string_view(again).substr(0, compared));

@@ -23,7 +23,7 @@ std::optional<std::string> payloadOf(std::optional<Base64Text> text) {
     return bytes ? std::optional<std::string>(bytes->view()) : std::nullopt;
 }
 
-/// All that a command holds, in a form that can be compared.
+/// The content of any command, for comparison.
 struct Content {
     std::size_t kind = 0;
     std::uint64_t requestID = 0;
@@ -63,7 +63,7 @@ std::optional<Content> decode(CommandDecoder& decoder, std::string_view text, Te
 } // namespace
 } // namespace tavel
 
-/// The lines of the input, one after the other, as short lines and as long ones come.
+/// Decodes each line of the input twice: lent, as short lines are, and owned, as long ones are.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace tavel;
     CommandDecoder decoder;

@@ -6,20 +6,20 @@
 namespace tavel {
 namespace {
 
-constexpr std::size_t largestInput = std::size_t{1} << 20;
-/// Larger pictures only take longer.
-constexpr std::int64_t mostPixels = 1'000'000;
+constexpr std::size_t maxInputSize = std::size_t{1} << 20;
+/// Larger pictures only slow the fuzzer down.
+constexpr std::int64_t maxPixels = 1'000'000;
 
 ImageCodec& codec() {
-    static OnDemandImageCodec one([](const std::string&) { require(false); }); // it has no module to load
+    static OnDemandImageCodec one([](const std::string&) { require(false); }); // the module is missing
     return one;
 }
 
 bool isSmall(const ImageSize& size) {
-    return size.width <= mostPixels && size.height <= mostPixels / size.width;
+    return size.width <= maxPixels && size.height <= maxPixels / size.width;
 }
 
-/// A picture may be turned while it is read.
+/// The decoder may rotate a picture.
 bool isSameOrTurned(const ImageSize& one, const ImageSize& other) {
     return (one.width == other.width && one.height == other.height) ||
            (one.width == other.height && one.height == other.width);
@@ -30,7 +30,7 @@ bool isSameOrTurned(const ImageSize& one, const ImageSize& other) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace tavel;
-    if (size > largestInput)
+    if (size > maxInputSize)
         return 0;
     const Bytes file = Bytes::copyOf(inputText(data, size));
     const auto dimensions = codec().measure(file);

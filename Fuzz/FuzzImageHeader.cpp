@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(header->width >= 1 && header->width <= INT64_C(0xFFFFFFFF));
     require(header->height >= 1 && header->height <= INT64_C(0xFFFFFFFF));
 
-    // What stands behind the file changes nothing.
+    // Bytes after the end of the file do not matter.
     const auto longer = readImageHeader(std::string(file) + '\0');
     require(longer && longer->typeIdentifier == header->typeIdentifier && longer->width == header->width &&
             longer->height == header->height);

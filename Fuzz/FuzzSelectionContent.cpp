@@ -12,7 +12,7 @@
 namespace tavel {
 namespace {
 
-/// What owners may call the encoding of a text.
+/// Target and type names that owners use for text.
 constexpr std::array<std::string_view, 6> textTypes{
     "UTF8_STRING", "STRING", "TEXT", "COMPOUND_TEXT", "text/plain", "text/plain;charset=utf-8",
 };
@@ -38,7 +38,7 @@ void readAsFiles(std::string_view bytes) {
     require(urisInList(uriListOf(uris)) == uris);
     for (const std::string& uri : uris)
         require(withoutOwnHost(uri, "host").size() <= uri.size());
-    // Headings may stand before each other without end, but not come back.
+    // The first pass removes headings; the second must find none.
     const std::vector<std::string> files = urisInCopiedFiles(bytes);
     require(urisInCopiedFiles(copiedFilesOf(files)) == files);
 }

@@ -8,7 +8,7 @@ namespace {
 constexpr std::size_t limit = 1000;
 constexpr std::uint32_t incrementalType = 7;
 
-/// What a transfer may never do, whatever it is told.
+/// Invariants of a transfer.
 void check(const tavel::IncomingTransfer& transfer, std::size_t sent) {
     using State = tavel::IncomingTransfer::State;
     tavel::require(transfer.receivedBytes() <= sent);
@@ -19,7 +19,7 @@ void check(const tavel::IncomingTransfer& transfer, std::size_t sent) {
 
 } // namespace
 
-/// Each 4 bytes are one thing that happens: what, the type, the size, and how much remains.
+/// Each 4 bytes are one event: its kind, the property's type, its size, and the size that remains.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace tavel;
     IncomingTransfer transfer(limit, incrementalType);

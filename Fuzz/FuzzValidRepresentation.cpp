@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     if (name == "text.html" || name == "text.txt")
         require(validRepresentation("text.html", content) == validRepresentation("text.txt", content));
-    else if (isValid) // none of the others minds what ASCII follows
+    else if (isValid) // the other formats accept trailing ASCII
         require(validRepresentation(name, std::string(content) + "x"));
     return 0;
 }

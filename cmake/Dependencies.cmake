@@ -1,4 +1,4 @@
-# What each library is for, and why it was chosen: docs/dependencies.md.
+# docs/dependencies.md tells what each library is for and why it was chosen.
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 find_package(simdjson REQUIRED)
@@ -10,7 +10,7 @@ if(TAVEL_BUILD_TOOLS)
   pkg_check_modules(libedit REQUIRED IMPORTED_TARGET libedit)
   find_package(CLI11 REQUIRED)
 endif()
-if(APPLE) # which has a pasteboard, pictures, dates and windows itself
+if(APPLE) # the system itself has a pasteboard, images, dates and windows
   include(cmake/StaticLibraries.cmake)
 else()
   add_library(tavel_simdjson ALIAS simdjson::simdjson)

@@ -1,9 +1,10 @@
-# A module: a shared object that a program loads when it first needs it, because what the module links takes long to
-# load. It lies in lib/tavel, beside the directory of the programs. Further arguments are its sources.
+# Adds a module: a shared object that a program loads on first use, because the libraries behind it load slowly. It is
+# built in lib/tavel, next to the directory of the programs.
+#   tavel_add_module(NAME SOURCES...)
 function(tavel_add_module name)
   add_library(${name} MODULE ${ARGN})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/Sources)
-  # Only the module's entry is visible: neither its own code nor that of the static libraries in it.
+  # Exports the module's entry only. The symbols of our static libraries are hidden, too.
   target_link_options(${name} PRIVATE LINKER:--exclude-libs,ALL)
   set_target_properties(${name} PROPERTIES
     PREFIX ""

@@ -11,13 +11,12 @@ namespace tavel {
 
 enum class ByteOrder { bigEndian, littleEndian };
 
-/// Numbers at places of a file that may end anywhere and lie about its own layout.
+/// Reads numbers from an untrusted file, which may be cut short or describe a layout that it does not have.
 class ImageFields {
 public:
     ImageFields(std::string_view file, ByteOrder order) : file_(file), order_(order) {}
 
-    /// The unsigned number of `octets` bytes, 1 to 8, at `offset`; nothing if the file does not hold all of
-    /// them.
+    /// The unsigned number in the 1 to 8 bytes at `offset`; nullopt if the file does not hold all of them.
     std::optional<std::uint64_t> number(std::uint64_t offset, std::size_t octets) const {
         if (offset > file_.size() || octets > file_.size() - offset)
             return std::nullopt;
@@ -29,7 +28,7 @@ public:
         return value;
     }
 
-    /// The same for a number that the caller knows to be there, or whose absence means 0.
+    /// The same, with 0 in place of nullopt.
     std::uint64_t numberOrZero(std::uint64_t offset, std::size_t octets) const {
         return number(offset, octets).value_or(0);
     }
@@ -39,7 +38,7 @@ private:
     ByteOrder order_;
 };
 
-/// The header with that size; nothing if a side is 0, or larger than any format can say.
+/// A header with those sides in pixels. nullopt if a side is 0 or larger than any format allows.
 inline std::optional<ImageHeader> makeImageHeader(std::string_view typeIdentifier, std::uint64_t width,
                                                   std::uint64_t height) {
     constexpr std::uint64_t longestSide = UINT32_MAX;
@@ -48,7 +47,7 @@ inline std::optional<ImageHeader> makeImageHeader(std::string_view typeIdentifie
     return ImageHeader{typeIdentifier, static_cast<std::int64_t>(width), static_cast<std::int64_t>(height)};
 }
 
-/// The readers of the formats that take more than a few fields. Each answers nothing for any other format.
+/// Readers of the formats that need more than a few fields. nullopt for a file of any other format.
 std::optional<ImageHeader> readJpegHeader(std::string_view file);
 std::optional<ImageHeader> readPngHeader(std::string_view file);
 std::optional<ImageHeader> readTiffHeader(std::string_view file);

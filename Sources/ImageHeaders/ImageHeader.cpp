@@ -8,25 +8,25 @@ namespace {
 std::optional<ImageHeader> readGifHeader(std::string_view file) {
     if (!file.starts_with("GIF87a") && !file.starts_with("GIF89a"))
         return std::nullopt;
-    // The logical screen, which every frame is painted on. Its descriptor is seven bytes long.
+    // The size of the logical screen, on which all frames are painted. Byte 12 ends its descriptor.
     const ImageFields fields(file, ByteOrder::littleEndian);
     if (!fields.number(12, 1))
         return std::nullopt;
     return makeImageHeader("com.compuserve.gif", fields.numberOrZero(6, 2), fields.numberOrZero(8, 2));
 }
 
-/// A lossy image: the frame header of a key frame, RFC 6386 section 9.1.
+/// Lossy images start with the frame header of a key frame (RFC 6386, section 9.1).
 std::optional<ImageHeader> readLossyWebp(std::string_view chunk) {
     const ImageFields fields(chunk, ByteOrder::littleEndian);
     const bool isKeyFrame = (fields.number(0, 1).value_or(1) & 1) == 0;
     if (!isKeyFrame || fields.number(3, 3) != 0x2A019D)
         return std::nullopt;
-    // The two upper bits are a scale for showing.
+    // The upper two bits are a scale for display.
     return makeImageHeader("org.webmproject.webp", fields.numberOrZero(6, 2) & 0x3FFF,
                            fields.numberOrZero(8, 2) & 0x3FFF);
 }
 
-/// A lossless image: 14 bits each for the sides less one, and a version of 0.
+/// Lossless images store each side less one in 14 bits, and a version, which must be 0.
 std::optional<ImageHeader> readLosslessWebp(std::string_view chunk) {
     const ImageFields fields(chunk, ByteOrder::littleEndian);
     const auto packed = fields.number(1, 4);
@@ -35,7 +35,7 @@ std::optional<ImageHeader> readLosslessWebp(std::string_view chunk) {
     return makeImageHeader("org.webmproject.webp", (*packed & 0x3FFF) + 1, (*packed >> 14 & 0x3FFF) + 1);
 }
 
-/// The extended format names the canvas: 24 bits each for the sides less one.
+/// The extended format stores each side of the canvas less one in 24 bits.
 std::optional<ImageHeader> readExtendedWebp(std::string_view chunk) {
     const ImageFields fields(chunk, ByteOrder::littleEndian);
     const auto width = fields.number(4, 3);
@@ -62,9 +62,9 @@ std::optional<ImageHeader> readWebpHeader(std::string_view file) {
 
 std::optional<ImageHeader> readBmpHeader(std::string_view file) {
     constexpr std::string_view type = "com.microsoft.bmp";
-    constexpr std::uint64_t coreHeader = 12;  // the oldest one, with sides of 16 bits
-    constexpr std::uint64_t infoHeader = 40;  // all later ones begin like this one
-    constexpr std::uint64_t longHeader = 124; // the longest one, version 5
+    constexpr std::uint64_t coreHeader = 12;  // the oldest, with 16-bit sides
+    constexpr std::uint64_t infoHeader = 40;  // the start of all later ones
+    constexpr std::uint64_t longHeader = 124; // the longest, version 5
     const ImageFields fields(file, ByteOrder::littleEndian);
     const auto headerSize = fields.number(14, 4);
     if (!file.starts_with("BM") || !headerSize)
@@ -85,7 +85,7 @@ std::optional<ImageHeader> readBmpHeader(std::string_view file) {
     const std::int64_t height = signedSide(22);
     if (width <= 0)
         return std::nullopt;
-    // A negative height says that the first row is the upper one.
+    // A negative height means that the rows run from the top down.
     const std::int64_t rows = height < 0 ? -height : height;
     return makeImageHeader(type, static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(rows));
 }

@@ -6,16 +6,16 @@
 
 namespace tavel {
 
-/// What the header of an image file says of its first image.
+/// The format of an image file and the size of its first image, by the file's header.
 struct ImageHeader {
-    std::string_view typeIdentifier; // such as public.png; lives for ever
+    std::string_view typeIdentifier; // a UTI such as public.png, in static storage
     std::int64_t width = 0;          // pixels, at least 1
     std::int64_t height = 0;         // pixels, at least 1
 };
 
-/// Reads the header of a PNG, JPEG, GIF, TIFF, WebP or BMP file, which is told by its content. No pixel is
-/// decoded, and the time does not depend on the size that the file claims to have. Nothing if it is none of
-/// these, or if its header is cut short or contradicts its format.
+/// Recognises PNG, JPEG, GIF, TIFF, WebP and BMP files by their content and reads the header. Decodes no
+/// pixels, and the time does not depend on the size that the header claims. nullopt for any other file, and
+/// for a header that is cut short or malformed. Any thread.
 std::optional<ImageHeader> readImageHeader(std::string_view file);
 
 } // namespace tavel

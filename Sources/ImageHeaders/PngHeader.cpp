@@ -9,7 +9,7 @@ namespace {
 constexpr std::string_view signature = "\x89PNG\r\n\x1a\n";
 constexpr std::size_t headerLength = 13;
 
-/// The checksum of PNG (ISO 3309), bit by bit: it is only taken over one short chunk.
+/// The CRC of PNG (ISO 3309). Bit by bit is fast enough for one short chunk.
 std::uint32_t checksum(std::string_view content) {
     std::uint32_t remainder = 0xFFFFFFFF;
     for (const char c : content) {
@@ -20,7 +20,7 @@ std::uint32_t checksum(std::string_view content) {
     return ~remainder;
 }
 
-/// PNG (third edition), table 9: which depths a colour type allows.
+/// Whether the colour type allows the depth (PNG, third edition, table 9).
 bool isLegal(std::uint64_t colourType, std::uint64_t depth) {
     const auto isOneOf = [depth](auto... depths) { return ((depth == depths) || ...); };
     switch (colourType) {

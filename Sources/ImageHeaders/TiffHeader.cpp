@@ -3,11 +3,11 @@
 namespace tavel {
 namespace {
 
-/// The layout of a directory: classic TIFF (TIFF 6.0, section 2) or BigTIFF, whose numbers are longer.
+/// The layout of a directory in classic TIFF (TIFF 6.0, section 2) or in BigTIFF, which has wider fields.
 struct Layout {
     std::size_t countOctets;
     std::size_t entryOctets;
-    std::size_t valueOffset; // of the value in an entry
+    std::size_t valueOffset; // of the value within an entry
 };
 
 constexpr Layout classicLayout{2, 12, 8};
@@ -19,7 +19,7 @@ struct Directory {
     std::uint64_t offset;
 };
 
-/// Finds the first directory. Its offset is the header's last field.
+/// Locates the first directory by the header's last field.
 std::optional<Directory> openDirectory(std::string_view file) {
     const bool isLittleEndian = file.starts_with("II");
     if (!isLittleEndian && !file.starts_with("MM"))
@@ -30,14 +30,14 @@ std::optional<Directory> openDirectory(std::string_view file) {
         if (const auto offset = fields.number(4, 4))
             return Directory{fields, classicLayout, *offset};
     } else if (version == 43 && fields.number(4, 4) == (isLittleEndian ? 8 : 0x80000)) {
-        // The offsets' size of 8, and a constant of 0.
+        // Bytes 4 to 7 were the offset size, 8, and a constant 0.
         if (const auto offset = fields.number(8, 8))
             return Directory{fields, bigLayout, *offset};
     }
     return std::nullopt;
 }
 
-/// The one value of a SHORT, LONG or (BigTIFF) LONG8 entry; it stands in the entry itself.
+/// The value of a SHORT, LONG or (in BigTIFF) LONG8 entry with one value, which the entry itself holds.
 std::optional<std::uint64_t> readValue(const Directory& directory, std::uint64_t entry) {
     constexpr std::uint64_t typeShort = 3;
     constexpr std::uint64_t typeLong = 4;
@@ -61,7 +61,7 @@ std::optional<std::uint64_t> readValue(const Directory& directory, std::uint64_t
 std::optional<ImageHeader> readTiffHeader(std::string_view file) {
     constexpr std::uint64_t tagWidth = 256;
     constexpr std::uint64_t tagLength = 257;
-    constexpr std::uint64_t mostEntries = 65'535; // what the classic count can say
+    constexpr std::uint64_t mostEntries = 65'535; // the largest classic count
     const auto directory = openDirectory(file);
     if (!directory || directory->offset > file.size())
         return std::nullopt;
@@ -76,7 +76,7 @@ std::optional<ImageHeader> readTiffHeader(std::string_view file) {
         if (!directory->fields.number(entry + directory->layout.entryOctets - 1, 1))
             return std::nullopt;
         const std::uint64_t tag = directory->fields.numberOrZero(entry, 2);
-        // The first entry of a tag counts, as in libtiff.
+        // As in libtiff, the first entry with a tag counts.
         if (tag == tagWidth && !width)
             width = readValue(*directory, entry);
         if (tag == tagLength && !length)

@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-/// What every event loop promises.
+/// The promises of every event loop.
 namespace tavel {
 
 using namespace std::chrono_literals;
@@ -58,7 +58,7 @@ TEST(EventLoop, neverRunsAFunctionInsideAnother) {
     runUntil(loop, [&] { return runs >= 100; });
     EXPECT_EQ(deepest, 1);
     for (int pass = 0; pass < 10; ++pass)
-        loop.runOnce(10ms); // what is still posted refers to this test's variables
+        loop.runOnce(10ms); // functions still in the queue refer to this test's variables
 }
 
 TEST(EventLoop, letsAFunctionGoBeforeTheNextOneRuns) {
@@ -99,12 +99,12 @@ TEST(EventLoop, runsEveryPostOfManyThreadsInEachThreadsOrder) {
 TEST(EventLoop, anIdlePassLastsAsLongAsItMayAndNoLonger) {
     const auto owned = makeTestedEventLoop();
     EventLoop& loop = *owned;
-    loop.runOnce(0ms); // takes up the wake-up by which the loop announced itself
+    loop.runOnce(0ms); // consumes the wake-up that the loop's creation caused
     for (const auto longestWait : {0ms, 1ms, 80ms}) {
         const auto start = Clock::now();
         loop.runOnce(longestWait);
         EXPECT_GE(Clock::now() - start, longestWait);
-        EXPECT_LT(Clock::now() - start, patience);
+        EXPECT_LT(Clock::now() - start, testTimeout);
     }
 }
 
@@ -151,13 +151,13 @@ TEST(EventLoop, doesNotMakeUpForTicksThatComeLate) {
     int ticks = 0;
     loop.repeat(interval, [&] { ++ticks; });
     runUntil(loop, [&] { return ticks > 0; });
-    std::this_thread::sleep_for(passes * interval); // the thread was busy for as many ticks
+    std::this_thread::sleep_for(passes * interval); // the thread misses that many ticks
 
     const int ticksBefore = ticks;
     const auto start = Clock::now();
     for (int pass = 0; pass < passes; ++pass)
         loop.runOnce(0ms);
-    // One late tick, and those that were due while the passes ran: none, unless the machine is very busy.
+    // One late tick, and those that became due during the passes: none unless the machine is very busy.
     const auto due = (Clock::now() - start) / interval + 1;
     EXPECT_GE(ticks, ticksBefore + 1);
     EXPECT_LE(ticks, ticksBefore + 1 + due);
@@ -166,11 +166,11 @@ TEST(EventLoop, doesNotMakeUpForTicksThatComeLate) {
 TEST(EventLoop, runsABackgroundJobOnAnotherThread) {
     const auto owned = makeTestedEventLoop();
     EventLoop& loop = *owned;
-    // Shared with the job, which may outlast the test's wait for it.
+    // Shared with the job, which may still run after the test has given up.
     const auto ranOn = std::make_shared<std::promise<std::thread::id>>();
     auto result = ranOn->get_future();
     loop.runInBackground([ranOn] { ranOn->set_value(std::this_thread::get_id()); });
-    ASSERT_EQ(result.wait_for(patience), std::future_status::ready) << "without any pass of the loop";
+    ASSERT_EQ(result.wait_for(testTimeout), std::future_status::ready) << "without any pass of the loop";
     EXPECT_NE(result.get(), std::this_thread::get_id());
 }
 
@@ -186,7 +186,7 @@ TEST(EventLoop, aBackgroundJobCanReportToTheLoop) {
     });
     runUntil(loop, [&] { return reportedOn != std::thread::id(); });
     EXPECT_EQ(reportedOn, std::this_thread::get_id());
-    isFinished.wait(); // the loop must outlive the job's use of it
+    isFinished.wait(); // the job uses the loop until then
 }
 
 TEST(EventLoop, stopWaitingBeforeAPassEndsThatPassOnly) {
@@ -196,7 +196,7 @@ TEST(EventLoop, stopWaitingBeforeAPassEndsThatPassOnly) {
     loop.stopWaiting();
     auto start = Clock::now();
     loop.runOnce(forEver);
-    EXPECT_LT(Clock::now() - start, patience);
+    EXPECT_LT(Clock::now() - start, testTimeout);
     start = Clock::now();
     loop.runOnce(80ms);
     EXPECT_GE(Clock::now() - start, 80ms) << "the next pass waits again";
@@ -208,7 +208,7 @@ TEST(EventLoop, stopWaitingFromAnotherThreadEndsTheWait) {
     std::thread stopper([&] { loop.stopWaiting(); });
     const auto start = Clock::now();
     loop.runOnce(forEver);
-    EXPECT_LT(Clock::now() - start, patience);
+    EXPECT_LT(Clock::now() - start, testTimeout);
     stopper.join();
 }
 
@@ -219,8 +219,8 @@ TEST(EventLoop, runsWhatIsPostedWhileItWaits) {
     auto hasRun = ran.get_future();
     std::thread poster([&] {
         loop.post([&] { ran.set_value(); });
-        // Whatever ends the wait: it is not needed for the function to run.
-        EXPECT_EQ(hasRun.wait_for(patience), std::future_status::ready);
+        // The function has to run without stopWaiting, which only ends the pass.
+        EXPECT_EQ(hasRun.wait_for(testTimeout), std::future_status::ready);
         loop.stopWaiting();
     });
     loop.runOnce(forEver);

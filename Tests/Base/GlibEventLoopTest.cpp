@@ -13,7 +13,8 @@ namespace tavel {
 namespace {
 
 using namespace std::chrono_literals;
-/// Tells another thread that the loop has begun to wait.
+
+/// Lets another thread wait until the loop is in its own wait.
 class WaitObserver {
 public:
     WaitObserver() : before_(g_main_context_get_poll_func(g_main_context_default())) {
@@ -25,10 +26,10 @@ public:
     WaitObserver(const WaitObserver&) = delete;
     WaitObserver& operator=(const WaitObserver&) = delete;
 
-    /// Returns when the loop waits, or is one instruction away from it.
+    /// Returns when the loop waits or is about to.
     void awaitWait() const { waiting_.wait(false); }
 
-    /// Lets go whoever still waits for a wait that did not come.
+    /// Ends awaitWait even if the loop did not wait.
     void release() {
         waiting_ = true;
         waiting_.notify_all();
@@ -74,7 +75,7 @@ TEST(GlibEventLoop, runsWhatATimerPostsInALaterPass) {
         timerRan = true;
         loop.post([&] { postedRan = true; });
     });
-    loop.post([] {}); // so that the posted functions and the timer are ready in one pass
+    loop.post([] {}); // so that the queue and the timer are ready in the same pass
     runUntil(loop, [&] { return timerRan; });
     EXPECT_FALSE(postedRan);
     loop.runOnce(forEver);
@@ -91,7 +92,7 @@ TEST(GlibEventLoop, aPostFromAnotherThreadEndsTheWaitAtOnce) {
     });
     const auto start = Clock::now();
     loop.runOnce(forEver);
-    EXPECT_LT(Clock::now() - start, patience);
+    EXPECT_LT(Clock::now() - start, testTimeout);
     EXPECT_TRUE(ran) << "in the pass that was waiting";
     observer.release();
     poster.join();
@@ -103,7 +104,7 @@ TEST(GlibEventLoop, stopWaitingTwiceBeforeAPassEndsThatPassOnly) {
     loop.stopWaiting();
     auto start = Clock::now();
     loop.runOnce(forEver);
-    EXPECT_LT(Clock::now() - start, patience);
+    EXPECT_LT(Clock::now() - start, testTimeout);
     start = Clock::now();
     loop.runOnce(80ms);
     EXPECT_GE(Clock::now() - start, 80ms) << "the next pass waits again";
@@ -118,7 +119,7 @@ TEST(GlibEventLoop, stopWaitingEndsTheWaitThatIsUnderWay) {
     });
     const auto start = Clock::now();
     loop.runOnce(forEver);
-    EXPECT_LT(Clock::now() - start, patience);
+    EXPECT_LT(Clock::now() - start, testTimeout);
     observer.release();
     stopper.join();
 }
@@ -130,7 +131,7 @@ TEST(GlibEventLoop, aDelayedFunctionEndsTheWait) {
     const auto start = Clock::now();
     while (!ran && Clock::now() - start < forEver)
         loop.runOnce(forEver);
-    EXPECT_LT(Clock::now() - start, patience);
+    EXPECT_LT(Clock::now() - start, testTimeout);
 }
 
 TEST(GlibEventLoop, takesItsTimersAndPostsWithItWhenItEnds) {

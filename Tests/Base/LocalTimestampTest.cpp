@@ -16,7 +16,6 @@ namespace {
 
 class LocalTimestampTest : public testing::Test {
 protected:
-    /// What is said now, of which the seconds are those of the test.
     std::string now() { return timestamp_.now(); }
 
     static std::string expected(const char* pattern, std::time_t time) {
@@ -26,7 +25,7 @@ protected:
         return {text.data(), std::strftime(text.data(), text.size(), pattern, &parts)};
     }
 
-    /// Whether it is the time of one of the seconds in which the test ran.
+    /// Whether the text is the time of a second between `before` and now.
     static bool isNow(const std::string& text, std::time_t before) {
         for (std::time_t time = before; time <= std::time(nullptr); ++time) {
             if (text == expected("%Y-%m-%d-%H%M%S", time))
@@ -65,11 +64,11 @@ TEST_F(LocalTimestampTest, isInTheDigitsOfTheUsersCountry) {
     const EnvironmentVariable language("LANG", "fa_IR.UTF-8");
     const std::string text = now();
     EXPECT_EQ(text.find_first_of("0123456789"), std::string::npos) << text;
-    EXPECT_EQ(text.size(), 14 * 2 + 3U) << text; // digits of two bytes, and the lines between them
+    EXPECT_EQ(text.size(), 14 * 2 + 3U) << text; // two-byte digits and three hyphens
 }
 
 TEST_F(LocalTimestampTest, isInTheUsersTimeZone) {
-    const EnvironmentVariable zone("TZ", "Asia/Kathmandu"); // 5 hours and 45 minutes before universal time
+    const EnvironmentVariable zone("TZ", "Asia/Kathmandu"); // UTC+05:45
     tzset();
     const std::time_t before = std::time(nullptr);
     EXPECT_NE(expected("%M", before), expected("%M", before - std::time_t{5 * 3600 + 45 * 60}));

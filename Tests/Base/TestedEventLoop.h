@@ -10,21 +10,21 @@ namespace tavel {
 
 using Clock = std::chrono::steady_clock;
 
-/// Longer than any pass may take here, and shorter than a test may run.
+/// A wait that must be ended early. Longer than any pass here, shorter than the test's own time-out.
 inline constexpr std::chrono::seconds forEver{60};
 
-/// No machine is so busy that something due at once takes longer.
-inline constexpr std::chrono::seconds patience{30};
+/// The limit for anything that is due at once. Even a busy machine stays below it.
+inline constexpr std::chrono::seconds testTimeout{30};
 
-/// A new event loop of the platform whose test program this is. Main thread.
+/// Makes an event loop of the platform under test; each test program defines this. Main thread only.
 std::unique_ptr<EventLoop> makeTestedEventLoop();
 
-/// Runs passes until the condition holds. Throws if that takes too long.
+/// Runs passes until the condition holds. Throws std::runtime_error after `testTimeout`.
 template <typename Condition>
 void runUntil(EventLoop& loop, Condition condition) {
-    const auto end = Clock::now() + patience;
+    const auto deadline = Clock::now() + testTimeout;
     while (!condition()) {
-        if (Clock::now() > end)
+        if (Clock::now() > deadline)
             throw std::runtime_error("What was waited for did not happen.");
         loop.runOnce(std::chrono::milliseconds(10));
     }

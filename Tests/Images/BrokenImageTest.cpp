@@ -11,13 +11,13 @@
 namespace tavel {
 namespace {
 
-/// One file of each way in which the pixels of a format are stored.
+/// One file for each encoding of each format.
 const std::vector<std::string> files{
     "jpeg-baseline.jpg", "jpeg-progressive.jpg", "gif-static.gif", "gif-interlaced.gif", "tiff-LZW.tif",
     "tiff-Zip.tif",      "tiff-tiles.tif",       "tiff-JPEG.tif",  "webp-lossy.webp",    "webp-lossless.webp",
     "webp-alpha.webp",   "bmp-24.bmp",           "bmp-rle.bmp",    "heif-avif.avif",     "heif-heic.heic"};
 
-/// Places in every kilobyte or so, and between all of the first bytes.
+/// Every size below 64, and then every multiple of 1024.
 std::set<std::size_t> cuts(std::size_t size) {
     std::set<std::size_t> places;
     for (std::size_t place = 0; place < std::min<std::size_t>(size, 64); ++place)
@@ -53,10 +53,10 @@ TEST(BrokenImage, survivesFlippedBits) {
     Random random(2);
     for (const std::string& name : files) {
         const std::string file = readPicture(name);
-        const bool isSlow = name.starts_with("heif"); // these start threads for each picture
+        const bool isSlow = name.starts_with("heif"); // the decoder starts threads for each picture
         for (int round = 0; round < (isSlow ? 20 : 150); ++round) {
             std::string changed = file;
-            // The front, where the structure is, and anywhere.
+            // In turns: within the headers, and anywhere.
             const std::size_t place =
                 random.below(round % 2 == 0 ? std::min<std::size_t>(file.size(), 256) : file.size());
             changed[place] = static_cast<char>(changed[place] ^ 1 << random.below(8));

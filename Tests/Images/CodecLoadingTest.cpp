@@ -1,4 +1,3 @@
-#include "Tests/Images/MappedLibraries.h"
 #include "Tests/Images/Pictures.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
 

@@ -20,7 +20,7 @@ void readFrom(png_structp png, png_bytep target, size_t size) {
     rest.remove_prefix(size);
 }
 
-/// Frees what libpng holds, whatever ends the reading.
+/// Frees libpng's structures, also after an exception.
 struct Reader {
     explicit Reader(std::string_view file)
         : rest(file), png(png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, fail, fail)),

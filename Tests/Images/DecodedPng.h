@@ -12,13 +12,13 @@ namespace tavel {
 struct DecodedPng {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    int depth = 0;                     // bits of a sample, as in the file
+    int depth = 0;                     // bits per sample, as in the file
     int colourType = 0;                // as in the file
     std::string profile;               // ICC; empty if there is none
-    std::vector<std::uint16_t> pixels; // red, green, blue and alpha, whatever the file's type
+    std::vector<std::uint16_t> pixels; // RGBA, whatever the file's colour type
 };
 
-/// Nothing if libpng finds any fault.
+/// nullopt if libpng reports an error.
 std::optional<DecodedPng> decodePng(std::string_view file);
 
 } // namespace tavel

@@ -7,14 +7,14 @@
 namespace tavel {
 namespace {
 
-constexpr int step8 = 257; // of 8 bits, counted in those of 16
+constexpr int step8 = 257; // one 8-bit step in 16-bit steps
 
 std::string throughJpeg(const std::string& name, double quality) {
     const auto jpeg = codec().encodeJpeg(Bytes::copyOf(readPicture(name)), quality);
     return jpeg ? std::string(jpeg->view()) : std::string();
 }
 
-/// How far the pixels are from those of the source after the way through a JPEG.
+/// The mean distance between the source's pixels and those of its JPEG.
 double meanDistance(const std::string& name, double quality) {
     const auto png = throughPng(throughJpeg(name, quality));
     if (!png)

@@ -9,10 +9,10 @@
 namespace tavel {
 namespace {
 
-constexpr int step8 = 257; // of 8 bits, counted in those of 16
+constexpr int step8 = 257; // one 8-bit step in 16-bit steps
 
-/// How a picture has to come out: no sample farther from the source than `largest`, and all together no
-/// farther than `mean`, in steps of 16 bits.
+/// The expected result: no sample differs from the source by more than `largest`, and all samples differ by
+/// at most `mean` on average, both in 16-bit steps.
 struct Expectation {
     std::string name;
     int depth;
@@ -32,7 +32,7 @@ void expectPicture(const Expectation& expected) {
     EXPECT_LE(apart.mean, expected.mean);
 }
 
-/// The profile of a JPEG that has one in a single segment.
+/// The profile of a JPEG that holds it in a single segment.
 std::string profileOfJpeg(const std::string& file) {
     const std::size_t name = file.find(std::string("ICC_PROFILE\0\1\1", 14));
     if (name == std::string::npos)
@@ -78,7 +78,7 @@ TEST(EncodePng, saysGreysInAsFewBitsAsSayThemExactly) {
 }
 
 TEST(EncodePng, turnsCmykIntoTheColoursThatWerePrinted) {
-    // Two roundings apart: ImageMagick converts from 16 bits.
+    // ImageMagick converts from 16 bits, so two roundings differ.
     for (const std::string name : {"jpeg-cmyk.jpg", "jpeg-cmyk-bare.jpg", "tiff-cmyk.tif"}) {
         expectPicture({name, 8, 8 * step8, 1.0 * step8});
         EXPECT_EQ(throughPng(readPicture(name))->profile, "") << name;
@@ -95,7 +95,7 @@ TEST(EncodePng, keepsProfiles) {
 }
 
 TEST(EncodePng, doesNotTurnPictures) {
-    // Orientation 6 in a directory of one entry: to be shown turned by a right angle.
+    // A directory with one entry: orientation 6, a rotation by 90 degrees.
     const std::string segment("\xFF\xE1\0\x22"
                               "Exif\0\0"
                               "MM\0*\0\0\0\x08"
@@ -117,7 +117,7 @@ TEST(EncodePng, keepsThePixelsOfGifs) {
 }
 
 TEST(EncodePng, keepsAGifsScreen) {
-    // A size that readers often take for a mistake; the frame covers a part of it.
+    // Some readers take this size for a mistake. The frame covers only a part of the screen.
     const auto png = throughPng(readPicture("gif-screen.gif"));
     ASSERT_TRUE(png);
     ASSERT_EQ(png->width, 640U);
@@ -148,7 +148,7 @@ TEST(EncodePng, keepsDepth) {
 }
 
 TEST(EncodePng, bringsOtherNumbersToSixteenBits) {
-    // From 8 bits to real numbers and back.
+    // 8 bits, converted to real numbers and back.
     expectPicture({"tiff-float.tif", 16, step8});
     expectPicture({"tiff-float-grey.tif", 16, step8});
     expectPicture({"tiff-lab.tif", 16, 3 * step8});
@@ -165,11 +165,11 @@ TEST(EncodePng, keepsThePixelsOfBmps) {
     expectPicture({"bmp-4.bmp", 4});
     for (const std::string name : {"8", "rle", "24", "core", "32"})
         expectPicture({"bmp-" + name + ".bmp", 8});
-    expectPicture({"bmp-16.bmp", 8, 8 * step8}); // five bits, filled up in two ways
+    expectPicture({"bmp-16.bmp", 8, 8 * step8}); // decoders expand five bits in different ways
 }
 
 TEST(EncodePng, readsHeifAndAvif) {
-    // Lossy, with half the colours' resolution.
+    // Lossy, with chroma at half the resolution.
     expectPicture({"heif-avif.avif", 8, 65'535, 6.0 * step8});
     expectPicture({"heif-heic.heic", 8, 65'535, 6.0 * step8});
     EXPECT_EQ(codec().typeIdentifier(Bytes::copyOf(readPicture("heif-avif.avif"))), "public.avif");

@@ -1,6 +1,5 @@
-// A program of its own: what one conversion has loaded stays.
+// A separate program, because a loaded library stays loaded.
 
-#include "Tests/Images/MappedLibraries.h"
 #include "Tests/Images/Pictures.h"
 
 #include <gtest/gtest.h>

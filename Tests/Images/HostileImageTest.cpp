@@ -20,8 +20,8 @@ std::string entry(unsigned tag, unsigned type, std::uint64_t count, std::uint64_
     return little(tag, 2) + little(type, 2) + little(count, 4) + little(value, 4);
 }
 
-/// A grey TIFF of 8 bits whose one strip, of zeros, has all the pixels; further entries and the place of the
-/// next directory.
+/// A grey TIFF of 8 bits per sample with all pixels, zeros, in one strip. `further` holds additional entries
+/// and `next` is the offset of the next directory.
 std::string greyTiff(std::uint32_t width, std::uint32_t height, const std::string& further = "",
                      std::uint32_t next = 0) {
     const std::size_t count = 8 + further.size() / 12;
@@ -32,7 +32,7 @@ std::string greyTiff(std::uint32_t width, std::uint32_t height, const std::strin
            little(next, 4) + std::string(std::size_t{width} * height, '\0');
 }
 
-/// Changes the sides that a picture claims.
+/// Replaces the screen size in a GIF's header.
 std::string withGifSize(std::string gif, std::uint32_t width, std::uint32_t height) {
     return gif.replace(6, 4, little(width, 2) + little(height, 2));
 }
@@ -49,7 +49,7 @@ TEST(HostileImage, decodesUpToTheLimitOfPixels) {
 }
 
 TEST(HostileImage, measuresAPngThatClaimsTooMuchButDoesNotDecodeIt) {
-    // 60,000 pixels each way; the checksum is that of this header.
+    // Sides of 60,000 pixels, with the correct checksum of the header.
     const std::string file =
         "\x89PNG\r\n\x1a\n\0\0\0\x0DIHDR\0\0\xEA\x60\0\0\xEA\x60\x08\x02\0\0\0"s + "\x0F\xB0\xE2\x15"s;
     const auto size = codec().measure(Bytes::copyOf(file));
@@ -81,7 +81,7 @@ TEST(HostileImage, readsOnlyTheFirstOfManyGifFrames) {
 
 TEST(HostileImage, readsOnlyTheFirstOfTiffDirectoriesInALoop) {
     EXPECT_TRUE(throughPng(greyTiff(100, 100, "", 8)));
-    // A chain of as many directories as fit, each of one entry.
+    // A chain of a million directories with one entry each.
     std::string chain = greyTiff(10, 10);
     const std::size_t next = 8 + 2 + std::size_t{8} * 12;
     chain.replace(next, 4, little(chain.size(), 4));
@@ -95,8 +95,8 @@ TEST(HostileImage, refusesAbsurdTiffLayouts) {
     EXPECT_FALSE(throughPng(greyTiff(100, 100, entry(277, 3, 1, 65'535))));
 }
 
-/// A progressive JPEG of one black block in so many scans, at most 127: one for the mean, and two for each of
-/// the 63 waves, of which each says that it is nowhere. The one code of both tables is a single bit.
+/// A progressive JPEG of one block in `count` scans, at most 127: one for the DC coefficient and two for each
+/// of the 63 AC coefficients, all empty. The only code of both Huffman tables is a single bit.
 std::string jpegOfScans(int count) {
     const std::string codes = "\x01"s + std::string(15, '\0') + '\0';
     std::string file = "\xFF\xD8\xFF\xDB\0\x43\0"s + std::string(64, '\x01') +
@@ -105,7 +105,8 @@ std::string jpegOfScans(int count) {
     file += "\xFF\xDA\0\x08\x01\x01\0\0\0\0\x7F"s;
     for (int i = 0; i < count - 1; ++i) {
         const char wave = static_cast<char>(i % 63 + 1);
-        const char bits = i < 63 ? '\x01' : '\x10'; // first all but the last bit, then that one
+        const char bits =
+            i < 63 ? '\x01' : '\x10'; // successive approximation: first all bits but the last, then the last
         file += "\xFF\xDA\0\x08\x01\x01\0"s + wave + wave + bits + '\x7F';
     }
     return file + "\xFF\xD9";

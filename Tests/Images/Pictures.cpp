@@ -52,4 +52,14 @@ Distance distance(const std::vector<std::uint16_t>& one, const std::vector<std::
     return result;
 }
 
+bool isMapped(const std::string& name) {
+    std::ifstream maps("/proc/self/maps");
+    std::string line;
+    while (std::getline(maps, line)) {
+        if (line.find(name) != std::string::npos)
+            return true;
+    }
+    return false;
+}
+
 } // namespace tavel

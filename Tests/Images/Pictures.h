@@ -11,29 +11,32 @@
 
 namespace tavel {
 
-/// The sides of the pictures that make-pictures makes.
+/// The sides of the pictures of make-pictures.
 inline constexpr std::int64_t pictureWidth = 203;
 inline constexpr std::int64_t pictureHeight = 149;
 
-/// A codec whose messages fail the test.
+/// A shared codec. Each message that it logs fails the test.
 OnDemandImageCodec& codec();
 
-/// A picture that make-pictures made. Throws if it is not there.
+/// The file of a picture of make-pictures. Throws std::runtime_error if it is missing.
 std::string readPicture(const std::string& name);
 
-/// Its pixels, as ImageMagick decodes them: red, green, blue and alpha.
+/// The pixels of that picture, RGBA, as ImageMagick decodes them.
 std::vector<std::uint16_t> readPixels(const std::string& name);
 
-/// The picture as the codec and then libpng read it; nothing if either does not.
+/// Encodes the picture as PNG with the codec, and decodes that with libpng. nullopt if either fails.
 std::optional<DecodedPng> throughPng(std::string_view file);
 
-/// How far apart two pictures are, in 16-bit steps. Colour does not count where both are transparent.
+/// The difference of two pictures in 16-bit steps. Pixels that are transparent in both do not count.
 struct Distance {
     double mean = 0;
     int largest = 0;
 };
 
-/// The pictures must have the same number of samples.
+/// Throws std::runtime_error unless both have the same number of samples.
 Distance distance(const std::vector<std::uint16_t>& one, const std::vector<std::uint16_t>& other);
+
+/// Whether this process has mapped a library whose path contains `name`.
+bool isMapped(const std::string& name);
 
 } // namespace tavel
