@@ -1,5 +1,5 @@
-// convert-image IN OUT.png|OUT.jpg: converts a picture as the agent would, and prints as JSON how long
-// measuring and converting took and how much memory the process came to.
+// convert-image IN OUT.png|OUT.jpg|--measure: converts a picture, or only measures it, as the agent does.
+// Prints the times of both steps and the peak memory of the process as JSON.
 
 #include "Linux/Images/OnDemandImageCodec.h"
 

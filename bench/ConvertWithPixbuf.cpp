@@ -1,4 +1,4 @@
-// convert-with-pixbuf IN OUT.png: a peer of convert-image that decodes and encodes with GDK-PixBuf.
+// convert-with-pixbuf IN OUT.png: does the same as convert-image, with GDK-PixBuf, for comparison.
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
 

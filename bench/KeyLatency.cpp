@@ -1,5 +1,5 @@
-// Presses Control+V, and then F12 which it has grabbed itself, and prints how many milliseconds later that
-// key arrives: the server keeps it back for as long as somebody decides about the first one.
+// key-latency: presses Control+V and then F12, on which it has a grab itself. Prints the milliseconds until
+// F12 arrives: the server delays that key until the owner of the first grab has decided.
 
 #include "Linux/X11/X11Reply.h"
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-// Of every usual keyboard on X (evdev).
+// The key codes of evdev keyboards.
 constexpr xcb_keycode_t control = 37;
 constexpr xcb_keycode_t v = 55;
 constexpr xcb_keycode_t f12 = 96;

@@ -21,16 +21,16 @@
 namespace tavel {
 namespace {
 
-/// The line with an image of 64 MiB in base64, the largest that is taken, has about this length.
+/// About the length of a line with the largest accepted image, 64 MiB, in base64.
 constexpr std::size_t lineBytes = std::size_t{89'478'486};
 constexpr std::string_view lineHead = R"({"command":"write_image_data","request_id":1,"image_b64":")";
 
-/// A process that writes one long command into a pipe; a process, because two threads would share the time
-/// that the system spends on page tables.
+/// A child process that writes one long command into a pipe. A thread would compete with the reader for the
+/// page tables of the process.
 class Writer {
 public:
     Writer() {
-        const std::string& text = line(); // built once, before there is a child
+        const std::string& text = line(); // built once, before the fork
         std::array<int, 2> ends{};
         if (pipe(ends.data()) != 0)
             std::abort();
@@ -55,7 +55,7 @@ private:
     static const std::string& line() {
         static const std::string text = [] {
             std::string command(lineHead);
-            // A slash in 64 characters, escaped as most JSON writers of the home platform do.
+            // One slash in 64 characters, escaped as JSON writers of the home platform do.
             while (command.size() < lineBytes)
                 command += "iVBORw0KGgoAAAANSUhEUgAAB9AAAAfQCAYAAACaOMR5AAAACXBIWXMAAAsTAAA\\/";
             return command + "\"}\n";
@@ -67,7 +67,7 @@ private:
     pid_t child_ = -1;
 };
 
-void setLinesPerSecond(benchmark::State& state) {
+void setBytesProcessed(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(lineBytes) * state.iterations());
 }
 
@@ -82,7 +82,7 @@ void readToEnd(int descriptor, char* target, std::size_t room) {
     benchmark::DoNotOptimize(target[end - 1]);
 }
 
-/// The floor: the bytes come out of the pipe into memory that is touched for the first time, and no more.
+/// The lower bound: reads from the pipe into fresh memory, and nothing else.
 void readPipeOnly(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         const Writer writer;
@@ -90,11 +90,11 @@ void readPipeOnly(benchmark::State& state) {
         readToEnd(writer.readEnd(), target, lineBytes + 4096);
         std::free(target);
     }
-    setLinesPerSecond(state);
+    setBytesProcessed(state);
 }
 BENCHMARK(readPipeOnly)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
-/// The floor of a reader that also enlarges the pipe and asks for large pages.
+/// The lower bound for a reader that also enlarges the pipe and requests large pages.
 void readPipeWithHints(benchmark::State& state) {
     constexpr std::size_t pageBytes = std::size_t{2} << 20;
     constexpr std::size_t room = (lineBytes / pageBytes + 1) * pageBytes;
@@ -106,7 +106,7 @@ void readPipeWithHints(benchmark::State& state) {
         readToEnd(writer.readEnd(), target, room);
         std::free(target);
     }
-    setLinesPerSecond(state);
+    setBytesProcessed(state);
 }
 BENCHMARK(readPipeWithHints)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
@@ -118,7 +118,7 @@ void readLine(benchmark::State& state) {
         if (!line || line->text.size() < lineBytes)
             state.SkipWithError("the line is incomplete");
     }
-    setLinesPerSecond(state);
+    setBytesProcessed(state);
 }
 BENCHMARK(readLine)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
@@ -131,11 +131,11 @@ void readAndDecodeLine(benchmark::State& state) {
         if (!line || !decoder.decode(*line))
             state.SkipWithError("the line is no command");
     }
-    setLinesPerSecond(state);
+    setBytesProcessed(state);
 }
 BENCHMARK(readAndDecodeLine)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
-/// All that a picture goes through before its format is looked at.
+/// All the work on a picture before its format is checked.
 void readAndDecodeLineToBytes(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         const Writer writer;
@@ -148,11 +148,11 @@ void readAndDecodeLineToBytes(benchmark::State& state) {
         if (write == nullptr || !write->imageBase64 || !std::move(*write->imageBase64).decode())
             state.SkipWithError("the line carries no base64");
     }
-    setLinesPerSecond(state);
+    setBytesProcessed(state);
 }
 BENCHMARK(readAndDecodeLineToBytes)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
-/// A peer: the program that one would write first.
+/// For comparison: the straightforward implementation.
 void readAndDecodeTheObviousWay(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         const Writer writer;
@@ -170,11 +170,11 @@ void readAndDecodeTheObviousWay(benchmark::State& state) {
         if (size <= 0)
             state.SkipWithError("the line carries no base64");
     }
-    setLinesPerSecond(state);
+    setBytesProcessed(state);
 }
 BENCHMARK(readAndDecodeTheObviousWay)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 
-/// A peer: the C library's reader of lines.
+/// For comparison: the C library's getline.
 void readWithGetline(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         const Writer writer;
@@ -185,7 +185,7 @@ void readWithGetline(benchmark::State& state) {
         std::free(text);
         std::fclose(stream);
     }
-    setLinesPerSecond(state);
+    setBytesProcessed(state);
 }
 BENCHMARK(readWithGetline)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 

@@ -23,7 +23,7 @@ std::string frenchText(std::size_t size) {
     text.reserve(size + sentence.size());
     while (text.size() < size)
         text += sentence;
-    // Cut before a sentence and filled up, so that no letter is cut.
+    // Ends after a sentence and is padded with spaces, so that no character is cut.
     text.resize(size / sentence.size() * sentence.size());
     text.resize(size, ' ');
     return text;
@@ -33,7 +33,7 @@ void setBytesPerSecond(benchmark::State& state, std::size_t bytes) {
     state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
 }
 
-/// The floor of everything that writes its result somewhere.
+/// The lower bound for everything that writes a result of this size.
 void copyText(benchmark::State& state) {
     const std::string text = frenchText(textBytes);
     std::vector<char> target(text.size());
@@ -53,7 +53,7 @@ void checkUtf8(benchmark::State& state) {
 }
 BENCHMARK(checkUtf8);
 
-/// What every text and page is asked before it is exported or written.
+/// The check of every text and HTML page before it is exported or written.
 void checkTextFormat(benchmark::State& state) {
     const std::string text = frenchText(textBytes);
     for ([[maybe_unused]] auto _ : state)
@@ -82,7 +82,7 @@ void decodeBase64Text(benchmark::State& state) {
 }
 BENCHMARK(decodeBase64Text);
 
-/// All that a captured text goes through on its way to the pipe.
+/// All the work on a captured text before the event is written.
 void buildTextEvent(benchmark::State& state) {
     const std::string text = frenchText(textBytes);
     for ([[maybe_unused]] auto _ : state) {

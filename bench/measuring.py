@@ -1,4 +1,4 @@
-"""What the measuring scripts share: an agent at work, and what the system tells of it."""
+"""Shared by the measuring scripts: running an agent and reading its costs from the system."""
 
 import contextlib
 import json
@@ -79,7 +79,7 @@ def measure_idling(seconds, prepare=lambda agent: request(agent, command="ping")
         spent = processor_milliseconds(agent.pid) - before
         print(f"idle processor time    {spent * 60 / seconds:7.2f} ms a minute (measured over {seconds} s)")
         print(f"idle private memory    {private_mebibytes(agent.pid, 'Dirty'):7.2f} MiB")
-        # Not the agent's own: pages of libraries count as private while no other program has them mapped.
+        # Pages of libraries count as private only while no other program maps them.
         print(f"idle unshared files    {private_mebibytes(agent.pid, 'Clean'):7.2f} MiB of program and libraries")
         if shutil.which("strace"):
             count_system_calls(agent.pid)
@@ -95,7 +95,7 @@ def count_system_calls(pid, seconds=5):
         time.sleep(seconds)
         tracer.terminate()
         tracer.wait()
-        # The call that the tracer interrupted, and those of the reader's long wait, are no ticks.
+        # Leaves out the calls in progress when the tracer detached, such as the reader's blocking read.
         calls = [line.split(maxsplit=1)[1].split("(")[0] for line in log if "detached" not in line]
     by_name = {name: calls.count(name) for name in sorted(set(calls))}
     print(f"idle system calls      {len(calls) / (seconds * 10):7.2f} a tick   {by_name}")
