@@ -87,14 +87,14 @@ TEST_F(PanelActions, aHintLeavesThePanelAsItIs) {
 TEST_F(PanelActions, escapeOnlyEndsACharacterThatIsBeingComposed) {
     press("ctrl+shift+u");
     type("e9");
-    press("Escape"); // ends the entry of a character by its number
+    press("Escape"); // ends the input method's entry of a character code
     type("x");
     expectText("x");
     press("Escape");
     EXPECT_EQ(next(), "cancel");
 }
 
-/// Each of the ways on which a panel reports, in which it may be destroyed.
+/// A user action that makes the panel report. The panel may be destroyed during that report.
 struct Way {
     const char* name;
     const char* command;

@@ -15,7 +15,7 @@ constexpr const char* hintText = "Nom invalide ou r\xC3\xA9serv\xC3\xA9. L\xE2\x
 
 class PanelAppearance : public PanelTest {
 protected:
-    /// A picture that does not change any more: themes fade in what changes.
+    /// Takes screenshots until two are equal, because themes animate changes.
     Screenshot settledScreenshot() const {
         Screenshot last = takeScreenshot();
         waitUntil(
@@ -29,7 +29,8 @@ protected:
         return last;
     }
 
-    /// With the window manager's frame, for people to look at, if the environment names a directory.
+    /// Saves a picture, with the window manager's frame, in the directory that TAVEL_PANEL_PICTURES names, if
+    /// it is set.
     void keepPicture(const std::string& name) const {
         if (const char* const place = std::getenv("TAVEL_PANEL_PICTURES"))
             run("import -frame -window " + windowTitled(title) + " " + place + "/" + name);
@@ -57,7 +58,7 @@ TEST_F(PanelAppearance, isLaidOutAsItsFramesSay) {
     run("xdotool mousemove 1279 799");
     const Screenshot picture = settledScreenshot();
     keepPicture("panel-1.png");
-    // The top edges are counted from the top, 170 points above the bottom from which the frames are counted.
+    // These areas count y from the top edge, the layout's frames from the bottom edge 170 points below.
     EXPECT_EQ(picture.markedPart({0, 50, 410, 30}), (Area{20, 52, 370, 26})) << "the field";
     EXPECT_EQ(picture.markedPart({200, 110, 102, 60}), (Area{210, 128, 90, 30})) << "cancels";
     EXPECT_EQ(picture.markedPart({302, 110, 108, 60}), (Area{305, 128, 90, 30})) << "confirms";

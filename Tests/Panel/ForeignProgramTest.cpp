@@ -11,24 +11,24 @@ using testing::Not;
 
 constexpr const char* refusal = "log The naming panel cannot be shown: ";
 
-/// Programs in the place of the panel's, which do not do what that does.
+/// Runs misbehaving programs in place of tavel-panel.
 class PanelForeignProgram : public PanelTest {
 protected:
-    /// Starts the program, whose panels come from a shell script.
+    /// Starts the program, with a shell script in place of tavel-panel.
     void startWithScript(const std::string& script) {
         const auto file = directory().createFile("script", "#!/bin/sh\n" + script);
         std::filesystem::permissions(file, std::filesystem::perms::owner_all);
         startProgram({}, file.string());
     }
 
-    /// A panel of that script, which is not ready.
+    /// Expects that the script's panel does not become ready, for that reason.
     void expectRefusal(const std::string& reason) {
         EXPECT_EQ(ask("open stem"), refusal + reason);
         EXPECT_EQ(next(), "no view");
         awaitNoPanelProcess();
     }
 
-    /// A panel of that script, which cannot be followed once it is shown.
+    /// Expects that the script's panel becomes ready and reports a cancel once it is shown.
     void expectCancel() {
         EXPECT_EQ(ask("open stem"), "done");
         EXPECT_EQ(ask("show"), "done");

@@ -8,7 +8,7 @@ namespace tavel {
 
 namespace {
 
-/// Every byte that there is.
+/// All 256 byte values.
 std::string allBytes() {
     std::string bytes;
     for (int byte = 0; byte < 256; ++byte)
@@ -16,7 +16,7 @@ std::string allBytes() {
     return bytes;
 }
 
-/// The only line that the message consists of.
+/// The message without its line feed. Checks that it is a single line.
 std::string bareLine(const std::string& line) {
     EXPECT_EQ(line.find('\n'), line.size() - 1);
     return line.substr(0, line.size() - 1);

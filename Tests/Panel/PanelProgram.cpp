@@ -12,8 +12,9 @@
 #include <string>
 #include <thread>
 
-/// A program with a naming panel, for tests to play with. It takes a command per line, answers each with one
-/// line, and prints a line for everything that the panel reports or logs. Usage: panel-program [PROGRAM]
+/// panel-program [PROGRAM]: a program with a naming panel, which tests control. It reads one command per line
+/// and answers each with one line. It also prints a line for everything that the panel reports or logs.
+/// PROGRAM replaces tavel-panel.
 namespace tavel {
 namespace {
 
@@ -48,7 +49,7 @@ private:
         const std::string argument = space == std::string::npos ? "" : line.substr(space + 1);
         if (command == "open")
             return open(argument);
-        if (command == "destroy-with") { // the name of an action
+        if (command == "destroy-with") { // the argument is the name of an action
             fatalAction_ = argument;
             return "done";
         }
@@ -56,7 +57,7 @@ private:
             view_.reset();
             return "done";
         }
-        if (command == "open-file") { // which every child would inherit
+        if (command == "open-file") { // without O_CLOEXEC, so that children would inherit it
             return ::open(argument.c_str(), O_RDONLY) < 0 ? "no file" : "done";
         }
         if (command == "process")
@@ -127,7 +128,7 @@ private:
         return text.str();
     }
 
-    /// Of the whole process so far, in microseconds.
+    /// The processor time of this process so far, in microseconds.
     static std::string processorTime() {
         timespec time{};
         clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);

@@ -76,7 +76,7 @@ void PanelTest::startProgram(const std::map<std::string, std::string>& environme
                                                  {"HOME", directory_.path().string()},
                                                  {"XDG_RUNTIME_DIR", directory_.runtimeDirectory().string()},
                                                  {"LC_ALL", "C.UTF-8"},
-                                                 // No desktop bus is there.
+                                                 // There is no desktop bus.
                                                  {"DBUS_SESSION_BUS_ADDRESS", "disabled:"},
                                                  {"NO_AT_BRIDGE", "1"}};
     for (const auto& [name, value] : environment)
@@ -141,7 +141,7 @@ std::string PanelTest::ask(const std::string& command) {
 void PanelTest::expectQuiet() {
     const std::chrono::microseconds before(std::stoll(ask("processor-time")));
     constexpr std::chrono::milliseconds watched{500};
-    std::this_thread::sleep_for(watched); // deliberate: what is measured is doing nothing
+    std::this_thread::sleep_for(watched); // idling is what the test measures
     const std::chrono::microseconds after(std::stoll(ask("processor-time")));
     EXPECT_LT(after - before, watched / 5);
 }

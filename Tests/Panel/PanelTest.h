@@ -28,21 +28,21 @@ struct Area {
     bool operator==(const Area&) const = default;
 };
 
-/// What a window shows.
+/// The content of a window.
 struct Screenshot {
     int width = 0;
     int height = 0;
-    std::string pixels; // three bytes each
+    std::string pixels; // three bytes per pixel
 
-    /// Whether the pixel differs clearly from the window's top left one.
+    /// Whether the pixel differs clearly from the window's top left pixel.
     bool isMarked(int x, int y) const;
 
-    /// The smallest part of that part which holds all its marked pixels.
+    /// The smallest area that contains all marked pixels of `part`.
     Area markedPart(const Area& part) const;
 };
 
-/// A program with the real panel, on an X server with a window manager, played with like a user does. Nothing
-/// but what its commands and the panel say may come from it.
+/// Controls a program with the real panel, on an X server with a window manager, like a user does. At the end
+/// of each test, the program must not have printed anything but its answers and the panel's reports.
 class PanelTest : public testing::Test {
 protected:
     static constexpr const char* title = "Nommer avant de coller";
@@ -51,65 +51,65 @@ protected:
 
     XServer& server() { return server_; }
 
-    /// Starts the window manager, with that much of the screen reserved at the edges. Returns when it
-    /// manages.
+    /// Starts the window manager, with that many pixels reserved at the edges of the screen. Returns when it
+    /// is ready.
     void startWindowManager(int left = 0, int bottom = 0);
 
-    /// Starts the program that has the panel; further variables of its environment. What shows its panels, if
-    /// not ours.
+    /// Starts the program that has the panel, with additional environment variables. `panelProgram` replaces
+    /// tavel-panel.
     void startProgram(const std::map<std::string, std::string>& environment = {},
                       const std::string& panelProgram = "");
 
-    /// Ends it without a warning.
+    /// Kills the program.
     void killProgram();
 
-    /// What must not be running any more, or left unreaped: the processes of its panels.
+    /// The processes of the program's panels, unreaped ones included.
     std::vector<pid_t> panelProcesses();
 
-    /// Waits until there is none of them.
+    /// Waits until there is no such process.
     void awaitNoPanelProcess();
 
-    /// Both, and opens a panel with that stem.
+    /// Starts the window manager and the program, and opens a panel with that stem.
     void openPanel(const std::string& stem = "stem");
 
-    /// Shows it, and waits for its window, which has the focus.
+    /// Shows the panel and waits until its window has the focus.
     void show();
 
     /// The program's next line.
     std::string next();
 
-    /// The program's next line that is not what the panel's process said about errors.
+    /// The program's next line that is not a logged error of the panel program.
     std::string nextAction();
 
-    /// Sends the command and gives the answer, which has to be the next line.
+    /// Sends the command and returns the program's next line, which must be the answer.
     std::string ask(const std::string& command);
 
-    /// Checks that the program's loop runs, but waits most of the time.
+    /// Checks that the program's event loop runs and is idle most of the time.
     void expectQuiet();
 
-    /// What a shell command prints on the display. Fails the test if the command fails.
+    /// Runs the shell command with DISPLAY set and returns its output. Fails the test if the command fails.
     std::string run(const std::string& command) const;
 
-    /// Waits until a window with that title is on the screen, and gives its number.
+    /// Waits for a window with that title and returns its identifier.
     std::string windowTitled(const std::string& wanted) const;
     bool isPanelOnScreen() const;
 
     /// The window that has the keyboard focus.
     std::string focusedWindow() const;
 
-    /// Waits until the panel has it.
+    /// Waits until the panel has the focus.
     void awaitFocus() const;
 
     void press(const std::string& keys) const { run("xdotool key " + keys); }
     void type(const std::string& text) const { run("xdotool type " + text); }
 
-    /// Confirms with Return what the panel's field holds, and checks that it is this.
+    /// Presses Return and checks that the panel confirms this text.
     void expectText(const std::string& text);
 
-    /// What xwininfo says behind that name about the panel's window.
+    /// The value that xwininfo prints after that name for the panel's window.
     int windowFigure(const std::string& name) const;
 
-    /// What xprop says about that property of the panel's window.
+    /// The output of xprop for that property of the panel's window.
     std::string windowProperty(const std::string& name) const;
 
     Screenshot takeScreenshot() const;

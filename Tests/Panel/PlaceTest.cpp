@@ -10,7 +10,7 @@ constexpr int screenHeight = 800;
 
 class PanelPlace : public PanelTest {
 protected:
-    /// Waits until the frame's bottom left corner is there, counted upwards.
+    /// Waits until the bottom left corner of the frame is there; y grows upwards.
     void awaitOrigin(int x, int y) {
         waitUntil(
             [&] {

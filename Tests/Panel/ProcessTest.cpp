@@ -23,7 +23,7 @@ protected:
         return processes.front();
     }
 
-    /// The letter that the system shows for it (proc(5)); X if there is no such process.
+    /// The letter of the process's state (proc(5)); X if there is no such process.
     static char stateOf(pid_t process) {
         std::ifstream status("/proc/" + std::to_string(process) + "/stat");
         std::string number;
@@ -42,7 +42,7 @@ protected:
         waitUntil([&] { return stateOf(process) == 'T'; }, panelDeadline);
     }
 
-    /// The panel's end is one cancel, and leaves nothing behind.
+    /// Expects that the end of the panel causes exactly one cancel, and that no process or work remains.
     void expectEndWithCancel() {
         EXPECT_EQ(nextAction(), "cancel");
         awaitNoPanelProcess();
@@ -73,7 +73,7 @@ TEST_F(PanelProcess, leavesTheProgramsLocaleAlone) {
 
 TEST_F(PanelProcess, logsWhatLibrariesSayAndPrintsNothing) {
     startWindowManager();
-    // A module that does not exist, which GTK complains about.
+    // GTK warns about a missing module.
     startProgram({{"GTK_MODULES", "tavel-missing"}});
     EXPECT_THAT(ask("open stem"),
                 AllOf(StartsWith("log tavel-panel: Gtk-Message: "), HasSubstr("tavel-missing")));
@@ -84,7 +84,7 @@ TEST_F(PanelProcess, logsWhatLibrariesSayAndPrintsNothing) {
 }
 
 TEST_F(PanelProcess, understandsThePanelAlsoWhenLibrariesPrint) {
-    // GLib prints messages for debugging to the standard output.
+    // GLib prints debug messages to standard output.
     startProgram({{"G_MESSAGES_DEBUG", "all"}, {"GTK_MODULES", "tavel-missing"}});
     std::string line = ask("open stem");
     EXPECT_THAT(line, StartsWith("log tavel-panel: "));
@@ -129,7 +129,7 @@ TEST_F(PanelProcess, endsWithTheProgram) {
     const pid_t panel = panelProcess();
     killProgram();
     awaitEnd(panel);
-    // The server takes the window away when it notices that the process has gone.
+    // The server removes the window when it notices the end of the process.
     waitUntil([&] { return !isPanelOnScreen(); }, panelDeadline);
 }
 
