@@ -42,7 +42,7 @@ struct Screenshot {
 };
 
 /// Controls a program with the real panel, on an X server with a window manager, like a user does. At the end
-/// of each test, the program must not have printed anything but its answers and the panel's reports.
+/// of each test, the program must exit with 0 and have written nothing to standard error.
 class PanelTest : public testing::Test {
 protected:
     static constexpr const char* title = "Nommer avant de coller";
