@@ -1,7 +1,7 @@
 #include "Mac/MacKeyboardTap.h"
 
-#include "Mac/KeyEventValues.h"
-
+#include <limits>
+#include <optional>
 #include <utility>
 
 namespace tavel {
@@ -10,21 +10,40 @@ namespace {
 
 constexpr CGEventMask keyEvents = CGEventMaskBit(kCGEventKeyDown) | CGEventMaskBit(kCGEventKeyUp);
 
-// KeyEventValues has these numbers without the system's headers.
-static_assert(kCGEventKeyDown == 10 && kCGEventKeyUp == 11);
-static_assert(kCGEventTapDisabledByTimeout == 0xFFFFFFFE && kCGEventTapDisabledByUserInput == 0xFFFFFFFF);
+/// nullopt for an event that the handler does not decide about.
+std::optional<KeyEventType> keyEventTypeFrom(CGEventType type) {
+    switch (type) {
+    case kCGEventKeyDown:
+        return KeyEventType::keyDown;
+    case kCGEventKeyUp:
+        return KeyEventType::keyUp;
+    case kCGEventTapDisabledByTimeout:
+        return KeyEventType::tapDisabledByTimeout;
+    case kCGEventTapDisabledByUserInput:
+        return KeyEventType::tapDisabledByUserInput;
+    default:
+        return std::nullopt;
+    }
+}
 
-/// Posted where the keyboard's driver would: so the event comes by all taps, ours too, which knows it by its
-/// user data.
+/// nullopt if the code does not fit: cut to size, it would be another key's.
+std::optional<CGKeyCode> virtualKeyFrom(std::int64_t keyCode) {
+    if (keyCode < 0 || keyCode > std::numeric_limits<CGKeyCode>::max())
+        return std::nullopt;
+    return static_cast<CGKeyCode>(keyCode);
+}
+
+/// Posts to the HID tap point, where the keyboard driver posts too. All taps see the event, ours included,
+/// which recognises it by its user data.
 void postKey(const KeyEvent& event) {
-    const auto presses = pressesKey(event.type);
     const auto key = virtualKeyFrom(event.keyCode);
-    if (!presses || !key)
+    const bool presses = event.type == KeyEventType::keyDown;
+    if (!key || (!presses && event.type != KeyEventType::keyUp))
         return;
-    const auto created = CFRef<CGEventRef>::adopt(CGEventCreateKeyboardEvent(nullptr, *key, *presses));
+    const auto created = CFRef<CGEventRef>::adopt(CGEventCreateKeyboardEvent(nullptr, *key, presses));
     if (!created)
         return;
-    // Without flags of its own it would have those of the keys that the user holds.
+    // Set even if zero: a new event starts with the modifiers that the user is holding.
     CGEventSetFlags(created.get(), event.flags);
     CGEventSetIntegerValueField(created.get(), kCGEventSourceUserData, event.userData);
     CGEventPost(kCGHIDEventTap, created.get());
@@ -34,7 +53,7 @@ void postKey(const KeyEvent& event) {
 
 MacKeyboardTap::~MacKeyboardTap() {
     if (tap_)
-        CFMachPortInvalidate(tap_.get()); // no event comes any more
+        CFMachPortInvalidate(tap_.get()); // stops its callbacks
 }
 
 bool MacKeyboardTap::create(Handler handler) {
@@ -45,14 +64,14 @@ bool MacKeyboardTap::create(Handler handler) {
     auto source =
         CFRef<CFRunLoopSourceRef>::adopt(CFMachPortCreateRunLoopSource(kCFAllocatorDefault, tap.get(), 0));
     if (!source) {
-        // A tap that nobody serves would hold up every key.
+        // A tap that no run loop serves would hold up every key.
         CFMachPortInvalidate(tap.get());
         return false;
     }
     handler_ = std::move(handler);
     tap_ = std::move(tap);
     source_ = std::move(source);
-    // In all common modes: keys must not wait while a menu is open or a window is dragged.
+    // In the common modes: keys must not wait while a menu is open or a window is being dragged.
     CFRunLoopAddSource(CFRunLoopGetMain(), source_.get(), kCFRunLoopCommonModes);
     return true;
 }
@@ -72,7 +91,7 @@ void MacKeyboardTap::post(std::span<const KeyEvent> events) {
         postKey(event);
 }
 
-/// The event is lent: it is given back as it came, neither kept nor released.
+/// The system keeps ownership of the event: it is returned as it came, neither retained nor released.
 CGEventRef MacKeyboardTap::tapped(CGEventTapProxy, CGEventType type, CGEventRef event, void* tap) noexcept {
     if (tap == nullptr)
         return event;
@@ -84,7 +103,7 @@ KeyVerdict MacKeyboardTap::verdictOf(CGEventType type, CGEventRef event) const {
     const auto kind = keyEventTypeFrom(type);
     if (!kind)
         return KeyVerdict::pass;
-    if (event == nullptr) // so it can be when the system disabled the tap
+    if (event == nullptr) // possible when the system disabled the tap
         return handler_({*kind});
     return handler_({*kind, CGEventGetIntegerValueField(event, kCGKeyboardEventKeycode),
                      CGEventGetFlags(event), CGEventGetIntegerValueField(event, kCGEventSourceUserData)});

@@ -106,8 +106,7 @@ TEST_F(DoubledKeyboardTap, passesOrSwallowsWhatItIsLentAsTheHandlerSays) {
 
 TEST_F(DoubledKeyboardTap, letsWhatIsNoKeyPassUnasked) {
     ASSERT_TRUE(create(KeyVerdict::swallow));
-    for (const std::uint32_t type :
-         {flagsChanged, leftMouseDown, std::uint32_t{0}, std::uint32_t{0xFFFFFFFD}})
+    for (const std::uint32_t type : {0U, leftMouseDown, 9U, flagsChanged, 22U, 0x7FFFFFFFU, 0xFFFFFFFDU})
         EXPECT_EQ(askTaps({type, 9, 0, 0}), Passage::passed) << type;
     EXPECT_TRUE(seen_.empty());
 }
@@ -175,6 +174,7 @@ TEST_F(DoubledKeyboardTap, leavesOutWhatCannotBeTyped) {
     tap_->post(std::vector<KeyEvent>{{KeyEventType::keyDown, 9, 0, 1},
                                      {KeyEventType::keyDown, 0x10007, 0, 2},
                                      {KeyEventType::keyDown, -1, 0, 3},
+                                     {KeyEventType::keyDown, 0x1'0000'0007, 0, 3},
                                      {KeyEventType::tapDisabledByTimeout, 7, 0, 4},
                                      {KeyEventType::tapDisabledByUserInput, 7, 0, 5},
                                      {KeyEventType::keyUp, 0xFFFF, 0, 6}});
