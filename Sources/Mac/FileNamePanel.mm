@@ -1,6 +1,6 @@
 #include "Mac/FileNamePanel.h"
 
-#include "Mac/ApplicationActivation.h"
+#include "Mac/Application.h"
 #include "Mac/EditMenu.h"
 #include "Mac/Strings.h"
 #include "Platform/NamePanelLayout.h"

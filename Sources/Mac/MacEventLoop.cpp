@@ -1,7 +1,6 @@
 #include "Mac/MacEventLoop.h"
 
-#include "Mac/ApplicationEvents.h"
-#include "Mac/AutoreleasePool.h"
+#include "Mac/Application.h"
 
 #include <dispatch/dispatch.h>
 

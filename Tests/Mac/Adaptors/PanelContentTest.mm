@@ -1,4 +1,4 @@
-#include "Mac/ApplicationEvents.h"
+#include "Mac/Application.h"
 #include "Mac/FileNamePanel.h"
 #include "Mac/Retained.h"
 #include "Mac/Strings.h"

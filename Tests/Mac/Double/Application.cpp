@@ -1,7 +1,6 @@
 #include "Tests/Mac/Double/Application.h"
 
-#include "Mac/ApplicationEvents.h"
-#include "Mac/AutoreleasePool.h"
+#include "Mac/Application.h"
 #include "Tests/Mac/Double/MainLoop.h"
 
 #include <atomic>

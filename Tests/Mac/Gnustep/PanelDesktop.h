@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Mac/ApplicationEvents.h"
+#include "Mac/Application.h"
 
 #include <chrono>
 #include <stdexcept>

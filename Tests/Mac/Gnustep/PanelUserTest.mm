@@ -1,4 +1,4 @@
-#include "Mac/ApplicationEvents.h"
+#include "Mac/Application.h"
 #include "Mac/RaisedExceptions.h"
 #include "Mac/Strings.h"
 #include "TavelClipboardAgent/FilePaste/FileNamePanel.h"

@@ -1,8 +1,6 @@
-#include "Mac/LocalDate.h"
 #include "Mac/MacFocusProbe.h"
 #include "Mac/MacKeyboardTap.h"
-#include "Mac/SystemLog.h"
-#include "Mac/UserDirectories.h"
+#include "Mac/SystemServices.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +13,7 @@
 
 namespace tavel {
 
-TEST(UserDirectories, theTemporaryOneIsTheUsersOwn) {
+TEST(SystemServices, theTemporaryDirectoryIsTheUsersOwn) {
     std::FILE* const command = popen("getconf DARWIN_USER_TEMP_DIR", "r");
     ASSERT_NE(command, nullptr);
     std::array<char, 1024> line{};
@@ -25,13 +23,13 @@ TEST(UserDirectories, theTemporaryOneIsTheUsersOwn) {
     EXPECT_TRUE(std::filesystem::equivalent(userTemporaryDirectory(), told.substr(0, told.find('\n'))));
 }
 
-TEST(LocalDate, hasTheFormOfATimestamp) {
+TEST(SystemServices, theTimestampHasItsForm) {
     const std::string timestamp = localTimestamp();
     EXPECT_GE(timestamp.size(), std::string("2026-01-01-000000").size()); // digits may be of several bytes
     EXPECT_EQ(std::ranges::count(timestamp, '-'), 3) << timestamp;
 }
 
-TEST(SystemLog, saysNothingOnStandardError) {
+TEST(SystemServices, theLogDoesNotReachStandardError) {
     testing::internal::CaptureStderr();
     writeToSystemLog("A test of the log");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");

@@ -1,4 +1,4 @@
-#include "Mac/BackgroundActivity.h"
+#include "Mac/SystemServices.h"
 #include "Tests/Base/TestedEventLoop.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 /// The system slows the timers of a process without windows after some time (App Nap), to one tick in several
 /// seconds.
-TEST(BackgroundActivity, timersKeepTheirPaceForAMinute) {
+TEST(SystemServices, timersKeepTheirPaceForAMinute) {
     const auto loop = makeTestedEventLoop();
     keepPaceInBackground();
     auto last = Clock::now();

@@ -1,4 +1,4 @@
-#include "Mac/ApplicationEvents.h"
+#include "Mac/Application.h"
 #include "Mac/MacEventLoop.h"
 #include "Tests/Base/TestedEventLoop.h"
 

@@ -1,4 +1,4 @@
-#include "Mac/ApplicationEvents.h"
+#include "Mac/Application.h"
 
 #import <AppKit/AppKit.h>
 #include <gtest/gtest.h>
@@ -103,7 +103,7 @@ TEST_F(ApplicationEvents, aPassEndsAfterTheLongestWait) {
     EXPECT_GE(lengthOfPass(milliseconds(50)), milliseconds(50));
 }
 
-TEST_F(ApplicationEvents, aPassDoesNotWaitWithoutPatience) {
+TEST_F(ApplicationEvents, aPassOfNoTimeDoesNotWait) {
     EXPECT_LT(lengthOfPass(milliseconds(0)), seconds(20));
 }
 

@@ -1,4 +1,4 @@
-#include "Mac/ApplicationEvents.h"
+#include "Mac/Application.h"
 
 #include "Mac/RaisedExceptions.h"
 
@@ -10,6 +10,14 @@ void becomeAccessoryApplication() {
     ignoringRaised([] {
         [[NSApplication sharedApplication] setActivationPolicy:NSApplicationActivationPolicyAccessory];
     });
+}
+
+void requestActivation() {
+    NSApplication* const application = [NSApplication sharedApplication];
+    if (@available(macOS 14.0, *))
+        [application activate];
+    else
+        [application activateIgnoringOtherApps:NO];
 }
 
 void passOneEvent(std::chrono::milliseconds longestWait) {
@@ -26,7 +34,7 @@ void passOneEvent(std::chrono::milliseconds longestWait) {
     });
 }
 
-/// What is posted waits in the application's queue for a pass that takes it.
+/// A posted event stays in the application's queue until a pass takes it.
 void wakeApplication() {
     ignoringRaised([] {
         NSEvent* const event = [NSEvent otherEventWithType:NSEventTypeApplicationDefined
@@ -41,6 +49,12 @@ void wakeApplication() {
         if (event != nil)
             [[NSApplication sharedApplication] postEvent:event atStart:YES];
     });
+}
+
+void runInAutoreleasePool(const std::function<void()>& function) {
+    @autoreleasepool {
+        function();
+    }
 }
 
 } // namespace tavel
