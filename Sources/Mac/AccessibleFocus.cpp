@@ -10,11 +10,11 @@ namespace tavel {
 namespace {
 
 /// The user's keyboard waits for the answer.
-constexpr float longestAnswer = 0.04F; // seconds
+constexpr float answerTimeout = 0.04F; // seconds
 
-/// Null without an answer in time.
+/// Null on an error or time-out.
 CFRef<CFTypeRef> attributeOf(AXUIElementRef element, CFStringRef name) {
-    AXUIElementSetMessagingTimeout(element, longestAnswer);
+    AXUIElementSetMessagingTimeout(element, answerTimeout);
     CFTypeRef value = nullptr;
     if (AXUIElementCopyAttributeValue(element, name, &value) != kAXErrorSuccess)
         return {};

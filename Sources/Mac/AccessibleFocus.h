@@ -6,8 +6,9 @@
 
 namespace tavel {
 
-/// The accessibility role of the element of that process that has the keyboard focus, such as AXList. Nothing
-/// if the process does not answer each of two questions within 0.04 s, or has no such element. Main thread.
+/// The accessibility role (such as AXList) of the element that has the keyboard focus in that process.
+/// nullopt if there is none, or if the process takes longer than 0.04 s to answer either of two requests.
+/// Main thread only.
 std::optional<std::string> accessibleFocusRole(std::int32_t processIdentifier);
 
 } // namespace tavel

@@ -6,14 +6,15 @@
 
 namespace tavel {
 
-/// Owns one reference to a Core Foundation object, or nothing. `Ref` is the reference's type, such as
+/// Owns one reference to a Core Foundation object, or is null. `Ref` is the reference type, such as
 /// CFStringRef.
 template <typename Ref>
 class CFRef {
 public:
     CFRef() = default;
 
-    /// Takes over the caller's reference: what a function with Create or Copy in its name gives. May be null.
+    /// Takes over the caller's reference, as returned by a function with Create or Copy in its name. May be
+    /// null.
     static CFRef adopt(CF_CONSUMED Ref object) { return CFRef(object); }
 
     CFRef(const CFRef&) = delete;

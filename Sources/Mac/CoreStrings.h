@@ -7,8 +7,8 @@
 
 namespace tavel {
 
-/// The object's text in UTF-8. Nothing for null, for an object of another type, and for a text with half of a
-/// surrogate pair.
+/// The text of a CFString in UTF-8. nullopt if the object is null or of another type, or if the text contains
+/// an unpaired surrogate.
 std::optional<std::string> utf8FromObject(CFTypeRef object);
 
 } // namespace tavel

@@ -6,10 +6,11 @@
 
 namespace tavel {
 
-/// The same bytes as a data object, autoreleased. Nothing is copied: the object keeps the buffer alive.
+/// The bytes as a data object, autoreleased. It shares their buffer and keeps it alive; nothing is copied.
 NSData* dataSharing(const Bytes& bytes) NS_RETURNS_NOT_RETAINED;
 
-/// The same bytes. Nothing is copied: they keep the object alive, which must not be mutable.
+/// The bytes of a data object, which must not be mutable. They share its buffer and keep the object alive;
+/// nothing is copied.
 Bytes bytesSharing(NSData* data);
 
 } // namespace tavel

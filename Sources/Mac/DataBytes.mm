@@ -2,13 +2,12 @@
 
 #include <memory>
 
-/// A data object over a buffer of ours. A class of our own, because Foundation tells of an object's end only
-/// through a block, which not every compiler of these files has.
+/// A data object over one of our buffers. A class of our own: Foundation reports that shared bytes are no
+/// longer needed only to a block, and the build with GNUstep has no blocks.
 @interface TavelSharedData : NSData {
     const tavel::Bytes* _sharedBytes; // owned
 }
-/// What an initialiser would do. The superclass has none that leaves an object of a subclass as it is, on
-/// every system.
+/// Takes the place of an initialiser: NSData has none that keeps an instance of a subclass on every system.
 - (void)share:(const tavel::Bytes&)bytes;
 @end
 
@@ -31,7 +30,7 @@
     return _sharedBytes->size();
 }
 
-// What never changes needs no copy.
+// Immutable, so another reference serves as a copy.
 - (id)copyWithZone:(NSZone*)zone {
     (void)zone;
     return [self retain];

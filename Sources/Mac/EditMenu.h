@@ -2,9 +2,9 @@
 
 namespace tavel {
 
-/// Gives the application the commands for editing that every text field is expected to have (undo, redo, cut,
-/// copy, paste, select all), if it has no menu yet. An application finds the keys of such commands in its
-/// main menu only; an accessory's is never shown. Main thread only.
+/// Gives the application a main menu with the usual editing commands (undo, redo, cut, copy, paste, select
+/// all), unless it has a main menu already. AppKit looks up the keys of commands in the main menu only, so a
+/// text field would ignore them otherwise. An accessory application's menu is never shown. Main thread only.
 void provideEditMenu();
 
 } // namespace tavel

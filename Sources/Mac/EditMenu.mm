@@ -4,7 +4,7 @@
 
 #import <AppKit/AppKit.h>
 
-/// Text views, and windows for them, answer to these, which no header says.
+/// Actions that windows handle for their text views, but that no header declares.
 @protocol TavelUndoing
 - (void)undo:(id)sender;
 - (void)redo:(id)sender;
@@ -14,10 +14,10 @@ namespace tavel {
 
 namespace {
 
-// Deliberate: no titles. Nobody sees them, and to a menu that is called "Edit" the system adds commands.
+// Deliberate: no titles. Nobody sees them, and the system adds commands to a menu that is called "Edit".
 NSString* const noTitle = @"";
 
-/// Whoever has the keyboard focus is meant.
+/// Has no target, so that the action goes to the first responder.
 void addCommand(NSMenu* menu, SEL action, NSString* key) {
     [menu addItemWithTitle:noTitle action:action keyEquivalent:key];
 }

@@ -6,12 +6,12 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-/// The naming panel's window, laid out as NamePanelLayout.h says. It reports what the user did, and never
-/// closes itself. An action may dismiss and release it. Main thread only.
+/// The naming panel's window, laid out by NamePanelLayout.h. It reports the user's actions and never closes
+/// itself. An action may dismiss and release the panel. Main thread only.
 @interface FileNamePanel : NSPanel <NSWindowDelegate> {
 @private
-    NSTextField* _field;               // the content view's
-    NSTextField* _hint;                // the content view's
+    NSTextField* _field;               // owned by the content view
+    NSTextField* _hint;                // owned by the content view
     NSString* _enteredText;            // owned
     tavel::NamePanelActions* _actions; // owned
     BOOL _isPresented;
@@ -25,13 +25,13 @@ NS_ASSUME_NONNULL_BEGIN
                             backing:(NSBackingStoreType)backing
                               defer:(BOOL)defer NS_UNAVAILABLE;
 
-/// Shows the panel, and asks for the keyboard focus, for the field. Once only.
+/// Shows the panel and requests the keyboard focus for its text field. Call it once only.
 - (void)present;
 
-/// Takes the panel off the screen for good. Actions are reported between `present` and this.
+/// Takes the panel off the screen for good. Actions are reported only between `present` and `dismiss`.
 - (void)dismiss;
 
-/// What the field held when it was confirmed last; the stem before that.
+/// The field's text at the last confirmation; before the first, the proposed stem.
 - (NSString*)enteredText;
 
 - (void)showHint:(NSString*)hint;

@@ -20,7 +20,7 @@ NSRect rectangleOf(const tavel::ScreenRectangle& area) {
     return NSMakeRect(area.x, area.y, area.width, area.height);
 }
 
-/// Nothing is shown of what is not UTF-8.
+/// Empty if the text is not UTF-8.
 NSString* shown(std::string_view text) {
     NSString* const string = tavel::stringFromUtf8(text);
     return string == nil ? @"" : string;
@@ -43,9 +43,9 @@ NSString* shown(std::string_view text) {
     [self setTitle:shown(texts.title)];
     [self setReleasedWhenClosed:NO];
     [self setDelegate:self];
-    // The system may refuse to activate an application that the user has not touched. The panel has to be
-    // seen all the same, or nobody could end it: not hidden with its application, as panels are, and above
-    // the other application's windows, also when the user clicks on one.
+    // The system may refuse to activate an application that the user has not clicked. The panel must stay
+    // visible even then, or the user could not end it. So it is not hidden while the application is inactive,
+    // as panels are by default, and it floats above the windows of the active application.
     [self setHidesOnDeactivate:NO];
     [self setLevel:NSFloatingWindowLevel];
     [self addViewsWithTexts:texts];
@@ -97,7 +97,8 @@ NSString* shown(std::string_view text) {
                          key:(NSString*)key
                         area:(const tavel::ScreenRectangle&)area {
     NSButton* const button = [NSButton buttonWithTitle:title target:self action:action];
-    [button setBezelStyle:static_cast<NSBezelStyle>(1)]; // the push button, whose name is not always the same
+    [button
+        setBezelStyle:static_cast<NSBezelStyle>(1)]; // the push button; SDKs name the constant differently
     [button setKeyEquivalent:key];
     [button setFrame:rectangleOf(area)];
     return button;
@@ -106,8 +107,8 @@ NSString* shown(std::string_view text) {
 - (void)present {
     _isPresented = YES;
     tavel::provideEditMenu();
-    // It becomes the key window of this application, which gets keys once it is the active one. In front of
-    // another application's windows comes only what does not ask which one is active.
+    // The key window receives keys once this application is active. Until then, only orderFrontRegardless
+    // brings a window in front of those of the active application.
     [self makeKeyAndOrderFront:nil];
     tavel::requestActivation();
     [self orderFrontRegardless];
@@ -137,7 +138,7 @@ NSString* shown(std::string_view text) {
     [self report:_actions->cancel];
 }
 
-/// One key can come as a button's and as this. Whoever is told has to bear that.
+/// Escape may arrive both here and as the button's key: `cancel` must tolerate a second call.
 - (void)cancelOperation:(nullable id)sender {
     (void)sender;
     [self cancelName];
@@ -152,8 +153,8 @@ NSString* shown(std::string_view text) {
 - (void)report:(const std::function<void()>&)action {
     if (!_isPresented || !action)
         return;
-    // The action may release the panel. It stays until the event that led here is dealt with: the window's
-    // own methods are still on the stack, and the action is the panel's.
+    // The action may release the panel, which owns the action and whose methods are still on the stack. This
+    // reference keeps the panel until the current event has been handled.
     [[self retain] autorelease];
     action();
 }

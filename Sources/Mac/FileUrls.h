@@ -7,13 +7,13 @@
 
 namespace tavel {
 
-/// The file URL of an absolute path, as the system writes it: the names in the file system's own form, a
-/// slash behind an existing directory. Nothing if the path is not UTF-8.
+/// The file URL of an absolute path, as the system writes it: names in the file system's own form, a trailing
+/// slash for an existing directory. nullopt if the path is not UTF-8.
 std::optional<std::string> fileUrlOfPath(const std::string& path);
 
-/// The path that a file URL names, without a slash at its end; also of one that names the file by its number,
-/// if that file is still there. Nothing for any other URL, for another machine's file, and for a path that
-/// holds a zero character or is not UTF-8.
+/// The path that a file URL names, without a trailing slash. A file reference URL, which names the file by a
+/// number, works while the file exists. nullopt for any other URL, for a file of another machine, and for a
+/// path that contains a zero character or is not UTF-8.
 std::optional<std::string> pathOfFileUrl(NSURL* url);
 
 } // namespace tavel

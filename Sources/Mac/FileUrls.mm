@@ -16,7 +16,7 @@ std::optional<std::string> fileUrlOfPath(const std::string& path) {
 }
 
 std::optional<std::string> pathOfFileUrl(NSURL* url) {
-    // Our own reading of the text: the system's path ends at a zero character, and forgets another machine.
+    // Parsed by our own code: NSURL's path ends at a zero character and does not tell another machine's file.
     const auto text = utf8FromString([[url filePathURL] absoluteString]);
     return text ? pathFromFileUrl(*text) : std::nullopt;
 }

@@ -6,11 +6,11 @@ namespace tavel {
 
 namespace {
 
-/// Whole numbers are exact up to here, which is far beyond any picture.
+/// Up to here (2^53), a double holds whole numbers exactly. No picture is as large.
 constexpr double mostPixels = 9007199254740992;
 
 std::optional<std::int64_t> wholePixels(std::optional<double> number) {
-    if (!number || !(std::abs(*number) <= mostPixels)) // no number at all is not, either
+    if (!number || !(std::abs(*number) <= mostPixels)) // NaN fails it, too
         return std::nullopt;
     return static_cast<std::int64_t>(*number);
 }

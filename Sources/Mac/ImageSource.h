@@ -11,26 +11,26 @@
 
 namespace tavel {
 
-/// A file as ImageIO sees it. Decoding is put off until somebody wants pixels, so the source must outlive
-/// every image that it makes.
+/// An image file, read by ImageIO. An image decodes the file's bytes only when its pixels are needed, so the
+/// source must outlive every image that it returns.
 class ImageSource {
 public:
-    /// Shares the file's bytes.
+    /// Shares the file's bytes; nothing is copied.
     explicit ImageSource(const Bytes& file);
 
-    /// The type identifier of the format. Nothing if it is none that can be read.
+    /// The uniform type identifier of the format. nullopt if ImageIO cannot read the format.
     std::optional<std::string> typeIdentifier() const;
 
-    /// Of the first image, from its headers. Nothing if there is none.
+    /// The properties of the first image, from its headers. nullopt if there is no image.
     std::optional<ImageProperties> properties() const;
 
     /// The first image; null if it cannot be decoded.
     CFRef<CGImageRef> image() const;
 
 private:
-    Bytes file_; // kept alive for data_
+    Bytes file_; // keeps the buffer of data_ alive
     CFRef<CFDataRef> data_;
-    CFRef<CGImageSourceRef> source_; // null for some of what is no image
+    CFRef<CGImageSourceRef> source_; // may be null if the file is no image
 };
 
 } // namespace tavel

@@ -10,8 +10,8 @@ namespace tavel {
 
 namespace {
 
-/// For the queues, which take a C function: `context` is a Function of the heap, which is run and deleted.
-/// What it holds goes within the pool, too.
+/// The C function for dispatch queues. `context` is a Function on the heap, which is run and deleted. The
+/// pool also covers the destruction of its captures.
 void runOwnedFunction(void* context) noexcept {
     runInAutoreleasePool([context] {
         const std::unique_ptr<EventLoop::Function> function(static_cast<EventLoop::Function*>(context));
@@ -44,7 +44,7 @@ void MacEventLoop::postAfter(std::chrono::milliseconds delay, Function function)
                      new Function(std::move(function)), runOwnedFunction);
 }
 
-/// In the default mode: nothing is reported while a menu or a window's edge is being dragged.
+/// In the default mode only: there are no ticks while the user drags in a menu or at a window's edge.
 void MacEventLoop::repeat(std::chrono::milliseconds interval, Function function) {
     const std::chrono::duration<CFTimeInterval> seconds = interval;
     auto owned = std::make_unique<Function>(std::move(function));
@@ -62,7 +62,7 @@ void MacEventLoop::runInBackground(Function job) {
                      runOwnedFunction);
 }
 
-/// Stopping the run loop alone is not said to end the wait for an event; an event is.
+/// Stopping the run loop is not documented to end a wait for an event, so an event is posted as well.
 void MacEventLoop::stopWaiting() {
     CFRunLoopStop(CFRunLoopGetMain());
     wakeApplication();

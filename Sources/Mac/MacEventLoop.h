@@ -8,9 +8,9 @@
 
 namespace tavel {
 
-/// The application's events, with the main run loop and the main dispatch queue inside every wait for one:
-/// what is posted, and the ticks, run during the wait. `runInBackground` uses the global queue of the quality
-/// of service "utility".
+/// Waits for the application's events. The main run loop and the main dispatch queue are served during the
+/// wait, so ticks and posted functions run then. `runInBackground` uses the global queue with the quality of
+/// service "utility".
 class MacEventLoop final : public EventLoop {
 public:
     MacEventLoop() = default;
@@ -28,7 +28,7 @@ public:
 private:
     struct Tick {
         CFRef<CFRunLoopTimerRef> timer;
-        std::unique_ptr<Function> function; // at one address, which the timer knows
+        std::unique_ptr<Function> function; // the timer holds its address
     };
 
     std::vector<Tick> ticks_;

@@ -4,10 +4,10 @@
 
 namespace tavel {
 
-/// The workspace's programs, and the accessibility interface for what is in them.
+/// Applications come from NSWorkspace, the focused element from the accessibility interface.
 class MacFocusProbe final : public FocusProbe {
 public:
-    /// Nothing is to be done: the system answers at any time.
+    /// Does nothing: the system answers at any time.
     void follow(bool on) override;
 
     std::optional<RunningApplication> frontmostApplication() override;

@@ -35,7 +35,7 @@ void MacFocusProbe::activate(std::int32_t processIdentifier) {
             [NSRunningApplication runningApplicationWithProcessIdentifier:processIdentifier];
         if (application == nil)
             return;
-        // From this version on the system asks the one in front first: it has to step back by itself.
+        // Since macOS 14 activation is cooperative: the application in front has to yield first.
         if (@available(macOS 14.0, *))
             [[NSApplication sharedApplication] yieldActivationToApplication:application];
         [application activateWithOptions:0];

@@ -12,7 +12,7 @@ namespace tavel {
 
 namespace {
 
-/// Keeps the data alive; it must not change any more.
+/// Shares the data, which must not change any more, and keeps it alive.
 Bytes bytesSharing(CFRef<CFMutableDataRef> data) {
     CFMutableDataRef object = data.get();
     const auto owner = std::make_shared<const CFRef<CFMutableDataRef>>(std::move(data));
@@ -20,7 +20,7 @@ Bytes bytesSharing(CFRef<CFMutableDataRef> data) {
             static_cast<std::size_t>(CFDataGetLength(object))};
 }
 
-/// The first image of the file in the format of that type. `options` may be null.
+/// Encodes the first image of the file in the format `type`. `options` may be null. nullopt on failure.
 std::optional<Bytes> encode(const Bytes& file, CFStringRef type, CFDictionaryRef options) {
     const ImageSource source(file);
     const auto image = source.image();

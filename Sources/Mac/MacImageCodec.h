@@ -4,7 +4,7 @@
 
 namespace tavel {
 
-/// ImageIO. The decoder is chosen by the file's bytes. Nothing of the file is copied for it.
+/// ImageIO's decoders and encoders. The decoder is chosen by the file's content; the file is not copied.
 class MacImageCodec final : public ImageCodec {
 public:
     std::optional<ImageSize> measure(const Bytes& file) override;

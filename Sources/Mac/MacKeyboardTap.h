@@ -7,8 +7,8 @@
 
 namespace tavel {
 
-/// An event tap of Quartz Event Services, behind the taps of other programs, for the presses and releases of
-/// keys. The system asks for the user's permission (Accessibility) before it gives one.
+/// An event tap of Quartz Event Services for key presses and releases, placed after the taps of other
+/// programs. The system refuses the tap unless the user has granted the permission (Accessibility).
 class MacKeyboardTap final : public KeyboardTap {
 public:
     MacKeyboardTap() = default;
@@ -22,7 +22,8 @@ public:
     void post(std::span<const KeyEvent> events) override;
 
 private:
-    /// `tap` is a MacKeyboardTap. Gives the event to let it pass, null to swallow it.
+    /// The callback of the tap; `tap` is the MacKeyboardTap. Returns the event to let it pass, null to
+    /// swallow it.
     static CGEventRef tapped(CGEventTapProxy proxy, CGEventType type, CGEventRef event, void* tap) noexcept;
 
     KeyVerdict verdictOf(CGEventType type, CGEventRef event) const;

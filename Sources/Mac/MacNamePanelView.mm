@@ -33,7 +33,7 @@ private:
     Retained<FileNamePanel> panel_;
 };
 
-// The panel goes where there is a pool for what it leaves.
+// Releases the panel inside a pool, which drains what the panel autoreleases.
 MacNamePanelView::~MacNamePanelView() {
     ignoringRaised([this] {
         [panel_.get() dismiss];
@@ -66,7 +66,7 @@ void MacNamePanelView::hide() {
     ignoringRaised([this] { [panel_.get() dismiss]; });
 }
 
-/// Half of a surrogate pair is no character: a text with one counts as empty, which no name may be.
+/// A text with an unpaired surrogate counts as empty, which is not a valid name.
 std::string MacNamePanelView::enteredText() {
     return unlessRaised(std::string(),
                         [this] { return utf8FromString([panel_.get() enteredText]).value_or(""); });

@@ -20,7 +20,7 @@ public:
         return std::make_shared<MacPasteboard>(name);
     }
 
-    /// What was copied lives in the pasteboard server.
+    /// The pasteboard server holds what this process copied.
     bool servesContents() override { return false; }
     void handOverContents() override {}
 

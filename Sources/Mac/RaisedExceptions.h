@@ -6,9 +6,9 @@
 
 namespace tavel {
 
-/// Calls `action` in an autorelease pool of its own and gives what it gives, or `otherwise` if it raises an
-/// Objective-C exception. C++ knows nothing of those, so none may leave the folder. What `action` gives must
-/// not be an autoreleased object.
+/// Calls `action` within an autorelease pool of its own. Returns its result, or `otherwise` if it raises an
+/// Objective-C exception. C++ callers cannot handle those, so none may leave this folder. The result must not
+/// be an autoreleased object.
 template <typename Result, typename Action>
 Result unlessRaised(Result otherwise, Action&& action) {
     @autoreleasepool {
@@ -20,7 +20,7 @@ Result unlessRaised(Result otherwise, Action&& action) {
     }
 }
 
-/// The same for what gives nothing.
+/// The same for an action without a result.
 template <typename Action>
 void ignoringRaised(Action&& action) {
     @autoreleasepool {

@@ -6,17 +6,17 @@
 
 namespace tavel {
 
-/// Owns one reference to an Objective-C object, or nothing. Code here counts references itself, so that it
-/// also compiles where automatic counting is missing. Use it on the threads that the object allows.
+/// Owns one reference to an Objective-C object, or is nil. The code here counts references manually, so that
+/// it also compiles where ARC is missing. Use it on the threads that the object allows.
 template <typename T>
 class Retained {
 public:
     Retained() = default;
 
-    /// Takes over the caller's reference: what a method of the alloc, new or copy family gives.
+    /// Takes over the caller's reference, as returned by a method of the alloc, new or copy family.
     static Retained adopt(NS_CONSUMED T* object) { return Retained(object); }
 
-    /// Adds a reference to what somebody else owns: what any other method gives.
+    /// Adds a reference to an object that somebody else owns, as returned by any other method.
     static Retained retain(T* object) { return Retained([object retain]); }
 
     Retained(const Retained& other) : object_([other.object_ retain]) {}

@@ -8,11 +8,11 @@
 
 namespace tavel {
 
-/// The same text as an object, autoreleased; nil if it is not UTF-8. Zero characters and a byte-order mark
-/// stay what they are.
+/// The text as a string object, autoreleased; nil if the text is not UTF-8. Zero characters and a byte-order
+/// mark are kept.
 NSString* _Nullable stringFromUtf8(std::string_view text) NS_RETURNS_NOT_RETAINED;
 
-/// The same text in UTF-8. Nothing for nil, and for a text with half of a surrogate pair.
+/// The string in UTF-8. nullopt for nil, and for a string with an unpaired surrogate.
 std::optional<std::string> utf8FromString(NSString* _Nullable string);
 
 } // namespace tavel

@@ -6,8 +6,8 @@ namespace tavel {
 
 static_assert(sizeof(unichar) == sizeof(char16_t));
 
-// Through UTF-16, which is what these objects are made of: their own conversion from UTF-8 may take a
-// byte-order mark away, and the one to UTF-8 ends at a zero character.
+// Both functions go through UTF-16, the encoding of NSString's characters. NSString's own conversion from
+// UTF-8 may drop a byte-order mark, and its conversion to UTF-8 ends at a zero character.
 
 NSString* _Nullable stringFromUtf8(std::string_view text) {
     const auto units = utf16FromUtf8(text);

@@ -13,26 +13,26 @@ namespace {
 
 constexpr char32_t firstHighSurrogate = 0xD800;
 constexpr char32_t firstLowSurrogate = 0xDC00;
-constexpr char32_t behindSurrogates = 0xE000;
-constexpr char32_t firstPair = 0x10000; // the first character that takes two units
-constexpr char32_t unitsOfHalf = 0x400;
+constexpr char32_t afterSurrogates = 0xE000;
+constexpr char32_t firstSupplementary = 0x10000; // the first character that takes two units
+constexpr char32_t surrogatesPerHalf = 0x400;
 
 bool isHighSurrogate(char16_t unit) {
     return unit >= firstHighSurrogate && unit < firstLowSurrogate;
 }
 
 bool isLowSurrogate(char16_t unit) {
-    return unit >= firstLowSurrogate && unit < behindSurrogates;
+    return unit >= firstLowSurrogate && unit < afterSurrogates;
 }
 
 void append(std::u16string& units, char32_t character) {
-    if (character < firstPair) {
+    if (character < firstSupplementary) {
         units += static_cast<char16_t>(character);
         return;
     }
-    const char32_t offset = character - firstPair;
-    units += static_cast<char16_t>(firstHighSurrogate + offset / unitsOfHalf);
-    units += static_cast<char16_t>(firstLowSurrogate + offset % unitsOfHalf);
+    const char32_t offset = character - firstSupplementary;
+    units += static_cast<char16_t>(firstHighSurrogate + offset / surrogatesPerHalf);
+    units += static_cast<char16_t>(firstLowSurrogate + offset % surrogatesPerHalf);
 }
 
 void append(std::string& text, char32_t character) {
@@ -69,8 +69,8 @@ std::optional<std::string> utf8FromUtf16(std::u16string_view units) {
             ++i;
             if (i == units.size() || !isLowSurrogate(units[i]))
                 return std::nullopt;
-            character =
-                firstPair + (character - firstHighSurrogate) * unitsOfHalf + (units[i] - firstLowSurrogate);
+            character = firstSupplementary + (character - firstHighSurrogate) * surrogatesPerHalf +
+                        (units[i] - firstLowSurrogate);
         }
         append(text, character);
     }
