@@ -8,13 +8,13 @@ using namespace tavel::doubles;
 
 namespace {
 
-constexpr float systemsTimeout = 6; // seconds
+constexpr float systemsTimeout = 6; // seconds, until a client sets another
 
-/// Every reference to the same thing is an object of its own, with a time-out of its own.
+/// Each reference to an element is a separate object with its own time-out.
 struct Element final : Object {
     static constexpr Kind ofKind = elementKind;
     explicit Element(Accessible::Part itsPart) : Object(ofKind), part(std::move(itsPart)) {}
-    const Accessible::Part part; // null if the program is not there
+    const Accessible::Part part; // null if the program does not exist
     float timeout = systemsTimeout;
 };
 
@@ -44,19 +44,19 @@ CFTypeID AXUIElementGetTypeID() {
     return elementKind;
 }
 
-/// There is one for every number, whether a program has it or not.
+/// Succeeds for every process identifier, even if no process has it.
 AXUIElementRef AXUIElementCreateApplication(pid_t process) {
     const auto found = programs().find(process);
     return refTo<AXUIElementRef>(*new Element(found == programs().end() ? nullptr : found->second));
 }
 
-/// Zero stands for the system's own.
+/// Zero restores the system's time-out.
 AXError AXUIElementSetMessagingTimeout(AXUIElementRef element, float seconds) {
     objectAt<Element>(element).timeout = seconds == 0 ? systemsTimeout : seconds;
     return kAXErrorSuccess;
 }
 
-/// With an error, `value` stays as it was.
+/// Leaves `value` unchanged on an error.
 AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute, CFTypeRef* value) {
     const auto& asked = objectAt<Element>(element);
     if (!answersInTime(asked))

@@ -9,22 +9,22 @@
 #include <memory>
 #include <variant>
 
-/// Stands in for the accessibility of other programs.
+/// A double of the accessibility interface to other programs.
 namespace tavel::doubles {
 
 inline constexpr auto noAnswerInTime = static_cast<AXError>(-25204);
 inline constexpr auto noSuchAttribute = static_cast<AXError>(-25205);
 inline constexpr auto noValue = static_cast<AXError>(-25212);
 
-/// Something of another program: the program itself, a window, a button.
+/// An accessible element of another program: the application, a window, a button.
 struct Accessible {
     using Part = std::shared_ptr<const Accessible>;
 
-    std::chrono::milliseconds delay{0};                                      // of every answer
-    std::map<std::u16string, std::variant<Part, Value, AXError>> attributes; // by their names
+    std::chrono::milliseconds delay{0};                                      // before every answer
+    std::map<std::u16string, std::variant<Part, Value, AXError>> attributes; // by name
 };
 
-/// The programs that run.
+/// The running programs by process identifier.
 std::map<pid_t, Accessible::Part>& programs();
 
 } // namespace tavel::doubles

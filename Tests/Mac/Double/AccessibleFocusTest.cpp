@@ -29,12 +29,12 @@ TEST_F(DoubledAccessibleFocus, isTheRoleOfTheElementWithTheFocus) {
     EXPECT_EQ(accessibleFocusRole(process), "AXList");
 }
 
-TEST_F(DoubledAccessibleFocus, isNotKnownOfAProcessThatIsNotThere) {
+TEST_F(DoubledAccessibleFocus, isUnknownForAMissingProcess) {
     EXPECT_EQ(accessibleFocusRole(process + 1), std::nullopt);
     EXPECT_EQ(accessibleFocusRole(-1), std::nullopt);
 }
 
-TEST_F(DoubledAccessibleFocus, eachOfTheTwoMayTakeAlmostTheirTime) {
+TEST_F(DoubledAccessibleFocus, eachOfTwoAnswersMayTakeAlmostTheTimeOut) {
     program_->delay = 39ms;
     list_->delay = 39ms;
     EXPECT_EQ(accessibleFocusRole(process), "AXList");
@@ -50,38 +50,38 @@ TEST_F(DoubledAccessibleFocus, aSlowElementIsNotWaitedFor) {
     EXPECT_EQ(accessibleFocusRole(process), std::nullopt);
 }
 
-TEST_F(DoubledAccessibleFocus, isNotKnownOfAProgramWithoutAFocusedElement) {
+TEST_F(DoubledAccessibleFocus, isUnknownWithoutAFocusedElement) {
     program_->attributes[u"AXFocusedUIElement"] = noValue;
     EXPECT_EQ(accessibleFocusRole(process), std::nullopt);
     program_->attributes.clear();
     EXPECT_EQ(accessibleFocusRole(process), std::nullopt);
 }
 
-TEST_F(DoubledAccessibleFocus, isNotKnownIfWhatHasTheFocusIsNoElement) {
+TEST_F(DoubledAccessibleFocus, isUnknownIfTheFocusedObjectIsNoElement) {
     for (const Value& value : {Value(u"AXList"), Value(1.0), Value(true)}) {
         program_->attributes[u"AXFocusedUIElement"] = value;
         EXPECT_EQ(accessibleFocusRole(process), std::nullopt);
     }
 }
 
-TEST_F(DoubledAccessibleFocus, isNotKnownIfTheRoleIsNoText) {
+TEST_F(DoubledAccessibleFocus, isUnknownIfTheRoleIsNoText) {
     for (const Value& value : {Value(std::int64_t{7}), Value(false), Value(std::u16string(u"AX\xD800"))}) {
         list_->attributes[u"AXRole"] = value;
         EXPECT_EQ(accessibleFocusRole(process), std::nullopt);
     }
     list_->attributes[u"AXRole"] = program_;
     EXPECT_EQ(accessibleFocusRole(process), std::nullopt);
-    program_->attributes.clear(); // which referred to the list, and that to it
+    program_->attributes.clear(); // breaks the cycle of references with the list
 }
 
-TEST_F(DoubledAccessibleFocus, isNotKnownOfAnElementWithoutARole) {
+TEST_F(DoubledAccessibleFocus, isUnknownWithoutARole) {
     list_->attributes[u"AXRole"] = noValue;
     EXPECT_EQ(accessibleFocusRole(process), std::nullopt);
     list_->attributes.clear();
     EXPECT_EQ(accessibleFocusRole(process), std::nullopt);
 }
 
-TEST_F(DoubledAccessibleFocus, isAskedForAnewEveryTime) {
+TEST_F(DoubledAccessibleFocus, isReadAnewEveryTime) {
     EXPECT_EQ(accessibleFocusRole(process), "AXList");
     list_->attributes[u"AXRole"] = Value(u"AXTextField");
     EXPECT_EQ(accessibleFocusRole(process), "AXTextField");

@@ -17,7 +17,7 @@ thread_local std::vector<int> open;
 bool takeEvent() {
     if (events == 0)
         return false;
-    --events; // nobody else takes any
+    --events; // no other thread takes events
     return true;
 }
 
@@ -43,7 +43,7 @@ void resetApplication() {
 
 } // namespace doubles
 
-/// A stop of the run loop does not end the wait: the application looks for an event, and runs it again.
+/// Stopping the run loop does not end the wait: without an event, the application runs the loop again.
 void passOneEvent(std::chrono::milliseconds longestWait) {
     doubles::waitInMode(kCFRunLoopDefaultMode, longestWait, takeEvent);
 }

@@ -1,20 +1,19 @@
 #pragma once
 
-/// Stands in for the application's part of the event loop and for autorelease pools, behind the adaptors' own
-/// headers of these.
+/// A double of the functions in Mac/Application.h that the C adaptors call: the application's events and the
+/// autorelease pools.
 namespace tavel::doubles {
 
-/// The pool that was opened last on this thread and is not closed: each has a number of its own, from 1. Zero
-/// outside all pools.
+/// The innermost open pool of this thread. Each pool has its own number, starting at 1; 0 means none.
 int currentPool();
 
-/// How many pools are open on this thread.
+/// The number of open pools on this thread.
 int openPools();
 
-/// How many events wait for a pass. Any thread.
+/// The number of events that no pass has taken yet. Any thread.
 int waitingEvents();
 
-/// Forgets the events. Main thread.
+/// Discards the events. Main thread.
 void resetApplication();
 
 } // namespace tavel::doubles

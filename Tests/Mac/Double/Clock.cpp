@@ -7,32 +7,32 @@ namespace {
 using Real = std::chrono::steady_clock;
 
 const Real::time_point start = Real::now();
-bool turned = false; // while only the main thread looks at the clock
-Time turnedTime{};
+bool isManual = false; // set only while no other thread reads the clock
+Time manualTime{};
 
 } // namespace
 
 Time now() {
-    return turned ? turnedTime : std::chrono::duration_cast<Time>(Real::now() - start);
+    return isManual ? manualTime : std::chrono::duration_cast<Time>(Real::now() - start);
 }
 
-bool turnClockTo(Time time) {
-    if (turned)
-        turnedTime = time;
-    return turned;
+bool setManualClock(Time time) {
+    if (isManual)
+        manualTime = time;
+    return isManual;
 }
 
 std::chrono::steady_clock::time_point realTime(Time time) {
     return start + time;
 }
 
-TurnedClock::TurnedClock() {
-    turnedTime = now();
-    turned = true;
+ManualClock::ManualClock() {
+    manualTime = now();
+    isManual = true;
 }
 
-TurnedClock::~TurnedClock() {
-    turned = false;
+ManualClock::~ManualClock() {
+    isManual = false;
 }
 
 } // namespace tavel::doubles

@@ -2,27 +2,27 @@
 
 #include <chrono>
 
-/// The clock that timers and delays go by. It is the real one until a test turns it.
+/// The clock for timers and delays: real time, unless a test controls it.
 namespace tavel::doubles {
 
-using Time = std::chrono::nanoseconds; // since a moment of the program's own
+using Time = std::chrono::nanoseconds; // since an arbitrary start
 
 Time now();
 
-/// From here on, for as long as the object exists, the time only passes while the main thread waits, which
-/// takes no real time: it is at once the next time at which something is due. For one thread alone.
-class TurnedClock {
+/// While this object exists, time passes only when the main thread waits: the clock then jumps to the next
+/// due time, without any real wait. Only the main thread may read the clock meanwhile.
+class ManualClock {
 public:
-    TurnedClock();
-    ~TurnedClock();
-    TurnedClock(const TurnedClock&) = delete;
-    TurnedClock& operator=(const TurnedClock&) = delete;
+    ManualClock();
+    ~ManualClock();
+    ManualClock(const ManualClock&) = delete;
+    ManualClock& operator=(const ManualClock&) = delete;
 };
 
-/// Whether the clock is turned, and has been turned to that time now.
-bool turnClockTo(Time time);
+/// Sets the clock to that time if a test controls it. Returns whether one does.
+bool setManualClock(Time time);
 
-/// That time on the real clock.
+/// The time as a point of the real clock.
 std::chrono::steady_clock::time_point realTime(Time time);
 
 } // namespace tavel::doubles

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-/// What the compiler has its constant strings begin with the address of.
+/// The compiler's constant strings begin with the address of this class.
 extern "C" const int __CFConstantStringClassReference[1] = {};
 
 namespace tavel::doubles {
@@ -33,7 +33,7 @@ bool isConstantString(CFTypeRef object) {
 std::string_view constantText(CFTypeRef constantString) {
     const Layout& layout = layoutOf(constantString);
     if (layout.flags != ofBytes)
-        refuse("Here is a constant string with more than ASCII.");
+        refuse("The double reads constant strings in ASCII only.");
     return {layout.text, static_cast<std::size_t>(layout.length)};
 }
 

@@ -4,14 +4,14 @@
 
 #include <string_view>
 
-/// The strings of CFSTR, which the compiler lays out. They are there for ever, and nobody counts references
-/// to them.
+/// Strings of CFSTR, which the compiler lays out. They are never freed, and their references are not
+/// counted.
 namespace tavel::doubles {
 
-/// Whether what lies there is one. It has to be an object, or have been one.
+/// Whether `object` is such a string. It must be an object, or a former one: its memory is read.
 bool isConstantString(CFTypeRef object);
 
-/// Its text, which is of ASCII: the compiler lays out other texts in another way, which is not used.
+/// The text of a string in ASCII. The compiler lays out other texts in another way, which no adaptor uses.
 std::string_view constantText(CFTypeRef constantString);
 
 } // namespace tavel::doubles

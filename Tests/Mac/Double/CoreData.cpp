@@ -7,8 +7,8 @@ using namespace tavel::doubles;
 namespace tavel::doubles {
 
 Data::~Data() {
-    if (freesLent)
-        std::free(const_cast<UInt8*>(lent));
+    if (freesBorrowed)
+        std::free(const_cast<UInt8*>(borrowed));
 }
 
 } // namespace tavel::doubles
@@ -16,15 +16,15 @@ Data::~Data() {
 CFDataRef CFDataCreateWithBytesNoCopy(CFAllocatorRef, const UInt8* bytes, CFIndex size,
                                       CFAllocatorRef bytesDeallocator) {
     auto& data = *new Data;
-    data.lent = bytes;
+    data.borrowed = bytes;
     data.lentSize = size;
-    data.freesLent = bytesDeallocator != kCFAllocatorNull;
+    data.freesBorrowed = bytesDeallocator != kCFAllocatorNull;
     return refTo<CFDataRef>(data);
 }
 
 CFMutableDataRef CFDataCreateMutable(CFAllocatorRef, CFIndex capacity) {
     if (capacity != 0)
-        refuse("Data that cannot grow is not made here.");
+        refuse("The double makes no data of a fixed capacity.");
     return refTo<CFMutableDataRef>(*new Data);
 }
 

@@ -6,19 +6,21 @@
 
 namespace tavel::doubles {
 
-/// CFData: bytes of its own, or somebody else's, which are neither copied nor kept alive.
+/// A double of CFData: bytes of its own, or borrowed ones, which it neither copies nor keeps alive.
 struct Data final : Object {
     static constexpr Kind ofKind = dataKind;
     Data() : Object(ofKind) {}
     ~Data() override;
 
-    const UInt8* bytes() const { return lent == nullptr ? reinterpret_cast<const UInt8*>(own.data()) : lent; }
-    CFIndex size() const { return lent == nullptr ? static_cast<CFIndex>(own.size()) : lentSize; }
+    const UInt8* bytes() const {
+        return borrowed == nullptr ? reinterpret_cast<const UInt8*>(own.data()) : borrowed;
+    }
+    CFIndex size() const { return borrowed == nullptr ? static_cast<CFIndex>(own.size()) : lentSize; }
 
     std::string own;
-    const UInt8* lent = nullptr;
+    const UInt8* borrowed = nullptr;
     CFIndex lentSize = 0;
-    bool freesLent = false; // with the allocator of malloc
+    bool freesBorrowed = false; // with free()
 };
 
 } // namespace tavel::doubles

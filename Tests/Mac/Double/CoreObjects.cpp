@@ -11,52 +11,53 @@ namespace tavel::doubles {
 
 namespace {
 
-/// References are counted under its lock: they come and go on every thread.
-struct Census {
+/// All living objects. The lock also guards the reference counts, which change on any thread.
+struct Registry {
     std::mutex lock;
     std::unordered_map<const void*, Object*> living;
 };
 
-Census& census() {
-    static Census census;
-    return census;
+Registry& registry() {
+    static Registry registry;
+    return registry;
 }
 
-/// Null if it is none. What was freed is looked at here, for AddressSanitizer to say where that was.
+/// Null for a constant string; ends the program if it is no object. Reads the memory of a freed object on
+/// purpose: AddressSanitizer then reports where it was freed.
 Object* livingOrNull(CFTypeRef object) {
     if (object == nullptr)
-        refuse("Null was given for an object.");
-    Census& all = census();
+        refuse("An object is null.");
+    Registry& all = registry();
     const std::lock_guard guard(all.lock);
     const auto found = all.living.find(object);
     if (found != all.living.end())
         return found->second;
     if (!isConstantString(object))
-        refuse("What was given is no object, or no longer.");
+        refuse("This is not a living object.");
     return nullptr;
 }
 
 } // namespace
 
 Object::Object(Kind kind) : kind_(kind) {
-    Census& all = census();
+    Registry& all = registry();
     const std::lock_guard guard(all.lock);
     all.living.emplace(this, this);
 }
 
 Object::~Object() {
-    Census& all = census();
+    Registry& all = registry();
     const std::lock_guard guard(all.lock);
     all.living.erase(this);
 }
 
 long Object::references() const {
-    const std::lock_guard guard(census().lock);
+    const std::lock_guard guard(registry().lock);
     return references_;
 }
 
 std::size_t livingObjects() {
-    Census& all = census();
+    Registry& all = registry();
     const std::lock_guard guard(all.lock);
     return all.living.size();
 }
@@ -69,20 +70,20 @@ void refuse(const char* what) {
 Object& livingObject(CFTypeRef object) {
     Object* const living = livingOrNull(object);
     if (living == nullptr)
-        refuse("A constant string was given for another object.");
+        refuse("A constant string was given as another object.");
     return *living;
 }
 
 void retain(CFTypeRef object) {
     if (Object* const living = livingOrNull(object)) {
-        const std::lock_guard guard(census().lock);
+        const std::lock_guard guard(registry().lock);
         ++living->references_;
     }
 }
 
-/// Whether that was its last one.
+/// Returns whether that was the last reference.
 bool losesReference(Object& object) {
-    const std::lock_guard guard(census().lock);
+    const std::lock_guard guard(registry().lock);
     return --object.references_ == 0;
 }
 
@@ -97,7 +98,7 @@ constexpr char nullAllocator = 0;
 } // namespace
 
 const CFAllocatorRef kCFAllocatorDefault = nullptr;
-/// Gives no memory, and takes none back.
+/// Neither allocates nor frees memory.
 const CFAllocatorRef kCFAllocatorNull = static_cast<CFAllocatorRef>(static_cast<const void*>(&nullAllocator));
 
 void CFRelease(CFTypeRef object) {

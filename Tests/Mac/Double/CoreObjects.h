@@ -4,9 +4,9 @@
 
 #include <cstddef>
 
-/// Stands in for the objects of Core Foundation: each is an allocation of its own with a count of references,
-/// and goes with the last of them. Whoever uses what is no living object, or one of another type than the
-/// function takes, ends the program, where a Mac might as well go on with whatever lies there.
+/// A double of Core Foundation's objects: separate allocations with reference counts, freed with the last
+/// reference. Passing anything but a living object of the function's type ends the program, where a Mac might
+/// go on with whatever the memory holds.
 namespace tavel::doubles {
 
 enum Kind : CFTypeID {
@@ -28,7 +28,7 @@ enum Kind : CFTypeID {
 
 class Object {
 public:
-    /// With one reference, its maker's.
+    /// Starts with one reference, the creator's.
     explicit Object(Kind kind);
     virtual ~Object();
     Object(const Object&) = delete;
@@ -36,10 +36,10 @@ public:
 
     Kind kind() const { return kind_; }
 
-    /// How many references there are to it.
+    /// The current reference count.
     long references() const;
 
-    /// Whether it is one of the system's constants, which are there for ever.
+    /// Whether it is one of the system's constants, which are never freed.
     virtual bool isConstant() const { return false; }
 
 private:
@@ -50,16 +50,16 @@ private:
     long references_ = 1;
 };
 
-/// Of all types. Any thread.
+/// The number of living objects of all types. Any thread.
 std::size_t livingObjects();
 
-/// Ends the program: it did what a Mac answers with a crash, or worse.
+/// Ends the program with this message: the caller broke a rule that a Mac may answer with a crash.
 [[noreturn]] void refuse(const char* what);
 
-/// Refused unless it is one.
+/// The object behind the reference. Ends the program if it is not a living object.
 Object& livingObject(CFTypeRef object);
 
-/// Refused unless it is a living object of that class.
+/// The same, also if it is not of that class.
 template <typename Class>
 Class& objectAt(CFTypeRef object) {
     Object& living = livingObject(object);
@@ -68,16 +68,16 @@ Class& objectAt(CFTypeRef object) {
     return static_cast<Class&>(living);
 }
 
-/// The reference to it that the interfaces pass around.
+/// The object as the type that the C interfaces pass around.
 template <typename Ref>
 Ref refTo(Object& object) {
     return static_cast<Ref>(static_cast<void*>(&object));
 }
 
-/// Another reference to the object, which may be one of the compiler's constant strings. Any thread.
+/// Adds a reference to the object, which may be a constant string. Any thread.
 void retain(CFTypeRef object);
 
-/// A reference that one object has to another, or none.
+/// Owns a reference to an object, or is null.
 class Reference {
 public:
     Reference() = default;
@@ -98,7 +98,7 @@ public:
             CFRelease(object_);
     }
 
-    /// Takes over what a function with Create or Copy in its name gives.
+    /// Takes over the caller's reference, as returned by a function with Create or Copy in its name.
     static Reference to(CFTypeRef owned) {
         Reference reference;
         reference.object_ = owned;

@@ -31,7 +31,7 @@ TEST_F(DoubledCoreStrings, haveCharactersOfOneUnitAndOfTwo) {
     EXPECT_EQ(utf8From(u"a\U0001F600\U0010FFFF"), "a\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF");
 }
 
-TEST_F(DoubledCoreStrings, ofTheCompilerAreTheSame) {
+TEST_F(DoubledCoreStrings, mayBeConstantsOfTheCompiler) {
     EXPECT_EQ(utf8FromObject(CFSTR("public.jpeg")), "public.jpeg");
     EXPECT_EQ(utf8FromObject(CFSTR("")), "");
 }
@@ -42,7 +42,7 @@ TEST_F(DoubledCoreStrings, keepAByteOrderMarkAndZeros) {
     EXPECT_EQ(utf8From(std::u16string(u"\0a\0", 3)), std::string("\0a\0", 3));
 }
 
-TEST_F(DoubledCoreStrings, withHalfAPairAreNone) {
+TEST_F(DoubledCoreStrings, withAnUnpairedSurrogateAreRefused) {
     for (const std::u16string& text : {u"\xD83D"s, u"\xDE00"s, u"a\xD83D"s,
                                        u"\xD83D"
                                        u"a"s,
@@ -58,17 +58,17 @@ TEST_F(DoubledCoreStrings, areNotMadeFromOtherObjects) {
     EXPECT_EQ(utf8FromObject(nullptr), std::nullopt);
 }
 
-TEST_F(DoubledCoreObjectsDeathTest, endTheProgramThatReleasesThemOnceTooOften) {
+TEST_F(DoubledCoreObjectsDeathTest, endAProgramThatReleasesThemTooOften) {
     EXPECT_DEATH(
         {
             const CFTypeRef object = createObject(u"text");
             CFRelease(object);
             CFRelease(object);
         },
-        "no object, or no longer|heap-use-after-free");
+        "not a living object|heap-use-after-free");
 }
 
-TEST_F(DoubledCoreObjectsDeathTest, endTheProgramThatTakesOneForAnother) {
+TEST_F(DoubledCoreObjectsDeathTest, endAProgramThatConfusesTheirTypes) {
     const Reference number = Reference::to(createObject(1.0));
     EXPECT_DEATH(CFStringGetLength(static_cast<CFStringRef>(number.get())), "another type");
 }

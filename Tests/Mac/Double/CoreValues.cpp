@@ -12,7 +12,7 @@
 
 using namespace tavel::doubles;
 
-/// Their addresses are all that is known of them.
+/// Only their addresses matter.
 struct CFDictionaryKeyCallBacks {};
 struct CFDictionaryValueCallBacks {};
 
@@ -41,7 +41,7 @@ struct TruthValue final : Object {
 TruthValue yes(true);
 TruthValue no(false);
 
-/// Holds its keys and values if it was told how, and otherwise only knows where they were.
+/// Retains its keys and values if it was given the callbacks for it, and otherwise only borrows them.
 struct Dictionary final : Object {
     static constexpr Kind ofKind = dictionaryKind;
     Dictionary() : Object(ofKind) {}
@@ -55,11 +55,11 @@ bool isEqual(CFTypeRef one, CFTypeRef other) {
                             textOf(static_cast<CFStringRef>(one)) == textOf(static_cast<CFStringRef>(other)));
 }
 
-/// Whether nothing is lost.
+/// Whether the number can be converted to the type exactly.
 bool convert(std::int64_t from, double& to) {
     to = static_cast<double>(from);
-    constexpr double behindAll = 9223372036854775808.0;
-    return to < behindAll && static_cast<std::int64_t>(to) == from;
+    constexpr double aboveAll = 9223372036854775808.0;
+    return to < aboveAll && static_cast<std::int64_t>(to) == from;
 }
 
 } // namespace
@@ -101,12 +101,12 @@ CFTypeID CFBooleanGetTypeID() {
     return booleanKind;
 }
 
-/// A byte-order mark is the text's own unless it comes from outside.
+/// A byte-order mark is a character of the text unless the representation is external.
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex size,
                                     CFStringEncoding encoding, Boolean external) {
     constexpr std::string_view mark = "\xEF\xBB\xBF";
     if (encoding != kCFStringEncodingUTF8)
-        refuse("A string in this encoding is not made here.");
+        refuse("The double makes strings from UTF-8 only.");
     std::string_view text(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
     if (external != 0 && text.starts_with(mark))
         text.remove_prefix(mark.size());
@@ -122,7 +122,7 @@ void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar* buffer) {
     const std::u16string text = textOf(string);
     if (range.location < 0 || range.length < 0 ||
         range.location + range.length > static_cast<CFIndex>(text.size()))
-        refuse("The string has no such characters.");
+        refuse("The range is outside the string.");
     std::copy_n(text.begin() + range.location, range.length, buffer);
 }
 
@@ -132,10 +132,10 @@ CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType type, const void* value)
     return static_cast<CFNumberRef>(createObject(*static_cast<const std::int64_t*>(value)));
 }
 
-/// Converts, and tells whether that lost nothing.
+/// Converts the number and returns whether the conversion was exact.
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
     if (type != kCFNumberDoubleType)
-        refuse("A number is only asked for as a double here.");
+        refuse("The double gives numbers as type double only.");
     const auto& held = objectAt<Number>(number).value;
     auto& result = *static_cast<double*>(value);
     if (const auto* const integer = std::get_if<std::int64_t>(&held))

@@ -6,16 +6,16 @@
 #include <string>
 #include <variant>
 
-/// The values of Core Foundation: strings, numbers, Booleans and dictionaries.
+/// A double of Core Foundation's values: strings, numbers, Booleans and dictionaries.
 namespace tavel::doubles {
 
-/// What an object can have for a value. A string is in UTF-16 and may be malformed, as it may on a Mac.
+/// The value of an object. A string is in UTF-16 and may be malformed, as it may be on a Mac.
 using Value = std::variant<std::u16string, std::int64_t, double, bool>;
 
-/// An object with that value, and with one reference to it, the caller's.
+/// A new object with that value. The caller owns the one reference.
 CFTypeRef createObject(const Value& value);
 
-/// The text of a string, a constant one included.
+/// The text of a string, which may be a constant one.
 std::u16string textOf(CFStringRef string);
 
 } // namespace tavel::doubles

@@ -13,7 +13,7 @@
 
 namespace tavel::doubles {
 
-/// A test with a double of the system that nobody has used, after which no object must be left.
+/// A test that starts with the double in its initial state and fails if it leaves an object behind.
 class DoubledMac : public testing::Test {
 protected:
     DoubledMac() {

@@ -26,7 +26,7 @@ struct Source final : Object {
     Reference type;
 };
 
-/// Not decoded before somebody wants its pixels.
+/// Decoded only when its pixels are needed.
 struct Image final : Object {
     static constexpr Kind ofKind = imageKind;
     explicit Image(CFTypeRef itsSource) : Object(ofKind), source(itsSource) {}
@@ -54,7 +54,7 @@ std::string asciiOf(CFTypeRef string) {
     return {text.begin(), text.end()};
 }
 
-/// Here the bytes are read.
+/// Reads the file's bytes now, as late as ImageIO may.
 std::string fileOf(const Image& image) {
     const auto& data = objectAt<Data>(objectAt<Source>(image.source.get()).data.get());
     return {reinterpret_cast<const char*>(data.bytes()), static_cast<std::size_t>(data.size())};
@@ -101,7 +101,7 @@ CGImageSourceRef CGImageSourceCreateWithData(CFDataRef data, CFDictionaryRef) {
     return refTo<CGImageSourceRef>(source);
 }
 
-/// The source keeps it.
+/// The source owns the result.
 CFStringRef CGImageSourceGetType(CGImageSourceRef source) {
     return static_cast<CFStringRef>(objectAt<Source>(source).type.get());
 }
@@ -142,7 +142,7 @@ void CGImageDestinationAddImage(CGImageDestinationRef destination, CGImageRef im
     objectAt<Destination>(destination).added.push_back({Reference(image), Reference(properties)});
 }
 
-/// Once, and with as many images as there were to be. What is not finished leaves a part of itself behind.
+/// Succeeds once, with the announced number of images. If it fails, the data holds an incomplete file.
 bool CGImageDestinationFinalize(CGImageDestinationRef destination) {
     auto& writing = objectAt<Destination>(destination);
     if (writing.isFinal || writing.added.size() != writing.count)

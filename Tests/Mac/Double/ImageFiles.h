@@ -7,24 +7,24 @@
 #include <set>
 #include <string>
 
-/// Stands in for ImageIO: whatever the file, it finds in it what the test says.
+/// A double of ImageIO: it finds in every file what the test prescribes.
 namespace tavel::doubles {
 
 struct ImageFiles {
-    bool opens = true; // a source is made even for most of what is no image
+    bool opens = true; // ImageIO makes a source even for most files that are no images
     std::optional<std::u16string> type;
-    std::optional<std::map<std::u16string, Value>> properties; // by their keys
+    std::optional<std::map<std::u16string, Value>> properties; // by key
     bool decodes = true;
-    bool finishes = true; // what is encoded
+    bool finishes = true; // whether encoding succeeds
     std::set<std::u16string> encoders{u"public.jpeg", u"public.png"};
 
-    const void* openedBytes = nullptr;  // those of the last source
-    const void* writtenBytes = nullptr; // those of the last destination
+    const void* openedBytes = nullptr;  // of the last source
+    const void* writtenBytes = nullptr; // of the last destination
 };
 
 ImageFiles& imageFiles();
 
-/// What the encoder makes of a file: it tells what there was to encode, and how.
+/// The encoder's output for a file: a text that states the input and the options.
 std::string encodedText(const std::string& type, const std::string& file, std::optional<double> quality);
 
 void resetImageFiles();

@@ -30,7 +30,7 @@ protected:
 
 } // namespace
 
-TEST_F(DoubledKeyboardTap, isBehindTheTapsOfTheSessionForPressesAndReleasesOfKeys) {
+TEST_F(DoubledKeyboardTap, isAppendedToTheSessionsTapsForPressesAndReleases) {
     ASSERT_TRUE(create());
     ASSERT_EQ(quartz().requests.size(), 1U);
     const TapRequest& request = quartz().requests.front();
@@ -60,7 +60,7 @@ TEST_F(DoubledKeyboardTap, canBeTriedAgainAfterARefusal) {
     EXPECT_EQ(seen_.size(), 1U);
 }
 
-TEST_F(DoubledKeyboardTap, leavesNoTapBehindThatNobodyServes) {
+TEST_F(DoubledKeyboardTap, leavesNoTapWithoutARunLoopSource) {
     refusesSources = true;
     EXPECT_FALSE(create());
     EXPECT_EQ(livingTaps(), 0);
@@ -76,7 +76,7 @@ TEST_F(DoubledKeyboardTap, canBeSwitchedBeforeThereIsATap) {
     EXPECT_EQ(livingTaps(), 0);
 }
 
-TEST_F(DoubledKeyboardTap, tellsAllOfAKey) {
+TEST_F(DoubledKeyboardTap, reportsKeyCodeFlagsAndUserData) {
     ASSERT_TRUE(create());
     EXPECT_EQ(passTaps({kCGEventKeyDown, 9, 0x100108, ourMark}), Passage::passed);
     EXPECT_EQ(passTaps({kCGEventKeyUp, 0x7F, 0xFFFF'0000'0000'0001, -1}), Passage::passed);
@@ -91,8 +91,8 @@ TEST_F(DoubledKeyboardTap, tellsAllOfAKey) {
     EXPECT_EQ(seen_[1].userData, -1);
 }
 
-/// The double refuses an event that was released, kept or exchanged.
-TEST_F(DoubledKeyboardTap, passesOrSwallowsWhatItIsLentAsTheHandlerSays) {
+/// The double ends the program if the event was released, retained or replaced.
+TEST_F(DoubledKeyboardTap, passesOrSwallowsEventsAsTheHandlerSays) {
     ASSERT_TRUE(create(KeyVerdict::swallow));
     EXPECT_EQ(passTaps({kCGEventKeyDown, 9, 0, 0}), Passage::swallowed);
     EXPECT_EQ(passTaps({kCGEventKeyUp, 9, 0, 0}), Passage::swallowed);
@@ -104,14 +104,14 @@ TEST_F(DoubledKeyboardTap, passesOrSwallowsWhatItIsLentAsTheHandlerSays) {
     EXPECT_EQ(seen_.size(), 4U);
 }
 
-TEST_F(DoubledKeyboardTap, letsWhatIsNoKeyPassUnasked) {
+TEST_F(DoubledKeyboardTap, passesOtherEventsWithoutAskingTheHandler) {
     ASSERT_TRUE(create(KeyVerdict::swallow));
     for (const std::uint32_t type : {0U, leftMouseDown, 9U, flagsChanged, 22U, 0x7FFFFFFFU, 0xFFFFFFFDU})
         EXPECT_EQ(askTaps({type, 9, 0, 0}), Passage::passed) << type;
     EXPECT_TRUE(seen_.empty());
 }
 
-TEST_F(DoubledKeyboardTap, tellsThatTheSystemDisabledIt) {
+TEST_F(DoubledKeyboardTap, reportsThatTheSystemDisabledIt) {
     ASSERT_TRUE(create(KeyVerdict::swallow));
     disableTaps(kCGEventTapDisabledByTimeout);
     EXPECT_EQ(enabledTaps(), 0);
@@ -124,7 +124,7 @@ TEST_F(DoubledKeyboardTap, tellsThatTheSystemDisabledIt) {
     EXPECT_EQ(seen_[0].flags, 0U);
 }
 
-TEST_F(DoubledKeyboardTap, isEnabledByItsHandlerAgain) {
+TEST_F(DoubledKeyboardTap, mayBeEnabledAgainByItsHandler) {
     ASSERT_TRUE(tap_->create([this](const KeyEvent& event) {
         seen_.push_back(event);
         tap_->setEnabled(true);
@@ -146,7 +146,7 @@ TEST_F(DoubledKeyboardTap, seesKeysOnlyWhileItIsEnabled) {
     EXPECT_EQ(seen_.size(), 1U);
 }
 
-TEST_F(DoubledKeyboardTap, seesNothingAnyMoreWhenItIsGone) {
+TEST_F(DoubledKeyboardTap, seesNoKeysAfterItsDestruction) {
     ASSERT_TRUE(create(KeyVerdict::swallow));
     tap_.reset();
     EXPECT_EQ(livingTaps(), 0);
@@ -154,7 +154,7 @@ TEST_F(DoubledKeyboardTap, seesNothingAnyMoreWhenItIsGone) {
     EXPECT_TRUE(seen_.empty());
 }
 
-TEST_F(DoubledKeyboardTap, typesAPasteInItsOrderWhateverTheUserHolds) {
+TEST_F(DoubledKeyboardTap, postsAPasteInOrderWhateverTheUserHolds) {
     quartz().heldModifiers = keyFlag::shift | keyFlag::option;
     constexpr std::uint64_t command = keyFlag::command;
     tap_->post(std::vector<KeyEvent>{{KeyEventType::keyDown, keyCode::leftCommand, command, ourMark},
@@ -169,7 +169,7 @@ TEST_F(DoubledKeyboardTap, typesAPasteInItsOrderWhateverTheUserHolds) {
     EXPECT_TRUE(quartz().requests.empty()) << "no tap is needed for it";
 }
 
-TEST_F(DoubledKeyboardTap, leavesOutWhatCannotBeTyped) {
+TEST_F(DoubledKeyboardTap, skipsEventsThatCannotBePosted) {
     quartz().keysWithoutEvent = {9};
     tap_->post(std::vector<KeyEvent>{{KeyEventType::keyDown, 9, 0, 1},
                                      {KeyEventType::keyDown, 0x10007, 0, 2},

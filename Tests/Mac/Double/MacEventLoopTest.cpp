@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 
 std::unique_ptr<EventLoop> makeTestedEventLoop() {
     resetApplication();
-    finishGlobalWork(); // of loops before
+    finishGlobalWork(); // left by earlier loops
     return std::make_unique<MacEventLoop>();
 }
 
@@ -26,11 +26,11 @@ namespace {
 
 class DoubledEventLoop : public DoubledMac {
 protected:
-    TurnedClock clock_;
+    ManualClock clock_;
     std::unique_ptr<EventLoop> loop_ = makeTestedEventLoop();
 };
 
-/// Whether the pass took as long as it might.
+/// Whether the pass lasted for its longest wait.
 bool waitsInVain(EventLoop& loop, std::chrono::milliseconds longestWait) {
     const Time start = now();
     loop.runOnce(longestWait);
@@ -39,7 +39,7 @@ bool waitsInVain(EventLoop& loop, std::chrono::milliseconds longestWait) {
 
 } // namespace
 
-TEST_F(DoubledEventLoop, ticksAtTheIntervalForTheFirstTimeAfterOne) {
+TEST_F(DoubledEventLoop, ticksAtTheIntervalAndFirstAfterOne) {
     std::vector<Time> ticks;
     const Time start = now();
     loop_->repeat(100ms, [&] { ticks.push_back(now() - start); });
@@ -47,7 +47,7 @@ TEST_F(DoubledEventLoop, ticksAtTheIntervalForTheFirstTimeAfterOne) {
     EXPECT_EQ(ticks, (std::vector<Time>{100ms, 200ms, 300ms}));
 }
 
-TEST_F(DoubledEventLoop, ticksNotWhileAMenuIsOpen) {
+TEST_F(DoubledEventLoop, doesNotTickWhileAMenuIsOpen) {
     int ticks = 0;
     loop_->repeat(100ms, [&] { ++ticks; });
     EXPECT_FALSE(runMainLoop(eventTrackingMode, 350ms));
@@ -56,7 +56,7 @@ TEST_F(DoubledEventLoop, ticksNotWhileAMenuIsOpen) {
     EXPECT_EQ(ticks, 1) << "one late tick";
 }
 
-TEST_F(DoubledEventLoop, runsWhatIsPostedAlsoWhileAMenuIsOpen) {
+TEST_F(DoubledEventLoop, runsPostedFunctionsWhileAMenuIsOpen) {
     int runs = 0;
     loop_->post([&] { ++runs; });
     EXPECT_FALSE(runMainLoop(eventTrackingMode, 0ms));
@@ -72,7 +72,7 @@ TEST_F(DoubledEventLoop, stopsTheRunLoopAndWakesTheApplication) {
     EXPECT_TRUE(waitsInVain(*loop_, 1s));
 }
 
-TEST_F(DoubledEventLoop, runsWhatIsPostedInsideTheWaitWithoutEndingIt) {
+TEST_F(DoubledEventLoop, runsPostedFunctionsDuringTheWaitWithoutEndingIt) {
     std::vector<Time> runs;
     const Time start = now();
     loop_->post([&] { runs.push_back(now() - start); });
@@ -101,7 +101,7 @@ TEST_F(DoubledEventLoop, runsEverythingInAPoolOfItsOwn) {
     EXPECT_EQ(openPools(), 0);
 }
 
-TEST_F(DoubledEventLoop, runsAJobInAPoolOnTheQueueForThingsThatMayTake) {
+TEST_F(DoubledEventLoop, runsAJobInAPoolOnTheUtilityQueue) {
     std::atomic<int> depth = 0;
     std::atomic<bool> isElsewhere = false;
     loop_->runInBackground([&, here = std::this_thread::get_id()] {
@@ -114,7 +114,7 @@ TEST_F(DoubledEventLoop, runsAJobInAPoolOnTheQueueForThingsThatMayTake) {
     EXPECT_TRUE(isElsewhere);
 }
 
-TEST_F(DoubledEventLoop, ticksNoMoreWhenItIsGone) {
+TEST_F(DoubledEventLoop, doesNotTickAfterItsDestruction) {
     const auto held = std::make_shared<int>(0);
     loop_->repeat(100ms, [held] { ++*held; });
     loop_->repeat(70ms, [held] { ++*held; });
@@ -126,7 +126,7 @@ TEST_F(DoubledEventLoop, ticksNoMoreWhenItIsGone) {
     EXPECT_EQ(*held, 3);
 }
 
-TEST_F(DoubledEventLoop, runsWhatIsPostedWhenItIsGoneItself) {
+TEST_F(DoubledEventLoop, runsPostedFunctionsAfterItsDestruction) {
     int runs = 0;
     loop_->post([&] { ++runs; });
     loop_->postAfter(10ms, [&] { ++runs; });
@@ -135,7 +135,7 @@ TEST_F(DoubledEventLoop, runsWhatIsPostedWhenItIsGoneItself) {
     EXPECT_EQ(runs, 2);
 }
 
-TEST_F(DoubledEventLoop, whatIsDueAlreadyRunsInTheNextPass) {
+TEST_F(DoubledEventLoop, runsDueFunctionsInTheNextPass) {
     int runs = 0;
     loop_->postAfter(0ms, [&] { ++runs; });
     loop_->postAfter(-1s, [&] { ++runs; });

@@ -23,7 +23,7 @@ constexpr char16_t width[] = u"PixelWidth";
 constexpr char16_t height[] = u"PixelHeight";
 constexpr char16_t alpha[] = u"HasAlpha";
 
-/// In an allocation of exactly its size, which goes with the last of the bytes.
+/// The bytes in an allocation of exactly their size, so that AddressSanitizer sees reads beyond it.
 Bytes fileOf(std::string_view content) {
     std::shared_ptr<char[]> buffer(new char[content.size()]);
     std::memcpy(buffer.get(), content.data(), content.size());
@@ -43,7 +43,7 @@ protected:
         return size ? std::optional(std::pair(size->width, size->height)) : std::nullopt;
     }
 
-    /// All answers are nothing.
+    /// Expects that the codec has no answer to any question.
     void expectNoAnswer() {
         EXPECT_FALSE(codec_.measure(file_));
         EXPECT_FALSE(codec_.typeIdentifier(file_));
@@ -58,7 +58,7 @@ protected:
 
 } // namespace
 
-TEST_F(DoubledImageCodec, tellsSizeTypeAndAlpha) {
+TEST_F(DoubledImageCodec, reportsSizeTypeAndAlpha) {
     EXPECT_EQ(measured(), std::pair(640L, 480L));
     EXPECT_EQ(codec_.typeIdentifier(file_), "public.tiff");
     EXPECT_EQ(codec_.hasAlpha(file_), true);
@@ -66,13 +66,13 @@ TEST_F(DoubledImageCodec, tellsSizeTypeAndAlpha) {
     EXPECT_EQ(codec_.hasAlpha(file_), false);
 }
 
-TEST_F(DoubledImageCodec, takesNumbersOfEitherKind) {
+TEST_F(DoubledImageCodec, acceptsIntegersAndDoubles) {
     imageFiles().properties = {{width, 640.0}, {height, 480.75}};
     EXPECT_EQ(measured(), std::pair(640L, 480L));
 }
 
-/// The last of them is between two of type double.
-TEST_F(DoubledImageCodec, hasNoSizeWithoutTwoNumbersOfPixels) {
+/// The last of these numbers lies between two values of type double.
+TEST_F(DoubledImageCodec, hasNoSizeWithoutTwoPixelCounts) {
     const double infinite = std::numeric_limits<double>::infinity();
     for (const Value& value :
          {Value(u"640"), Value(true), Value(std::nan("")), Value(infinite), Value(-infinite),
@@ -87,7 +87,7 @@ TEST_F(DoubledImageCodec, hasNoSizeWithoutTwoNumbersOfPixels) {
     }
 }
 
-TEST_F(DoubledImageCodec, takesNoAlphaFromWhatIsNoTruthValue) {
+TEST_F(DoubledImageCodec, ignoresAlphaThatIsNoBoolean) {
     for (const Value& value : {Value(std::int64_t{1}), Value(1.0), Value(u"true")}) {
         (*imageFiles().properties)[alpha] = value;
         EXPECT_EQ(codec_.hasAlpha(file_), false);
@@ -117,7 +117,7 @@ TEST_F(DoubledImageCodec, opensNoEmptyFile) {
     EXPECT_EQ(imageFiles().openedBytes, nullptr);
 }
 
-TEST_F(DoubledImageCodec, looksAtTheFilesOwnBytes) {
+TEST_F(DoubledImageCodec, readsTheFilesOwnBytes) {
     const std::function<void()> questions[] = {
         [&] { codec_.measure(file_); }, [&] { codec_.typeIdentifier(file_); },
         [&] { codec_.hasAlpha(file_); }, [&] { codec_.encodePng(file_); },
@@ -143,7 +143,7 @@ TEST_F(DoubledImageCodec, encodesJpegWithTheQuality) {
     }
 }
 
-TEST_F(DoubledImageCodec, whatIsEncodedIsSharedAndOutlivesFileAndCodec) {
+TEST_F(DoubledImageCodec, sharesEncodedBytesThatOutliveFileAndCodec) {
     std::optional<Bytes> png = MacImageCodec().encodePng(file_);
     ASSERT_TRUE(png);
     EXPECT_EQ(png->data(), imageFiles().writtenBytes);
@@ -169,7 +169,7 @@ TEST_F(DoubledImageCodec, theSourceKeepsTheFilesBytes) {
     EXPECT_EQ(CFDataGetLength(data.get()), static_cast<CFIndex>(std::strlen("public.png of a picture")));
 }
 
-TEST_F(DoubledImageCodec, encodesNothingFromWhatCannotBeDecoded) {
+TEST_F(DoubledImageCodec, encodesNothingThatCannotBeDecoded) {
     imageFiles().decodes = false;
     EXPECT_FALSE(codec_.encodePng(file_));
     EXPECT_FALSE(codec_.encodeJpeg(file_, 1));
@@ -185,13 +185,13 @@ TEST_F(DoubledImageCodec, encodesNothingWithoutTheEncoder) {
     EXPECT_TRUE(codec_.encodeJpeg(file_, 1));
 }
 
-TEST_F(DoubledImageCodec, encodesNothingIfItIsNotFinished) {
+TEST_F(DoubledImageCodec, encodesNothingIfFinishingFails) {
     imageFiles().finishes = false;
     EXPECT_FALSE(codec_.encodePng(file_));
     EXPECT_FALSE(codec_.encodeJpeg(file_, 1));
 }
 
-TEST_F(DoubledImageCodec, canEncodeWhatTheSystemHasAnEncoderFor) {
+TEST_F(DoubledImageCodec, canEncodeTheTypesOfTheSystemsEncoders) {
     EXPECT_TRUE(codec_.canEncode("public.png"));
     EXPECT_TRUE(codec_.canEncode(std::string_view("public.png and more").substr(0, 10)));
     EXPECT_TRUE(codec_.canEncode("public.jpeg"));

@@ -4,10 +4,10 @@
 
 namespace tavel::doubles {
 
-/// Whether it is a port that still receives messages.
+/// Whether it is a port, and valid, so that it receives messages.
 bool isValidPort(CFTypeRef port);
 
-/// The run loop lets the sources of the port go. Main thread.
+/// Releases the port's sources from the run loop. Main thread.
 void removeSourcesOf(const Object& port);
 
 } // namespace tavel::doubles

@@ -46,7 +46,7 @@ struct Timer final : Object {
     bool isValid = true;
 };
 
-/// What the loop holds, and in which mode.
+/// An object that was added to the loop, and the mode.
 struct Item {
     std::u16string mode;
     Reference object;
@@ -62,7 +62,7 @@ struct MainLoop final : Object {
     std::atomic<bool> isStopped = false;
     std::mutex lock;
     std::condition_variable woken;
-    long wakings = 0;
+    long wakeUps = 0;
 };
 
 MainLoop mainLoop;
@@ -80,7 +80,7 @@ std::vector<Reference> timersIn(CFRunLoopMode mode) {
     return found;
 }
 
-/// A tick that comes late is followed by the next one that is not.
+/// A late tick skips the ticks that have been missed.
 void fire(Timer& timer) {
     if (timer.interval == Time(0))
         timer.isValid = false;
@@ -107,15 +107,15 @@ Time nextDue(CFRunLoopMode mode, Time latest) {
     return next;
 }
 
-long wakings() {
+long wakeUps() {
     const std::lock_guard guard(mainLoop.lock);
-    return mainLoop.wakings;
+    return mainLoop.wakeUps;
 }
 
 void sleepUntil(Time time, long seen) {
     std::unique_lock guard(mainLoop.lock);
-    if (mainLoop.wakings == seen && !turnClockTo(time))
-        mainLoop.woken.wait_until(guard, realTime(time), [seen] { return mainLoop.wakings != seen; });
+    if (mainLoop.wakeUps == seen && !setManualClock(time))
+        mainLoop.woken.wait_until(guard, realTime(time), [seen] { return mainLoop.wakeUps != seen; });
 }
 
 void removeTimer(const Timer& timer) {
@@ -129,7 +129,7 @@ namespace tavel::doubles {
 void waitInMode(CFRunLoopMode mode, Time longest, const std::function<bool()>& ended) {
     const Time end = now() + longest;
     for (;;) {
-        const long seen = wakings();
+        const long seen = wakeUps();
         fireTimers(mode);
         runMainQueue();
         if (ended() || now() >= end)
@@ -146,7 +146,7 @@ bool runMainLoop(CFRunLoopMode mode, Time longest) {
 
 void wakeMainLoop() {
     const std::lock_guard guard(mainLoop.lock);
-    ++mainLoop.wakings;
+    ++mainLoop.wakeUps;
     mainLoop.woken.notify_all();
 }
 
@@ -182,7 +182,7 @@ void CFRunLoopStop(CFRunLoopRef loop) {
     wakeMainLoop();
 }
 
-/// An invalid source or timer is not added.
+/// Ignores an invalid source or timer.
 void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode) {
     if (isValidPort(objectAt<Source>(source).port.get()))
         objectAt<MainLoop>(loop).sources.push_back({textOf(mode), Reference(source)});
@@ -204,7 +204,7 @@ CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef, CFAbsoluteTime first, CFT
                                        CFRunLoopTimerContext* context) {
     if (context != nullptr &&
         (context->version != 0 || context->retain != nullptr || context->release != nullptr))
-        refuse("A timer that holds its context is not made here.");
+        refuse("The double makes no timer that retains its context.");
     auto& timer = *new Timer;
     timer.due = timeFrom(first);
     timer.interval = timeFrom(interval);
@@ -214,7 +214,7 @@ CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef, CFAbsoluteTime first, CFT
     return refTo<CFRunLoopTimerRef>(timer);
 }
 
-/// It never fires again, and the loop lets it go.
+/// Stops the timer for good and removes it from the loop.
 void CFRunLoopTimerInvalidate(CFRunLoopTimerRef timer) {
     auto& invalid = objectAt<Timer>(timer);
     invalid.isValid = false;

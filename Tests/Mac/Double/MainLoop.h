@@ -5,26 +5,26 @@
 
 #include <functional>
 
-/// Stands in for the main run loop: its modes, sources and timers.
+/// A double of the main run loop: its modes, sources and timers.
 namespace tavel::doubles {
 
-/// A mode that AppKit adds to the common ones: while a menu is open or something is dragged.
+/// A mode that AppKit adds to the common modes, for open menus and dragging.
 extern const CFRunLoopMode eventTrackingMode;
 
-/// Waits in that mode, serving its timers and, as all modes here are common ones, the main queue. Returns
-/// after `longest`, or once `ended` holds. Main thread.
+/// Runs the loop in `mode` until `ended` holds, for `longest` at most. It serves the mode's timers and, since
+/// all modes here are common modes, the main queue. Main thread.
 void waitInMode(CFRunLoopMode mode, Time longest, const std::function<bool()>& ended);
 
-/// The same as a run of the loop of its own. Whether it was stopped. Main thread.
+/// The same as a run of its own, which a stop ends. Returns whether it was stopped. Main thread.
 bool runMainLoop(CFRunLoopMode mode, Time longest);
 
-/// Has the present wait look again whether there is something to do. Any thread.
+/// Has the current wait check again for something to do. Any thread.
 void wakeMainLoop();
 
-/// Whether a wait in that mode serves a source of that port. Main thread.
+/// Whether a wait in `mode` serves a source of that port. Main thread.
 bool isServed(const Object& port, CFRunLoopMode mode);
 
-/// Sources are refused, as when there is no memory, while this is set. It is unset at first.
+/// While set, no source can be created, as if memory had run out. Initially false.
 extern bool refusesSources;
 
 /// Empties the loop. Main thread.

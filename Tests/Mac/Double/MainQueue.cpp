@@ -33,7 +33,7 @@ std::mutex lock;
 std::vector<Work> posted;
 std::multimap<Time, Work> delayed;
 std::vector<std::pair<std::intptr_t, std::jthread>> globalWork;
-bool isRunning = false; // the main thread's
+bool isRunning = false; // main thread only
 
 std::vector<Work> takeDue() {
     const std::lock_guard guard(lock);
@@ -50,7 +50,7 @@ namespace tavel::doubles {
 
 void runMainQueue() {
     if (isRunning)
-        return; // the queue is served by one at a time, also when its work waits for events
+        return; // a serial queue: not even a function that waits for events lets the next one in
     isRunning = true;
     for (const Work& work : takeDue())
         work.function(work.context);
@@ -85,7 +85,7 @@ dispatch_queue_global_t dispatch_get_global_queue(intptr_t identifier, uintptr_t
     refuse("There is no such queue.");
 }
 
-/// A global queue has threads for whatever it is given.
+/// A global queue is concurrent: each job gets a thread.
 void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work) {
     if (queue != &mainQueue) {
         const auto quality = static_cast<const GlobalQueue*>(queue)->quality;
@@ -101,7 +101,7 @@ void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t
 
 void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context, dispatch_function_t work) {
     if (queue != &mainQueue)
-        refuse("Only the main queue is given delayed work here.");
+        refuse("The double delays work on the main queue only.");
     {
         const std::lock_guard guard(lock);
         delayed.emplace(Time(static_cast<std::int64_t>(when)), Work{context, work});
@@ -111,6 +111,6 @@ void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* contex
 
 dispatch_time_t dispatch_time(dispatch_time_t when, int64_t nanoseconds) {
     if (when != DISPATCH_TIME_NOW)
-        refuse("Only times from now on are made here.");
+        refuse("The double makes times relative to now only.");
     return static_cast<dispatch_time_t>(now().count() + nanoseconds);
 }

@@ -6,16 +6,16 @@
 #include <optional>
 #include <vector>
 
-/// Stands in for the queues of Dispatch: the main one, which the main run loop serves, and the global ones.
+/// A double of Dispatch's queues: the main queue, which the main run loop serves, and the global ones.
 namespace tavel::doubles {
 
-/// Runs what is posted and due, one after the other, unless that is going on already. Main thread.
+/// Runs the posted functions that are due, in order. Does nothing when called from within one. Main thread.
 void runMainQueue();
 
-/// When the next delayed work is due. Any thread.
+/// When the next delayed function is due. Any thread.
 std::optional<Time> nextDelayed();
 
-/// Waits for the work of the global queues, and tells the queues that it was given to.
+/// Waits until the global queues are idle. Returns the quality of service of each job that they were given.
 std::vector<std::intptr_t> finishGlobalWork();
 
 } // namespace tavel::doubles

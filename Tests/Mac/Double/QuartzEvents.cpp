@@ -11,12 +11,12 @@ namespace {
 
 constexpr std::uint32_t flagsChanged = 12;
 
-/// The keys from Command on the right to Function have neighbouring codes.
+/// The modifier keys' codes are contiguous, from right Command to Function.
 constexpr bool isModifier(CGKeyCode key) {
     return key >= 54 && key <= 63;
 }
 
-/// CFMachPort, as far as it is a tap's. Messages come in until it is made invalid, or goes.
+/// A double of a tap's CFMachPort. It receives messages until it is invalidated or freed.
 struct TapPort final : Object {
     static constexpr Kind ofKind = machPortKind;
     TapPort();
@@ -24,7 +24,7 @@ struct TapPort final : Object {
 
     CGEventTapCallBack callBack = nullptr;
     void* userInfo = nullptr;
-    CGEventTapProxy proxy = nullptr; // for posting from within, which nobody does
+    CGEventTapProxy proxy = nullptr; // for posting from within the callback, which no adaptor does
     CGEventMask mask = 0;
     bool isValid = true;
     bool isEnabled = true;
@@ -50,14 +50,14 @@ bool isOfInterest(const TapPort& tap, std::uint32_t type) {
     return tap.isValid && tap.isEnabled && type < 64 && (tap.mask >> type & 1) != 0;
 }
 
-/// The tap's answer. The event is lent to it.
+/// Asks the tap, which borrows the event. Returns whether it lets the event pass.
 bool letsPass(TapPort& tap, std::uint32_t type, Event& event) {
-    const auto lent = refTo<CGEventRef>(event);
-    const CGEventRef given = tap.callBack(tap.proxy, static_cast<CGEventType>(type), lent, tap.userInfo);
-    if (given != nullptr && given != lent)
-        refuse("Another event came back from a tap.");
+    const auto borrowed = refTo<CGEventRef>(event);
+    const CGEventRef given = tap.callBack(tap.proxy, static_cast<CGEventType>(type), borrowed, tap.userInfo);
+    if (given != nullptr && given != borrowed)
+        refuse("A tap returned another event.");
     if (event.references() != 1)
-        refuse("A tap gave back what was only lent to it, or kept it.");
+        refuse("A tap released or retained an event that it does not own.");
     return given != nullptr;
 }
 
@@ -104,7 +104,7 @@ void disableTaps(CGEventType why) {
         tap->isEnabled = false;
         if (isServed(*tap, kCFRunLoopDefaultMode) &&
             tap->callBack(tap->proxy, why, noEvent, tap->userInfo) != nullptr)
-            refuse("An event came back from a tap that was given none.");
+            refuse("A tap returned an event where it was given none.");
     }
 }
 
@@ -123,7 +123,7 @@ bool isValidPort(CFTypeRef port) {
 
 } // namespace tavel::doubles
 
-/// The port's sources become invalid with it, and leave the run loop.
+/// Also invalidates the port's sources, which leave the run loop.
 void CFMachPortInvalidate(CFMachPortRef port) {
     auto& tap = objectAt<TapPort>(port);
     tap.isValid = false;
@@ -155,12 +155,12 @@ int64_t CGEventGetIntegerValueField(CGEventRef event, CGEventField field) {
     case kCGEventSourceUserData:
         return content.userData;
     }
-    refuse("An event's field that is not known here.");
+    refuse("The double does not know this field of an event.");
 }
 
 void CGEventSetIntegerValueField(CGEventRef event, CGEventField field, int64_t value) {
     if (field != kCGEventSourceUserData)
-        refuse("Only an event's user data are set here.");
+        refuse("The double sets no field of an event but its user data.");
     objectAt<Event>(event).content.userData = value;
 }
 
@@ -172,7 +172,7 @@ void CGEventSetFlags(CGEventRef event, CGEventFlags flags) {
     objectAt<Event>(event).content.flags = flags;
 }
 
-/// A modifier key's event is of a type of its own. Every event starts with the modifiers that are held.
+/// A modifier key has its own event type. Each new event starts with the modifiers that are held.
 CGEventRef CGEventCreateKeyboardEvent(CGEventSourceRef, CGKeyCode key, bool down) {
     if (quartz().keysWithoutEvent.contains(key))
         return nullptr;

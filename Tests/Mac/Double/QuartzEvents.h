@@ -8,7 +8,7 @@
 #include <set>
 #include <vector>
 
-/// Stands in for Quartz Event Services: taps and the keys that come by them, posted events, and the keyboard.
+/// A double of Quartz Event Services: taps and their events, posted events, and the state of the keyboard.
 namespace tavel::doubles {
 
 struct TapRequest {
@@ -32,38 +32,37 @@ struct PostedEvent {
     bool operator==(const PostedEvent&) const = default;
 };
 
-/// The session, as the tests make it and as the adaptors leave it.
+/// The login session: what a test prescribes, and what the adaptors did.
 struct Quartz {
-    bool refusesTaps = false;             // the user has not permitted them
-    CGEventFlags heldModifiers = 0;       // which an event has from the start
-    std::set<CGKeyCode> keysWithoutEvent; // for which none can be made
+    bool refusesTaps = false;             // the user has not granted the permission
+    CGEventFlags heldModifiers = 0;       // the initial flags of each new event
+    std::set<CGKeyCode> keysWithoutEvent; // no event can be created for these
     std::map<CGEventSourceStateID, std::set<CGKeyCode>> keysDown;
 
-    std::vector<TapRequest> requests; // all, also those that were refused
+    std::vector<TapRequest> requests; // refused ones included
     std::vector<PostedEvent> posted;  // copies
 };
 
 Quartz& quartz();
 
-/// `heldUp`: a tap waits for it, and nobody serves the tap in this mode.
+/// `heldUp`: an enabled tap wants the event, but the run loop does not serve the tap in this mode.
 enum class Passage { passed, swallowed, heldUp };
 
-/// Has the event come by all taps while the main thread waits in that mode, as the system does: the event
-/// stays the system's. Refused is a new event in return, which a Mac would take: ours gives none. Main
-/// thread.
+/// Sends the event through all taps while the main thread waits in `mode`. The event stays the system's. Ends
+/// the program if a tap returns a new event, which a Mac would accept but ours never does. Main thread.
 Passage passTaps(const QuartzEvent& event, CFRunLoopMode mode = kCFRunLoopDefaultMode);
 
-/// Asks all taps about an event of that type, whether they wanted such or not.
+/// The same, whether or not the taps asked for events of that type.
 Passage askTaps(const QuartzEvent& event);
 
-/// Disables all taps, as the system does with those that take too long, and tells them with an event of that
-/// type, for which there is no event.
+/// Disables all taps, as the system does with slow ones, and notifies each with the type `why` and a null
+/// event.
 void disableTaps(CGEventType why);
 
-/// How many taps there are that keys come by or would if they were enabled.
+/// The number of valid taps, enabled or not.
 int livingTaps();
 
-/// Of these, how many are enabled.
+/// The number of valid taps that are enabled.
 int enabledTaps();
 
 void resetQuartz();
