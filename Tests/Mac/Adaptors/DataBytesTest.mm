@@ -9,7 +9,7 @@
 namespace tavel {
 namespace {
 
-/// Bytes of a buffer whose end can be seen.
+/// Bytes of a buffer whose destruction a test can observe.
 struct WatchedBuffer {
     std::shared_ptr<const std::string> text = std::make_shared<const std::string>("watched");
     std::weak_ptr<const std::string> life = text;
@@ -74,7 +74,7 @@ TEST(DataBytes, bytesOfDataMayBeDroppedOnAnotherThread) {
     EXPECT_FALSE(buffer.isThere());
 }
 
-TEST(DataBytes, dataAreDataLikeAllOthers) {
+TEST(DataBytes, dataBehaveLikeOtherData) {
     NSData* const data = dataSharing(Bytes::copyOf("some bytes"));
     NSData* const equal = [NSData dataWithBytes:"some bytes" length:10];
     EXPECT_TRUE([data isEqual:equal]);
@@ -88,7 +88,7 @@ TEST(DataBytes, dataAreDataLikeAllOthers) {
     EXPECT_TRUE([data isEqual:equal]);
 }
 
-TEST(DataBytes, nothingIsEmptyData) {
+TEST(DataBytes, emptyBytesAreEmptyData) {
     EXPECT_EQ([dataSharing(Bytes()) length], 0U);
     EXPECT_TRUE([dataSharing(Bytes()) isEqual:[NSData data]]);
     EXPECT_TRUE(bytesSharing([NSData data]).empty());

@@ -58,7 +58,7 @@ TEST(FileUrls, thisMachineMayBeNamed) {
     EXPECT_EQ(pathOf("file://localhost/nowhere/file"), "/nowhere/file");
 }
 
-TEST(FileUrls, whatNamesNoLocalPathHasNone) {
+TEST(FileUrls, otherUrlsHaveNoPath) {
     for (const std::string& url :
          {"https://example.net/file", "file://elsewhere.example.net/file", "/no/url", "file:///not-utf8-%FF",
           "file:///cut-at-%00-here", "mailto:somebody@example.net"})

@@ -4,8 +4,8 @@
 
 namespace tavel {
 
-/// The system's own pasteboards. Another program is a second object here, which shares nothing with the first
-/// but the server. Named ones are taken from the server with the backend.
+/// The system's own pasteboards. A second MacPasteboard object plays the other program; it shares only the
+/// server with the first. The backend's destructor removes its named pasteboards from the server.
 std::unique_ptr<PasteboardBackend> makeMacBackend();
 
 inline constexpr PasteboardBackendMaker macBackend{"Mac", makeMacBackend};

@@ -21,7 +21,7 @@ std::string describe(NSRect area) {
            std::to_string(static_cast<int>(area.size.height));
 }
 
-/// For as long as the object lives.
+/// A pool that lives as long as this object.
 class AutoreleasePool {
 public:
     AutoreleasePool() = default;
@@ -74,7 +74,7 @@ TEST_F(PanelContent, isATitledClosablePanelThatStays) {
     EXPECT_FALSE([panel() isVisible]);
 }
 
-TEST_F(PanelContent, isLaidOutAsItsFramesSay) {
+TEST_F(PanelContent, followsTheLayout) {
     std::vector<std::string> frames;
     for (NSView* view in views())
         frames.push_back(describe([view frame]));

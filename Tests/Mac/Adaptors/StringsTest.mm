@@ -4,7 +4,7 @@
 
 #include <vector>
 
-/// A string of any units, also of such as no text can have.
+/// A string of any UTF-16 units, even malformed ones.
 @interface TavelTestUnits : NSString {
 @public
     const std::vector<unichar>* _units; // borrowed
@@ -82,13 +82,13 @@ TEST(Strings, composedAndDecomposedLettersStayWhatTheyAre) {
         EXPECT_EQ(utf8FromString(stringFromUtf8(text)), text);
 }
 
-TEST(Strings, whatIsNoUtf8IsNoString) {
+TEST(Strings, textThatIsNotUtf8IsNoString) {
     for (const std::string& bytes :
          {"\xFF"s, "caf\xE9"s, "\xC3"s, "\xC0\x80"s, "\xED\xA0\x80"s, "\xF4\x90\x80\x80"s})
         EXPECT_EQ(stringFromUtf8(bytes), nil) << testing::PrintToString(bytes);
 }
 
-TEST(Strings, halfASurrogatePairIsNoUtf8) {
+TEST(Strings, anUnpairedSurrogateIsNoUtf8) {
     for (const std::vector<unichar>& units : std::vector<std::vector<unichar>>{
              {0xD83C}, {'x', 0xD83C}, {0xD83C, 'x'}, {'x', 0xDF4C, 'x'}, {'x', 0xDF4C, 0xD83C}}) {
         TavelTestUnits* const string = [[TavelTestUnits alloc] autorelease];
@@ -101,7 +101,7 @@ TEST(Strings, halfASurrogatePairIsNoUtf8) {
     EXPECT_EQ(utf8FromString(string), "x\xF0\x9F\x8D\x8C");
 }
 
-TEST(Strings, nothingIsNoText) {
+TEST(Strings, nilIsNoText) {
     EXPECT_EQ(utf8FromString(nil), std::nullopt);
     EXPECT_EQ(utf8FromString(@""), "");
     EXPECT_EQ([stringFromUtf8("") length], 0U);

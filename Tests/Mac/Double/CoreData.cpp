@@ -17,7 +17,7 @@ CFDataRef CFDataCreateWithBytesNoCopy(CFAllocatorRef, const UInt8* bytes, CFInde
                                       CFAllocatorRef bytesDeallocator) {
     auto& data = *new Data;
     data.borrowed = bytes;
-    data.lentSize = size;
+    data.borrowedSize = size;
     data.freesBorrowed = bytesDeallocator != kCFAllocatorNull;
     return refTo<CFDataRef>(data);
 }

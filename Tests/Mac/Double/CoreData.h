@@ -15,11 +15,11 @@ struct Data final : Object {
     const UInt8* bytes() const {
         return borrowed == nullptr ? reinterpret_cast<const UInt8*>(own.data()) : borrowed;
     }
-    CFIndex size() const { return borrowed == nullptr ? static_cast<CFIndex>(own.size()) : lentSize; }
+    CFIndex size() const { return borrowed == nullptr ? static_cast<CFIndex>(own.size()) : borrowedSize; }
 
     std::string own;
     const UInt8* borrowed = nullptr;
-    CFIndex lentSize = 0;
+    CFIndex borrowedSize = 0;
     bool freesBorrowed = false; // with free()
 };
 

@@ -16,7 +16,7 @@
 using tavel::passOneEvent;
 using tavel::wakeApplication;
 
-/// A window that does not bear events.
+/// A window that raises an exception for each application-defined event.
 @interface TavelRaisingWindow : NSWindow {
 @public
     int _events;
@@ -29,7 +29,7 @@ using tavel::wakeApplication;
     if ([event type] != NSEventTypeApplicationDefined)
         return;
     ++_events;
-    [NSException raise:NSGenericException format:@"This window bears no events."];
+    [NSException raise:NSGenericException format:@"This window refuses events."];
 }
 
 @end
@@ -70,7 +70,7 @@ class ApplicationEvents : public testing::Test {
 protected:
     ApplicationEvents() {
         tavel::becomeAccessoryApplication();
-        // What the system says to a new application.
+        // Take the events that every new application receives.
         while (lengthOfPass(milliseconds(50)) < milliseconds(50)) {
         }
     }
@@ -81,7 +81,7 @@ protected:
         return Clock::now() - start;
     }
 
-    /// Calls it on this thread within the next pass that waits.
+    /// Calls the function on this thread during the next pass that waits.
     void callDuringWait(const std::function<void()>& function) {
         function_ = function;
         @autoreleasepool {
@@ -107,35 +107,35 @@ TEST_F(ApplicationEvents, aPassOfNoTimeDoesNotWait) {
     EXPECT_LT(lengthOfPass(milliseconds(0)), seconds(20));
 }
 
-TEST_F(ApplicationEvents, aWakingBeforeTheWaitEndsIt) {
+TEST_F(ApplicationEvents, aWakeUpBeforeTheWaitEndsIt) {
     wakeApplication();
     EXPECT_LT(lengthOfPass(minutes(10)), seconds(20));
 }
 
-TEST_F(ApplicationEvents, aWakingEndsOnePass) {
+TEST_F(ApplicationEvents, aWakeUpEndsOnePass) {
     wakeApplication();
     passOneEvent(minutes(10));
     EXPECT_GE(lengthOfPass(milliseconds(50)), milliseconds(50));
 }
 
-TEST_F(ApplicationEvents, aWakingByAnotherThreadBeforeTheWaitEndsIt) {
+TEST_F(ApplicationEvents, aWakeUpByAnotherThreadBeforeTheWaitEndsIt) {
     std::thread(wakeApplication).join();
     EXPECT_LT(lengthOfPass(minutes(10)), seconds(20));
 }
 
-TEST_F(ApplicationEvents, aWakingDuringTheWaitEndsIt) {
+TEST_F(ApplicationEvents, aWakeUpDuringTheWaitEndsIt) {
     callDuringWait(wakeApplication);
     EXPECT_LT(lengthOfPass(minutes(10)), seconds(20));
 }
 
-TEST_F(ApplicationEvents, aWakingByAnotherThreadDuringTheWaitEndsIt) {
+TEST_F(ApplicationEvents, aWakeUpByAnotherThreadDuringTheWaitEndsIt) {
     std::thread other;
     callDuringWait([&] { other = std::thread(wakeApplication); });
     EXPECT_LT(lengthOfPass(minutes(10)), seconds(20));
     other.join();
 }
 
-TEST_F(ApplicationEvents, whatAHandlerRaisesDoesNotLeaveThePass) {
+TEST_F(ApplicationEvents, anExceptionOfAHandlerDoesNotLeaveThePass) {
     @autoreleasepool {
         TavelRaisingWindow* const window =
             [[[TavelRaisingWindow alloc] initWithContentRect:NSMakeRect(0, 0, 10, 10)

@@ -2,7 +2,7 @@
 
 namespace tavel {
 
-// The general pasteboard is that of the test's own server.
+// Safe: this is the general pasteboard of the tests' own server, not the user's.
 INSTANTIATE_TEST_SUITE_P(Backend, GeneralPasteboardConformance, testing::Values(macBackend), backendLabel);
 
 } // namespace tavel

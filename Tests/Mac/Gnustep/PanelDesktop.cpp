@@ -19,7 +19,7 @@ std::string onDesktop(const std::string& command) {
     std::array<char, 4096> buffer{};
     for (std::size_t size = 0; (size = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
         output.append(buffer.data(), size);
-    // Deliberate: no status is no failure. GNUstep waits for children that are not its own, too.
+    // Deliberate: a missing status is no failure. GNUstep reaps children that are not its own, too.
     if (const int status = pclose(pipe); status > 0)
         ADD_FAILURE() << command << " fails with the status " << WEXITSTATUS(status) << ": " << output;
     return output;

@@ -11,19 +11,19 @@ namespace tavel {
 
 inline constexpr std::chrono::seconds panelDeadline{30};
 
-// The desktop on which the tests of this program run: an X server with a window manager, and a home of their
-// own. It is there from the first test to the last.
+// The desktop for the tests of this program: an X server with a window manager, and a home directory of its
+// own. It exists from the first test to the last.
 
-/// What a shell command prints on that desktop. Fails the test if the command fails.
+/// The output of a shell command on that desktop. Fails the test if the command fails.
 std::string onDesktop(const std::string& command);
 
-/// The numbers of the windows with that title on the screen, each ended by a line feed.
+/// The identifiers of the visible windows with that title, each followed by a line feed.
 std::string windowsTitled(const std::string& title);
 
-/// The only such window; empty if it is not the only one.
+/// The identifier of the only such window; empty if there is none or more than one.
 std::string windowTitled(const std::string& title);
 
-/// The window that has the keyboard focus.
+/// The identifier of the window that has the keyboard focus.
 std::string focusedWindow();
 
 /// A part of the screen, in pixels; y grows downwards.
@@ -34,21 +34,21 @@ struct ScreenArea {
     int bottom = 0;
 };
 
-/// Where a window is, with its frame.
+/// The area of a window with its frame.
 ScreenArea areaOfFrame(const std::string& window);
 
-/// Passes events until `condition` holds, which is asked again and again. Throws when it does not in time.
+/// Passes events until `condition` holds, and checks it after each pass. Throws after panelDeadline.
 template <typename Condition>
 void passEventsUntil(Condition condition) {
     const auto end = std::chrono::steady_clock::now() + panelDeadline;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > end)
-            throw std::runtime_error("What was waited for did not happen.");
+            throw std::runtime_error("The condition did not hold in time.");
         passOneEvent(std::chrono::milliseconds(10));
     }
 }
 
-/// Passes what the system says to a new application, or about windows that have gone.
+/// Passes events until none comes for 50 ms: those for a new application, and about windows that have gone.
 inline void passEventsUntilQuiet() {
     constexpr std::chrono::milliseconds quiet{50};
     std::chrono::steady_clock::time_point start;

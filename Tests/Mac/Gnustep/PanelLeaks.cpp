@@ -1,7 +1,7 @@
-// What the sanitizers ask a program when it starts. Built in, because a test program also runs while it is
-// built, to list its tests.
+// Options that the sanitizers read at the start of the program. They are built in, because the test program
+// also runs during the build, to list its tests.
 
-/// Stacks that are right, and long enough: the leaks of the libraries are told from ours by who is on them.
+/// Exact stacks, long enough to tell the libraries' leaks from ours by the functions on them.
 extern "C" const char* __asan_default_options() {
     return "fast_unwind_on_malloc=0:malloc_context_size=8";
 }
@@ -10,8 +10,8 @@ extern "C" const char* __lsan_default_options() {
     return "print_suppressions=0";
 }
 
-/// What the runtime makes when a program is loaded, the patterns of fonts, and what GNUstep's backend keeps
-/// of its server. None of them makes or keeps objects of ours.
+/// Allocations of the runtime when the program is loaded, of font patterns, and of GNUstep's display server.
+/// These libraries neither create nor keep objects of ours.
 extern "C" const char* __lsan_default_suppressions() {
     return "leak:libobjc.so\n"
            "leak:libfontconfig.so\n"

@@ -18,9 +18,9 @@
 #include <system_error>
 #include <vector>
 
-// The tests run in a second process of this program, on a desktop that the first one makes for it: the
-// library looks at its environment when it is loaded, and its daemons, which detach themselves, must not
-// outlive the tests, however those end.
+// The tests run in a second process of this program, on a desktop that the first process prepares. GNUstep
+// reads its environment when it is loaded, so the environment must be set before. And GNUstep's daemons,
+// which detach themselves, must not outlive the tests, however those end.
 
 namespace tavel {
 
@@ -34,7 +34,7 @@ public:
         setenv("DISPLAY", server_.display().c_str(), 1);
         setenv("HOME", directory_.path().c_str(), 1);
         setenv("TMPDIR", directory_.temporaryDirectory().c_str(), 1);
-        setenv("TEMP", directory_.temporaryDirectory().c_str(), 1); // where the daemons are found
+        setenv("TEMP", directory_.temporaryDirectory().c_str(), 1); // where clients look for the daemons
         setenv("LC_ALL", "C.UTF-8", 1);
         setenv(hasDesktop, "yes", 1);
         waitUntil(
@@ -49,7 +49,7 @@ private:
                                  server_.display(), directory_.path().string()}};
 };
 
-/// The wait status of this program, run with these arguments.
+/// Runs this program with these arguments and returns its wait status.
 int runAgain(char** arguments) {
     const pid_t parent = getpid();
     const pid_t process = fork();
@@ -74,7 +74,7 @@ void endChildren() {
 }
 
 int runOnDesktop(char** arguments) {
-    prctl(PR_SET_CHILD_SUBREAPER, 1); // what detaches itself becomes a child of this process
+    prctl(PR_SET_CHILD_SUBREAPER, 1); // detached daemons become children of this process
     const int status = [arguments] {
         const Desktop desktop;
         return runAgain(arguments);

@@ -11,7 +11,7 @@
 
 namespace tavel {
 
-/// A platform that has nothing but the panel's window; what else is asked of it throws.
+/// A platform that provides only the panel's window. Everything else throws.
 class PanelPlatform final : public Platform {
 public:
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,

@@ -33,12 +33,12 @@ namespace {
 
 using testing::ElementsAre;
 
-/// The panel as the agent uses it, and a user in front of it.
+/// The panel as the agent uses it, and a simulated user.
 class PanelUser : public testing::Test {
 protected:
     PanelUser() {
         becomeAccessoryApplication();
-        // GNUstep still takes itself for the active application when the last test's window has gone.
+        // GNUstep still considers itself active after the previous test's window has gone.
         ignoringRaised([] { [NSApp deactivate]; });
         passEventsUntilQuiet();
     }
@@ -50,7 +50,7 @@ protected:
         });
     }
 
-    /// Shows the panel, and waits for its window, which has the focus.
+    /// Shows the panel and waits until its window has the focus.
     void show() {
         panel_->show();
         passEventsUntil([this] { return !(window_ = windowTitled(title_)).empty(); });
@@ -65,8 +65,8 @@ protected:
     void press(const std::string& keys) const { onDesktop("xdotool key " + keys); }
     void type(const std::string& text) const { onDesktop("xdotool type " + text); }
 
-    /// In the content, from its top left corner. The button is let go once it is followed: of a press and a
-    /// release that come together, GNUstep takes the release first.
+    /// Clicks in the content; `x` and `y` count from its top left corner. The release follows once GNUstep
+    /// tracks the button: if press and release arrive together, it handles the release first.
     void click(int x, int y) const {
         @autoreleasepool {
             [[NSRunLoop currentRunLoop] addTimer:[NSTimer timerWithTimeInterval:0.01
@@ -80,8 +80,8 @@ protected:
                   std::to_string(y) + " mousedown 1");
     }
 
-    /// Passes events until `condition` holds. What GNUstep has received but not looked at yet it finds when
-    /// more comes, which is why more is sent all the time.
+    /// Passes events until `condition` holds. GNUstep finds events that it has buffered only when more
+    /// arrive, so more are sent all the time.
     template <typename Condition>
     void passInputUntil(Condition condition) {
         const std::jthread more([this](const std::stop_token& stop) {
@@ -106,7 +106,7 @@ protected:
         });
     }
 
-    /// Whether a panel's window is left anywhere.
+    /// Whether any panel's window still exists.
     static bool exists() {
         return unlessRaised(true, [] {
             for (NSWindow* window in [NSApp windows]) {
@@ -227,7 +227,7 @@ TEST_F(PanelUser, staysOnTheScreenWhileTheApplicationIsNotActive) {
 
 class MacPanelPlace : public PanelUser {
 protected:
-    /// Opens the panel with the pointer there, in pixels from the top left of the screen.
+    /// Opens the panel with the pointer at this place, in pixels from the top left of the screen.
     ScreenArea areaBesidePointer(int x, int y) {
         onDesktop("xdotool mousemove " + std::to_string(x) + " " + std::to_string(y));
         openAndShow();

@@ -1,7 +1,7 @@
-// What LeakSanitizer asks a program when it starts. Built in, because a test program also runs while it is
-// built, to list its tests.
+// Options that LeakSanitizer reads at the start of the program. They are built in, because the test program
+// also runs during the build, to list its tests.
 
-/// The tables of classes that the runtime makes when a program is loaded. No object is made there.
+/// The runtime's class tables, made when the program is loaded. No objects are created there.
 extern "C" const char* __lsan_default_suppressions() {
     return "leak:libobjc.so\n";
 }

@@ -13,8 +13,9 @@
 #include <string>
 #include <vector>
 
-// The tests run in a second process of this program, in a directory that the first one makes for it: the
-// library looks at its environment when it is loaded, and nothing must stay behind, however the tests end.
+// The tests run in a second process of this program, with a directory that the first process prepares.
+// GNUstep reads its environment when it is loaded, so the environment must be set before. And nothing must
+// stay behind, however the tests end.
 
 namespace tavel {
 
@@ -27,7 +28,7 @@ class ServerOfTheTests final : public testing::Environment {
     void TearDown() override { PasteboardServer::ofTheTests().stop(); }
 };
 
-/// What an application's event loop does around each event.
+/// Runs each test within an autorelease pool, as an event loop does with each event.
 class PoolOfEachTest final : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo&) override { pool_ = [[NSAutoreleasePool alloc] init]; }
     void OnTestEnd(const testing::TestInfo&) override { [pool_ release]; }
@@ -38,12 +39,12 @@ class PoolOfEachTest final : public testing::EmptyTestEventListener {
 int runAlone(char** arguments) {
     const TestDirectory directory;
     setenv(isAlone, "yes", 1);
-    // Away from the user's settings: these libraries do not ask for HOME.
+    // Not the user's settings: GNUstep does not find them through HOME.
     const std::string settings = (directory.path() / "settings").string();
     setenv("GNUSTEP_CONFIG_FILE",
            directory.createFile("GNUstep.conf", "GNUSTEP_USER_DEFAULTS_DIR=" + settings + "\n").c_str(), 1);
-    setenv(PasteboardServer::meetingPlace, directory.temporaryDirectory().c_str(), 1);
-    unsetenv("DISPLAY"); // whose clipboard the server would join
+    setenv(PasteboardServer::directoryVariable, directory.temporaryDirectory().c_str(), 1);
+    unsetenv("DISPLAY"); // the server would join this display's clipboard
     pid_t child = -1;
     int status = 0;
     if (posix_spawn(&child, "/proc/self/exe", nullptr, nullptr, arguments, environ) != 0 ||
@@ -63,7 +64,7 @@ int main(int count, char** arguments) {
     if (GTEST_FLAG_GET(list_tests))
         return RUN_ALL_TESTS();
     if (std::getenv(tavel::isAlone) == nullptr)
-        std::_Exit(tavel::runAlone(forTheTests.data())); // there is nothing to look for leaks in
+        std::_Exit(tavel::runAlone(forTheTests.data())); // no leak check: this process only waits
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     testing::AddGlobalTestEnvironment(new tavel::ServerOfTheTests);
     testing::UnitTest::GetInstance()->listeners().Append(new tavel::PoolOfEachTest);

@@ -1,10 +1,10 @@
-// Another program, as GNUstep's pasteboards are meant to be used:
+// Another program, which uses pasteboards in GNUstep's own way:
 //
 //   copy NAME (TYPE TEXT)...   copies a text in several types
 //   fill NAME TYPE SIZE        copies so many bytes
 //   print NAME TYPE            prints the data of that type, if there are any
-//   sum NAME TYPE              prints the number of the bytes and their sum
-//   promise NAME TYPE TEXT     copies a text that it makes when it is asked for; runs until it is killed
+//   sum NAME TYPE              prints the number of bytes and their sum
+//   promise NAME TYPE TEXT     promises a text and delivers it on request; runs until it is killed
 
 #import <AppKit/NSPasteboard.h>
 #import <Foundation/Foundation.h>

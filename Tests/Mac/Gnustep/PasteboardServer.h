@@ -4,14 +4,14 @@
 
 namespace tavel {
 
-/// GNUstep's pasteboard server, for this program alone: it is found through the temporary directory that the
-/// program was started with. The server ends with this object, or with the thread that started it.
+/// A GNUstep pasteboard server for this program alone. Clients find it through the temporary directory that
+/// the program was started with. The server ends with this object, or with the thread that started it.
 class PasteboardServer {
 public:
-    /// The variable with that directory. Programs look at it only when they start.
-    static constexpr const char* meetingPlace = "TEMP";
+    /// The environment variable with that directory. Programs read it only when they start.
+    static constexpr const char* directoryVariable = "TEMP";
 
-    /// The one for the tests of this program.
+    /// The server that the tests of this program share.
     static PasteboardServer& ofTheTests();
 
     PasteboardServer() = default;
@@ -19,10 +19,10 @@ public:
     PasteboardServer(const PasteboardServer&) = delete;
     PasteboardServer& operator=(const PasteboardServer&) = delete;
 
-    /// Returns when this program is connected to it.
+    /// Returns once this program is connected to the server.
     void start();
 
-    /// Takes the server from its clients without a warning, and waits for its end.
+    /// Kills the server, without a warning to its clients, and waits for its end.
     void stop();
 
 private:

@@ -29,7 +29,7 @@ constexpr const char* nameFile = "NSMessagePort/names/R05Vc3RlcEdTUGFzdGVib2FyZF
 
 constexpr std::chrono::seconds deadline{60};
 
-/// GNUstep keeps a name for ever when it looks for the server, which is no leak of ours.
+/// GNUstep never frees a name that it uses to look up the server. That is no leak of ours.
 void connect() {
 #if __has_feature(address_sanitizer)
     const __lsan::ScopedDisabler disabler;
@@ -47,8 +47,8 @@ PasteboardServer& PasteboardServer::ofTheTests() {
 }
 
 void PasteboardServer::start() {
-    const std::filesystem::path file = std::filesystem::path(getenv(meetingPlace)) / nameFile;
-    std::filesystem::remove(file); // of one that was stopped
+    const std::filesystem::path file = std::filesystem::path(getenv(directoryVariable)) / nameFile;
+    std::filesystem::remove(file); // left by a server that was stopped
     const pid_t parent = getpid();
     process_ = fork();
     if (process_ == 0) {

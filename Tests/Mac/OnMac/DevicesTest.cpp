@@ -35,14 +35,14 @@ TEST(SystemServices, theLogDoesNotReachStandardError) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(MacFocusProbe, hasNoRoleForAProcessThatIsNotThere) {
+TEST(MacFocusProbe, hasNoRoleForAMissingProcess) {
     MacFocusProbe probe;
     EXPECT_FALSE(probe.focusedRole(-1));
     probe.activate(-1);
 }
 
-/// Whether he does is the machine's: both ways it ends without a trace.
-TEST(MacKeyboardTap, isMadeOnlyIfTheUserPermitsIt) {
+/// The machine's settings decide which branch runs. Either way the tap leaves nothing behind.
+TEST(MacKeyboardTap, isCreatedOnlyWithThePermission) {
     MacFocusProbe probe;
     MacKeyboardTap tap;
     const bool created = tap.create([](const KeyEvent&) { return KeyVerdict::pass; });

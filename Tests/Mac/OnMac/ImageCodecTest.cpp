@@ -59,7 +59,7 @@ TEST(MacImageCodec, writesPngWithItsAlpha) {
     expectThreeByTwo(codec, codec.encodePng(*jpeg));
 }
 
-TEST(MacImageCodec, knowsWhatItCanWrite) {
+TEST(MacImageCodec, knowsTheTypesThatItCanWrite) {
     MacImageCodec codec;
     EXPECT_TRUE(codec.canEncode("public.png"));
     EXPECT_TRUE(codec.canEncode("public.jpeg"));
@@ -67,7 +67,7 @@ TEST(MacImageCodec, knowsWhatItCanWrite) {
     EXPECT_FALSE(codec.canEncode("\xFF"));
 }
 
-TEST(MacImageCodec, hasNoAnswerForWhatIsNoPicture) {
+TEST(MacImageCodec, hasNoAnswerForOtherFiles) {
     MacImageCodec codec;
     for (const std::string_view content :
          {std::string_view(), std::string_view("GIF89"), std::string_view("text")}) {

@@ -9,8 +9,7 @@ namespace tavel {
 
 using namespace std::chrono_literals;
 
-/// The system slows the timers of a process without windows after some time (App Nap), to one tick in several
-/// seconds.
+/// App Nap slows the timers of a process without windows after some time, to one tick in several seconds.
 TEST(SystemServices, timersKeepTheirPaceForAMinute) {
     const auto loop = makeTestedEventLoop();
     keepPaceInBackground();

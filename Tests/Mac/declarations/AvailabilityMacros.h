@@ -1,3 +1,3 @@
 #pragma once
 
-// GoogleTest includes this header on a Mac, and needs nothing of it for what the tests use.
+// GoogleTest includes this header on a Mac. The tests need nothing from it.

@@ -1,4 +1,4 @@
 #pragma once
 
-// GoogleTest includes this header on a Mac, to tell it from a telephone.
+// GoogleTest includes this header on Apple systems, to tell macOS from iOS.
 #define TARGET_OS_IPHONE 0

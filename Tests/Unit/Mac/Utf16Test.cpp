@@ -54,13 +54,13 @@ TEST(Utf16, zeroCharactersAreCharacters) {
     EXPECT_EQ(utf8FromUtf16(u"\0a\0"s), "\0a\0"s);
 }
 
-TEST(Utf16, whatIsNoUtf8IsRefused) {
+TEST(Utf16, textThatIsNotUtf8IsRefused) {
     for (const std::string& bytes : {"\xFF"s, "caf\xE9"s, "\xC3"s, "\x80"s, "\xC0\x80"s, "\xED\xA0\x80"s,
                                      "\xED\xBF\xBF"s, "\xF4\x90\x80\x80"s, "good\xF0\x9F\x8D"s})
         EXPECT_EQ(utf16FromUtf8(bytes), std::nullopt) << testing::PrintToString(bytes);
 }
 
-TEST(Utf16, halfASurrogatePairIsRefused) {
+TEST(Utf16, anUnpairedSurrogateIsRefused) {
     for (const std::u16string& units :
          {u"\xD800"s, u"\xDBFF"s, u"\xDC00"s, u"\xDFFF"s, u"\xD83Cx"s, u"x\xD83C"s, u"\xDF4C\xD83C"s,
           u"\xD83C\xD83C\xDF4C"s, u"\xD83C\xDF4C\xDF4C"s})

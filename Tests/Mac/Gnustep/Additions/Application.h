@@ -4,20 +4,20 @@
 #import <AppKit/NSEvent.h>
 #import <AppKit/NSRunningApplication.h>
 
-/// What GNUstep's application does not have, with the behaviour that Apple documents.
+/// What GNUstep's application lacks, with the behaviour that Apple documents.
 
 static const NSEventMask NSEventMaskAny = NSUIntegerMax;
 
 enum : NSEventType { NSEventTypeApplicationDefined = NSApplicationDefined };
 
-/// An event may be posted from any thread; GNUstep's own -postEvent:atStart: is for the main thread only.
+/// Also lets any thread post an event; GNUstep's own -postEvent:atStart: works on the main thread only.
 @interface NSApplication (TavelAdditions)
 
-/// An accessory has neither an icon nor a menu on the screen. NO for any other policy: the application cannot
-/// be changed to it here.
+/// Hides the application's icon and menu for the accessory policy. Returns NO for any other policy, which is
+/// not supported.
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
 
-/// Asks to become the active application, in front of whichever is.
+/// Makes this the active application, whichever is active now.
 - (void)activate;
 
 @end

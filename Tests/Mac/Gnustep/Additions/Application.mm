@@ -11,7 +11,7 @@ using Display = void (*)(id, SEL);
 PostEvent postEventOfMainThread = nullptr;
 Display displayOfMenu = nullptr;
 
-/// In which events are waited for.
+/// The run loop modes that wait for events.
 NSArray* waitingModes() {
     return [NSArray
         arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode, nil];
@@ -30,8 +30,8 @@ void displayUnlessMain(id self, SEL selector) {
 
 } // namespace
 
-/// A pipe that the main thread's run loop waits for: a loop that already waits does not look at the queue of
-/// events again by itself.
+/// A pipe that the main run loop watches: a loop that is already waiting does not check the event queue again
+/// by itself.
 @interface TavelWaitEnd : NSObject
 + (void)endWait;
 @end
@@ -40,7 +40,7 @@ void displayUnlessMain(id self, SEL selector) {
 
 static int pipeEnds[2];
 
-/// On the main thread, with the first event.
+/// Runs on the main thread, with the first event.
 + (void)initialize {
     if (pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0)
         [NSException raise:NSGenericException format:@"No pipe can be made."];
@@ -52,7 +52,7 @@ static int pipeEnds[2];
 }
 
 + (void)endWait {
-    // A full pipe ends the wait as well.
+    // If the pipe is full, its content ends the wait.
     [[maybe_unused]] const ssize_t written = write(pipeEnds[1], "", 1);
 }
 
@@ -63,13 +63,13 @@ static int pipeEnds[2];
     (void)mode;
     char bytes[4096];
     while (read(pipeEnds[0], bytes, sizeof(bytes)) > 0) {
-        // One is as good as many.
+        // Drain the pipe: one wake-up serves any number of events.
     }
 }
 
 @end
 
-/// An event on its way to the main thread.
+/// Carries an event to the main thread.
 @interface TavelPostedEvent : NSObject {
 @public
     NSEvent* _event; // owned
@@ -119,7 +119,7 @@ void postEventOfAnyThread(id self, SEL selector, NSEvent* event, BOOL atStart) {
     if (displayOfMenu != nullptr)
         return YES;
     displayOfMenu = replace<Display>(objc_getClass("NSMenu"), @selector(display), displayUnlessMain);
-    // Without this the application does not follow which of its windows has the keyboard focus.
+    // GNUstep tracks the keyboard focus among the windows only after launching.
     [self finishLaunching];
     [[self iconWindow] orderOut:nil];
     return YES;

@@ -3,24 +3,24 @@
 #import <AppKit/NSButton.h>
 #import <AppKit/NSTextField.h>
 
-/// The makers of controls that GNUstep does not have. They give what Apple documents for them.
+/// Convenience constructors that GNUstep lacks, with the behaviour that Apple documents.
 
 @interface NSTextField (TavelAdditions)
 
-/// A text on one line that is neither edited nor selected, in the system's font, as large as it needs.
+/// A single-line label in the system font, sized to fit, neither editable nor selectable.
 + (instancetype)labelWithString:(NSString*)string;
 
-/// A text on several lines that can be selected but not edited, in the system's font.
+/// A wrapping label in the system font, selectable but not editable.
 + (instancetype)wrappingLabelWithString:(NSString*)string;
 
-/// A field for one line that the user edits.
+/// A single-line editable text field.
 + (instancetype)textFieldWithString:(NSString*)string;
 
 @end
 
 @interface NSButton (TavelAdditions)
 
-/// A push button with a title, as large as it needs.
+/// A push button with a title, sized to fit.
 + (instancetype)buttonWithTitle:(NSString*)title target:(id)target action:(SEL)action;
 
 @end

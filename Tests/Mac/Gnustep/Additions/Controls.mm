@@ -2,7 +2,7 @@
 
 namespace {
 
-/// What the makers of text fields have in common.
+/// The settings that all three kinds of text fields share.
 void setUp(NSTextField* field, NSString* string) {
     [field setFont:[NSFont systemFontOfSize:[NSFont systemFontSize]]];
     [field setStringValue:string];

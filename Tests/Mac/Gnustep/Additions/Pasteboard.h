@@ -3,14 +3,14 @@
 #import <AppKit/NSPasteboard.h>
 #import <AppKit/NSPasteboardItem.h>
 
-/// What GNUstep's pasteboard does not have, or does in another way, with the behaviour that Apple documents.
-/// The data lie with GNUstep's pasteboard server, where other programs find them.
+/// Methods that GNUstep's pasteboard lacks or implements differently, with the behaviour that Apple
+/// documents. GNUstep's pasteboard server stores the data, so other programs can read them.
 ///
-/// - A value may be written only after this program cleared the pasteboard or added types to it, and until
-///   another one does.
+/// - A program may write values once it has cleared the pasteboard or added types to it, until another
+///   program does.
 /// - A type need not be declared before it is written.
 /// - Texts are stored in UTF-8.
-/// - There may be several items.
+/// - A pasteboard may hold several items.
 
 APPKIT_EXPORT NSString* const NSPasteboardURLReadingFileURLsOnlyKey;
 
@@ -18,10 +18,11 @@ APPKIT_EXPORT NSString* const NSPasteboardURLReadingFileURLsOnlyKey;
 
 - (NSInteger)clearContents;
 
-/// YES if all were added. Raises NSInvalidArgumentException for a pasteboard item that was written before.
+/// Returns YES if all were added. Raises NSInvalidArgumentException for a pasteboard item that was written
+/// before.
 - (BOOL)writeObjects:(NSArray*)objects;
 
-/// Knows of one class, NSURL, and of the option above. An item without a URL gives nothing.
+/// Supports the class NSURL and the option above only. Skips items without a URL.
 - (NSArray*)readObjectsForClasses:(NSArray*)classes options:(NSDictionary*)options;
 
 @end

@@ -10,7 +10,7 @@ namespace {
 
 NSString* const plainText = @"public.utf8-plain-text";
 
-/// Of these types the texts of all items are joined.
+/// For these types the system joins the texts of all items.
 BOOL isJoined(NSString* type) {
     return [[NSArray arrayWithObjects:plainText, @"public.rtf", @"com.apple.flat-rtfd", nil]
         containsObject:type];
@@ -25,7 +25,7 @@ NSString* stringOf(NSData* data) {
     return data == nil ? nil : tavel::stringFromUtf8({static_cast<const char*>([data bytes]), [data length]});
 }
 
-/// The item's data, or the empty string that stands for what lies under the type; nil if it has not the type.
+/// The item's data, or the empty string that stands for the data stored under the type; nil without the type.
 id valueIn(NSArray* item, NSString* type) {
     for (NSUInteger i = 0; i < [item count]; i += 2) {
         if ([[item objectAtIndex:i] isEqualToString:type])
@@ -38,8 +38,8 @@ BOOL isStoredUnderItsType(id value) {
     return [value isKindOfClass:[NSString class]];
 }
 
-/// Makes the first item the one whose data lies under the type. Gives the item whose data lay there, if it
-/// was another.
+/// Makes the first item own the data stored under the type. Returns the item that owned them before, if it
+/// was another one.
 NSMutableArray* giveToTheFirst(NSMutableArray* items, NSString* type) {
     NSMutableArray* const first = [items objectAtIndex:0];
     if (valueIn(first, type) != nil)
@@ -59,7 +59,7 @@ void setValue(NSMutableArray* item, NSString* type, NSData* data) {
     }
 }
 
-/// The object as an item with all its data; nil if it has none of a type that it names.
+/// The object as an item with all its data; nil if data are missing for a type that it names.
 NSMutableArray* itemOf(id<NSPasteboardWriting> object, NSPasteboard* pasteboard) {
     NSMutableArray* const item = [NSMutableArray array];
     for (NSString* type in [object writableTypesForPasteboard:pasteboard]) {

@@ -2,33 +2,33 @@
 
 #import <AppKit/NSPasteboard.h>
 
-/// How the content of a pasteboard lies with GNUstep's server, which knows neither items nor messages of more
-/// than 32 MiB. The first value of each type lies under that type, as in the content of any GNUstep program.
+/// Stores a pasteboard's content with GNUstep's server, which supports neither items nor messages of more
+/// than 32 MiB. The first value of each type is stored under that type, as any GNUstep program does.
 ///
-/// An item is an array of its types in order, each followed by its data, or by an empty string if that is
-/// what lies under the type.
+/// An item is an array: its types in order, each followed by its data, or by an empty string if the data are
+/// those stored under the type.
 ///
-/// Everything raises NSPasteboardCommunicationException if the server does not answer.
+/// Every method raises NSPasteboardCommunicationException if the server does not answer.
 @interface NSPasteboard (TavelContent)
 
-/// Starts a new content, empty but for the types. Gives its change count.
+/// Starts a new content that declares the types, without data. Returns its change count.
 - (int)startContentWithTypes:(NSArray*)types owner:(id)owner;
 
-/// Whether the content is one that this program started.
+/// Whether this program started the current content.
 - (BOOL)isContentOurs;
 
-/// The items, in mutable arrays.
+/// The items, as mutable arrays.
 - (NSMutableArray*)storedItems;
 
-/// What lies under the type.
+/// The data stored under the type.
 - (NSData*)storedDataForType:(NSString*)type;
 
-/// The first NO if another program started a content meanwhile.
+/// Both return NO if another program has started a new content.
 - (BOOL)storeData:(NSData*)data forType:(NSString*)type;
 - (BOOL)storeItems:(NSArray*)items;
 
-/// A new content that has what this one has, without what lies under the types in `left`, with further
-/// types. Gives its change count, or 0 if there is no content.
+/// Starts a new content with the data of the current one, except those stored under the types in `left`, and
+/// declares further types. Returns its change count, or 0 if there is no content.
 - (int)continueContentWithTypes:(NSArray*)types without:(NSArray*)left owner:(id)owner;
 
 @end

@@ -7,9 +7,9 @@
 
 namespace {
 
-constexpr NSTimeInterval patience = 60; // GNUstep's own is 2 s, which a busy machine can take
+constexpr NSTimeInterval replyTimeout = 60; // GNUstep's own 2 s are too short on a busy machine
 
-// Messages of 32 MiB are too large.
+// Below the 32 MiB that a message can hold.
 constexpr NSUInteger partSize = NSUInteger{16} * 1024 * 1024;
 
 NSString* const itemsType = @"TavelPasteboardItems";
@@ -19,14 +19,14 @@ BOOL isOfOurOwn(NSString* type) {
     return [type isEqualToString:itemsType] || [type hasPrefix:partPrefix];
 }
 
-/// Where the part with that number lies.
+/// The type under which the part with that number is stored.
 NSString* typeOfPart(NSString* type, NSUInteger number) {
     return number == 0 ? type
                        : [NSString stringWithFormat:@"%@%lu %@", partPrefix,
                                                     static_cast<unsigned long>(number), type];
 }
 
-/// The change counts of the contents that this program started, by the names of their pasteboards.
+/// The change count of the content that this program started last, by pasteboard name.
 NSMutableDictionary* startedContents() {
     static NSMutableDictionary* const counts = [[NSMutableDictionary alloc] init];
     return counts;
@@ -37,7 +37,7 @@ auto communicating(Action&& action) {
     @try {
         return std::forward<Action>(action)();
     } @catch (NSException* exception) {
-        // Whatever went wrong with the connection, this is the one that callers know of.
+        // A broken connection raises other exceptions, too. Callers expect this one.
         [NSException raise:NSPasteboardCommunicationException format:@"%@", [exception reason]];
         __builtin_unreachable();
     }
@@ -48,7 +48,7 @@ auto communicating(Action&& action) {
 @implementation NSPasteboard (TavelContent)
 
 - (id<GSPasteboardObj>)server {
-    [[static_cast<NSDistantObject*>(target) connectionForProxy] setReplyTimeout:patience];
+    [[static_cast<NSDistantObject*>(target) connectionForProxy] setReplyTimeout:replyTimeout];
     return target;
 }
 
@@ -73,7 +73,7 @@ auto communicating(Action&& action) {
 
 - (NSArray*)storedTypes {
     int current = 0;
-    // The array itself stays with the server, and is no object to be enumerated.
+    // A proxy of the server's array, which does not support fast enumeration.
     NSArray* const there = [[self server] typesAndChangeCount:&current];
     const NSUInteger count = [there count];
     NSMutableArray* const types = [NSMutableArray arrayWithCapacity:count];
@@ -109,7 +109,7 @@ auto communicating(Action&& action) {
         if ([first length] != partSize)
             return first;
         NSMutableData* const data = [NSMutableData dataWithData:first];
-        // The last part is shorter than all others, be it empty.
+        // The last part is shorter than all others, possibly empty.
         for (NSUInteger number = 1;[data length] == number * partSize; ++number) {
             @autoreleasepool {
                 [data appendData:[self storedPart:number ofType:type]];
@@ -126,7 +126,7 @@ auto communicating(Action&& action) {
             @autoreleasepool {
                 NSString* const stored = typeOfPart(type, number);
                 const NSUInteger offset = number * partSize;
-                // A plain object: the server does not know every class.
+                // A plain NSData: the server does not know every subclass.
                 NSData* const part = [NSData dataWithBytes:static_cast<const char*>([data bytes]) + offset
                                                     length:MIN([data length] - offset, partSize)];
                 if ([[self server] addTypes:[NSArray arrayWithObject:stored]

@@ -2,10 +2,10 @@
 
 #import <AppKit/NSPasteboardItem.h>
 
-/// GNUstep's item neither lists what it is given nor hands it out.
+/// An item that lists and returns its data. GNUstep's does neither.
 @interface NSPasteboardItem (TavelAdditions)
 
-/// From now on it is bound to a pasteboard and cannot be written again.
+/// Binds the item to a pasteboard, so that it cannot be written again.
 - (void)becomeWritten;
 
 @end

@@ -8,8 +8,8 @@ bool isByteOrderMark(unichar unit) {
 
 } // namespace
 
-/// GNUstep takes byte-order marks at the beginning of characters away. Apple's strings are made of the
-/// characters that are given.
+/// GNUstep removes a byte-order mark at the beginning of the characters. Apple's strings keep all characters
+/// that they are given.
 @interface NSString (TavelAdditions)
 @end
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// No file here has a name that begins with CG: the analyzer believes none such when it says what may be null.
+// No file name here begins with CG: the analyzer ignores nullability annotations in files with such names.
 
 #include "CoreGraphics/Geometry.h"
 #include "CoreGraphics/Image.h"

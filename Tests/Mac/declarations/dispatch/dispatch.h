@@ -1,6 +1,6 @@
 #pragma once
 
-// Queues: objects to Objective-C, structs to C++, so that a function that takes one has another name in each.
+// Queues are objects in Objective-C and structs in C++, so functions that take one are mangled differently.
 
 #include "os/base.h"
 

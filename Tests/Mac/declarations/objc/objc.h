@@ -1,10 +1,10 @@
 #pragma once
 
-// What the language itself needs.
+// Declarations that the language itself needs.
 
 #include <cstddef>
 
-/// bool on Apple silicon only: elsewhere a mask's higher bits are lost in it.
+/// bool on Apple silicon only. Elsewhere a signed char, which loses the higher bits of a mask.
 #if defined(__aarch64__)
 typedef bool BOOL;
 #else

@@ -1,6 +1,6 @@
 #pragma once
 
-// Since and until when a declaration is there: API_AVAILABLE(macos(14.0)), API_DEPRECATED("instead",
+// The system versions that have a declaration: API_AVAILABLE(macos(14.0)), API_DEPRECATED("instead",
 // macos(10.0, 14.0)).
 
 #define TAVEL_SINCE_macos(since) macos, introduced = since

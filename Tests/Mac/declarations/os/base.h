@@ -1,7 +1,7 @@
 #pragma once
 
-// Every pointer between the two is never null unless it says otherwise. C++ calls the words for it an
-// extension.
+// Pointers between the two macros are nonnull unless annotated otherwise. The pragmas silence clang's warning
+// that nullability is an extension in C++.
 
 #define OS_ASSUME_NONNULL_BEGIN                                                                              \
     _Pragma("clang assume_nonnull begin") _Pragma("clang diagnostic push")                                   \

@@ -25,7 +25,7 @@ void tavel_write_log(os_log_t log, os_log_type_t type, const char* format, ...)
 }
 OS_ASSUME_NONNULL_END
 
-/// Macros, as they are on the system: the format has to be a literal.
+/// Macros, as on macOS: the format has to be a literal.
 #define OS_LOG_DEFAULT tavel_default_log
 #define os_log_with_type(log, type, format, ...)                                                             \
     tavel_write_log(log, type, "" format __VA_OPT__(, ) __VA_ARGS__)

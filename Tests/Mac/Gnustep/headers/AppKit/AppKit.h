@@ -1,6 +1,6 @@
 #pragma once
 
-// GNUstep's AppKit with what the adaptors use besides.
+// GNUstep's AppKit, and the additions that the adaptors use.
 #include "Tests/Mac/Gnustep/Additions/Application.h"
 #include "Tests/Mac/Gnustep/Additions/Controls.h"
 #include "Tests/Mac/Gnustep/Additions/Pasteboard.h"
