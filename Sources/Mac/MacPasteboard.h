@@ -12,11 +12,11 @@ namespace tavel {
 /// transactions.
 class MacPasteboard final : public Pasteboard {
 public:
-    /// Opens the pasteboard with that name, or the general one.
+    /// The general pasteboard without a name.
     explicit MacPasteboard(const std::optional<std::string>& name);
 
-    /// The system's object for the pasteboard with that name, or for the general one, autoreleased. Raises an
-    /// Objective-C exception or returns nil if the server cannot be reached.
+    /// The system's object for the pasteboard of that name, autoreleased; the general one without a name.
+    /// Raises an exception, or gives nil, if the server cannot be reached.
     static NSPasteboard* _Nullable named(const std::optional<std::string>& name);
 
     std::int64_t changeCount() override;

@@ -15,8 +15,8 @@ namespace {
 
 constexpr std::string_view escapedPrefix = "bytes:";
 
-/// The name itself if the server can tell it from every other name. Otherwise its bytes in hexadecimal
-/// digits: a name that is not UTF-8 is no string, and a zero character may end one.
+/// The name itself, if the server is sure to tell it from all others. Otherwise its bytes in hexadecimal
+/// digits: what is not UTF-8 is no string, and a zero character may end one.
 NSString* _Nullable nameFrom(const std::string& name) {
     if (isUtf8(name) && name.find('\0') == std::string::npos && !name.starts_with(escapedPrefix))
         return stringFromUtf8(name);
@@ -30,7 +30,7 @@ NSString* _Nullable nameFrom(const std::string& name) {
     return stringFromUtf8(escaped);
 }
 
-/// Nil if the text is empty or not UTF-8.
+/// Nil unless it can be a type.
 NSString* _Nullable typeFrom(std::string_view type) {
     return type.empty() ? nil : stringFromUtf8(type);
 }
@@ -54,7 +54,7 @@ NSArray<NSString*>* typesOf(std::span<const Representation> representations) {
     return types;
 }
 
-/// An item with all representations; nil if one is refused.
+/// An item with all of them; nil if one is refused.
 NSPasteboardItem* _Nullable itemOf(std::span<const Representation> representations) {
     NSPasteboardItem* const item = [[[NSPasteboardItem alloc] init] autorelease];
     for (const Representation& one : representations) {
@@ -94,7 +94,7 @@ std::optional<std::int64_t> MacPasteboard::countFromServer() {
                         [&] { return std::optional<std::int64_t>([pasteboard_.get() changeCount]); });
 }
 
-/// Reading the count is cheap enough for polling.
+/// The server keeps it where reading it costs next to nothing.
 std::int64_t MacPasteboard::noticedChangeCount() {
     return changeCount();
 }
@@ -116,7 +116,7 @@ std::optional<std::string> MacPasteboard::availableType(std::span<const std::str
 
 std::optional<Bytes> MacPasteboard::string(std::string_view type) {
     return unlessRaised(std::optional<Bytes>(), [&]() -> std::optional<Bytes> {
-        // For other types the system may join the texts of all items, too.
+        // Of other types the system may join the texts of all items too.
         if (type != pasteboardType::string) {
             auto first = data(type);
             return first && isUtf8(first->view()) ? first : std::nullopt;

@@ -25,7 +25,7 @@ protected:
         return line;
     }
 
-    /// Runs another program to its end. Returns the first line that it prints, or an empty string.
+    /// Lets another program run to its end; gives the first line that it prints, or nothing.
     std::string elsewhere(const std::string& command, const std::vector<std::string>& arguments) const {
         ChildProcess program(commandLine(command, arguments));
         const auto line = program.nextLine();
@@ -41,7 +41,7 @@ protected:
     MacPasteboard pasteboard_{name_};
 };
 
-TEST_F(ForeignContent, contentOfAnotherProgramIsReadAfterItsEnd) {
+TEST_F(ForeignContent, whatAnotherProgramCopiedIsReadAfterItsEnd) {
     const std::int64_t before = pasteboard_.changeCount();
     elsewhere("copy", {"net.example.some", "some", "public.utf8-plain-text", "caf\xC3\xA9", "public.file-url",
                        "file:///nowhere/two%20words"});
@@ -112,7 +112,7 @@ TEST_F(ForeignContent, typesAreAddedToWhatAnotherProgramCopied) {
     EXPECT_EQ(elsewhere("print", {"net.example.some"}), "some");
 }
 
-TEST_F(ForeignContent, typesAfterTheFirstMayBeRefused) {
+TEST_F(ForeignContent, ofSeveralTypesThoseBehindTheFirstMayBeLeftOut) {
     elsewhere("copy", {"public.utf8-plain-text", "theirs"});
     EXPECT_TRUE(
         pasteboard_.addTypes(std::vector{Representation{"net.example.marker", Bytes::copyOf("marker")},
@@ -123,7 +123,7 @@ TEST_F(ForeignContent, typesAfterTheFirstMayBeRefused) {
                                                   Representation{"net.example.fourth", Bytes::copyOf("4")}}));
 }
 
-TEST_F(ForeignContent, promisedContentIsWaitedFor) {
+TEST_F(ForeignContent, whatAnotherProgramPromisedIsWaitedFor) {
     ChildProcess program(commandLine("promise", {"public.utf8-plain-text", "made when asked for"}));
     ASSERT_EQ(program.nextLine(), "promised");
     EXPECT_EQ(pasteboard_.types(), std::vector{std::string(pasteboardType::string)});
@@ -131,7 +131,7 @@ TEST_F(ForeignContent, promisedContentIsWaitedFor) {
 }
 
 TEST_F(ForeignContent, largeDataGoToAndComeFromAnotherProgram) {
-    const std::size_t size = 30 * mebibyte; // a plain GNUstep program copies less than 32 MiB
+    const std::size_t size = 30 * mebibyte; // what a plain program of GNUstep's can copy is less than 32 MiB
     elsewhere("fill", {"net.example.some", std::to_string(size)});
     const auto theirs = pasteboard_.data(someType);
     ASSERT_TRUE(theirs);
@@ -145,7 +145,7 @@ TEST_F(ForeignContent, largeDataGoToAndComeFromAnotherProgram) {
               std::to_string(4 * mebibyte) + " " + std::to_string(4 * mebibyte * 'a'));
 }
 
-TEST_F(ForeignContent, namesThatAreNotUtf8AreDistinct) {
+TEST_F(ForeignContent, namesThatAreNoTextAreNamesOfTheirOwn) {
     NSString* const general = [[NSPasteboard generalPasteboard] name];
     std::set<std::string> names;
     for (const std::string& one :

@@ -18,7 +18,7 @@ id raise(id /*self*/, SEL /*selector*/, ...) {
     return nil;
 }
 
-/// Makes the method raise an exception for as long as this object lives.
+/// As long as it lives, the method raises an exception.
 class Raising {
 public:
     explicit Raising(Method method) : method_(method), normal_(method_setImplementation(method, raise)) {}
@@ -54,7 +54,7 @@ std::optional<std::string> availableType(MacPasteboard& pasteboard) {
     return pasteboard.availableType(wanted);
 }
 
-/// A private pasteboard with content of every kind that can be read.
+/// A pasteboard of this object's own, which holds all that can be asked for.
 void fill(MacPasteboard& pasteboard) {
     pasteboard.clearContents();
     const PasteboardItem item{some(pasteboardType::string),
@@ -82,7 +82,7 @@ void expectThatItHoldsNothingAndRefusesEveryWrite(MacPasteboard& pasteboard, std
     EXPECT_TRUE(pasteboard.canHold(some(someType))) << "which is not for the server to tell";
 }
 
-TEST(RefusingPasteboard, exceptionsCountAsMissingContent) {
+TEST(RefusingPasteboard, whatRaisesAnExceptionIsAnsweredAsIfNothingWereThere) {
     MacPasteboard pasteboard(name);
     const auto answersNothing = [&](SEL selector, auto operation) {
         fill(pasteboard);
