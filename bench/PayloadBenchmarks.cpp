@@ -1,7 +1,7 @@
 #include "Support/Base64.h"
-#include "Support/JsonWriter.h"
 #include "Support/Text.h"
 #include "TavelClipboardAgent/Formats/ValidRepresentation.h"
+#include "TavelClipboardAgent/main/Protocol/Encoder.h"
 
 #include <benchmark/benchmark.h>
 
@@ -84,13 +84,11 @@ BENCHMARK(decodeBase64Text);
 
 /// All the work on a captured text before the event is written.
 void buildTextEvent(benchmark::State& state) {
-    const std::string text = frenchText(textBytes);
+    const Bytes text = Bytes::adopt(frenchText(textBytes));
     for ([[maybe_unused]] auto _ : state) {
-        if (!isUtf8(text))
+        if (!isUtf8(text.view()))
             state.SkipWithError("the text is not UTF-8");
-        JsonObject event;
-        event.add("event", "change").addBase64("text_b64", text).add("marker", "").add("bytes", text.size());
-        benchmark::DoNotOptimize(event.takeLine());
+        benchmark::DoNotOptimize(encodeMessage(event::TextChange{text, "", 1}));
     }
     setBytesPerSecond(state, text.size());
 }

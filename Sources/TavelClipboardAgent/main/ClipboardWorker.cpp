@@ -4,7 +4,7 @@
 #include "Support/Error.h"
 #include "Support/Process.h"
 #include "Support/Uuid.h"
-#include "TavelClipboardAgent/main/Protocol/CommandReader.h"
+#include "TavelClipboardAgent/main/CommandReader.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -76,9 +76,7 @@ FilePaste& ClipboardWorker::filePaste() {
 
 void ClipboardWorker::generatedFilePasted(std::int64_t changeCount) {
     previousChangeCount_ = changeCount;
-    JsonObject event;
-    event.add("event", "file_renamed").add("sequence", changeCount);
-    output_.emit(std::move(event));
+    output_.emit(event::FileRenamed{sequenceFrom(changeCount)});
 }
 
 std::uint64_t ClipboardWorker::sequenceFrom(std::int64_t changeCount) {

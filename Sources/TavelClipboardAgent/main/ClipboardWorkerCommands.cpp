@@ -2,8 +2,6 @@
 #include "TavelClipboardAgent/Messages.h"
 #include "TavelClipboardAgent/main/ClipboardWorker.h"
 
-#include <utility>
-
 namespace tavel {
 
 void ClipboardWorker::handle(ClipboardCommand command) {
@@ -46,9 +44,7 @@ ClipboardWorker::Result ClipboardWorker::execute(const command::Unknown&) {
 }
 
 void ClipboardWorker::respond(std::uint64_t requestID, bool ok, std::string_view reason) {
-    JsonObject reply;
-    reply.add("request_id", requestID).add("ok", ok).add("reason", reason).add("sequence", sequence());
-    output_.emit(std::move(reply));
+    output_.emit(Reply{requestID, ok, std::string(reason), sequence()});
 }
 
 } // namespace tavel

@@ -130,7 +130,7 @@ void ClipboardWorker::publishImage(const ImageExport& finished) {
     if (previousImage_)
         std::filesystem::remove(*previousImage_, ignored);
     previousImage_ = finished.file;
-    emitExport("image", {finished.file.string()}, finished.origin);
+    emitExport(contentKind::image, {finished.file.string()}, finished.origin);
 }
 
 void ClipboardWorker::publishFormats(const FormatExport& finished) {
@@ -141,15 +141,13 @@ void ClipboardWorker::publishFormats(const FormatExport& finished) {
     if (previousFormats_)
         static_cast<void>(removeTree(*previousFormats_));
     previousFormats_ = finished.directory;
-    emitExport("formats", finished.paths, finished.origin);
+    emitExport(contentKind::formats, finished.paths, finished.origin);
 }
 
 void ClipboardWorker::emitExport(std::string_view kind, const std::vector<std::string>& paths,
                                  const ExportOrigin& origin) {
-    JsonObject event;
-    event.add("event", "change").add("kind", kind).add("paths", paths);
-    event.add("marker", origin.marker).add("sequence", sequenceFrom(origin.changeCount));
-    output_.emit(std::move(event));
+    output_.emit(
+        event::PathsChange{std::string(kind), paths, origin.marker, sequenceFrom(origin.changeCount)});
 }
 
 } // namespace tavel

@@ -40,12 +40,7 @@ void ClipboardWorker::poll() {
     const std::uint64_t sequence = sequenceFrom(current);
     const std::string marker = markerText();
     // Before the content is looked at, which can take time: the parent learns at once that something changed.
-    JsonObject announcement;
-    announcement.add("event", "change")
-        .add("kind", "unsupported")
-        .add("marker", marker)
-        .add("sequence", sequence);
-    output_.emit(std::move(announcement));
+    output_.emit(event::Announcement{marker, sequence});
 
     if (captureFiles(marker, sequence))
         return;
@@ -60,22 +55,18 @@ void ClipboardWorker::poll() {
 
 /// Whether the content is a selection of files, reported or too large.
 bool ClipboardWorker::captureFiles(std::string_view marker, std::uint64_t sequence) {
-    const std::vector<std::string> paths = pasteboard_->filePaths();
+    std::vector<std::string> paths = pasteboard_->filePaths();
     if (paths.empty())
         return false;
     if (isTooLarge(paths)) {
         warn(messages::selectionTooLarge);
         return true;
     }
-    JsonObject event;
-    event.add("event", "change").add("kind", "files").add("paths", paths);
-    event.add("marker", marker).add("sequence", sequence);
-    output_.emit(std::move(event));
+    output_.emit(
+        event::PathsChange{std::string(contentKind::files), std::move(paths), std::string(marker), sequence});
     return true;
 }
 
-/// Deliberate: the text event is the one change event without a "kind"; the parent knows it by its
-/// "text_b64".
 void ClipboardWorker::captureText(std::string_view marker, std::uint64_t sequence) {
     const auto text = pasteboard_->string(pasteboardType::string);
     if (!text)
@@ -84,16 +75,11 @@ void ClipboardWorker::captureText(std::string_view marker, std::uint64_t sequenc
         warn(messages::textTooLarge);
         return;
     }
-    JsonObject event;
-    event.add("event", "change").addBase64("text_b64", text->view()).add("marker", marker);
-    event.add("bytes", text->size()).add("sequence", sequence);
-    output_.emit(std::move(event));
+    output_.emit(event::TextChange{*text, std::string(marker), sequence});
 }
 
 void ClipboardWorker::warn(std::string_view message) {
-    JsonObject event;
-    event.add("event", "log").add("level", "warning").add("message", message);
-    output_.emit(std::move(event));
+    output_.emit(event::Log{std::string(logLevel::warning), std::string(message)});
 }
 
 std::string ClipboardWorker::markerText() {

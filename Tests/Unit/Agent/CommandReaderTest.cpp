@@ -1,4 +1,4 @@
-#include "TavelClipboardAgent/main/Protocol/CommandReader.h"
+#include "TavelClipboardAgent/main/CommandReader.h"
 
 #include "Support/Files.h"
 #include "Tests/Unit/Agent/Decoding.h"

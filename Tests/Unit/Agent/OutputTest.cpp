@@ -1,6 +1,5 @@
 #include "TavelClipboardAgent/main/Protocol/Output.h"
 
-#include "Support/JsonWriter.h"
 #include "Tests/Unit/Fixtures/Pipe.h"
 #include "Tests/Unit/Fixtures/Signals.h"
 #include "Tests/Unit/Fixtures/TemporaryFile.h"
@@ -18,19 +17,22 @@
 namespace tavel {
 namespace {
 
-JsonObject message(const std::string& value) {
-    JsonObject object;
-    object.add("k", value);
-    return object;
+AgentMessage message(const std::string& text) {
+    return event::Log{"warning", text};
+}
+
+/// `escapedText` is the text as JSON writes it.
+std::string lineWith(const std::string& escapedText) {
+    return R"({"event":"log","level":"warning","message":")" + escapedText + "\"}\n";
 }
 
 TEST(Output, writesEachMessageAsOneLineAtOnce) {
     const TemporaryFile file;
     Output output(file.descriptor());
     output.emit(message("a\nb"));
-    EXPECT_EQ(file.contentFrom(0), "{\"k\":\"a\\nb\"}\n");
+    EXPECT_EQ(file.contentFrom(0), lineWith(R"(a\nb)"));
     output.emit(message("c"));
-    EXPECT_EQ(file.contentFrom(0), "{\"k\":\"a\\nb\"}\n{\"k\":\"c\"}\n");
+    EXPECT_EQ(file.contentFrom(0), lineWith(R"(a\nb)") + lineWith("c"));
 }
 
 TEST(Output, writesNothingOfAMessageThatIsNotValid) {
@@ -39,7 +41,7 @@ TEST(Output, writesNothingOfAMessageThatIsNotValid) {
     output.emit(message("caf\xE9"));
     EXPECT_EQ(file.contentFrom(0), "");
     output.emit(message("café"));
-    EXPECT_EQ(file.contentFrom(0), "{\"k\":\"café\"}\n");
+    EXPECT_EQ(file.contentFrom(0), lineWith("café"));
 }
 
 TEST(Output, neverMixesTheLinesOfTwoThreads) {
@@ -65,9 +67,9 @@ TEST(Output, neverMixesTheLinesOfTwoThreads) {
     for (std::size_t start = 0; start < text.size();) {
         const std::size_t end = text.find('\n', start);
         ASSERT_NE(end, std::string::npos);
-        const std::string line = text.substr(start, end - start);
-        const bool isSecond = line.find('b') != std::string::npos;
-        ASSERT_TRUE(line == "{\"k\":\"" + std::string(length, isSecond ? 'b' : 'a') + "\"}");
+        const std::string line = text.substr(start, end + 1 - start);
+        const bool isSecond = line.find("bb") != std::string::npos;
+        ASSERT_TRUE(line == lineWith(std::string(length, isSecond ? 'b' : 'a')));
         ++lines.at(isSecond ? 1 : 0);
         start = end + 1;
     }

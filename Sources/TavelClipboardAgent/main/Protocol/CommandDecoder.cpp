@@ -2,6 +2,7 @@
 
 #include "Support/JsonNumber.h"
 #include "Support/JsonString.h"
+#include "TavelClipboardAgent/main/Protocol/Names.h"
 
 #include <simdjson.h>
 
@@ -134,7 +135,7 @@ private:
         if (isContainer(type)) {
             storeScalar(key, {ondemand::json_type::null, {}}); // a container is no key's right type but one
             std::optional<std::vector<std::string>> strings;
-            const bool isPaths = key == "paths" && type == ondemand::json_type::array;
+            const bool isPaths = key == jsonKey::paths && type == ondemand::json_type::array;
             if (isPaths)
                 strings.emplace();
             const bool valid = walkContainer(value, type, depth + 1, isPaths ? &strings : nullptr);
@@ -149,23 +150,23 @@ private:
     }
 
     void storeScalar(std::string_view key, const Scalar& scalar) {
-        if (key == "command")
+        if (key == jsonKey::command)
             fields_.command = stringOf(scalar);
-        else if (key == "request_id")
+        else if (key == jsonKey::requestID)
             fields_.requestID = unsignedOf(scalar);
-        else if (key == "rename_prompt")
+        else if (key == jsonKey::renamePrompt)
             fields_.renamePrompt = booleanOf(scalar);
-        else if (key == "text_b64")
+        else if (key == jsonKey::textBase64)
             fields_.textBase64 = payloadOf(scalar);
-        else if (key == "image_b64")
+        else if (key == jsonKey::imageBase64)
             fields_.imageBase64 = payloadOf(scalar);
-        else if (key == "marker")
+        else if (key == jsonKey::marker)
             fields_.marker = stringOf(scalar);
-        else if (key == "kind")
+        else if (key == jsonKey::kind)
             fields_.kind = stringOf(scalar);
-        else if (key == "paths")
+        else if (key == jsonKey::paths)
             fields_.paths.reset();
-        else if (key == "expected_sequence")
+        else if (key == jsonKey::expectedSequence)
             fields_.expectedSequence = unsignedOf(scalar);
     }
 
@@ -250,19 +251,19 @@ private:
 ClipboardCommand commandFrom(Fields fields) {
     const std::string& name = *fields.command;
     const std::uint64_t requestID = *fields.requestID;
-    if (name == "configure_file_prompt")
+    if (name == commandName::configureFilePrompt)
         return command::ConfigureFilePrompt{requestID, fields.renamePrompt.value_or(false)};
-    if (name == "ping")
+    if (name == commandName::ping)
         return command::Ping{requestID};
-    if (name == "discard_pending")
+    if (name == commandName::discardPending)
         return command::DiscardPending{requestID};
-    if (name == "quit")
+    if (name == commandName::quit)
         return command::Quit{requestID};
-    if (name == "write_text")
+    if (name == commandName::writeText)
         return command::WriteText{requestID, std::move(fields.textBase64), std::move(fields.marker)};
-    if (name == "write_image_data")
+    if (name == commandName::writeImageData)
         return command::WriteImageData{requestID, std::move(fields.imageBase64)};
-    if (name == "write_files")
+    if (name == commandName::writeFiles)
         return command::WriteFiles{requestID, std::move(fields.kind),
                                    std::move(fields.paths).value_or(std::vector<std::string>()),
                                    std::move(fields.marker), fields.expectedSequence};

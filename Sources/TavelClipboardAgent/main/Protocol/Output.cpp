@@ -2,8 +2,9 @@
 
 #include "Support/Files.h"
 #include "Support/Throughput.h"
+#include "TavelClipboardAgent/main/Protocol/Encoder.h"
 
-#include <string>
+#include <cstddef>
 
 namespace tavel {
 
@@ -14,15 +15,15 @@ constexpr std::size_t largeLineBytes = std::size_t{64} * 1024;
 
 } // namespace
 
-void Output::emit(JsonObject message) {
-    if (!message.isValid())
+void Output::emit(const AgentMessage& message) {
+    const auto line = encodeMessage(message);
+    if (!line)
         return;
-    const std::string line = message.takeLine();
-    if (line.size() >= largeLineBytes)
+    if (line->size() >= largeLineBytes)
         enlargePipe(descriptor_);
     const std::lock_guard guard(lock_);
     // A parent that is gone is noticed by the end of standard input and by the parent watch, not here.
-    static_cast<void>(writeAll(descriptor_, line));
+    static_cast<void>(writeAll(descriptor_, *line));
 }
 
 } // namespace tavel

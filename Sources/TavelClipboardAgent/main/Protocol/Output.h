@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Support/JsonWriter.h"
+#include "TavelClipboardAgent/main/Protocol/AgentMessage.h"
 
 #include <mutex>
 
@@ -15,7 +15,7 @@ public:
     /// Writes the message as one line, as soon as it is called. Blocks while the parent does not read. A
     /// message that is not valid JSON (a path that is not UTF-8) is dropped, and so is one that cannot be
     /// written; a closed pipe ends the process by the system's default for SIGPIPE.
-    void emit(JsonObject message);
+    void emit(const AgentMessage& message);
 
 private:
     int descriptor_;

@@ -1,4 +1,4 @@
-#include "TavelClipboardAgent/main/Protocol/CommandReader.h"
+#include "TavelClipboardAgent/main/CommandReader.h"
 
 #include "Support/LineReader.h"
 #include "TavelClipboardAgent/main/ClipboardWorker.h"
