@@ -35,9 +35,10 @@ TEST(HumanCommand, MakesTheRequestsWithoutFields) {
     EXPECT_EQ(requestFor("quit"), json({{"command", "quit"}}));
 }
 
-TEST(HumanCommand, OnlyQuitEndsTheAgent) {
-    EXPECT_TRUE(std::get<Request>(wishFor("quit")).endsAgent);
-    EXPECT_FALSE(std::get<Request>(wishFor("ping")).endsAgent);
+TEST(HumanCommand, NamesRequestsByTheWordThatWasTyped) {
+    EXPECT_EQ(std::get<wish::Request>(wishFor("  discard ")).name, "discard");
+    EXPECT_EQ(std::get<wish::Request>(wishFor("prompt on")).name, "prompt");
+    EXPECT_EQ(std::get<wish::Request>(wishFor("files a")).name, "files");
 }
 
 TEST(HumanCommand, SendsTheRestOfTheLineAsText) {

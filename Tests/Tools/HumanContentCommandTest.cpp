@@ -53,7 +53,7 @@ TEST_F(HumanContentCommand, SendsTheBytesOfAnImageWithoutAMarker) {
     world_.write("a.jpg", "???\xFF");
     EXPECT_EQ(requestFor("image-data a.jpg"),
               json({{"command", "write_image_data"}, {"image_b64", "Pz8//w"}}));
-    EXPECT_EQ(std::get<Request>(wishFor("image-data a.jpg")).name, "image-data");
+    EXPECT_EQ(std::get<wish::Request>(wishFor("image-data a.jpg")).name, "image-data");
 }
 
 TEST_F(HumanContentCommand, LeavesTheJudgementOfContentToTheAgent) {

@@ -1,19 +1,24 @@
 #pragma once
 
 #include "Console/HumanCommand.h"
+#include "TavelClipboardAgent/main/Protocol/Encoder.h"
 #include "Tests/Unit/Fixtures/PrintJson.h"
 
+#include <optional>
 #include <string>
+#include <variant>
 
 namespace tavel {
 
-/// The fields of the request that a typed line led to.
-inline nlohmann::json requestIn(Wish wish) {
-    auto* const request = std::get_if<Request>(&wish);
-    if (request == nullptr)
+/// The command that a typed line led to, as the agent gets it, but without its number.
+inline nlohmann::json requestIn(const Wish& wish) {
+    const auto* const request = std::get_if<wish::Request>(&wish);
+    const auto line = request != nullptr ? encodeCommand(request->command) : std::nullopt;
+    if (!line)
         return "no request";
-    const std::string text = request->fields.takeLine();
-    return nlohmann::json::parse(text);
+    nlohmann::json fields = nlohmann::json::parse(*line);
+    fields.erase("request_id");
+    return fields;
 }
 
 /// What was wrong with a typed line.

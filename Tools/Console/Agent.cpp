@@ -1,6 +1,8 @@
 #include "Console/Agent.h"
 
-#include <simdjson.h>
+#include "TavelClipboardAgent/main/Protocol/Encoder.h"
+#include "TavelClipboardAgent/main/Protocol/MessageDecoder.h"
+
 #include <unistd.h>
 
 #include <csignal>
@@ -24,24 +26,6 @@ std::vector<std::string> launchArguments(const std::filesystem::path& executable
     return arguments;
 }
 
-struct Expectation {
-    std::uint64_t requestID;
-    std::string name;
-};
-
-/// The reply that a line asks for, if it is one that will be answered.
-std::optional<Expectation> expectationFrom(std::string_view line) {
-    simdjson::dom::parser parser;
-    simdjson::dom::object fields;
-    std::string_view name;
-    std::uint64_t requestID = 0;
-    if (parser.parse(line.data(), line.size()).get(fields) != simdjson::SUCCESS ||
-        fields.at_key("command").get(name) != simdjson::SUCCESS ||
-        fields.at_key("request_id").get(requestID) != simdjson::SUCCESS)
-        return std::nullopt;
-    return Expectation{requestID, std::string(name)};
-}
-
 } // namespace
 
 Agent::Agent(const std::filesystem::path& executable, const std::optional<std::string>& pasteboard,
@@ -53,19 +37,19 @@ Agent::Agent(const std::filesystem::path& executable, const std::optional<std::s
                 },
                 [this](int status) { noteEnd(status); }}) {}
 
-std::uint64_t Agent::send(Request request) {
+std::uint64_t Agent::send(std::string name, ClipboardCommand command) {
     const std::uint64_t requestID = ++lastRequestID_;
-    request.fields.add("request_id", requestID);
-    std::string line = request.fields.takeLine();
-    outstanding_.emplace(requestID, std::move(request.name));
+    std::visit([requestID](auto& one) { one.requestID = requestID; }, command);
+    std::string line = encodeCommand(command).value();
+    outstanding_.emplace(requestID, std::move(name));
     handlers_.sent(std::string_view(line).substr(0, line.size() - 1));
     process_.send(std::move(line));
     return requestID;
 }
 
 void Agent::sendLine(std::string_view line) {
-    if (auto expectation = expectationFrom(line))
-        outstanding_.emplace(expectation->requestID, std::move(expectation->name));
+    if (auto head = decodeCommandHead(line))
+        outstanding_.emplace(head->requestID, std::move(head->name));
     handlers_.sent(line);
     process_.send(std::string(line) + '\n');
 }
@@ -85,16 +69,20 @@ bool Agent::end(std::chrono::milliseconds patience) {
 
 void Agent::receive(std::string_view line) {
     handlers_.received(line);
-    const AgentMessage message = decodeAgentMessage(line);
+    const auto message = decodeMessage(line);
+    if (!message) {
+        handlers_.unintelligible(line);
+        return;
+    }
     std::string requestName;
-    if (const auto* const reply = std::get_if<message::Reply>(&message)) {
+    if (const auto* const reply = std::get_if<Reply>(&*message)) {
         const auto found = outstanding_.lower_bound(reply->requestID);
         if (found != outstanding_.end() && found->first == reply->requestID) {
             requestName = std::move(found->second);
             outstanding_.erase(found);
         }
     }
-    handlers_.said(message, requestName);
+    handlers_.said(*message, requestName);
 }
 
 void Agent::noteEnd(int status) {

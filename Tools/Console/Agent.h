@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Console/AgentMessage.h"
 #include "Console/ChildProcess.h"
 #include "Console/LineSplitter.h"
-#include "Console/Request.h"
+#include "TavelClipboardAgent/main/Protocol/AgentMessage.h"
+#include "TavelClipboardAgent/main/Protocol/ClipboardCommand.h"
 
 #include <chrono>
 #include <cstdint>
@@ -21,11 +21,14 @@ namespace tavel {
 class Agent {
 public:
     struct Handlers {
-        /// Every line of the protocol, as it stands.
+        /// Every line in either direction, as it stands.
         std::function<void(std::string_view line)> sent;
         std::function<void(std::string_view line)> received;
-        /// The same, decoded. `requestName` names the request that a reply belongs to; otherwise it is empty.
+        /// A received line, decoded. `requestName` names the request that a reply belongs to, and is empty
+        /// for everything else.
         std::function<void(const AgentMessage& message, std::string_view requestName)> said;
+        /// A received line that is no message.
+        std::function<void(std::string_view line)> unintelligible;
         /// The agent is gone, with this status of waitpid; it has said everything.
         std::function<void(int status)> ended;
     };
@@ -34,8 +37,9 @@ public:
     Agent(const std::filesystem::path& executable, const std::optional<std::string>& pasteboard,
           Handlers handlers);
 
-    /// Gives the number of the request. Its fields must be valid.
-    std::uint64_t send(Request request);
+    /// Numbers the command and sends it. `name` is what people call it. Returns the number. Every string of
+    /// the command must be UTF-8.
+    std::uint64_t send(std::string name, ClipboardCommand command);
 
     /// Sends a line that somebody else has made and numbered.
     void sendLine(std::string_view line);

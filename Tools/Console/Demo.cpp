@@ -108,7 +108,10 @@ void Demo::startAgent() {
         programs_.agent, pasteboard_,
         Agent::Handlers{[](std::string_view) {}, [](std::string_view) {},
                         [this](const AgentMessage& message, std::string_view requestName) {
-                            said_.push_back({message, std::string(requestName)});
+                            said_.push_back({message, describeMessage(message, requestName).text});
+                        },
+                        [this](std::string_view line) {
+                            said_.push_back({std::nullopt, describeUnintelligible(line).text});
                         },
                         [this](int status) { agentEnd_ = status; }});
     command("ping");
@@ -137,8 +140,8 @@ void Demo::sendFiles() {
 void Demo::copyTextElsewhere() {
     narrate("\nAnother application copies a text, and the agent tells the parent:");
     runPasteboardTool({"copy"}, std::string(copiedText));
-    const auto change = nextChange<message::TextChange>("the copied text");
-    expect(change.text == copiedText, "The agent told of another text.");
+    const auto change = nextChange<event::TextChange>("the copied text");
+    expect(change.text.view() == copiedText, "The agent told of another text.");
     expect(change.marker.empty(), "The agent took the text for the parent's own.");
 }
 
@@ -148,8 +151,8 @@ void Demo::copyFilesElsewhere() {
                                          (directory_ / "music").string()};
     expect(createPrivateDirectory(paths.back()), "Cannot make a directory in " + directory_.string());
     runPasteboardTool({"copy-files", paths[0], paths[1]});
-    const auto change = nextChange<message::PathsChange>("the copied files");
-    expect(change.kind == "files" && change.paths == paths, "The agent told of other files.");
+    const auto change = nextChange<event::PathsChange>("the copied files");
+    expect(change.kind == contentKind::files && change.paths == paths, "The agent told of other files.");
 }
 
 void Demo::sendPicture() {
@@ -177,8 +180,8 @@ void Demo::sendFormats() {
 void Demo::copyPictureElsewhere() {
     narrate("\nAnother application copies a picture, and the parent gets it as a file:");
     runPasteboardTool({"copy", writeFile("other flag.png", samplePicture()).string()});
-    const auto change = nextChange<message::PathsChange>("the copied picture");
-    expect(change.kind == "image" && change.paths.size() == 1 &&
+    const auto change = nextChange<event::PathsChange>("the copied picture");
+    expect(change.kind == contentKind::image && change.paths.size() == 1 &&
                isSamplePicture(contentOf(change.paths.front()).view()),
            "The agent told of another picture.");
 }
@@ -187,8 +190,9 @@ void Demo::copyFormatsElsewhere() {
     narrate("\nAnother application copies a page that is also text, and the parent gets a file for each:");
     runPasteboardTool({"set", "html=" + writeFile("page.html", formattedPage).string(),
                        "text=" + writeFile("page.txt", formattedText).string()});
-    const auto change = nextChange<message::PathsChange>("the copied page");
-    expect(change.kind == "formats" && change.paths.size() == 2, "The agent told of other formats.");
+    const auto change = nextChange<event::PathsChange>("the copied page");
+    expect(change.kind == contentKind::formats && change.paths.size() == 2,
+           "The agent told of other formats.");
     const std::filesystem::path page = change.paths.front();
     const std::filesystem::path text = change.paths.back();
     expect(page.filename() == "text.html" && contentOf(page.string()).view().ends_with(formattedPage),
@@ -210,28 +214,29 @@ void Demo::quitAgent() {
 void Demo::command(const std::string& line) {
     showIndented("> " + line);
     Wish wish = readHumanCommand(line, {directory_, directory_});
-    const std::uint64_t requestID = agent_->send(std::move(std::get<Request>(wish)));
-    const AgentMessage message = nextMessage("a reply");
-    const auto* const reply = std::get_if<message::Reply>(&message);
+    auto& request = std::get<wish::Request>(wish);
+    const std::uint64_t requestID = agent_->send(std::move(request.name), std::move(request.command));
+    const auto message = nextMessage("a reply");
+    const auto* const reply = message ? std::get_if<Reply>(&*message) : nullptr;
     expect(reply != nullptr && reply->requestID == requestID, "The agent did not reply to the command.");
     expect(reply->ok, "The agent could not carry out the command.");
 }
 
-AgentMessage Demo::nextMessage(std::string_view expected) {
+std::optional<AgentMessage> Demo::nextMessage(std::string_view expected) {
     await([this] { return !said_.empty(); }, expected);
-    const Said next = std::move(said_.front());
+    Said next = std::move(said_.front());
     said_.pop_front();
-    showIndented(describeMessage(next.message, next.requestName).text);
-    return next.message;
+    showIndented(next.description);
+    return std::move(next.message);
 }
 
 template <typename Change>
 Change Demo::nextChange(std::string_view expected) {
-    const AgentMessage first = nextMessage("the news that the clipboard changed");
-    const auto* const announcement = std::get_if<message::Announcement>(&first);
+    const auto first = nextMessage("the news that the clipboard changed");
+    const auto* const announcement = first ? std::get_if<event::Announcement>(&*first) : nullptr;
     expect(announcement != nullptr, "The agent did not announce the change.");
-    AgentMessage second = nextMessage(expected);
-    auto* const change = std::get_if<Change>(&second);
+    auto second = nextMessage(expected);
+    auto* const change = second ? std::get_if<Change>(&*second) : nullptr;
     expect(change != nullptr && change->sequence == announcement->sequence,
            "The agent did not tell of " + std::string(expected) + ".");
     return std::move(*change);

@@ -44,7 +44,8 @@ private:
 
     /// Types the line as a person would, and awaits success.
     void command(const std::string& line);
-    AgentMessage nextMessage(std::string_view expected);
+    /// nullopt if the agent says something that is no message.
+    std::optional<AgentMessage> nextMessage(std::string_view expected);
     /// The next two messages: that the clipboard changed, and what it holds.
     template <typename Change>
     Change nextChange(std::string_view expected);
@@ -67,8 +68,8 @@ private:
     bool interrupted_ = false;
 
     struct Said {
-        AgentMessage message;
-        std::string requestName;
+        std::optional<AgentMessage> message;
+        std::string description;
     };
 
     std::deque<Said> said_; // not looked at yet

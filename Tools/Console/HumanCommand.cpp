@@ -3,6 +3,8 @@
 #include "Console/HumanText.h"
 #include "Support/Error.h"
 #include "Support/InputFile.h"
+#include "Support/Utf8.h"
+#include "TavelClipboardAgent/main/Protocol/AgentMessage.h"
 
 #include <glib.h>
 
@@ -19,6 +21,12 @@ namespace {
 
 /// Far more than the agent takes, so that its own refusal can be seen, and still little enough for memory.
 constexpr std::size_t largestImageData = std::size_t{256} * 1024 * 1024;
+
+/// Marks the content that the console sends: the agent reports it with every change.
+constexpr std::string_view consoleMarker = "tavel-console";
+
+/// `Agent` puts the number in.
+constexpr std::uint64_t noRequestID = 0;
 
 constexpr std::string_view blanks = " \t";
 
@@ -84,11 +92,17 @@ wish::Mistake unreadable(const Error& error) {
     return {"Cannot read " + visibleText(error.what())};
 }
 
+Base64Text encoded(std::string_view bytes) {
+    const auto text = std::make_shared<std::string>();
+    appendBase64(*text, bytes);
+    return {text, *text};
+}
+
 Wish requestForPaths(std::string_view kind, const Paths& paths) {
-    Request request = pathsRequest(kind, paths);
-    if (!request.fields.isValid())
+    if (!std::ranges::all_of(paths, isUtf8))
         return wish::Mistake{"The paths are not all in UTF-8, so they cannot be sent."};
-    return request;
+    return wish::Request{std::string(kind), command::WriteFiles{noRequestID, std::string(kind), paths,
+                                                                std::string(consoleMarker), std::nullopt}};
 }
 
 /// For files whose content the agent reads: of one that cannot be read it would not say why.
@@ -108,7 +122,8 @@ Wish requestForImageData(const std::string& path) {
         if (file.size() > largestImageData)
             return wish::Mistake{visibleText(path) + " has more than " + humanSize(largestImageData) +
                                  ", which is too much to send."};
-        return imageDataRequest(file.read(largestImageData).view());
+        return wish::Request{
+            "image-data", command::WriteImageData{noRequestID, encoded(file.read(largestImageData).view())}};
     } catch (const Error& error) {
         return unreadable(error);
     }
@@ -116,19 +131,19 @@ Wish requestForImageData(const std::string& path) {
 
 Wish readFiles(std::string_view rest, const Places& places) {
     return readPaths(rest, places, {"files PATH...", anyNumber, [](const Paths& paths) {
-                                        return requestForPaths("files", paths);
+                                        return requestForPaths(contentKind::files, paths);
                                     }});
 }
 
 Wish readImage(std::string_view rest, const Places& places) {
     return readPaths(rest, places, {"image PATH", 1, [](const Paths& paths) {
-                                        return requestForContents("image", paths);
+                                        return requestForContents(contentKind::image, paths);
                                     }});
 }
 
 Wish readFormats(std::string_view rest, const Places& places) {
     return readPaths(rest, places, {"formats PATH...", anyNumber, [](const Paths& paths) {
-                                        return requestForContents("formats", paths);
+                                        return requestForContents(contentKind::formats, paths);
                                     }});
 }
 
@@ -142,7 +157,8 @@ Wish readText(std::string_view rest, const Places&) {
     // What follows the one separating blank is the text, further blanks included.
     if (rest.size() <= 1)
         return wish::Mistake{"Usage: text TEXT"};
-    return textRequest(rest.substr(1));
+    return wish::Request{
+        "text", command::WriteText{noRequestID, encoded(rest.substr(1)), std::string(consoleMarker)}};
 }
 
 Wish readPrompt(std::string_view rest, const Places&) {
@@ -150,19 +166,26 @@ Wish readPrompt(std::string_view rest, const Places&) {
     const std::string_view value = word.substr(0, word.find_last_not_of(blanks) + 1);
     if (value != "on" && value != "off")
         return wish::Mistake{"Usage: prompt on|off"};
-    return promptRequest(value == "on");
+    return wish::Request{"prompt", command::ConfigureFilePrompt{noRequestID, value == "on"}};
+}
+
+template <typename Command>
+Wish readWithoutArguments(std::string_view rest, const char* name) {
+    if (!isBlank(rest))
+        return wish::Mistake{std::string("Usage: ") + name};
+    return wish::Request{name, Command{noRequestID}};
 }
 
 Wish readPing(std::string_view rest, const Places&) {
-    return isBlank(rest) ? Wish(pingRequest()) : wish::Mistake{"Usage: ping"};
+    return readWithoutArguments<command::Ping>(rest, "ping");
 }
 
 Wish readDiscard(std::string_view rest, const Places&) {
-    return isBlank(rest) ? Wish(discardRequest()) : wish::Mistake{"Usage: discard"};
+    return readWithoutArguments<command::DiscardPending>(rest, "discard");
 }
 
 Wish readQuit(std::string_view rest, const Places&) {
-    return isBlank(rest) ? Wish(quitRequest()) : wish::Mistake{"Usage: quit"};
+    return readWithoutArguments<command::Quit>(rest, "quit");
 }
 
 Wish readHelp(std::string_view, const Places&) {

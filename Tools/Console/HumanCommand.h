@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Console/Request.h"
+#include "TavelClipboardAgent/main/Protocol/ClipboardCommand.h"
 
 #include <filesystem>
 #include <string>
@@ -21,9 +21,15 @@ struct Mistake {
     std::string explanation;
 };
 
+/// A command for the agent, which lacks only its number.
+struct Request {
+    std::string name; // the word that was typed
+    ClipboardCommand command;
+};
+
 } // namespace wish
 
-using Wish = std::variant<wish::Nothing, wish::Help, wish::Mistake, Request>;
+using Wish = std::variant<wish::Nothing, wish::Help, wish::Mistake, wish::Request>;
 
 /// The places that paths in a line are relative to.
 struct Places {

@@ -20,10 +20,10 @@ std::string originOf(const std::string& marker) {
     return marker.empty() ? std::string() : ", sent by " + quotedText(marker);
 }
 
-std::string headlineOf(const message::PathsChange& change) {
-    if (change.kind == "files")
+std::string headlineOf(const event::PathsChange& change) {
+    if (change.kind == contentKind::files)
         return counted(change.paths.size(), "file");
-    if (change.kind == "formats")
+    if (change.kind == contentKind::formats)
         return counted(change.paths.size(), "format");
     return visibleText(change.kind);
 }
@@ -32,7 +32,7 @@ class Describer {
 public:
     explicit Describer(std::string_view requestName) : requestName_(requestName) {}
 
-    Paragraph operator()(const message::Reply& reply) const {
+    Paragraph operator()(const Reply& reply) const {
         std::string text = "[" + std::to_string(reply.requestID) + "]";
         if (!requestName_.empty())
             text += " " + visibleText(requestName_);
@@ -42,19 +42,19 @@ public:
                 Tone::failure};
     }
 
-    Paragraph operator()(const message::Announcement& announcement) const {
+    Paragraph operator()(const event::Announcement& announcement) const {
         return {"clipboard changed " + numbered(announcement.sequence) + originOf(announcement.marker),
                 Tone::dim};
     }
 
-    Paragraph operator()(const message::TextChange& change) const {
-        return {"text, " + humanSize(change.text.size()) + ": " + quotedText(change.text)};
+    Paragraph operator()(const event::TextChange& change) const {
+        return {"text, " + humanSize(change.text.size()) + ": " + quotedText(change.text.view())};
     }
 
-    Paragraph operator()(const message::PathsChange& change) const {
-        if (change.kind == "image" && change.paths.size() == 1)
+    Paragraph operator()(const event::PathsChange& change) const {
+        if (change.kind == contentKind::image && change.paths.size() == 1)
             return {describePicture(change.paths.front())};
-        const bool inFormats = change.kind == "formats";
+        const bool inFormats = change.kind == contentKind::formats;
         std::string text = headlineOf(change) + ":";
         const std::size_t shown = std::min(change.paths.size(), longestPathList);
         for (std::size_t i = 0; i < shown; ++i)
@@ -64,16 +64,12 @@ public:
         return {text};
     }
 
-    Paragraph operator()(const message::Log& log) const {
-        return {visibleText(log.level) + ": " + visibleText(log.text), Tone::warning};
+    Paragraph operator()(const event::Log& log) const {
+        return {visibleText(log.level) + ": " + visibleText(log.message), Tone::warning};
     }
 
-    Paragraph operator()(const message::FileRenamed& renamed) const {
+    Paragraph operator()(const event::FileRenamed& renamed) const {
         return {"the content was pasted as a file " + numbered(renamed.sequence)};
-    }
-
-    Paragraph operator()(const message::Unintelligible& other) const {
-        return {"the agent said something unintelligible: " + quotedText(other.line), Tone::warning};
     }
 
 private:
@@ -98,6 +94,10 @@ std::string_view colorOf(Tone tone) {
 
 Paragraph describeMessage(const AgentMessage& message, std::string_view requestName) {
     return std::visit(Describer(requestName), message);
+}
+
+Paragraph describeUnintelligible(std::string_view line) {
+    return {"the agent said something unintelligible: " + quotedText(line), Tone::warning};
 }
 
 std::string render(const Paragraph& paragraph, bool colored) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Console/AgentMessage.h"
+#include "TavelClipboardAgent/main/Protocol/AgentMessage.h"
 
 #include <string>
 #include <string_view>
@@ -19,6 +19,9 @@ struct Paragraph {
 /// What the agent said, in words. Nothing in it gives a terminal orders. `requestName` names the request that
 /// a reply belongs to.
 Paragraph describeMessage(const AgentMessage& message, std::string_view requestName);
+
+/// The same for a line that is no message.
+Paragraph describeUnintelligible(std::string_view line);
 
 /// The paragraph in its tone's colour, or plain.
 std::string render(const Paragraph& paragraph, bool colored);

@@ -31,18 +31,29 @@ bool isColorWanted() {
 
 Session::Session(const ConsoleOptions& options, const std::filesystem::path& agentExecutable)
     : options_(options), places_(Places::ofThisProcess()), onTerminal_(isLineEditingPossible()),
-      colored_(isColorWanted()),
-      agent_(agentExecutable, options.pasteboard,
-             {[this](std::string_view line) { showRaw('>', line); },
-              [this](std::string_view line) { showRaw('<', line); },
-              [this](const AgentMessage& message, std::string_view name) { showSaid(message, name); },
-              [this](int status) { agentEnd_ = status; }}) {
+      colored_(isColorWanted()), agent_(agentExecutable, options.pasteboard, agentHandlers()) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         signalWatches_.push_back(Watch::signal(number, [this] { interrupted_ = true; }));
     signalWatches_.push_back(Watch::signal(SIGWINCH, [this] {
         if (editor_ != nullptr)
             editor_->resize();
     }));
+}
+
+Agent::Handlers Session::agentHandlers() {
+    Agent::Handlers handlers;
+    handlers.sent = [this](std::string_view line) { showRaw('>', line); };
+    handlers.received = [this](std::string_view line) { showRaw('<', line); };
+    handlers.said = [this](const AgentMessage& message, std::string_view requestName) {
+        if (!options_.raw)
+            show(describeMessage(message, requestName));
+    };
+    handlers.unintelligible = [this](std::string_view line) {
+        if (!options_.raw)
+            show(describeUnintelligible(line));
+    };
+    handlers.ended = [this](int status) { agentEnd_ = status; };
+    return handlers;
 }
 
 int Session::run() {
@@ -137,19 +148,14 @@ void Session::handleLine(std::string_view line) {
         return;
     }
     Wish wish = readHumanCommand(line, places_);
-    if (auto* const request = std::get_if<Request>(&wish)) {
-        quitting_ = agentEndExpected_ = request->endsAgent;
-        agent_.send(std::move(*request));
+    if (auto* const request = std::get_if<wish::Request>(&wish)) {
+        quitting_ = agentEndExpected_ = std::holds_alternative<command::Quit>(request->command);
+        agent_.send(std::move(request->name), std::move(request->command));
     } else if (const auto* const mistake = std::get_if<wish::Mistake>(&wish)) {
         show({mistake->explanation, Tone::warning});
     } else if (std::holds_alternative<wish::Help>(wish)) {
         print(std::string(humanCommandHelp()));
     }
-}
-
-void Session::showSaid(const AgentMessage& message, std::string_view requestName) {
-    if (!options_.raw)
-        show(describeMessage(message, requestName));
 }
 
 void Session::showRaw(char direction, std::string_view line) {

@@ -29,6 +29,7 @@ public:
     int run();
 
 private:
+    Agent::Handlers agentHandlers();
     void runOnTerminal();
     void runOnLines();
 
@@ -39,7 +40,6 @@ private:
     int end();
 
     void handleLine(std::string_view line);
-    void showSaid(const AgentMessage& message, std::string_view requestName);
     void showRaw(char direction, std::string_view line);
     void show(const Paragraph& paragraph);
     void print(const std::string& lines);

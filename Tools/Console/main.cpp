@@ -1,18 +1,21 @@
 #include "Console/Demo.h"
-#include "Console/ExecutableDirectory.h"
 #include "Console/Options.h"
 #include "Console/Session.h"
 #include "Support/Error.h"
 #include "Support/Files.h"
 #include "Support/Process.h"
 
+#include <glib.h>
 #include <langinfo.h>
 #include <unistd.h>
 
 #include <clocale>
 #include <csignal>
+#include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace {
@@ -25,15 +28,33 @@ void useUtf8() {
     }
 }
 
+/// The directory of the running program. `programName` is what it was called as. Throws Error if it cannot be
+/// determined.
+std::filesystem::path executableDirectory(const std::string& programName) {
+    std::error_code error;
+    // Only Linux has this link; elsewhere the name has to do, which shells look up along PATH.
+    const std::filesystem::path link = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (!error)
+        return link.parent_path();
+    const std::unique_ptr<gchar, decltype(&g_free)> found(g_find_program_in_path(programName.c_str()),
+                                                          g_free);
+    if (found != nullptr) {
+        const std::filesystem::path path = std::filesystem::canonical(found.get(), error);
+        if (!error)
+            return path.parent_path();
+    }
+    throw tavel::Error("Tavel", 1, "The directory of this program cannot be found; use --agent.");
+}
+
 std::filesystem::path agentExecutable(const tavel::ConsoleOptions& options, const std::string& programName) {
     if (options.agent)
         return *options.agent;
-    return tavel::executableDirectory(programName) / "TavelClipboardAgent";
+    return executableDirectory(programName) / "TavelClipboardAgent";
 }
 
 int play(const tavel::ConsoleOptions& options, const std::string& programName) {
     tavel::Demo(
-        {agentExecutable(options, programName), tavel::executableDirectory(programName) / "tavel-pasteboard"},
+        {agentExecutable(options, programName), executableDirectory(programName) / "tavel-pasteboard"},
         options.patience)
         .run();
     return 0;

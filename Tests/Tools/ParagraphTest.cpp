@@ -1,7 +1,7 @@
-#include "Console/AgentMessage.h"
-
 #include "Console/Paragraph.h"
+
 #include "Console/SamplePicture.h"
+#include "TavelClipboardAgent/main/Protocol/MessageDecoder.h"
 #include "Tests/Tools/World.h"
 
 #include <gmock/gmock.h>
@@ -11,71 +11,12 @@ namespace tavel {
 
 namespace {
 
-using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 
 std::string described(std::string_view line, std::string_view requestName = "") {
-    return describeMessage(decodeAgentMessage(line), requestName).text;
-}
-
-bool isUnintelligible(std::string_view line) {
-    const AgentMessage message = decodeAgentMessage(line);
-    const auto* const unintelligible = std::get_if<message::Unintelligible>(&message);
-    return unintelligible != nullptr && unintelligible->line == line;
-}
-
-TEST(AgentMessage, DecodesAReply) {
-    const AgentMessage message = decodeAgentMessage(
-        R"({"request_id":18446744073709551615,"ok":false,"reason":"Écriture \/ impossible","sequence":43})");
-    const auto& reply = std::get<message::Reply>(message);
-    EXPECT_EQ(reply.requestID, 18'446'744'073'709'551'615U);
-    EXPECT_FALSE(reply.ok);
-    EXPECT_EQ(reply.reason, "Écriture / impossible");
-    EXPECT_EQ(reply.sequence, 43U);
-}
-
-TEST(AgentMessage, DecodesAnAnnouncement) {
-    const AgentMessage message =
-        decodeAgentMessage(R"({"event":"change","kind":"unsupported","marker":"m","sequence":7})");
-    EXPECT_EQ(std::get<message::Announcement>(message).marker, "m");
-    EXPECT_EQ(std::get<message::Announcement>(message).sequence, 7U);
-}
-
-TEST(AgentMessage, DecodesTextWithoutPadding) {
-    const AgentMessage message =
-        decodeAgentMessage(R"({"event":"change","text_b64":"YQ","marker":"","bytes":1,"sequence":7})");
-    EXPECT_EQ(std::get<message::TextChange>(message).text, "a");
-    EXPECT_EQ(std::get<message::TextChange>(message).sequence, 7U);
-}
-
-TEST(AgentMessage, DecodesPaths) {
-    const AgentMessage message = decodeAgentMessage(
-        R"({"event":"change","kind":"files","paths":["\/a b","\/é"],"marker":"","sequence":7})");
-    EXPECT_EQ(std::get<message::PathsChange>(message).kind, "files");
-    EXPECT_THAT(std::get<message::PathsChange>(message).paths, ElementsAre("/a b", "/é"));
-}
-
-TEST(AgentMessage, DecodesTheOtherEvents) {
-    const AgentMessage log =
-        decodeAgentMessage(R"({"event":"log","level":"warning","message":"trop grand"})");
-    EXPECT_EQ(std::get<message::Log>(log).level, "warning");
-    EXPECT_EQ(std::get<message::Log>(log).text, "trop grand");
-    const AgentMessage renamed = decodeAgentMessage(R"({"event":"file_renamed","sequence":9})");
-    EXPECT_EQ(std::get<message::FileRenamed>(renamed).sequence, 9U);
-}
-
-TEST(AgentMessage, KeepsWhatItDoesNotUnderstand) {
-    EXPECT_TRUE(isUnintelligible(""));
-    EXPECT_TRUE(isUnintelligible("not JSON"));
-    EXPECT_TRUE(isUnintelligible("[]"));
-    EXPECT_TRUE(isUnintelligible(R"({"event":"surprise"})"));
-    EXPECT_TRUE(isUnintelligible(R"({"event":"change","kind":"files","marker":"","sequence":7})"));
-    EXPECT_TRUE(
-        isUnintelligible(R"({"event":"change","kind":"files","paths":[1],"marker":"","sequence":7})"));
-    EXPECT_TRUE(isUnintelligible(R"({"event":"change","text_b64":"!","marker":"","sequence":7})"));
-    EXPECT_TRUE(isUnintelligible(R"({"event":"change","kind":"unsupported","marker":"","sequence":-1})"));
-    EXPECT_TRUE(isUnintelligible(R"({"request_id":1,"ok":1,"reason":"","sequence":1})"));
+    const auto message = decodeMessage(line);
+    return message ? describeMessage(*message, requestName).text : "no message";
 }
 
 TEST(Paragraph, TellsRepliesWithTheirRequest) {
@@ -129,7 +70,7 @@ TEST(Paragraph, TellsWarningsAndPastedFiles) {
     EXPECT_EQ(described(R"({"event":"log","level":"warning","message":"trop\tgrand"})"),
               "warning: trop\\tgrand");
     EXPECT_EQ(described(R"({"event":"file_renamed","sequence":9})"), "the content was pasted as a file (#9)");
-    EXPECT_EQ(described("\x1b?"), "the agent said something unintelligible: \"\\e?\"");
+    EXPECT_EQ(describeUnintelligible("\x1b?").text, "the agent said something unintelligible: \"\\e?\"");
 }
 
 TEST(Paragraph, IsColoredOnlyWhereThatIsWanted) {
