@@ -13,8 +13,8 @@ namespace tavel {
 
 namespace {
 
-/// How long an agent that was told to end by a signal gets before it is killed.
-constexpr std::chrono::milliseconds afterSignal{1000};
+/// How long the agent has to end after each signal.
+constexpr std::chrono::milliseconds signalTimeout{1000};
 
 std::vector<std::string> launchArguments(const std::filesystem::path& executable,
                                          const std::optional<std::string>& pasteboard) {
@@ -54,15 +54,15 @@ void Agent::sendLine(std::string_view line) {
     process_.send(std::string(line) + '\n');
 }
 
-bool Agent::end(std::chrono::milliseconds patience) {
+bool Agent::end(std::chrono::milliseconds timeout) {
     const auto hasEnded = [this] { return !isRunning(); };
     process_.closeInput();
-    if (runUntil(hasEnded, patience))
+    if (runUntil(hasEnded, timeout))
         return true;
     process_.sendSignal(SIGTERM);
-    if (!runUntil(hasEnded, afterSignal)) {
+    if (!runUntil(hasEnded, signalTimeout)) {
         process_.sendSignal(SIGKILL);
-        runUntil(hasEnded, afterSignal);
+        runUntil(hasEnded, signalTimeout);
     }
     return false;
 }

@@ -16,12 +16,12 @@
 
 namespace tavel {
 
-/// The clipboard agent as its parent sees it: numbers the requests and tells what the agent says. Works while
-/// the main context runs.
+/// The clipboard agent as its parent sees it: numbers the requests, and calls back with the agent's messages
+/// while the main context runs.
 class Agent {
 public:
     struct Handlers {
-        /// Every line in either direction, as it stands.
+        /// Every line in either direction, verbatim.
         std::function<void(std::string_view line)> sent;
         std::function<void(std::string_view line)> received;
         /// A received line, decoded. `requestName` names the request that a reply belongs to, and is empty
@@ -29,11 +29,11 @@ public:
         std::function<void(const AgentMessage& message, std::string_view requestName)> said;
         /// A received line that is no message.
         std::function<void(std::string_view line)> unintelligible;
-        /// The agent is gone, with this status of waitpid; it has said everything.
+        /// The agent has ended, with this status of waitpid. No message follows.
         std::function<void(int status)> ended;
     };
 
-    /// Starts the agent on the pasteboard of that name, or on the general one. Throws Error.
+    /// Starts the agent on the pasteboard of that name, or on the general one. Throws Error if it cannot.
     Agent(const std::filesystem::path& executable, const std::optional<std::string>& pasteboard,
           Handlers handlers);
 
@@ -41,17 +41,17 @@ public:
     /// the command must be UTF-8.
     std::uint64_t send(std::string name, ClipboardCommand command);
 
-    /// Sends a line that somebody else has made and numbered.
+    /// Sends a line that the user wrote, with its own number.
     void sendLine(std::string_view line);
 
-    /// Whether some request still has no reply.
+    /// Whether a request still awaits its reply.
     bool hasOutstandingRequests() const { return !outstanding_.empty(); }
 
     bool isRunning() const { return process_.isRunning(); }
 
-    /// Ends the agent by ending its input, and waits for it. False if it had to be made to end by signals
-    /// because the time was over.
-    bool end(std::chrono::milliseconds patience);
+    /// Closes the agent's input and waits for its end. False if it did not end in time and had to be
+    /// signalled.
+    bool end(std::chrono::milliseconds timeout);
 
 private:
     void receive(std::string_view line);
@@ -60,8 +60,9 @@ private:
     Handlers handlers_;
     LineSplitter lines_;
     std::uint64_t lastRequestID_ = 0;
-    std::multimap<std::uint64_t, std::string> outstanding_; // names by number; others may use a number twice
-    ChildProcess process_;                                  // calls back, so it goes first
+    std::multimap<std::uint64_t, std::string>
+        outstanding_;      // names by number; the user may use a number twice
+    ChildProcess process_; // calls back into the members above, so it is destroyed first
 };
 
 } // namespace tavel

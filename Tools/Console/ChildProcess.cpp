@@ -15,7 +15,7 @@
 #include <system_error>
 #include <utility>
 
-// POSIX leaves the declaration to the program, though some systems have one.
+// POSIX has the program declare it, though some systems do it themselves.
 extern char** environ; // NOLINT(readability-redundant-declaration)
 
 namespace tavel {
@@ -28,7 +28,7 @@ constexpr std::size_t readBytes = std::size_t{64} * 1024;
     throw Error("POSIX", code, what + ": " + std::generic_category().message(code));
 }
 
-/// Both ends close themselves unless taken, and in every program that is started.
+/// Closes both ends unless they were taken. Started programs inherit neither.
 class Pipe {
 public:
     Pipe() {
@@ -48,7 +48,7 @@ public:
 
     int readEnd() const { return ends_[0]; }
     int writeEnd() const { return ends_[1]; }
-    /// In non-blocking mode, which concerns this end alone.
+    /// Both return the end in non-blocking mode; the other end stays blocking.
     int takeReadEnd() { return take(ends_[0]); }
     int takeWriteEnd() { return take(ends_[1]); }
 
@@ -67,7 +67,7 @@ private:
     std::array<int, 2> ends_{-1, -1};
 };
 
-/// What the new process is to be different in.
+/// How the new process differs from this one.
 class SpawnSettings {
 public:
     SpawnSettings(int input, int output) {
@@ -167,18 +167,18 @@ void ChildProcess::writeQueue() {
                 inputWatch_ = Watch::writable(input_, [this] { writeQueue(); });
             return;
         } else if (errno != EINTR) {
-            closing_ = true; // the program reads no more; its end will be noticed on its own
+            closing_ = true; // the program reads no more; its end is watched separately
             break;
         }
     }
-    std::string().swap(queue_); // a picture's memory is given back, which clear would keep
+    std::string().swap(queue_); // frees the memory, which clear() would keep
     queueOffset_ = 0;
     inputWatch_ = {};
     if (closing_ && input_ >= 0)
         close(std::exchange(input_, -1));
 }
 
-/// Hands over what is there. False when no more is there at this moment.
+/// Hands over the output that is there. False if there was none.
 bool ChildProcess::readOutput() {
     if (output_ < 0)
         return false;

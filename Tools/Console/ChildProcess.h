@@ -11,28 +11,28 @@
 
 namespace tavel {
 
-/// A program that this one runs, with pipes to its standard input and output; standard error is shared. It is
-/// in a process group of its own, so that Ctrl-C in the terminal reaches it only through us. Works while the
-/// main context runs. SIGPIPE must be ignored in this process; the program gets the system's default.
+/// A child process with pipes to its standard input and output; it shares standard error. It has a process
+/// group of its own, so that Ctrl-C in the terminal does not reach it. The handlers are called while the main
+/// context runs. SIGPIPE must be ignored in this process; the child gets the system's default.
 class ChildProcess {
 public:
     struct Handlers {
         std::function<void(std::string_view bytes)> output;
-        /// Called once, when all output has been handed over. The status is that of waitpid.
+        /// Called once, after all output, with the status of waitpid.
         std::function<void(int status)> ended;
     };
 
-    /// Starts the program at `arguments[0]`, a path. Throws Error.
+    /// Starts the program at the path `arguments[0]`. Throws Error if it cannot.
     ChildProcess(const std::vector<std::string>& arguments, Handlers handlers);
-    /// Kills the program if it still runs.
+    /// Kills the program if it is still running.
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    /// Never blocks: what the program does not take at once is written later.
+    /// Never blocks: bytes that do not fit into the pipe are written later.
     void send(std::string bytes);
 
-    /// Ends the program's input behind what was sent.
+    /// Closes the program's input once everything is written.
     void closeInput();
 
     bool isRunning() const { return process_ != 0; }
@@ -50,14 +50,14 @@ private:
     int input_ = -1;  // our end; -1 once closed
     int output_ = -1; // our end; -1 once closed
     std::string queue_;
-    std::size_t queueOffset_ = 0; // bytes of the queue that are written
+    std::size_t queueOffset_ = 0; // bytes of the queue already written
     bool closing_ = false;
     Watch inputWatch_;
     Watch outputWatch_;
     Watch endWatch_;
 };
 
-/// A status of waitpid in words: "exit status 3", "signal 9 (Killed)".
+/// A status of waitpid for people: "exit status 3", "signal 9 (Killed)".
 std::string describeEnd(int status);
 
 } // namespace tavel

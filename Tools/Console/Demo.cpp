@@ -39,7 +39,7 @@ void expect(bool holds, const std::string& what) {
 }
 
 bool isSamplePicture(std::string_view file) {
-    // An agent may pack the pixels in another way.
+    // The agent may compress the pixels differently.
     const auto header = readImageHeader(file);
     return header && header->typeIdentifier == "public.png" && header->width == samplePictureWidth &&
            header->height == samplePictureHeight;
@@ -64,8 +64,8 @@ std::filesystem::path makeTemporaryDirectory() {
 
 } // namespace
 
-Demo::Demo(Programs programs, std::chrono::milliseconds patience)
-    : programs_(std::move(programs)), patience_(patience),
+Demo::Demo(Programs programs, std::chrono::milliseconds timeout)
+    : programs_(std::move(programs)), timeout_(timeout),
       pasteboard_("tavel-console-demo-" + std::to_string(getpid())), directory_(makeTemporaryDirectory()) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         signalWatches_.push_back(Watch::signal(number, [this] { interrupted_ = true; }));
@@ -73,8 +73,8 @@ Demo::Demo(Programs programs, std::chrono::milliseconds patience)
 
 Demo::~Demo() {
     if (agent_ != nullptr && agent_->isRunning())
-        agent_->end(patience_);
-    // Neither keeps the rest from being tidied up.
+        agent_->end(timeout_);
+    // Both would end the next wait at once.
     interrupted_ = false;
     agentEnd_.reset();
     try {
@@ -171,7 +171,7 @@ void Demo::sendFormats() {
     writeFile("text.txt", formattedText);
     writeFile("image.png", samplePicture());
     command("formats text.html text.txt image.png");
-    // The agent puts a byte-order mark in front: without it, readers take HTML for another encoding.
+    // The agent adds a byte-order mark: without it, readers assume another encoding of HTML.
     expect(pasteData("html").ends_with(formattedPage), "The other application pasted another page.");
     expect(pasteData("text") == formattedText, "The other application pasted another text.");
     expect(pasteData("png") == samplePicture(), "The other application pasted another picture.");
@@ -286,9 +286,9 @@ void Demo::showIndented(const std::string& text) const {
     narrate(indented);
 }
 
-/// Every wait of the demonstration: it ends with the time, with Ctrl-C, and when the agent is gone.
+/// Waits until `done`. Throws Error on time-out, on Ctrl-C and if the agent ends.
 void Demo::await(const std::function<bool()>& done, std::string_view what) {
-    runUntil([&] { return done() || agentEnd_ || interrupted_; }, patience_);
+    runUntil([&] { return done() || agentEnd_ || interrupted_; }, timeout_);
     if (done())
         return;
     expect(!interrupted_, "Interrupted.");

@@ -15,19 +15,19 @@
 
 namespace tavel {
 
-/// Plays a short session between a parent application, the agent and another application, tells it on
-/// standard output, and checks each step. It works on a pasteboard of its own, and leaves nothing behind.
+/// Plays a short session between a parent application, the agent and another application. Describes and
+/// checks each step on standard output. Uses a pasteboard of its own, and removes everything it made.
 class Demo {
 public:
     struct Programs {
         std::filesystem::path agent;
-        std::filesystem::path pasteboardTool; // plays the other application
+        std::filesystem::path pasteboardTool; // the other application
     };
 
-    Demo(Programs programs, std::chrono::milliseconds patience);
+    Demo(Programs programs, std::chrono::milliseconds timeout);
     ~Demo();
 
-    /// Throws Error when something does not happen as it must.
+    /// Throws Error if a step fails.
     void run();
 
 private:
@@ -42,17 +42,17 @@ private:
     void copyFormatsElsewhere();
     void quitAgent();
 
-    /// Types the line as a person would, and awaits success.
+    /// Sends what a typed line asks for, and expects success.
     void command(const std::string& line);
-    /// nullopt if the agent says something that is no message.
+    /// Waits for the next line of the agent. nullopt if it is no message. `expected` is for the error.
     std::optional<AgentMessage> nextMessage(std::string_view expected);
-    /// The next two messages: that the clipboard changed, and what it holds.
+    /// Expects an announcement and the change that describes it; returns the latter.
     template <typename Change>
     Change nextChange(std::string_view expected);
 
-    /// What the other application gets of that type, which it also shows the size of.
+    /// The data of that type which the other application pastes. Prints its size.
     std::string pasteData(const std::string& type);
-    /// Runs the other application to its end, and gives what it wrote.
+    /// Runs the other application to its end, and returns its output.
     std::string runPasteboardTool(const std::vector<std::string>& arguments, const std::string& input = {});
     std::filesystem::path writeFile(const std::string& name, std::string_view content);
 
@@ -61,7 +61,7 @@ private:
     void await(const std::function<bool()>& done, std::string_view what);
 
     Programs programs_;
-    std::chrono::milliseconds patience_;
+    std::chrono::milliseconds timeout_;
     std::string pasteboard_;
     std::filesystem::path directory_;
     std::vector<Watch> signalWatches_;
@@ -72,9 +72,9 @@ private:
         std::string description;
     };
 
-    std::deque<Said> said_; // not looked at yet
+    std::deque<Said> said_; // not yet awaited
     std::optional<int> agentEnd_;
-    std::unique_ptr<Agent> agent_; // calls back, so it goes first
+    std::unique_ptr<Agent> agent_; // calls back into the members above, so it is destroyed first
 };
 
 } // namespace tavel

@@ -19,13 +19,13 @@ namespace tavel {
 
 namespace {
 
-/// Far more than the agent takes, so that its own refusal can be seen, and still little enough for memory.
+/// More than the agent accepts, so that the user sees the agent refuse, but a size that memory can hold.
 constexpr std::size_t largestImageData = std::size_t{256} * 1024 * 1024;
 
-/// Marks the content that the console sends: the agent reports it with every change.
+/// The origin marker of what the console writes; other agents report it with the change.
 constexpr std::string_view consoleMarker = "tavel-console";
 
-/// `Agent` puts the number in.
+/// `Agent::send` sets the number.
 constexpr std::uint64_t noRequestID = 0;
 
 constexpr std::string_view blanks = " \t";
@@ -46,7 +46,7 @@ std::string absolutePath(const std::string& word, const Places& places) {
     return (places.workingDirectory / path).lexically_normal().string();
 }
 
-/// The words of a line in the shell's quoting, or what is wrong with it.
+/// Splits the line into words with the shell's quoting.
 std::variant<std::vector<std::string>, wish::Mistake> splitWords(std::string_view text) {
     if (isBlank(text))
         return std::vector<std::string>();
@@ -70,8 +70,8 @@ using Paths = std::vector<std::string>;
 
 struct PathsCommand {
     std::string_view usage;
-    std::size_t most;
-    Wish (*wishFor)(const Paths& paths); // absolute ones
+    std::size_t maximumPaths;
+    Wish (*wishFor)(const Paths& paths); // the paths are absolute
 };
 
 constexpr std::size_t anyNumber = std::string_view::npos;
@@ -81,7 +81,7 @@ Wish readPaths(std::string_view rest, const Places& places, const PathsCommand& 
     if (auto* const mistake = std::get_if<wish::Mistake>(&split))
         return std::move(*mistake);
     auto& words = std::get<Paths>(split);
-    if (words.empty() || words.size() > command.most)
+    if (words.empty() || words.size() > command.maximumPaths)
         return wish::Mistake{"Usage: " + std::string(command.usage)};
     std::ranges::transform(words, words.begin(),
                            [&](const auto& word) { return absolutePath(word, places); });
@@ -105,7 +105,7 @@ Wish requestForPaths(std::string_view kind, const Paths& paths) {
                                                                 std::string(consoleMarker), std::nullopt}};
 }
 
-/// For files whose content the agent reads: of one that cannot be read it would not say why.
+/// Checks first that the files can be read: the agent would not say why it cannot read one.
 Wish requestForContents(std::string_view kind, const Paths& paths) {
     try {
         for (const std::string& path : paths)
@@ -154,7 +154,7 @@ Wish readImageData(std::string_view rest, const Places& places) {
 }
 
 Wish readText(std::string_view rest, const Places&) {
-    // What follows the one separating blank is the text, further blanks included.
+    // Further blanks behind the separating one belong to the text.
     if (rest.size() <= 1)
         return wish::Mistake{"Usage: text TEXT"};
     return wish::Request{

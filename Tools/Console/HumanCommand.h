@@ -9,19 +9,19 @@
 
 namespace tavel {
 
-/// What a person wants with a line.
+/// What a typed line asks for.
 namespace wish {
 
 struct Nothing {};
 
 struct Help {};
 
-/// The line cannot be carried out; `explanation` says why and what would do.
+/// The line cannot be carried out. `explanation` says why and how to write it.
 struct Mistake {
     std::string explanation;
 };
 
-/// A command for the agent, which lacks only its number.
+/// A command for the agent, still without its number.
 struct Request {
     std::string name; // the word that was typed
     ClipboardCommand command;
@@ -31,7 +31,7 @@ struct Request {
 
 using Wish = std::variant<wish::Nothing, wish::Help, wish::Mistake, wish::Request>;
 
-/// The places that paths in a line are relative to.
+/// Where relative paths in a line start.
 struct Places {
     std::filesystem::path workingDirectory;
     std::filesystem::path homeDirectory;
@@ -41,7 +41,7 @@ struct Places {
 
 Wish readHumanCommand(std::string_view line, const Places& places);
 
-/// What `help` answers.
+/// The answer to `help`.
 std::string_view humanCommandHelp();
 
 } // namespace tavel

@@ -13,7 +13,7 @@ constexpr gunichar zeroWidthNonJoiner = 0x200C;
 constexpr gunichar zeroWidthJoiner = 0x200D;
 constexpr gunichar lastLatin1 = 0xFF;
 
-/// One character, or one byte that begins no character.
+/// A character, or a byte that begins none.
 struct Character {
     gunichar code;
     std::size_t length;
@@ -23,7 +23,7 @@ struct Character {
 /// `text` must not be empty.
 Character firstCharacter(std::string_view text) {
     const gunichar code = g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
-    // GLib takes a zero byte for the end of the text.
+    // GLib ends the text at a zero byte.
     if (text.front() == '\0')
         return {0, 1, true};
     if (code == static_cast<gunichar>(-1) || code == static_cast<gunichar>(-2))
@@ -32,7 +32,7 @@ Character firstCharacter(std::string_view text) {
 }
 
 bool isInvisible(gunichar code) {
-    // The joiners have no look of their own either, but scripts and emoji are written with them.
+    // The joiners are invisible too, but some scripts and emoji need them.
     if (code == zeroWidthJoiner || code == zeroWidthNonJoiner)
         return false;
     switch (g_unichar_type(code)) {
@@ -75,7 +75,7 @@ std::string escapeFor(const Character& character) {
     }
 }
 
-/// Whether the character belongs to the one before it: an accent, or a part of a joined emoji.
+/// Whether the character combines with the one before it: an accent, or a part of a joined emoji.
 bool continuesCharacter(std::string_view text, std::size_t offset) {
     const Character next = firstCharacter(text.substr(offset));
     return next.valid && (g_unichar_ismark(next.code) || next.code == zeroWidthJoiner);
@@ -88,7 +88,7 @@ std::size_t characterCount(std::string_view text) {
     return count;
 }
 
-/// Where a beginning of at most `longest` characters ends.
+/// The length in bytes of a beginning of at most `longest` characters.
 std::size_t beginningLength(std::string_view text, std::size_t longest) {
     std::size_t offset = 0;
     std::size_t lastBoundary = 0;
@@ -96,7 +96,7 @@ std::size_t beginningLength(std::string_view text, std::size_t longest) {
         if (!continuesCharacter(text, offset))
             lastBoundary = offset;
         if (count == longest)
-            // A heap of accents on one letter has no boundary to end at.
+            // Accents on a single letter leave no boundary to cut at.
             return lastBoundary > 0 ? lastBoundary : offset;
         offset += firstCharacter(text.substr(offset)).length;
     }
@@ -111,7 +111,7 @@ std::string humanSize(std::uint64_t bytes) {
     static constexpr std::array units{"KiB", "MiB", "GiB"};
     double amount = static_cast<double>(bytes) / 1024;
     std::size_t unit = 0;
-    // From here on the amount would be shown as 1024.0.
+    // Larger amounts would be rounded to 1024.0.
     constexpr double nextUnit = 1023.95;
     while (amount >= nextUnit && unit + 1 < units.size()) {
         amount /= 1024;

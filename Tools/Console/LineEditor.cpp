@@ -29,14 +29,14 @@ LineEditor* ownerOf(EditLine* editor) {
 
 int terminalColumns(EditLine* editor) {
     int columns = 0;
-    // libedit's own idea of the width, since it is its line that is looked for.
+    // libedit's width, because libedit drew the line.
     if (el_get(editor, EL_GETTC, "co", &columns) != 0 || columns <= 0)
         return 80;
     return columns;
 }
 
-/// The columns that libedit takes for a character at `column`: control characters are shown as ^A, what
-/// cannot be printed as \U+1234.
+/// The number of columns that libedit uses for a character at `column`. It shows control characters as ^A,
+/// and other unprintable characters as \U+1234.
 int shownWidth(wchar_t character, int column) {
     if (character == L'\t')
         return tabWidth - column % tabWidth;
@@ -47,7 +47,7 @@ int shownWidth(wchar_t character, int column) {
     return wcwidth(character);
 }
 
-/// The row of the cursor within the line that is being edited, which may fill several rows of the screen.
+/// The row of the cursor, counted from the first row of the line being edited.
 int cursorRow(EditLine* editor, int promptWidth) {
     const int columns = terminalColumns(editor);
     int row = promptWidth / columns;
@@ -55,7 +55,7 @@ int cursorRow(EditLine* editor, int promptWidth) {
     const LineInfoW* const line = el_wline(editor);
     for (const wchar_t* character = line->buffer; character < line->cursor; ++character) {
         const int width = shownWidth(*character, column);
-        if (column + width > columns) { // a wide character does not begin at the margin
+        if (column + width > columns) { // a wide character that does not fit moves to the next row
             ++row;
             column = 0;
         }
@@ -93,12 +93,12 @@ void LineEditor::configure() {
     el_set(editor_, EL_PROMPT, &LineEditor::promptText);
     el_set(editor_, EL_HIST, history, history_);
     el_set(editor_, EL_GETCFN, &LineEditor::readCharacter);
-    // Ctrl-Z comes as a key, so that the terminal is put in order before the shell gets it.
+    // Ctrl-Z arrives as a key, so that the terminal is restored before the process stops.
     el_set(editor_, EL_SETTY, "-d", "-susp", nullptr);
-    // libedit keeps the wide texts as they are; of narrow ones it would keep copies for ever.
+    // libedit would leak copies of narrow strings.
     el_wset(editor_, EL_ADDFN, L"tavel-suspend", L"Suspend this program", &LineEditor::suspend);
     el_set(editor_, EL_BIND, "^Z", "tavel-suspend", nullptr);
-    el_source(editor_, nullptr); // the user's own bindings
+    el_source(editor_, nullptr); // the user's key bindings
     takeTerminal();
 }
 
@@ -107,7 +107,7 @@ std::optional<std::string> LineEditor::readLine() {
     const char* const found = el_gets(editor_, &length);
     takeTerminal();
     if (found == nullptr || length <= 0) {
-        // The cursor still stands behind the prompt.
+        // The cursor is still behind the prompt.
         static_cast<void>(writeAll(STDOUT_FILENO, "\n"));
         return std::nullopt;
     }
@@ -136,18 +136,18 @@ void LineEditor::resize() {
     el_resize(editor_);
     if (!editing_)
         return;
-    // By now the terminal has broken the line anew, at the new width.
+    // The terminal has already wrapped the line at its new width.
     static_cast<void>(writeAll(STDOUT_FILENO, eraseSequence()));
     el_set(editor_, EL_REFRESH);
 }
 
-/// libedit gives the terminal back after each line, and takes it only behind the next prompt. What is typed
-/// in between would be shown at once, and Ctrl-D would be lost.
+/// libedit restores the terminal after each line and takes it again only behind the next prompt. In between
+/// the terminal would echo keys at once, and lose Ctrl-D.
 void LineEditor::takeTerminal() {
     el_set(editor_, EL_PREP_TERM, 1);
 }
 
-/// Moves to where the line that is being edited begins, and clears the screen from there on.
+/// Moves the cursor to the start of the line being edited, and clears the screen from there.
 std::string LineEditor::eraseSequence() const {
     std::string sequence = "\r";
     if (const int row = cursorRow(editor_, static_cast<int>(prompt_.size())); row > 0)
@@ -159,7 +159,7 @@ int LineEditor::readCharacter(EditLine* editor, wchar_t* character) {
     return ownerOf(editor)->nextCharacter(*character);
 }
 
-/// As libedit wants it: 1 with a character, 0 at the end of input, -1 with errno set after an error.
+/// As libedit expects: 1 with a character, 0 at the end of input, -1 with errno set on an error.
 int LineEditor::nextCharacter(wchar_t& character) {
     std::mbstate_t state{};
     for (;;) {
@@ -178,7 +178,7 @@ int LineEditor::nextCharacter(wchar_t& character) {
         if (length == 0 || length == 1)
             return 1;
         if (length == static_cast<std::size_t>(-1))
-            state = {}; // a byte that belongs to no character is dropped
+            state = {}; // drop a byte that belongs to no character
     }
 }
 
@@ -189,8 +189,7 @@ char* LineEditor::promptText(EditLine* editor) {
 unsigned char LineEditor::suspend(EditLine* editor, int) {
     el_set(editor, EL_PREP_TERM, 0);
     static_cast<void>(writeAll(STDOUT_FILENO, "\n"));
-    // To this very thread: sent to the process, it could take effect only after the terminal is prepared
-    // again.
+    // To this thread: sent to the process, the signal might take effect only after EL_PREP_TERM below.
     std::raise(SIGTSTP);
     el_set(editor, EL_PREP_TERM, 1);
     return CC_REDISPLAY;

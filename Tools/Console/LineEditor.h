@@ -10,11 +10,11 @@ struct history;
 
 namespace tavel {
 
-/// Reads lines from the terminal on standard input and output, with editing and a history. The history is
-/// only in memory: what is typed here is clipboard content, which may be secret. One instance per process.
+/// Reads lines from the terminal on standard input and output, with editing and a history. The history stays
+/// in memory: typed lines hold clipboard content, which may be secret. One instance per process.
 class LineEditor {
 public:
-    /// Waits until standard input has something to read; false ends the reading.
+    /// Waits until standard input is readable. Returns false to end the reading.
     using WaitForKeyboard = std::function<bool()>;
 
     LineEditor(std::string prompt, WaitForKeyboard waitForKeyboard);
@@ -22,13 +22,13 @@ public:
     LineEditor(const LineEditor&) = delete;
     LineEditor& operator=(const LineEditor&) = delete;
 
-    /// Nothing at the end of input, or when waiting for the keyboard was ended.
+    /// nullopt at the end of input, and when WaitForKeyboard returns false.
     std::optional<std::string> readLine();
 
-    /// Writes whole lines, above the line that is being edited if one is. False if the terminal is gone.
+    /// Writes complete lines, above the line being edited if there is one. False if the terminal is gone.
     bool print(std::string_view lines);
 
-    /// Takes note that the terminal may have another size now.
+    /// Adapts to a changed size of the terminal.
     void resize();
 
 private:
@@ -45,10 +45,10 @@ private:
     WaitForKeyboard waitForKeyboard_;
     editline* editor_;
     history* history_;
-    bool editing_ = false; // a line is on the screen, and libedit waits for a key
+    bool editing_ = false; // a line is on the screen while libedit waits for a key
 };
 
-/// Whether lines can be edited here: standard input and output are a terminal that can move its cursor.
+/// Whether standard input and output are a terminal that can move its cursor.
 bool isLineEditingPossible();
 
 } // namespace tavel

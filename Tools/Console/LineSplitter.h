@@ -7,20 +7,20 @@
 
 namespace tavel {
 
-/// Makes lines of any length out of bytes that come in pieces of any length. For descriptors that an event
-/// loop watches: unlike a reader of its own it never waits for the rest of a line.
+/// Assembles lines of any length from pieces of any length. For descriptors that an event loop watches: it
+/// never waits for the rest of a line.
 class LineSplitter {
 public:
     using LineHandler = std::function<void(std::string_view line)>;
 
-    /// Hands over the lines that end in `bytes`, without their terminators (LF or CRLF).
+    /// Passes on each line that `bytes` complete, without its terminator (LF or CRLF).
     void append(std::string_view bytes, const LineHandler& handleLine);
 
-    /// Hands over what stands behind the last terminator, if anything does.
+    /// Passes on what follows the last terminator, if anything does.
     void finish(const LineHandler& handleLine);
 
 private:
-    std::string rest_; // holds no line feed
+    std::string rest_; // the incomplete last line
 };
 
 } // namespace tavel

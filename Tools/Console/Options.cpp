@@ -10,7 +10,7 @@ namespace tavel {
 namespace {
 
 constexpr int usageStatus = 2;
-constexpr int longestPatience = 3600;
+constexpr int longestTimeout = 3600;
 
 std::string footer() {
     return "Commands, one per line:\n" + std::string(humanCommandHelp()) +
@@ -27,8 +27,7 @@ std::variant<ConsoleOptions, ConsoleUsage> parseConsoleArguments(const std::vect
         "Talks to the clipboard agent by hand: starts it, sends it what is typed, and shows what it says.",
         "tavel-console");
     ConsoleOptions options;
-    int patience =
-        static_cast<int>(std::chrono::duration_cast<std::chrono::seconds>(options.patience).count());
+    int timeout = static_cast<int>(std::chrono::duration_cast<std::chrono::seconds>(options.timeout).count());
     app.add_option("--agent", options.agent,
                    "The agent's executable; without it TavelClipboardAgent next to this program");
     CLI::Option* const pasteboard = app.add_option("--pasteboard", options.pasteboard,
@@ -41,8 +40,8 @@ std::variant<ConsoleOptions, ConsoleUsage> parseConsoleArguments(const std::vect
                  "Play a short session on a private pasteboard, and check what happens")
         ->excludes(pasteboard)
         ->excludes(raw);
-    app.add_option("--patience", patience, "Seconds to wait for an answer when nobody is there to judge")
-        ->check(CLI::Range(1, longestPatience))
+    app.add_option("--timeout", timeout, "Seconds to wait for an answer when nobody is there to judge")
+        ->check(CLI::Range(1, longestTimeout))
         ->capture_default_str();
     app.footer(footer());
 
@@ -54,7 +53,7 @@ std::variant<ConsoleOptions, ConsoleUsage> parseConsoleArguments(const std::vect
         return ConsoleUsage{usageStatus, std::string("tavel-console: ") + error.what() +
                                              "\nRun tavel-console --help for more information.\n"};
     }
-    options.patience = std::chrono::seconds(patience);
+    options.timeout = std::chrono::seconds(timeout);
     return options;
 }
 

@@ -9,21 +9,21 @@
 namespace tavel {
 
 struct ConsoleOptions {
-    std::optional<std::string> agent;      // the one next to this program without a path
-    std::optional<std::string> pasteboard; // the general one without a name
+    std::optional<std::string> agent;      // nullopt: the one beside this program
+    std::optional<std::string> pasteboard; // nullopt: the general one
     bool raw = false;
     bool demo = false;
-    std::chrono::milliseconds patience{10'000}; // how long to wait for anything that must come
+    std::chrono::milliseconds timeout{10'000}; // of each reply and each step
 };
 
-/// What a command line that asks for no session has to say: help on standard output with status 0, or a
-/// mistake on standard error with status 2.
+/// The answer to a command line that starts no session: help for standard output with status 0, or an error
+/// for standard error with status 2.
 struct ConsoleUsage {
     int status;
     std::string text;
 };
 
-/// `arguments` without the program's own name.
+/// `arguments` must not include the program's name.
 std::variant<ConsoleOptions, ConsoleUsage> parseConsoleArguments(const std::vector<std::string>& arguments);
 
 } // namespace tavel

@@ -9,7 +9,7 @@ namespace tavel {
 
 namespace {
 
-/// The most paths that are shown of a selection.
+/// Further paths of a selection are only counted.
 constexpr std::size_t longestPathList = 20;
 
 std::string numbered(std::uint64_t sequence) {

@@ -7,20 +7,20 @@
 
 namespace tavel {
 
-/// How a terminal shows a paragraph.
+/// Selects the colour on a terminal.
 enum class Tone { normal, dim, failure, warning };
 
-/// One or more lines for people, without a line feed behind the last one.
+/// One or more lines, without a line feed at the end.
 struct Paragraph {
     std::string text;
     Tone tone = Tone::normal;
 };
 
-/// What the agent said, in words. Nothing in it gives a terminal orders. `requestName` names the request that
-/// a reply belongs to.
+/// The message for people, without control sequences for the terminal. `requestName` names the request that a
+/// reply belongs to; empty if unknown.
 Paragraph describeMessage(const AgentMessage& message, std::string_view requestName);
 
-/// The same for a line that is no message.
+/// Describes a line that is no message.
 Paragraph describeUnintelligible(std::string_view line);
 
 /// The paragraph in its tone's colour, or plain.

@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* promptText = "tavel> ";
 
-/// On a terminal the next prompt waits this long for the reply, because the reply reads better before it.
+/// The longest wait for a reply before the next prompt: the reply reads better above it.
 constexpr std::chrono::milliseconds promptDelay{250};
 
 constexpr std::size_t readBytes = std::size_t{64} * 1024;
@@ -99,7 +99,7 @@ bool Session::waitForKeyboard() {
     return !isOver();
 }
 
-/// Waits for as long as it takes. False at the end of input.
+/// Waits without a limit. False at the end of input.
 bool Session::waitForNextLine() {
     const auto keep = [this](std::string_view line) { pendingLines_.emplace_back(line); };
     while (pendingLines_.empty() && !inputEnded_) {
@@ -117,17 +117,17 @@ bool Session::waitForNextLine() {
     return !pendingLines_.empty();
 }
 
-/// False when the agent owes a reply and does not give it.
+/// False if a reply is missing at the time-out.
 bool Session::waitForReplies() {
     const auto settled = [this] { return !agent_.hasOutstandingRequests() || agentEnd_ || interrupted_; };
-    unanswered_ = !runUntil(settled, options_.patience);
+    unanswered_ = !runUntil(settled, options_.timeout);
     return !unanswered_;
 }
 
-/// Ends the agent where it still runs, and judges the session.
+/// Ends the agent if it is still running. Returns the exit status.
 int Session::end() {
     agentEndExpected_ = agentEndExpected_ || !agentEnd_;
-    const bool endedByItself = !agent_.isRunning() || agent_.end(options_.patience);
+    const bool endedByItself = !agent_.isRunning() || agent_.end(options_.timeout);
     editor_.reset();
     if (!agentEndExpected_)
         return complain("the agent ended unexpectedly: " + describeEnd(*agentEnd_));
@@ -161,7 +161,7 @@ void Session::handleLine(std::string_view line) {
 void Session::showRaw(char direction, std::string_view line) {
     if (!options_.raw)
         return;
-    // A program that reads this wants the very bytes; a terminal must not take them for orders.
+    // A program gets the bytes verbatim; a terminal must not interpret them.
     std::string shown{direction, ' '};
     shown += onTerminal_ ? visibleText(line) : std::string(line);
     print(shown + '\n');

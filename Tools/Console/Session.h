@@ -17,15 +17,15 @@
 
 namespace tavel {
 
-/// One conversation between a person, or a script, and the agent. On a terminal it edits lines, and what the
-/// agent says comes whenever it comes. Otherwise it reads plain lines, and takes each only when the one
-/// before has its reply, so that the output has the order of the commands.
+/// One session of a user or a script with the agent. On a terminal, lines can be edited, and messages appear
+/// as they arrive. Otherwise the session reads plain lines, and waits for each reply before it takes the next
+/// line, so that the output follows the order of the commands.
 class Session {
 public:
-    /// Starts the agent. Throws Error.
+    /// Starts the agent. Throws Error if it cannot.
     Session(const ConsoleOptions& options, const std::filesystem::path& agentExecutable);
 
-    /// Until the person or the agent ends it. Gives the exit status.
+    /// Runs until the user or the agent ends the session. Returns the exit status.
     int run();
 
 private:
@@ -60,7 +60,7 @@ private:
     bool unanswered_ = false;
     std::optional<int> agentEnd_;
     bool agentEndExpected_ = false;
-    Agent agent_; // calls back, so it goes first
+    Agent agent_; // calls back into the members above, so it is destroyed first
 };
 
 } // namespace tavel

@@ -53,7 +53,7 @@ Watch::Watch(Watch&& other) noexcept : source_(std::exchange(other.source_, null
 
 Watch& Watch::operator=(Watch&& other) noexcept {
     std::swap(source_, other.source_);
-    // What this object watched goes now and not at some time with `other`.
+    // Ends the former watch now, not when `other` is destroyed.
     const Watch old = std::move(other);
     return *this;
 }
@@ -80,10 +80,10 @@ Watch Watch::processEnd(pid_t process, std::function<void(int)> action) {
     return Watch(attached(source, G_SOURCE_FUNC(callProcessAction), std::move(action)));
 }
 
-bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds longest) {
-    bool timeIsOver = false;
-    const Watch timer = Watch::after(longest, [&] { timeIsOver = true; });
-    while (!done() && !timeIsOver)
+bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout) {
+    bool timedOut = false;
+    const Watch timer = Watch::after(timeout, [&] { timedOut = true; });
+    while (!done() && !timedOut)
         g_main_context_iteration(nullptr, TRUE);
     return done();
 }

@@ -8,9 +8,8 @@
 
 namespace tavel {
 
-/// Calls a function of ours whenever something happens, for as long as the object exists; it may be replaced
-/// or destroyed in the very call. The calls come while GLib's default main context runs. The functions must
-/// not throw.
+/// Calls a function at each event, as long as the object exists; the function may replace or destroy the
+/// object. Calls come from GLib's default main context. The function must not throw.
 class Watch {
 public:
     using Action = std::function<void()>;
@@ -21,15 +20,15 @@ public:
     Watch(Watch&& other) noexcept;
     Watch& operator=(Watch&& other) noexcept;
 
-    /// The descriptor has something to read, or is at its end.
+    /// The descriptor is readable or at its end.
     static Watch readable(int descriptor, Action action);
-    /// The descriptor takes something to write, or nobody reads it any more.
+    /// The descriptor is writable or has no reader any more.
     static Watch writable(int descriptor, Action action);
-    /// One of the signals that GLib can watch came.
+    /// The process received the signal, one of those that GLib can watch.
     static Watch signal(int number, Action action);
-    /// The time is over, once.
+    /// Called once, after the delay.
     static Watch after(std::chrono::milliseconds delay, Action action);
-    /// The child process ended, with this status of waitpid.
+    /// The child process ended; the action gets the status of waitpid.
     static Watch processEnd(pid_t process, std::function<void(int)> action);
 
     explicit operator bool() const { return source_ != nullptr; }
@@ -40,7 +39,7 @@ private:
     GSource* source_ = nullptr;
 };
 
-/// Runs the main context until `done` says so or the time is over. Gives the last answer of `done`.
-bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds longest);
+/// Runs the main context until `done` returns true or the time-out passes. Returns the last result of `done`.
+bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout);
 
 } // namespace tavel

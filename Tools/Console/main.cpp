@@ -20,7 +20,7 @@
 
 namespace {
 
-/// What is typed and shown is UTF-8, also where the user's locale does not say so.
+/// Input and output are UTF-8 even if the user's locale is not.
 void useUtf8() {
     for (const char* const locale : {"", "C.UTF-8", "en_US.UTF-8"}) {
         if (std::setlocale(LC_CTYPE, locale) != nullptr && std::string_view(nl_langinfo(CODESET)) == "UTF-8")
@@ -28,11 +28,10 @@ void useUtf8() {
     }
 }
 
-/// The directory of the running program. `programName` is what it was called as. Throws Error if it cannot be
-/// determined.
+/// The directory of the running program, which was started as `programName`. Throws Error if it is unknown.
 std::filesystem::path executableDirectory(const std::string& programName) {
     std::error_code error;
-    // Only Linux has this link; elsewhere the name has to do, which shells look up along PATH.
+    // Only Linux has this link. Elsewhere look the name up along PATH, as shells do.
     const std::filesystem::path link = std::filesystem::read_symlink("/proc/self/exe", error);
     if (!error)
         return link.parent_path();
@@ -55,7 +54,7 @@ std::filesystem::path agentExecutable(const tavel::ConsoleOptions& options, cons
 int play(const tavel::ConsoleOptions& options, const std::string& programName) {
     tavel::Demo(
         {agentExecutable(options, programName), executableDirectory(programName) / "tavel-pasteboard"},
-        options.patience)
+        options.timeout)
         .run();
     return 0;
 }
@@ -77,7 +76,7 @@ int run(const std::vector<std::string>& arguments, const std::string& programNam
 int main(int argc, char** argv) {
     tavel::reserveStandardDescriptors();
     useUtf8();
-    std::signal(SIGPIPE, SIG_IGN); // an agent that is gone is noticed by its end
+    std::signal(SIGPIPE, SIG_IGN); // the end of the agent is watched
     try {
         return run(std::vector<std::string>(argv + 1, argv + argc), argv[0]);
     } catch (const std::exception& error) {

@@ -13,7 +13,7 @@ void readCommands(int descriptor, EventLoop& loop, const std::weak_ptr<Clipboard
     CommandDecoder decoder;
     while (auto line = reader.next()) {
         auto command = decoder.decode(*line);
-        line.reset(); // a large payload then belongs to the command alone, and goes with it
+        line.reset(); // only the command holds a large payload now, which is freed with it
         if (!command)
             continue;
         loop.post([worker, command = std::move(*command)]() mutable {

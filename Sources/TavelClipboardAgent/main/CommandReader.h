@@ -8,10 +8,10 @@ namespace tavel {
 
 class ClipboardWorker;
 
-/// Reads commands from `descriptor` until its end, and passes each to the worker on the main thread in the
-/// order of the lines; lines that are no commands are dropped without a trace. At the end it makes the worker
-/// stop, after the commands that came before. Blocks: it is meant for a thread of its own, which may still be
-/// reading when the process ends, so `loop` must never be destroyed.
+/// Reads lines from `descriptor` until its end, and posts each command to `loop`, which passes it to the
+/// worker in order. Silently drops lines that are no commands. At the end of input it posts the worker's
+/// stop, behind the commands. Blocks; run it on a thread of its own. That thread may still be reading while
+/// the process ends, so `loop` must never be destroyed.
 void readCommands(int descriptor, EventLoop& loop, const std::weak_ptr<ClipboardWorker>& worker);
 
 } // namespace tavel

@@ -10,14 +10,14 @@
 
 namespace tavel {
 
-/// The commands that the parent sends, decoded. Each begins with the parent's identifier of the request,
-/// which its reply echoes. Optional fields are absent when the line lacks them or has them with another JSON
+/// The commands that the parent sends. Each begins with the parent's request identifier, which the reply
+/// repeats. An optional field of a decoded command is nullopt if the line lacks it or gives it another JSON
 /// type.
 namespace command {
 
 struct ConfigureFilePrompt {
     std::uint64_t requestID;
-    bool renamePrompt; // false when absent
+    bool renamePrompt; // false if the line lacks it
 };
 
 struct Ping {
@@ -46,11 +46,12 @@ struct WriteImageData {
 struct WriteFiles {
     std::uint64_t requestID;
     std::optional<std::string> kind;
-    std::vector<std::string> paths; // empty when absent
+    std::vector<std::string> paths; // empty if the line lacks them
     std::optional<std::string> marker;
     std::optional<std::uint64_t> expectedSequence;
 };
 
+/// A command whose name is none of the above.
 struct Unknown {
     std::uint64_t requestID;
 };

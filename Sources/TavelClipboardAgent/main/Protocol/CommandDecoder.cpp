@@ -21,13 +21,13 @@ static_assert(LineReader::padding >= simdjson::SIMDJSON_PADDING);
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-/// Deep enough for every real message, and shallow enough for the stack of any thread.
+/// Real messages nest far less; recursion to this depth fits on any thread's stack.
 constexpr int maximumDepth = 512;
 
-/// The parser keeps tables that grow with the longest line; after a line of this size they are let go.
+/// The parser's tables grow with the longest line. They are freed after a line above this size.
 constexpr std::size_t keptParserBytes = std::size_t{1} << 20;
 
-/// The values of the keys that commands use; each is absent unless it had the right type.
+/// The values of the keys that commands use; nullopt if absent or of another type.
 struct Fields {
     std::optional<std::string> command;
     std::optional<std::uint64_t> requestID;
@@ -45,8 +45,8 @@ std::string_view withoutTrailingWhitespace(std::string_view token) {
     return token.substr(0, last == std::string_view::npos ? 0 : last + 1);
 }
 
-/// Walks one line's JSON and checks all of it, the parts that nobody reads included: simdjson's on-demand
-/// interface only checks what is asked for, and its document interface refuses integers beyond 64 bits.
+/// Walks one line's JSON and checks all of it, unused members included. simdjson's on-demand interface checks
+/// only what is read, and its document interface refuses integers beyond 64 bits.
 class LineWalker {
 public:
     explicit LineWalker(const LineReader::Line& line) : line_(line) {}
@@ -56,12 +56,12 @@ public:
         if (document.get_object().get(object) != simdjson::SUCCESS || !walkMembers(object, 1, true))
             return std::nullopt;
         if (document.current_location().error() != simdjson::OUT_OF_BOUNDS)
-            return std::nullopt; // something stands behind the object
+            return std::nullopt; // more text follows the object
         return std::move(fields_);
     }
 
 private:
-    /// A scalar as it was written. For a string, what stands between the quotes, its escapes replaced.
+    /// A scalar as written. For a string, its content with the escapes replaced.
     struct Scalar {
         ondemand::json_type type;
         std::string_view text;
@@ -106,7 +106,7 @@ private:
         return true;
     }
 
-    /// Any value that is only checked.
+    /// Checks a value that no command uses.
     bool walkValue(ondemand::value value, int depth) {
         ondemand::json_type type{};
         if (value.type().get(type) != simdjson::SUCCESS)
@@ -133,7 +133,7 @@ private:
         if (value.type().get(type) != simdjson::SUCCESS)
             return false;
         if (isContainer(type)) {
-            storeScalar(key, {ondemand::json_type::null, {}}); // a container is no key's right type but one
+            storeScalar(key, {ondemand::json_type::null, {}}); // only "paths" may be a container
             std::optional<std::vector<std::string>> strings;
             const bool isPaths = key == jsonKey::paths && type == ondemand::json_type::array;
             if (isPaths)
@@ -174,12 +174,12 @@ private:
         return type == ondemand::json_type::object || type == ondemand::json_type::array;
     }
 
-    /// Checks the scalar's spelling. Nothing if it is malformed.
+    /// nullopt if the scalar is malformed.
     std::optional<Scalar> readScalar(ondemand::value value, ondemand::json_type type) {
         const std::string_view token = withoutTrailingWhitespace(value.raw_json_token());
         switch (type) {
         case ondemand::json_type::string: {
-            // A string that is not taken would pass for a key, with a colon behind it.
+            // Consume the string: otherwise simdjson would accept it as a key if a colon follows.
             if (value.get_raw_json_string().error() != simdjson::SUCCESS || token.size() < 2 ||
                 !token.ends_with('"'))
                 return std::nullopt;
@@ -197,7 +197,7 @@ private:
         }
     }
 
-    /// The line belongs to the decoder, so its bytes may be written through simdjson's read-only views of it.
+    /// The part of the line that simdjson shows as a read-only view. The decoder may overwrite the line.
     std::span<char> writable(std::string_view text) const {
         const auto offset = static_cast<std::size_t>(text.data() - line_.text.data());
         return line_.text.subspan(offset, text.size());
@@ -209,7 +209,7 @@ private:
         return unescapeJsonString(writable(text));
     }
 
-    /// `raw` stands behind a key's opening quote. The closing one is there: simdjson has matched the quotes.
+    /// `raw` points behind a key's opening quote. simdjson has checked that a closing quote follows.
     std::optional<std::string_view> unescapedKey(const char* raw) {
         std::size_t length = 0;
         while (raw[length] != '"')
@@ -230,7 +230,7 @@ private:
         return Base64Text(line_.owner, writable(scalar.text));
     }
 
-    /// Where a number is wanted, a truth value counts as 1 or 0.
+    /// A boolean counts as 1 or 0.
     static std::optional<std::uint64_t> unsignedOf(const Scalar& scalar) {
         if (scalar.type == ondemand::json_type::boolean)
             return scalar.text == "true" ? 1 : 0;
@@ -283,7 +283,7 @@ CommandDecoder::~CommandDecoder() = default;
 
 std::optional<ClipboardCommand> CommandDecoder::decode(const LineReader::Line& line) {
     std::string_view text(line.text.data(), line.text.size());
-    if (text.starts_with(byteOrderMark)) // RFC 8259, section 8.1: a reader may ignore it
+    if (text.starts_with(byteOrderMark)) // RFC 8259, section 8.1 allows a parser to ignore it
         text.remove_prefix(byteOrderMark.size());
 
     std::optional<Fields> fields;

@@ -8,7 +8,7 @@
 
 namespace tavel {
 
-/// Turns lines of the protocol into commands. Used by one thread.
+/// Decodes lines from the parent. For one thread at a time.
 class CommandDecoder {
 public:
     CommandDecoder();
@@ -16,10 +16,10 @@ public:
     CommandDecoder(const CommandDecoder&) = delete;
     CommandDecoder& operator=(const CommandDecoder&) = delete;
 
-    /// Nothing unless the line is one JSON object (RFC 8259; a leading byte-order mark is skipped, objects
-    /// and arrays nest at most 512 deep, numbers may have any size) with a string "command" and a number
-    /// "request_id". Of a key that comes twice the last one counts. The line's bytes are used up; the payload
-    /// of a long line shares its buffer.
+    /// nullopt unless the line is one JSON object (RFC 8259) with a string "command" and a number
+    /// "request_id". A leading byte-order mark is skipped, objects and arrays nest at most 512 deep, and
+    /// numbers may have any size. If a key occurs twice, the last value counts. Overwrites the line's bytes;
+    /// the payload of a long line shares the line's buffer.
     std::optional<ClipboardCommand> decode(const LineReader::Line& line);
 
 private:

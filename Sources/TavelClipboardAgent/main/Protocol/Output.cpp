@@ -10,7 +10,7 @@ namespace tavel {
 
 namespace {
 
-/// What a pipe usually holds.
+/// The usual capacity of a pipe.
 constexpr std::size_t largeLineBytes = std::size_t{64} * 1024;
 
 } // namespace
@@ -22,7 +22,7 @@ void Output::emit(const AgentMessage& message) {
     if (line->size() >= largeLineBytes)
         enlargePipe(descriptor_);
     const std::lock_guard guard(lock_);
-    // A parent that is gone is noticed by the end of standard input and by the parent watch, not here.
+    // The end of standard input and the parent watch detect a parent that is gone, not this write.
     static_cast<void>(writeAll(descriptor_, *line));
 }
 

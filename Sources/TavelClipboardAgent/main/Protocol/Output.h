@@ -6,20 +6,20 @@
 
 namespace tavel {
 
-/// The process's one writer of messages to the parent. Any thread.
+/// The only writer to the parent. Thread-safe.
 class Output {
 public:
     /// Writes to `descriptor`, which stays the caller's.
     explicit Output(int descriptor) : descriptor_(descriptor) {}
 
-    /// Writes the message as one line, as soon as it is called. Blocks while the parent does not read. A
-    /// message that is not valid JSON (a path that is not UTF-8) is dropped, and so is one that cannot be
-    /// written; a closed pipe ends the process by the system's default for SIGPIPE.
+    /// Writes the message as one line, without buffering. Blocks while the parent does not read. Drops a
+    /// message that JSON cannot hold (a path that is not UTF-8), and one that cannot be written. Writing to a
+    /// closed pipe raises SIGPIPE, which the agent leaves at the system's default.
     void emit(const AgentMessage& message);
 
 private:
     int descriptor_;
-    std::mutex lock_; // held only around the write, so that lines never mix
+    std::mutex lock_; // held only around the write, so that lines do not interleave
 };
 
 } // namespace tavel
