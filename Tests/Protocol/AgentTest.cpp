@@ -8,7 +8,7 @@ namespace tavel {
 
 namespace {
 
-/// Never twice, and nothing that a test would write itself.
+/// Unique, and out of the range that tests use themselves.
 std::uint64_t nextRequestID() {
     static std::uint64_t last = 1'000'000'000;
     return ++last;
@@ -119,7 +119,7 @@ void expectSilence(AgentProcess& agent) {
 }
 
 void waitUntilStalled(AgentProcess& agent) {
-    // Less than a pipe ever holds, and more than an announcement.
+    // Less than any pipe's capacity, but more than an announcement.
     waitUntil([&] { return agent.unreadOutputBytes() > 2048; }, AgentProcess::deadline);
     agent.waitUntilIdle();
 }

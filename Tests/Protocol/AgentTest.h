@@ -20,8 +20,8 @@ namespace tavel {
 
 using Json = nlohmann::json;
 
-/// What every test of the protocol starts from: a directory of its own, agents that live in it, and another
-/// program on their pasteboard.
+/// The fixture of every protocol test: a directory of its own, agents that use it, and another program on
+/// their pasteboard.
 class AgentTest : public testing::Test {
 protected:
     /// An agent in this test's directory, by default on the shared pasteboard.
@@ -31,15 +31,15 @@ protected:
     /// Starts an agent.
     AgentProcess& launch(const AgentProcess::Options& options);
 
-    /// Starts an agent and waits for its first reply: from then on it reports what others copy.
+    /// Starts an agent and waits for its first reply: it reports changes from then on.
     AgentProcess& start(const AgentProcess::Options& options);
     AgentProcess& start() { return start(options()); }
 
-    /// Opened with its first use.
+    /// Opened on first use.
     OtherApplication& otherApplication();
 
-    /// Lets time pass in which every agent polls. Nothing tells that an agent polled and found nothing to
-    /// report, so another agent is watched: two of its reports have a whole interval between them.
+    /// Waits until every agent has polled. A poll that finds no change is invisible, so this watches another
+    /// agent: between two of its reports lies a whole polling interval.
     void waitForPolls();
 
     /// The export directories of the agents in this test's directory.
@@ -53,18 +53,18 @@ private:
     AgentProcess* pollingAgent_ = nullptr;
 };
 
-/// Sends the command with an identifier of its own. The next message has to be its reply, which is given
-/// without the identifier.
+/// Sends the command with a new request identifier. Expects its reply as the next message, and returns the
+/// reply without the identifier.
 Json request(AgentProcess& agent, Json command);
 
-/// Replies, as `request` gives them.
+/// Replies in the form that `request` returns.
 Json success(std::int64_t sequence);
 Json failure(std::string_view reason, std::int64_t sequence);
 
 /// The whole reply to a ping.
 Json pingReply(const Json& requestID, std::int64_t sequence = 0);
 
-/// A line with its line feed.
+/// Ends in a line feed.
 std::string pingLine(std::uint64_t requestID);
 
 Json announcement(std::int64_t sequence, std::string_view marker = "");
@@ -73,15 +73,13 @@ Json textEvent(std::string_view base64, std::size_t bytes, std::int64_t sequence
 Json filesEvent(const std::vector<std::string>& paths, std::int64_t sequence, std::string_view marker = "");
 Json warning(std::string_view message);
 
-/// That many next messages.
+/// The next `count` messages.
 std::vector<Json> nextMessages(AgentProcess& agent, std::size_t count);
 
-/// The next message has to be the reply to a ping that is sent now: so the agent is alive, has nothing more
-/// to say of what it was doing, and did not answer what was sent before.
+/// Sends a ping, and expects its reply as the next message: the agent is alive and has sent nothing else.
 void expectSilence(AgentProcess& agent);
 
-/// Waits until the agent cannot go on because its output was not read. It must have more to say than fits
-/// into the pipe.
+/// Waits until the agent blocks on its full output pipe. It must have more to write than the pipe holds.
 void waitUntilStalled(AgentProcess& agent);
 
 std::string repeated(std::string_view text, std::size_t times);

@@ -129,7 +129,7 @@ TEST_F(CaptureFormats, warnsWhenNothingIsReadableAndGoesOnToTheText) {
 TEST_F(CaptureFormats, warnsWithTheErrorsCodeWhenTheDirectoryCannotBeMade) {
     agent();
     fs::remove_all(directory_.temporaryDirectory());
-    directory_.createFile("temporary"); // a file where the directory was
+    directory_.createFile("temporary"); // a file in place of the directory
     expectWarning({html("a")}, notPrepared + "NSCocoaErrorDomain:512).");
 }
 
@@ -144,7 +144,7 @@ TEST_F(CaptureFormats, warnsOfAFullDiskAndLeavesNothingThere) {
     expectWarning({html("a"), representation("com.adobe.pdf", document)},
                   notPrepared + "NSCocoaErrorDomain:640).");
     EXPECT_EQ(namesIn(exportDirectory()), Names());
-    EXPECT_EQ(namesOf(filesOf({html("a")})), Names{"text.html"}); // what fits is exported as ever
+    EXPECT_EQ(namesOf(filesOf({html("a")})), Names{"text.html"}); // what fits is still exported
     umount2(temporary.c_str(), MNT_DETACH);
 }
 

@@ -14,7 +14,7 @@ protected:
 
     fs::path fileOf(const std::vector<Representation>& item) { return exportOf("image", item).at(0); }
 
-    /// Whether the agent has the image library in memory.
+    /// Whether the agent has loaded the image library.
     bool hasLoadedImageLibrary() {
         return contentOf("/proc/" + std::to_string(agent().processIdentifier()) + "/maps").find("libvips") !=
                std::string::npos;
@@ -68,7 +68,7 @@ TEST_F(CaptureImage, warnsOfWhatIsNoPictureAndKeepsTheTextBack) {
 }
 
 TEST_F(CaptureImage, warnsOfAPictureThatClaimsTooManyPixels) {
-    // The width, the height, five bytes of layout, and the checksum of all that.
+    // Width, height, five bytes of layout, and their checksum.
     const std::string claim("\0\0\xEA\x60\0\0\xEA\x60\x08\x02\0\0\0\x0F\xB0\xE2\x15", 17);
     expectWarning({png(readPicture("png-2-8.png").replace(16, claim.size(), claim))}, imageWarning);
 }

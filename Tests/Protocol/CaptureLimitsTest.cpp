@@ -15,11 +15,11 @@ protected:
         EXPECT_EQ(agent.nextMessage(), announcement(sequence));
         Json expected = event;
         expected["sequence"] = sequence;
-        EXPECT_TRUE(agent.nextMessage() == expected); // both are too long to be printed
+        EXPECT_TRUE(agent.nextMessage() == expected); // too long to print
         expectSilence(agent);
     }
 
-    /// Nothing else may be said of the content.
+    /// Expects no other event of the content.
     void expectWarning(const std::vector<PasteboardItem>& items, std::string_view message) {
         AgentProcess& agent = start();
         const std::int64_t sequence = otherApplication().copy(items);
@@ -39,7 +39,7 @@ protected:
         return items;
     }
 
-    /// Paths of `sum` bytes together; the last one is as long as is left.
+    /// Paths of `sum` bytes in total; the last one takes the rest.
     static std::vector<std::string> pathsOf(std::size_t sum) {
         constexpr std::size_t usual = 256;
         std::vector<std::string> paths;
@@ -66,7 +66,7 @@ TEST_F(CaptureLimits, warnOfOneByteMoreOfText) {
 
 TEST_F(CaptureLimits, countTheBytesOfATextNotItsCharacters) {
     const std::string text = repeated("\u00E9", maximumTextBytes / 2);
-    // Three of these characters are two groups of base64.
+    // Three of these characters (six bytes) are two groups of base64.
     expectReported({textItem(text)},
                    textEvent(repeated("w6nDqcOp", 699'050) + "w6nDqQ", maximumTextBytes, 0));
     expectWarning({textItem(text + "a")}, textWarning);
@@ -109,7 +109,7 @@ TEST_F(CaptureLimits, warnOfOneByteMoreOfPaths) {
 }
 
 TEST_F(CaptureLimits, countThePathAndNotItsUrl) {
-    // A directory's URL has a slash more than its path, and an escape has three characters for one byte.
+    // A directory's URL has one slash more than its path, and an escape has three characters per byte.
     auto paths = pathsOf(maximumPathBytes - 1);
     auto items = itemsOf(paths);
     paths.emplace_back("/");
@@ -126,7 +126,7 @@ TEST_F(CaptureLimits, countTheBytesOfAPathNotItsCharacters) {
     items.front() = urlItem("file://" + paths.front().substr(0, paths.front().size() - 2) + "%C3%A9");
     expectReported(items, filesEvent(paths, 0));
 
-    // One character fewer than bytes are allowed, but one byte more.
+    // Characters one below the limit, bytes one above.
     paths = pathsOf(maximumPathBytes - 1);
     items = itemsOf(paths);
     items.front() = urlItem("file://" + paths.front() + "%C3%A9");

@@ -14,7 +14,7 @@ protected:
         expectNextCopyReported(agent);
     }
 
-    /// Nothing may come before the events of a copy that is made now.
+    /// Copies, and expects the events of the copy as the next ones.
     void expectNextCopyReported(AgentProcess& agent) {
         const std::int64_t sequence = otherApplication().copyText("hi");
         EXPECT_EQ(agent.nextMessage(), announcement(sequence));
@@ -139,7 +139,7 @@ TEST_F(Capture, takesAMarkerThatIsNoTextForMissing) {
 }
 
 TEST_F(Capture, reportsFilesInTheOrderOfTheirItems) {
-    // None of them needs to exist.
+    // The files need not exist.
     expectFilesReported({urlItem("file:///b"), urlItem("file:///a%20%C3%A9%25"),
                          urlItem("file://localhost/c/d/"), urlItem("file:///b")},
                         {"/b", "/a \u00E9%", "/c/d", "/b"});
@@ -178,8 +178,7 @@ TEST_F(Capture, neverReportsTheTextBesideAnImage) {
         const std::int64_t image = otherApplication().copy(
             {{representation("public.utf8-plain-text", "text"), representation(type, "no image after all")}});
         EXPECT_EQ(agent.nextMessage(), announcement(image));
-        // Behind the reply the poll is over; whatever is said of the image before it or later is not its
-        // text.
+        // The poll is over when the reply comes. No event before or after it may hold the text.
         agent.send(pingLine(7));
         for (Json message = agent.nextMessage(); message != pingReply(7, image);
              message = agent.nextMessage())
@@ -206,7 +205,7 @@ TEST_F(Capture, endsWithTheLastOfManyQuickCopies) {
         previous = sequence;
         if (sequence == last)
             break;
-        // The content is read after its announcement, and may be a later one by then.
+        // The agent reads the content after the announcement, when it may already be a later one.
         EXPECT_TRUE(agent.nextMessage().contains("text_b64"));
     }
     EXPECT_EQ(agent.nextMessage(), textEvent("aGk", 2, last));

@@ -6,14 +6,14 @@ namespace tavel {
 
 namespace {
 
-/// No process has this identifier, so whoever is told that it is the parent stops.
+/// No process has this identifier, so an agent stops that is told that it is the parent's.
 const std::string nobody = "2147483647";
 
 class CommandLine : public AgentTest {
 protected:
     using Arguments = std::vector<std::string>;
 
-    /// All have to report one copy, and so to have polled, which begins with a look for the parent.
+    /// Expects a report of a copy from each agent: each has polled then, which starts with the parent watch.
     void expectRunning(const std::vector<Arguments>& commandLines) {
         std::vector<AgentProcess*> agents;
         for (Arguments arguments : commandLines) {
@@ -36,7 +36,7 @@ protected:
         }
     }
 
-    /// A write of this agent has to show on that pasteboard.
+    /// Expects that the agent writes to that pasteboard.
     void expectPasteboard(const Arguments& arguments, const PasteboardName& name) {
         SCOPED_TRACE(testing::PrintToString(arguments));
         AgentProcess& agent = launch(options(arguments));
@@ -145,7 +145,7 @@ TEST_F(CommandLine, watchesNobodyWhenTheIdentifierIsMalformed) {
 }
 
 TEST_F(CommandLine, watchesNobodyWhenTheIdentifierExceeds32Bits) {
-    // Each of these would name a process if it were cut to 32 bits.
+    // Cut to 32 bits, each of these would name a process.
     expectRunning({{"--parent-pid", "4294967298"},
                    {"--parent-pid", "6442450943"},
                    {"--parent-pid", "-2147483649"},

@@ -35,8 +35,8 @@ TEST_F(Commands, unknownOnesAreRefused) {
 }
 
 TEST_F(Commands, discardPendingSilencesACopyThatWasNotPolled) {
-    // The agent is held within a poll, by an event that does not fit into the pipe: it then finds the command
-    // before it polls again.
+    // An event that does not fit into the pipe blocks the agent within a poll, so that it gets the command
+    // before its next poll.
     AgentProcess::Options narrow = options();
     narrow.outputPipeBytes = 4096;
     AgentProcess& agent = start(narrow);
@@ -69,7 +69,7 @@ TEST_F(Commands, discardPendingSucceedsWhenNothingIsPending) {
     expectSilence(agent);
 }
 
-/// On a machine without a keyboard to watch.
+/// On a machine without a display.
 class FilePrompt : public AgentTest {
 protected:
     void expectReplies(const std::vector<std::string>& values, const Json& expected) {

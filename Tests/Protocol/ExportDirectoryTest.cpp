@@ -35,7 +35,7 @@ protected:
         return found;
     }
 
-    /// The machine's own directory may hold directories of other agents, which come and go meanwhile.
+    /// Directories of other agents may come and go in the machine's own temporary directory.
     void expectInTmp(const std::optional<std::string>& variable) {
         const auto before = exportDirectoriesOfTheMachine();
         AgentProcess::Options changed = options();

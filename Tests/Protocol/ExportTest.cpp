@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A number of four bytes, the highest first (PNG, section 7.1).
+/// A big-endian number of four bytes (PNG, section 7.1).
 std::uint32_t numberAt(std::string_view bytes, std::size_t offset) {
     std::uint32_t number = 0;
     for (const char byte : bytes.substr(offset, 4))

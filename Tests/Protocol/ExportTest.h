@@ -9,15 +9,15 @@
 
 namespace tavel {
 
-/// A picture that the tests' encoders made. Throws if it is not there.
+/// A picture of the test fixture "pictures". Throws if it is missing.
 std::string readPicture(std::string_view name);
 
-/// The size in pixels that an independent reader of its header finds in a PNG file: "203x149".
+/// The size of a PNG file in pixels, read by code that the agent does not use: "203x149".
 std::string pngSize(const std::filesystem::path& file);
 
 std::string contentOf(const std::filesystem::path& file);
 
-/// What the tests of exported files start from: one agent, and another program that copies.
+/// The fixture of tests of exported files: one agent, and another program that copies.
 class ExportTest : public AgentTest {
 protected:
     using Paths = std::vector<std::filesystem::path>;
@@ -36,13 +36,13 @@ protected:
     /// The files that the agent reports as `kind` for this copy.
     Paths exportOf(std::string_view kind, const std::vector<Representation>& item);
 
-    /// What comes after the announcement of this copy has to be this warning alone.
+    /// Expects the announcement of this copy, this warning, and no other event.
     void expectWarning(const std::vector<Representation>& item, std::string_view message);
 
-    /// Nothing may come but the announcement of this copy.
+    /// Expects the announcement of this copy, and no other event.
     void expectAnnouncedOnly(const std::vector<Representation>& item);
 
-    /// Nothing more may come of what was copied, and the next copy is reported as ever.
+    /// Expects no more events of the last copy, and the usual events of a new one.
     void expectNextCopyReported();
 
     std::filesystem::path exportDirectory() const { return exportDirectories().at(0); }

@@ -6,7 +6,7 @@ namespace {
 
 class Framing : public AgentTest {
 protected:
-    /// A ping of exactly that many bytes, most of which nobody reads.
+    /// A ping of exactly that many bytes, most of them in an unused field.
     static std::string longPing(std::uint64_t requestID, std::size_t bytes) {
         std::string line = R"({"command":"ping","unread":")";
         const std::string end = R"(","request_id":)" + std::to_string(requestID) + "}\n";
@@ -89,7 +89,7 @@ TEST_F(Framing, answersLongAndShortLinesInTurn) {
     AgentProcess& agent = launch(options());
     std::string lines;
     std::uint64_t sent = 0;
-    // Around every power of two where a buffer could end.
+    // Lengths around the powers of two, where a buffer may end.
     for (std::size_t power = 1024; power <= 1'048'576; power *= 2) {
         for (const std::size_t length : {power - 1, power, power + 1}) {
             lines += longPing(sent++, length);

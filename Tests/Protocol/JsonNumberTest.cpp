@@ -11,7 +11,7 @@ protected:
         std::uint64_t read;
     };
 
-    /// Each has to be read as that request identifier.
+    /// Expects that the agent reads each as that request identifier.
     void expectRead(const std::vector<Case>& cases) {
         AgentProcess& agent = start();
         for (const auto& [written, read] : cases) {
@@ -27,7 +27,7 @@ constexpr std::uint64_t largest = 18'446'744'073'709'551'615u;
 TEST_F(JsonNumber, isReadExactlyUpTo64Bits) {
     expectRead({{"0", 0},
                 {"7", 7},
-                {"9007199254740993", 9'007'199'254'740'993u}, // no double holds it
+                {"9007199254740993", 9'007'199'254'740'993u}, // not representable as a double
                 {"9223372036854775807", 9'223'372'036'854'775'807u},
                 {"9223372036854775808", 9'223'372'036'854'775'808u},
                 {"18446744073709551615", largest}});

@@ -4,10 +4,10 @@ namespace tavel {
 
 namespace {
 
-/// Which lines are commands.
+/// Tests which lines are commands.
 class JsonLine : public AgentTest {
 protected:
-    /// The agent must answer a good line behind each of these and nothing before it.
+    /// Expects that the agent drops each line and answers a valid line behind it.
     void expectDropped(const std::vector<std::string>& lines) {
         AgentProcess& agent = start();
         for (const std::string& line : lines) {
@@ -17,7 +17,7 @@ protected:
         }
     }
 
-    /// Each has to be a ping with the identifier 7.
+    /// Expects that each is a ping with the identifier 7.
     void expectAnswered(const std::vector<std::string>& lines) {
         AgentProcess& agent = start();
         for (const std::string& line : lines) {
@@ -27,7 +27,7 @@ protected:
         }
     }
 
-    /// A ping that would be good if `value` were a JSON value.
+    /// A ping that is valid if `value` is a JSON value.
     static std::string pingWith(const std::string& value) {
         return R"({"command":"ping","request_id":7,"unread":)" + value + "}";
     }
@@ -255,7 +255,7 @@ TEST_F(JsonLine, isDroppedWhenTheLastOfEqualKeysHasTheWrongType) {
 }
 
 TEST_F(JsonLine, mayNest512Deep) {
-    // The command's own object is the first level.
+    // The command object is the first level.
     expectAnswered({pingWith(repeated("[", 511) + repeated("]", 511)),
                     pingWith(repeated("{\"a\":", 510) + "{}" + repeated("}", 510)),
                     pingWith(repeated("[{\"a\":", 255) + "[0]" + repeated("}]", 255)),

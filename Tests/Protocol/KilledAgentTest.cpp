@@ -14,7 +14,7 @@ constexpr std::size_t textBytes = std::size_t{1} << 20;
 /// Two agents and a writer on one pasteboard.
 class KilledAgent : public AgentTest {
 protected:
-    /// A text that shows whether it is whole: one letter, so many times.
+    /// A text that shows whether it is complete: one letter, repeated.
     static std::string textOfRound(int round) { return repeated(std::string(1, letter(round)), textBytes); }
 
     static Json writeText(int round) {
@@ -23,8 +23,7 @@ protected:
         return {{"command", "write_text"}, {"request_id", round}, {"text_b64", encoded}, {"marker", "m"}};
     }
 
-    /// Starts an agent that writes text after text, and kills it at a moment that differs from round to
-    /// round.
+    /// Starts an agent, sends it several texts to write, and kills it at a moment that varies with the round.
     void killWhileWriting(int round) {
         AgentProcess agent(options());
         const std::string line = writeText(round).dump() + "\n";
@@ -32,14 +31,14 @@ protected:
         EXPECT_EQ(agent.nextMessage().at("ok"), true);
         for (int write = 0; write < 4; ++write)
             agent.send(line);
-        // No reply, or the reply to one, two or three of the four writes: the next one is under way.
+        // After none to three replies to the four writes, the next write is in progress.
         for (int reply = 0; reply < round % 4; ++reply)
             EXPECT_EQ(agent.nextMessage().at("ok"), true);
         agent.signal(SIGKILL);
         EXPECT_EQ(agent.waitForExit(), SIGKILL);
     }
 
-    /// Reads the agent's messages up to the text of that sequence. Every text on the way is whole.
+    /// Reads the agent's messages up to the text of that sequence. Expects every text to be complete.
     static void expectText(AgentProcess& agent, std::string_view text, std::int64_t sequence) {
         for (;;) {
             const Json message = agent.nextMessage();
@@ -50,7 +49,7 @@ protected:
                 EXPECT_EQ(message.at("bytes"), text.size());
                 return;
             }
-            // A poll between two contents may find the later one already.
+            // A poll may announce one content and then read the next.
             EXPECT_THAT(message.at("bytes").get<std::size_t>(), testing::AnyOf(textBytes, text.size()));
         }
     }

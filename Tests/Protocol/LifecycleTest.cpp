@@ -14,7 +14,7 @@ namespace {
 
 class Lifecycle : public AgentTest {
 protected:
-    /// The nice value of each thread, which is the 19th field of its status in /proc.
+    /// The nice value of each thread: field 19 of its stat file in /proc.
     static std::vector<int> niceValues(pid_t process) {
         std::vector<int> values;
         for (const auto& thread :
@@ -34,7 +34,7 @@ protected:
 TEST_F(Lifecycle, runsAllThreadsAtNice10) {
     const AgentProcess& agent = start();
     EXPECT_EQ(getpriority(PRIO_PROCESS, static_cast<id_t>(agent.processIdentifier())), 10);
-    // The reader of commands is the second.
+    // The second thread reads the commands.
     EXPECT_THAT(niceValues(agent.processIdentifier()),
                 testing::AllOf(testing::SizeIs(testing::Ge(2u)), testing::Each(10)));
 }
@@ -103,7 +103,7 @@ TEST_F(Lifecycle, repliesToQuitAndEndsThoughItsInputStaysOpen) {
     EXPECT_EQ(request(agent, {{"command", "quit"}}), success(0));
     EXPECT_EQ(agent.nextLine(), std::nullopt);
     EXPECT_EQ(agent.waitForExit(), 0);
-    // The thread that waits for input must not be waited for.
+    // The agent must not wait for the thread that is blocked on its input.
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
 }
 

@@ -60,7 +60,7 @@ std::int64_t OtherApplication::changeCount(const PasteboardName& name) const {
 }
 
 std::vector<std::vector<TypeAndData>> OtherApplication::content(const PasteboardName& name) const {
-    // The pasteboard's own interface does not tell apart the items behind the first one.
+    // The pasteboard's interface cannot tell which item a type belongs to.
     const auto snapshot = LmdbSnapshot::take(environment_);
     if (snapshot == nullptr)
         throw std::runtime_error("The pasteboard store cannot be read.");

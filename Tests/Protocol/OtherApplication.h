@@ -17,7 +17,7 @@ namespace tavel {
 /// A pasteboard's name; the general one has none.
 using PasteboardName = std::optional<std::string>;
 
-/// The pasteboard that a test's agent works on, unless the test is about pasteboards' names.
+/// The pasteboard of most tests; tests about pasteboard names use others.
 inline const PasteboardName sharedPasteboard = "shared";
 
 inline constexpr std::string_view originMarkerType = "com.corvelle.tavelbridge.clipboard-origin-v1";
@@ -26,28 +26,28 @@ Representation representation(std::string_view type, std::string_view data);
 PasteboardItem textItem(std::string_view text);
 PasteboardItem urlItem(std::string_view url);
 
-/// A type with its data, in a form that gtest prints.
+/// A type with its data, which gtest can print.
 using TypeAndData = std::pair<std::string, std::string>;
 
-/// Another program of the same user: it copies for the agent to notice, and sees what the agent wrote. One at
-/// a time in a process.
+/// Another program of the same user: it copies, and reads what the agent wrote. One object at a time per
+/// process.
 class OtherApplication {
 public:
     /// `store` is created if it does not exist.
     explicit OtherApplication(const std::filesystem::path& store);
 
-    /// Puts the items on the pasteboard in one change and gives its change count.
+    /// Puts the items on the pasteboard in one change; returns its change count.
     std::int64_t copy(const std::vector<PasteboardItem>& items,
                       const PasteboardName& name = sharedPasteboard);
     std::int64_t copyText(std::string_view text, const PasteboardName& name = sharedPasteboard);
 
-    /// Adds a type to the content and gives the change count.
+    /// Adds a type to the content; returns the change count.
     std::int64_t addType(std::string_view type, std::string_view data,
                          const PasteboardName& name = sharedPasteboard);
 
     std::int64_t changeCount(const PasteboardName& name = sharedPasteboard) const;
 
-    /// What stands on the pasteboard, item by item.
+    /// The content of the pasteboard, item by item.
     std::vector<std::vector<TypeAndData>> content(const PasteboardName& name = sharedPasteboard) const;
 
     /// The text on the pasteboard.

@@ -6,7 +6,7 @@ namespace {
 
 class Output : public AgentTest {
 protected:
-    /// The JSON written again without any white space, with its slashes escaped.
+    /// The JSON without white space, with its slashes escaped.
     static std::string compact(const std::string& line) {
         std::string text;
         for (const char c : nlohmann::ordered_json::parse(line).dump()) {
@@ -29,7 +29,7 @@ protected:
             ASSERT_EQ(agent.nextMessage(), pingReply(requestID));
     }
 
-    /// More replies than the pipe holds, to a parent that reads nothing until the agent cannot go on.
+    /// Requests more replies than the pipe holds, and reads nothing until the agent blocks.
     void expectRepliesAfterAStall(bool nonBlockingPipes) {
         AgentProcess::Options narrow = options();
         narrow.outputPipeBytes = smallestPipe;

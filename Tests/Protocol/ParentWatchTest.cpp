@@ -11,11 +11,11 @@ namespace {
 
 class ParentWatch : public AgentTest {
 protected:
-    /// An agent whose parent is a shell, which can die while this process holds the agent's pipes open. The
-    /// shell adds `furtherArguments` to the agent's.
+    /// Starts an agent below a shell, which can die while this process keeps the agent's pipes open. The
+    /// shell adds `furtherArguments`.
     AgentProcess& startBelowShell(const std::string& furtherArguments) {
         AgentProcess::Options below = options();
-        // A shell gives a background process an empty input unless it is told another one.
+        // By default a shell gives background processes an empty input.
         below.launcher = {"/bin/sh", "-c", R"(exec 3<&0; "$0" "$@" )" + furtherArguments + " <&3 & wait"};
         return start(below);
     }
@@ -25,7 +25,7 @@ protected:
         ASSERT_TRUE(WIFSIGNALED(agent.waitForExit()));
     }
 
-    /// The poll that reports a change looks for the parent first.
+    /// A reported change proves that the agent has checked its parent: each poll starts with that.
     void expectPolling(AgentProcess& agent) {
         const std::int64_t sequence = otherApplication().copyText("hi");
         EXPECT_EQ(agent.nextMessage(), announcement(sequence));
@@ -48,7 +48,7 @@ TEST_F(ParentWatch, endsTheAgentWhenItsParentDies) {
     expectPolling(agent);
     EXPECT_EQ(exportDirectories().size(), 1u);
     killShell(agent);
-    // Only the agent still held the output open.
+    // The agent was the last process with the output open.
     EXPECT_EQ(agent.nextLine(), std::nullopt);
     EXPECT_TRUE(exportDirectories().empty());
 }
@@ -68,7 +68,7 @@ TEST_F(ParentWatch, endsTheAgentAtOnceBelowAnotherParent) {
 }
 
 TEST_F(ParentWatch, beginsWithTheIdentifier2) {
-    // Unless that happens to be this very process.
+    // 2 may happen to be this process.
     const std::string smallest = getpid() == 2 ? "3" : "2";
     EXPECT_EQ(launch(options({"--parent-pid", smallest})).waitForExit(), 0);
 }

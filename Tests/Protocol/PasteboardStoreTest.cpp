@@ -12,13 +12,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A store that must not or cannot be used, and what makes it so.
+/// A store that the agent must not or cannot use, and the code that makes it so.
 struct Obstacle {
     std::string name;
     std::function<void(const fs::path& store)> arrange;
 };
 
-/// Otherwise gtest would print addresses, and the tests would have other names each time.
+/// Without it, gtest would print addresses, and test names would change with each run.
 void PrintTo(const Obstacle& obstacle, std::ostream* stream) {
     *stream << obstacle.name;
 }
@@ -49,7 +49,7 @@ TEST_P(UnusableStore, leavesTheAgentAnEmptyPasteboardThatRefusesWrites) {
     EXPECT_EQ(agent.waitForExit(), 0);
 }
 
-/// Someone else's directory: root can give one away, anybody else can only link to one.
+/// A directory of another user: root can change an owner, other users can only link to such a directory.
 void giveAway(const fs::path& store) {
     if (geteuid() == 0) {
         fs::create_directory(store);
@@ -93,7 +93,7 @@ const Obstacle obstacles[] = {
 INSTANTIATE_TEST_SUITE_P(Obstacles, UnusableStore, testing::ValuesIn(obstacles),
                          [](const auto& test) { return test.param.name; });
 
-/// The store is a file, and no command or reply may ever go into it.
+/// The store's file must never become a standard descriptor, or replies would overwrite it.
 class StandardDescriptors : public AgentTest, public testing::WithParamInterface<std::vector<int>> {};
 
 TEST_P(StandardDescriptors, areNeverThePasteboardStoreWhenTheyWereClosed) {

@@ -28,14 +28,14 @@ protected:
         return command;
     }
 
-    /// What a file looks like on the pasteboard.
+    /// The item of a file reference.
     static std::vector<TypeAndData> fileItem(const std::string& url, const std::string& marker = "marker") {
         return {{"public.file-url", url}, {std::string(originMarkerType), marker}};
     }
 
     std::string file(const std::string& name = "file") const { return directory_.createFile(name); }
 
-    /// The URL of the test's directory, whose own name needs no escape.
+    /// The URL of the test's directory, whose path needs no escapes.
     std::string directoryUrl() const { return "file://" + directory_.path().string(); }
 };
 
@@ -151,7 +151,7 @@ TEST_F(WriteFiles, comparesTheExpectedSequenceExactly) {
 }
 
 TEST_F(WriteFiles, expectsTheSequenceModulo64Bits) {
-    // Of the empty pasteboard, 2^64 and the truth value for 0 are the change count.
+    // The empty pasteboard has the change count 0, which 2^64 and false stand for too.
     const std::string path = file();
     const std::string start =
         R"({"command":"write_files","request_id":7,"kind":"files","marker":"","paths":[")" + path + "\"],";

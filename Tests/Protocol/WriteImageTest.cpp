@@ -23,14 +23,14 @@ protected:
         return {{"command", "write_files"}, {"kind", "image"}, {"paths", paths}, {"marker", "m"}};
     }
 
-    /// A PNG followed by as many zero bytes as it takes; readers do not look behind its end.
+    /// A PNG padded with zero bytes; readers ignore what follows its end.
     static std::string pngOfSize(std::size_t bytes) {
         std::string picture = readPicture("png-2-8.png");
         picture.resize(bytes);
         return picture;
     }
 
-    /// The command for such a PNG. Zero bytes are the letter A in base64, so that there is little to encode.
+    /// The command for such a PNG. The padding is not encoded: zero bytes are the letter A in base64.
     static std::string writeLargeImageData(std::size_t bytes) {
         std::string base64;
         appendBase64(base64, pngOfSize(3 * readPicture("png-2-8.png").size()));
@@ -42,7 +42,7 @@ protected:
         return directory_.createFile(name, content);
     }
 
-    /// The picture on the pasteboard, as a file.
+    /// The picture on the pasteboard, written to a file.
     std::filesystem::path writtenPicture() {
         const auto content = otherApplication().content();
         EXPECT_EQ(content.size(), 1U);
@@ -102,7 +102,7 @@ TEST_F(WriteImage, writesAFileAsItIsWithTheMarker) {
     const std::string picture = readPicture("png-6-8.png");
     expectWritten(writeImage({file("a.png", picture)}),
                   {{{"public.png", picture}, {std::string(originMarkerType), "m"}}});
-    // What the parent sends is not converted.
+    // The agent does not convert files.
     const std::string photo = readPicture("jpeg-baseline.jpg");
     expectWritten(writeImage({file("a.jpg", photo)}),
                   {{{"public.png", photo}, {std::string(originMarkerType), "m"}}});

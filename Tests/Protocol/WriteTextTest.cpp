@@ -82,8 +82,7 @@ TEST_F(WriteText, takes4MebibytesAndNotOneByteMore) {
 }
 
 TEST_F(WriteText, countsTheBytesOfTheTextNotItsCharacters) {
-    // Three times e with an acute accent is two groups of base64; 2097152 of them are 699050 times three and
-    // two.
+    // Three é are two groups of base64; 2097152 is 3 * 699050 + 2.
     const std::string groups = repeated("w6nDqcOp", 699'050);
     EXPECT_EQ(request(agent(), writeText(groups + "w6nDqQ")), success(1));
     expectRefused(writeText(groups + "w6nDqWE"));
@@ -152,7 +151,7 @@ TEST_F(WriteText, readsAnEscapedPayload) {
                  "\n");
     EXPECT_EQ(agent().nextMessage(), pingReply(7, 1));
     EXPECT_EQ(otherApplication().text(), "??????");
-    // The same on a line that is long enough to be handled without copies.
+    // The same on a line that is long enough for its payload to share the buffer.
     agent().send(R"({"command":"write_text","request_id":7,"text_b64":")" + repeated(R"(Pz8\/)", 50'000) +
                  R"(","marker":"m"})"
                  "\n");

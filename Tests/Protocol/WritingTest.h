@@ -7,7 +7,7 @@
 
 namespace tavel {
 
-/// What the tests of the writing commands start from: one agent, and another program that sees what it wrote.
+/// The fixture of tests of the writing commands: one agent, and another program that reads what it wrote.
 class WritingTest : public AgentTest {
 protected:
     using Content = std::vector<std::vector<TypeAndData>>;
@@ -20,7 +20,7 @@ protected:
         EXPECT_EQ(otherApplication().content(), content);
     }
 
-    /// The pasteboard must stay as it is.
+    /// Expects that the pasteboard stays unchanged.
     void expectRefused(const Json& command, const std::string& reason) {
         SCOPED_TRACE(command.dump().substr(0, 200));
         const std::int64_t before = otherApplication().changeCount();
@@ -30,7 +30,7 @@ protected:
         EXPECT_EQ(otherApplication().content(), content);
     }
 
-    /// The command must only be carried out while the pasteboard holds what the parent saw last.
+    /// Expects that the command fails unless its "expected_sequence" is the change count.
     void expectLocalCopyWins(Json command) {
         agent();
         const std::int64_t current = otherApplication().copyText("copied meanwhile");

@@ -14,7 +14,7 @@ namespace {
 using testing::EndsWith;
 using testing::HasSubstr;
 
-/// Removes what stands between `begin` and the first of `ends`, wherever it occurs.
+/// Removes the text between each `begin` and the next character of `ends`.
 void removeBehind(std::string& text, std::string_view begin, const char* ends) {
     for (std::size_t at = text.find(begin); at != std::string::npos; at = text.find(begin, at + 1)) {
         const std::size_t from = at + begin.size();
@@ -22,8 +22,8 @@ void removeBehind(std::string& text, std::string_view begin, const char* ends) {
     }
 }
 
-/// Masks what differs from one run to the next: the change counts, and the names of what is temporary.
-std::string withoutChance(std::string text) {
+/// Removes what differs between runs: change counts and the names of temporary files.
+std::string withoutVaryingParts(std::string text) {
     removeBehind(text, "#", ")");
     removeBehind(text, "/tavel-console-", "/");
     removeBehind(text, "/tavel-clipboard-", "\n");
@@ -33,15 +33,15 @@ std::string withoutChance(std::string text) {
 class ConsoleDemoTest : public testing::Test {
 protected:
     ToolResult demo(std::vector<std::string> arguments = {}) const {
-        arguments.insert(arguments.begin(), {TAVEL_CONSOLE, "--demo", "--patience", "5"});
+        arguments.insert(arguments.begin(), {TAVEL_CONSOLE, "--demo", "--timeout", "5"});
         return runTool(world_, arguments);
     }
 
-    /// An agent that answers like the true one, except for what the script does to its output.
+    /// The real agent, whose output the script changes.
     std::string distortedAgent(const std::string& distortion) const {
         const std::filesystem::path agent =
             std::filesystem::path(TAVEL_CONSOLE).parent_path() / "TavelClipboardAgent";
-        // Its parent is the script's shell here, so the identifier that the console passed is left out.
+        // The agent's parent is the script's shell, so the script drops --parent-pid.
         return world_.writeScript("agent", "shift 2\n'" + agent.string() + "' \"$@\" | " + distortion + "\n");
     }
 
@@ -68,8 +68,8 @@ TEST_F(ConsoleDemoTest, PlaysToTheEnd) {
                 EndsWith("  the agent ended with exit status 0\n\nEverything happened as expected.\n"));
 }
 
-TEST_F(ConsoleDemoTest, TellsTheSameEachTime) {
-    EXPECT_EQ(withoutChance(demo().output), withoutChance(demo().output));
+TEST_F(ConsoleDemoTest, PrintsTheSameEachTime) {
+    EXPECT_EQ(withoutVaryingParts(demo().output), withoutVaryingParts(demo().output));
 }
 
 TEST_F(ConsoleDemoTest, LeavesNothingBehind) {
@@ -79,7 +79,7 @@ TEST_F(ConsoleDemoTest, LeavesNothingBehind) {
     EXPECT_EQ(console.finish().status, 0);
     EXPECT_TRUE(isTidy());
     EXPECT_EQ(runTool(world_, {TAVEL_PASTEBOARD, "paste"}).output, "mine");
-    // Nine contents were there, and the clearing is the tenth.
+    // Nine contents and the final clearing.
     EXPECT_EQ(runTool(world_, {TAVEL_PASTEBOARD, "--pasteboard", name, "count"}).output, "10\n");
     EXPECT_EQ(runTool(world_, {TAVEL_PASTEBOARD, "--pasteboard", name, "types"}).output, "");
 }
@@ -100,7 +100,7 @@ TEST_F(ConsoleDemoTest, NoticesAnAgentThatDies) {
 
 TEST_F(ConsoleDemoTest, NoticesASilentAgent) {
     const std::string agent = world_.writeScript("agent", "while read line; do :; done\n");
-    const ToolResult result = runTool(world_, {TAVEL_CONSOLE, "--demo", "--patience", "1", "--agent", agent});
+    const ToolResult result = runTool(world_, {TAVEL_CONSOLE, "--demo", "--timeout", "1", "--agent", agent});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "tavel-console: Waited in vain for a reply.\n");
     EXPECT_TRUE(isTidy());
@@ -108,7 +108,7 @@ TEST_F(ConsoleDemoTest, NoticesASilentAgent) {
 
 TEST_F(ConsoleDemoTest, NoticesAMissingEvent) {
     const std::string agent = distortedAgent("grep --line-buffered -v text_b64");
-    const ToolResult result = runTool(world_, {TAVEL_CONSOLE, "--demo", "--patience", "1", "--agent", agent});
+    const ToolResult result = runTool(world_, {TAVEL_CONSOLE, "--demo", "--timeout", "1", "--agent", agent});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "tavel-console: Waited in vain for the copied text.\n");
     EXPECT_THAT(result.output, EndsWith("  clipboard changed (#3)\n"));
@@ -149,7 +149,7 @@ TEST_F(ConsoleDemoTest, NoticesOtherFormats) {
     EXPECT_TRUE(isTidy());
 }
 
-TEST_F(ConsoleDemoTest, NoticesWhatShouldNotCome) {
+TEST_F(ConsoleDemoTest, NoticesAnUnexpectedMessage) {
     const std::string event = R"({"event":"log","level":"warning","message":"surprise"})";
     const ToolResult result = demo({"--agent", distortedAgent("sed -u '2i " + event + "'")});
     EXPECT_EQ(result.status, 1);
@@ -181,7 +181,7 @@ TEST_F(ConsoleDemoTest, CanBeInterrupted) {
     EXPECT_TRUE(isTidy());
 }
 
-TEST_F(ConsoleDemoTest, NoticesAMissingNeighbour) {
+TEST_F(ConsoleDemoTest, NoticesAMissingPasteboardTool) {
     const std::filesystem::path copy = world_.directory() / "tavel-console";
     std::filesystem::copy_file(TAVEL_CONSOLE, copy);
     std::filesystem::create_symlink(std::filesystem::path(TAVEL_CONSOLE).parent_path() /

@@ -13,12 +13,12 @@ namespace {
 using testing::EndsWith;
 using testing::HasSubstr;
 
-/// The console with agents that are missing, or do what no agent should.
+/// The console with missing or misbehaving agents.
 class ConsoleFailureTest : public testing::Test {
 protected:
-    /// With a patience of one second.
+    /// With a time-out of one second.
     ToolResult session(const std::string& agent, std::string_view input) const {
-        return runTool(world_, {TAVEL_CONSOLE, "--agent", agent, "--patience", "1"}, input);
+        return runTool(world_, {TAVEL_CONSOLE, "--agent", agent, "--timeout", "1"}, input);
     }
 
     World world_;
@@ -47,8 +47,8 @@ TEST_F(ConsoleFailureTest, LooksForTheAgentBesideItself) {
                                  ": No such file or directory\n");
 }
 
-TEST_F(ConsoleFailureTest, TellsTheAgentWhoItIs) {
-    // The agent's output is what the console shows, its own parent included.
+TEST_F(ConsoleFailureTest, PassesItsOwnIdentifierToTheAgent) {
+    // The agent prints its arguments and its parent's identifier, which the console shows.
     const std::string agent =
         world_.writeScript("agent", "echo \"$@ of $PPID\"\nwhile read line; do :; done\n");
     const ToolResult result = runTool(world_, {TAVEL_CONSOLE, "--agent", agent, "--pasteboard", "a b"}, "");
@@ -90,7 +90,7 @@ TEST_F(ConsoleFailureTest, GivesUpOnASilentAgent) {
 
 TEST_F(ConsoleFailureTest, GivesUpOnAnAgentThatReadsNothing) {
     const std::string agent = world_.writeScript("agent", "trap '' TERM\nwhile :; do sleep 0.1; done\n");
-    // More than a pipe holds.
+    // More than the capacity of a pipe.
     const ToolResult result = session(agent, "text " + std::string(300'000, 'x') + "\n");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "tavel-console: the agent does not answer\n");
@@ -103,7 +103,7 @@ TEST_F(ConsoleFailureTest, EndsAnAgentThatStays) {
     EXPECT_EQ(result.errors, "tavel-console: the agent did not end by itself when its input ended\n");
 }
 
-TEST_F(ConsoleFailureTest, MindsHowTheAgentEnds) {
+TEST_F(ConsoleFailureTest, ReportsAnUncleanEndOfTheAgent) {
     const std::string agent = world_.writeScript("agent", "while read line; do :; done\nexit 4\n");
     const ToolResult result = session(agent, "");
     EXPECT_EQ(result.status, 1);

@@ -23,10 +23,10 @@ using testing::StartsWith;
 
 constexpr const char* markerType = "com.corvelle.tavelbridge.clipboard-origin-v1";
 
-/// Pictures and sets of formats on their way through the console, with the agent and another application.
+/// Pictures and sets of formats between the console, the agent and another application.
 class ConsolePictureTest : public ConsoleTest {
 protected:
-    /// What is copied behind this is news to the agent.
+    /// The agent reports what is copied from here on.
     static void awaitAgent(RunningTool& console) {
         console.send("ping\n");
         console.waitForOutput("done (#0)\n");

@@ -36,7 +36,8 @@ TEST_F(ConsoleSessionTest, SendsText) {
 TEST_F(ConsoleSessionTest, SendsFiles) {
     const std::string first = world_.write("a b.txt", "");
     const std::string second = world_.write("c.txt", "");
-    EXPECT_EQ(output("files 'a b.txt' ~/c.txt"), "[1] files: done (#1)\n"); // at home: the world's directory
+    EXPECT_EQ(output("files 'a b.txt' ~/c.txt"),
+              "[1] files: done (#1)\n"); // the home directory is the test's directory
     EXPECT_EQ(pasteboard({"paste-files"}), first + "\n" + second + "\n");
 }
 
@@ -82,7 +83,7 @@ TEST_F(ConsoleSessionTest, ShowsWhatOthersCopy) {
     const std::string file = world_.write("f", "");
     RunningTool console(world_, {TAVEL_CONSOLE});
     console.send("ping\n");
-    console.waitForOutput("done (#0)\n"); // what is copied from here on is news to the agent
+    console.waitForOutput("done (#0)\n"); // the agent reports what is copied from here on
     pasteboard({"copy"}, "a\x1b[31m\nb");
     EXPECT_EQ(console.waitForOutput("b\"\n"), "clipboard changed (#1)\ntext, 8 bytes: \"a\\e[31m\\nb\"\n");
     pasteboard({"copy-files", "f"});
@@ -140,7 +141,7 @@ TEST_F(ConsoleSessionTest, SendsRawLines) {
               "> {\"command\":\"ping\",\"request_id\":1}\n"
               "< {\"request_id\":1,\"ok\":true,\"reason\":\"\",\"sequence\":0}\n");
     EXPECT_THAT(output("{\"command\":\"ping\"}\n"),
-                HasSubstr("Unknown command")); // elsewhere it is a mistake
+                HasSubstr("Unknown command")); // without --raw it is a mistake
 }
 
 TEST_F(ConsoleSessionTest, EndsCleanlyOnSignals) {
@@ -148,7 +149,7 @@ TEST_F(ConsoleSessionTest, EndsCleanlyOnSignals) {
         RunningTool console(world_, {TAVEL_CONSOLE});
         console.send("ping\n");
         console.waitForOutput("done");
-        EXPECT_FALSE(isTidy()); // the agent has its directory there
+        EXPECT_FALSE(isTidy()); // the agent's export directory
         console.sendSignal(number);
         const ToolResult result = console.finish();
         EXPECT_EQ(result.status, 0);
@@ -169,7 +170,7 @@ TEST_F(ConsoleSessionTest, TellsUsageMistakesWithStatus2) {
          std::vector<std::vector<std::string>>{{"extra"},
                                                {"--bogus"},
                                                {"--agent"},
-                                               {"--patience", "0"},
+                                               {"--timeout", "0"},
                                                {"--demo", "--raw"},
                                                {"--demo", "--pasteboard", "x"}}) {
         const ToolResult result = session("ping\n", arguments);

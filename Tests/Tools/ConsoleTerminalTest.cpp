@@ -32,14 +32,13 @@ protected:
 
     void press(std::string_view keys) { console_.send(keys); }
 
-    /// Waits until the terminal shows what was typed: until then the program may not have read it.
+    /// Waits for the echo: until then the program may not have read the keys.
     void type(const std::string& text) {
         console_.send(text);
         console_.waitForOutput(text);
     }
 
-    /// What is on the pasteboard when the agent starts is no news to it; from here on everything is. Takes
-    /// the request with the number 1.
+    /// Waits until the agent runs: it does not report what was on the pasteboard before. Uses request 1.
     void awaitAgent() {
         press(std::string("ping") + returnKey);
         console_.waitForOutput("[1] ping: done (#0)");
@@ -88,7 +87,7 @@ TEST_F(ConsoleTerminalTest, KeepsTheTypedTextWhenAnEventComes) {
     pasteboard({"copy"}, "news");
     console_.waitForOutput(std::string(eraseLine) + "\x1b[2mclipboard changed (#1)\x1b[0m\r\n");
     console_.waitForOutput("text, 4 bytes: \"news\"\r\n");
-    console_.waitForOutput("tavel> text half a"); // drawn again below the event
+    console_.waitForOutput("tavel> text half a"); // redrawn below the event
     press(" line" + std::string(returnKey));
     console_.waitForOutput("[2] text: done (#2)");
     EXPECT_EQ(pasteboard({"paste"}), "half a line");
@@ -96,7 +95,7 @@ TEST_F(ConsoleTerminalTest, KeepsTheTypedTextWhenAnEventComes) {
 
 TEST_F(ConsoleTerminalTest, ErasesEveryRowOfALongLine) {
     awaitAgent();
-    // The prompt takes 7 columns and the line 80, so that it ends in the third row of 40.
+    // A prompt of 7 columns and a line of 80 end in the third row of 40 columns.
     const std::string text = "日本 " + std::string(66, 'x') + "END.";
     press("text " + text);
     console_.waitForOutput("END.");
@@ -110,15 +109,15 @@ TEST_F(ConsoleTerminalTest, ErasesEveryRowOfALongLine) {
 TEST_F(ConsoleTerminalTest, ShowsEventsInTheMiddleOfAKey) {
     awaitAgent();
     type("text ab");
-    press("\x1b"); // the beginning of an arrow key, or the key Escape
+    press("\x1b"); // the start of an arrow key, or Escape
     pasteboard({"copy"}, "news");
     console_.waitForOutput("tavel> text ab");
-    press("[Dx" + std::string(returnKey)); // left, then x
+    press("[Dx" + std::string(returnKey)); // the arrow to the left, then x
     console_.waitForOutput("[2] text: done (#2)");
     EXPECT_EQ(pasteboard({"paste"}), "axb");
 }
 
-TEST_F(ConsoleTerminalTest, GivesTheTerminalNoForeignOrders) {
+TEST_F(ConsoleTerminalTest, SendsNoControlSequencesOfContentsToTheTerminal) {
     awaitAgent();
     pasteboard({"copy"}, "\x1b]0;title\x07\u009B2J");
     EXPECT_THAT(console_.waitForOutput("2J\"\r\n"), HasSubstr("\"\\e]0;title\\u{07}\\u{9b}2J\""));
@@ -138,7 +137,7 @@ TEST_F(ConsoleTerminalTest, EndsWithControlC) {
     const ToolResult result = console_.finish();
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.output, EndsWith("\r\n"));
-    // The key went to every process of the terminal's foreground, but the agent has tidied up.
+    // The terminal signals its whole foreground process group, but the agent removed its directory.
     EXPECT_TRUE(std::filesystem::is_empty(world_.temporaryDirectory()));
 }
 

@@ -10,7 +10,7 @@
 
 namespace tavel {
 
-/// The console and its agent over pipes, and the other program that plays the applications around them.
+/// Runs the console with its agent over pipes, and tavel-pasteboard as another application.
 class ConsoleTest : public testing::Test {
 protected:
     ToolResult session(std::string_view input, std::vector<std::string> arguments = {}) const {
@@ -18,7 +18,7 @@ protected:
         return runTool(world_, arguments, input);
     }
 
-    /// Expects that the session ends well, and gives its output.
+    /// Expects success; returns the output.
     std::string output(std::string_view input, const std::vector<std::string>& arguments = {}) const {
         const ToolResult result = session(input, arguments);
         EXPECT_EQ(result.status, 0);

@@ -23,7 +23,7 @@ void appendNumber(std::string& file, std::uint32_t number, std::size_t bytes) {
         file += static_cast<char>(number >> (8 * i) & 0xFF);
 }
 
-/// A TIFF file of 640 × 480 grey pixels, whose directory is at the end.
+/// A TIFF file of 640 × 480 grey pixels with its directory at the end.
 std::string tiffFile() {
     constexpr std::uint32_t pixelBytes = 640 * 480;
     constexpr std::uint32_t pixelOffset = 8;
@@ -45,8 +45,8 @@ std::string tiffFile() {
     appendNumber(file, entries.size(), 2);
     for (const auto& [tag, value] : entries) {
         appendNumber(file, tag, 2);
-        appendNumber(file, 4, 2); // four bytes without a sign
-        appendNumber(file, 1, 4); // one of them
+        appendNumber(file, 4, 2); // LONG: four bytes, unsigned
+        appendNumber(file, 1, 4); // one value
         appendNumber(file, value, 4);
     }
     appendNumber(file, 0, 4);
@@ -87,7 +87,7 @@ TEST_F(ExportedFile, NamesEveryFormat) {
         EXPECT_TRUE(text.ends_with(": " + path)) << text;
         return text.substr(0, text.size() - path.size() - 2);
     };
-    const std::string_view picture = samplePicture(); // it is the content that tells the pixels
+    const std::string_view picture = samplePicture(); // the size comes from the content
     EXPECT_EQ(described("document.pdf", "%PDF"), "PDF, 4 bytes");
     EXPECT_EQ(described("image.gif", picture), "GIF picture, 24 × 16 pixels, 96 bytes");
     EXPECT_EQ(described("image.svg", "<svg/>"), "SVG picture, 6 bytes");

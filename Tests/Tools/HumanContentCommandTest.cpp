@@ -16,7 +16,7 @@ using nlohmann::json;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-/// The commands for files whose content counts, so that there have to be some.
+/// The commands that need existing files.
 class HumanContentCommand : public testing::Test {
 protected:
     Wish wishFor(std::string_view line) const {
@@ -90,7 +90,7 @@ TEST_F(HumanContentCommand, SendsNoImageThatFillsTheMemory) {
     std::filesystem::resize_file(world_.write("huge", ""), 256 * 1024 * 1024 + 1);
     EXPECT_EQ(mistakeFor("image-data huge"),
               inWorld("huge") + " has more than 256.0 MiB, which is too much to send.");
-    EXPECT_EQ(requestFor("image huge")["kind"], "image"); // the agent reads that itself
+    EXPECT_EQ(requestFor("image huge")["kind"], "image"); // the agent reads the file itself
 }
 
 } // namespace

@@ -46,20 +46,20 @@ TEST(Counted, TakesThePluralExceptForOne) {
 TEST(VisibleText, LeavesOrdinaryTextAlone) {
     EXPECT_EQ(visibleText(""), "");
     EXPECT_EQ(visibleText("déjà vu, 日本語 \"x\" ☕"), "déjà vu, 日本語 \"x\" ☕");
-    EXPECT_EQ(visibleText("👩\u200D👧"), "👩\u200D👧"); // a joiner is part of the picture
+    EXPECT_EQ(visibleText("👩\u200D👧"), "👩\u200D👧"); // the joiner is part of the emoji
 }
 
-TEST(VisibleText, EscapesWhatATerminalObeys) {
+TEST(VisibleText, EscapesControlSequences) {
     EXPECT_EQ(visibleText("\x1b[31mred\x1b]0;title\a"), "\\e[31mred\\e]0;title\\u{07}");
     EXPECT_EQ(visibleText("a\nb\r\tc"), "a\\nb\\r\\tc");
     EXPECT_EQ(visibleText("\b\x7f"), "\\u{08}\\u{7f}");
-    EXPECT_EQ(visibleText("\u009B31m"), "\\u{9b}31m"); // the control sequence introducer in one character
+    EXPECT_EQ(visibleText("\u009B31m"), "\\u{9b}31m"); // the control sequence introducer as one character
 }
 
-TEST(VisibleText, EscapesWhatDeceivesTheEye) {
+TEST(VisibleText, EscapesInvisibleAndAmbiguousCharacters) {
     EXPECT_EQ(visibleText("a\u202Etxt.exe\u202C"), "a\\u{202e}txt.exe\\u{202c}");
     EXPECT_EQ(visibleText("a\u2028b\u2029c\uFEFFd"), "a\\u{2028}b\\u{2029}c\\u{feff}d");
-    EXPECT_EQ(visibleText("\\n"), "\\\\n"); // not to be taken for a line feed
+    EXPECT_EQ(visibleText("\\n"), "\\\\n"); // differs from an escaped line feed
 }
 
 TEST(VisibleText, EscapesBytesThatAreNoText) {
@@ -92,7 +92,7 @@ TEST(QuotedText, ShortensLongText) {
 }
 
 TEST(QuotedText, KeepsALetterWithItsAccents) {
-    // The accent is a character of its own, and would be the first one to be left out.
+    // The accent is the first character beyond the limit.
     const std::string text = repeated("x", longestQuotation - 1) + "e\u0301" + "tail";
     EXPECT_EQ(quotedText(text), '"' + repeated("x", longestQuotation - 1) + "\"... and 6 more characters");
 }

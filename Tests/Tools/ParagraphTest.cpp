@@ -49,7 +49,7 @@ TEST(Paragraph, TellsWhatExportsHold) {
     EXPECT_EQ(described(R"({"event":"change","kind":"formats",)" + list),
               "2 formats:\n  PNG picture, 24 × 16 pixels, 96 bytes: " + picture +
                   "\n  HTML, 2.0 KiB: " + page);
-    // Other people's files are only named, and so is what nobody knows.
+    // Only exported files are described.
     EXPECT_EQ(described(R"({"event":"change","kind":"files",)" + list),
               "2 files:\n  " + picture + "\n  " + page);
     EXPECT_EQ(described(R"({"event":"change","kind":"so\nunds",)" + list),

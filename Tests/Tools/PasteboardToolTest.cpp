@@ -13,7 +13,7 @@ namespace {
 
 using testing::HasSubstr;
 
-/// The program, each time as a process of its own: what it copies has to outlive it.
+/// Runs the program anew for each command: what it copies outlives it.
 class PasteboardToolTest : public testing::Test {
 protected:
     ToolResult run(std::vector<std::string> arguments, std::string_view input = {}) const {
@@ -21,7 +21,7 @@ protected:
         return runTool(world_, arguments, input);
     }
 
-    /// Expects success, and gives the output.
+    /// Expects success; returns the output.
     std::string output(const std::vector<std::string>& arguments, std::string_view input = {}) const {
         const ToolResult result = run(arguments, input);
         EXPECT_EQ(result.status, 0) << result.errors;
@@ -29,7 +29,7 @@ protected:
         return result.output;
     }
 
-    /// Expects that the program fails, and gives what it says.
+    /// Expects failure; returns the errors.
     std::string failure(const std::vector<std::string>& arguments, std::string_view input = {}) const {
         const ToolResult result = run(arguments, input);
         EXPECT_EQ(result.status, 1);
@@ -56,7 +56,7 @@ TEST_F(PasteboardToolTest, CopiesAFile) {
 }
 
 TEST_F(PasteboardToolTest, CopiesAFileAsWhatItsNameSays) {
-    world_.write("photo.PNG", allBytes(1000)); // nobody looks whether it is one
+    world_.write("photo.PNG", allBytes(1000)); // the content is not checked
     output({"copy", "photo.PNG"});
     EXPECT_EQ(output({"types"}), "public.png\n");
     EXPECT_EQ(output({"paste", "--type", "png"}), allBytes(1000));
@@ -147,7 +147,7 @@ TEST_F(PasteboardToolTest, SetsEveryFormat) {
         EXPECT_EQ(output({"paste", "--type", name}), name == "text" ? "text" : name + "\xFF");
 }
 
-/// What the program does on a terminal.
+/// Runs the program on a terminal.
 class PasteboardTerminalTest : public PasteboardToolTest {
 protected:
     ToolResult runOnTerminal(std::vector<std::string> arguments) const {
@@ -273,7 +273,7 @@ TEST_F(PasteboardToolTest, WorksWithClosedStandardDescriptors) {
         world_.writeScript("closed", std::string("'") + TAVEL_PASTEBOARD + "' copy <&- >&- 2>&-\nexec '" +
                                          TAVEL_PASTEBOARD + "' types\n");
     EXPECT_EQ(runTool(world_, {script}).output, "public.utf8-plain-text\n");
-    EXPECT_EQ(output({"paste"}), ""); // of a closed input the content is empty
+    EXPECT_EQ(output({"paste"}), ""); // a closed input counts as empty
 }
 
 } // namespace

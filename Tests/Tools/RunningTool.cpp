@@ -20,7 +20,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Far above what anything here takes, so that only a hanging program reaches it.
+/// Only a program that hangs takes this long.
 constexpr std::chrono::seconds longestWait{60};
 constexpr int pollMilliseconds = 100;
 
@@ -38,7 +38,7 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
     return pointers;
 }
 
-/// In the new process. Only calls that are safe between fork and exec.
+/// Runs in the new process: only async-signal-safe calls.
 [[noreturn]] void execute(const World& world, char* const* arguments, char* const* environment) {
     if (chdir(world.directory().c_str()) == 0)
         execve(arguments[0], arguments, environment);
@@ -132,7 +132,7 @@ void RunningTool::writeInput() {
         if (written < 0 && errno == EAGAIN)
             return;
         if (written < 0 && errno != EINTR) {
-            pendingInput_.clear(); // nobody reads it any more
+            pendingInput_.clear(); // the program has closed its input
             break;
         }
         if (written > 0)
@@ -147,11 +147,12 @@ void RunningTool::readInto(std::string& target, int& descriptor) {
     const ssize_t count = read(descriptor, buffer.data(), buffer.size());
     if (count > 0)
         target.append(buffer.data(), static_cast<std::size_t>(count));
-    else if (count == 0 || (errno != EINTR && errno != EAGAIN)) // EIO: nobody has the terminal open any more
+    else if (count == 0 ||
+             (errno != EINTR && errno != EAGAIN)) // EIO: no process has the terminal open any more
         closeDescriptor(descriptor);
 }
 
-/// Lets bytes pass in all directions, once. False when all output has come.
+/// Transfers bytes once in each direction. False at the end of all output.
 bool RunningTool::exchange() {
     const short wanted = pendingInput_.empty() ? 0 : POLLOUT;
     std::array<pollfd, 3> descriptors{{{wanted != 0 ? input_ : -1, wanted, 0},

@@ -10,7 +10,7 @@
 
 namespace tavel {
 
-/// The command that a typed line led to, as the agent gets it, but without its number.
+/// The JSON of the command that a typed line asks for, without its number.
 inline nlohmann::json requestIn(const Wish& wish) {
     const auto* const request = std::get_if<wish::Request>(&wish);
     const auto line = request != nullptr ? encodeCommand(request->command) : std::nullopt;
@@ -21,7 +21,7 @@ inline nlohmann::json requestIn(const Wish& wish) {
     return fields;
 }
 
-/// What was wrong with a typed line.
+/// Why a typed line was refused.
 inline std::string mistakeIn(const Wish& wish) {
     const auto* const mistake = std::get_if<wish::Mistake>(&wish);
     return mistake != nullptr ? mistake->explanation : "no mistake";

@@ -25,7 +25,7 @@ World::World() {
     setVariable("TMPDIR", temporaryDirectory().string());
     setVariable("HOME", directory_.string());
     setVariable("PATH", "/usr/bin:/bin");
-    // How the sanitizers were told to behave holds for every program.
+    // Every program gets the options of the sanitizers.
     for (const char* const option : {"ASAN_OPTIONS", "TSAN_OPTIONS"}) {
         if (const char* const value = std::getenv(option))
             setVariable(option, value);
@@ -35,7 +35,7 @@ World::World() {
 }
 
 World::~World() {
-    std::error_code ignored; // a test that leaves something locked has failed for that
+    std::error_code ignored; // a test that locks files has failed already
     std::filesystem::remove_all(root_, ignored);
 }
 

@@ -7,8 +7,8 @@
 
 namespace tavel {
 
-/// A place of its own for one test: the programs that run in it share no pasteboard and no temporary file
-/// with anything outside. Goes with the object.
+/// Directories and an environment for one test: programs that run in it share no pasteboard and no temporary
+/// file with others. Removed with the object.
 class World {
 public:
     World();
@@ -16,21 +16,21 @@ public:
     World(const World&) = delete;
     World& operator=(const World&) = delete;
 
-    /// Where programs are started, so what their relative paths begin at.
+    /// The working directory of the programs.
     const std::filesystem::path& directory() const { return directory_; }
 
-    /// Where programs make their temporary files.
+    /// The directory for the programs' temporary files.
     std::filesystem::path temporaryDirectory() const { return root_ / "tmp"; }
 
-    /// The environment of the programs, as "NAME=value".
+    /// The programs' environment, as "NAME=value".
     const std::vector<std::string>& environment() const { return environment_; }
 
     void setVariable(const std::string& name, const std::string& value);
 
-    /// Gives the path of the file.
+    /// Returns the path of the file.
     std::string write(const std::string& name, std::string_view content) const;
 
-    /// Writes an executable script for the shell and gives its path.
+    /// Writes an executable shell script and returns its path.
     std::string writeScript(const std::string& name, std::string_view lines) const;
 
 private:
@@ -39,7 +39,7 @@ private:
     std::vector<std::string> environment_;
 };
 
-/// Every value that a byte can have, several times over, in an order that no line ending divides evenly.
+/// `size` bytes of every value, in an order that differs in each block of 256.
 std::string allBytes(std::size_t size);
 
 } // namespace tavel

@@ -44,7 +44,7 @@ class ClipboardWorkerCommands : public WorkerFixture {
 protected:
     ClipboardWorkerCommands() { makeWorker(); }
 
-    /// Nothing was changed, and the pasteboard's content is still unreported.
+    /// Expects an unchanged pasteboard, whose content the next poll reports.
     void expectUntouched() {
         for (const std::string& call : pasteboard().calls())
             EXPECT_EQ(call.find("clear"), std::string::npos);
@@ -58,7 +58,7 @@ TEST_F(ClipboardWorkerCommands, answersAPing) {
     expectUntouched();
 }
 
-TEST_F(ClipboardWorkerCommands, tellsTheSequenceOfTheMoment) {
+TEST_F(ClipboardWorkerCommands, tellsTheCurrentSequence) {
     pasteboard().copyFromOutside("a");
     EXPECT_EQ(replyTo(command::Ping{7}), success(7, 42));
 }
@@ -251,7 +251,7 @@ TEST_F(ClipboardWorkerCommands, refusesFilesWhenTheContentIsAnother) {
     for (const std::uint64_t expected : {std::uint64_t{0}, std::uint64_t{40}, std::uint64_t{42}, UINT64_MAX})
         EXPECT_EQ(replyTo(command::WriteFiles{7, "files", {"/"}, "m", expected}),
                   failure(7, changedDuringTransfer, 41));
-    // It is the first thing that is looked at.
+    // It is checked first.
     EXPECT_EQ(replyTo(command::WriteFiles{7, std::nullopt, {}, std::nullopt, 40}),
               failure(7, changedDuringTransfer, 41));
     expectUntouched();

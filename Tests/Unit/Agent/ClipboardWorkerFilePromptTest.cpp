@@ -23,7 +23,7 @@ protected:
 
     Json configured(bool on) { return replyTo(command::ConfigureFilePrompt{7, on}); }
 
-    /// Switches the feature on where its shortcut is taken: in the file manager, with a text to paste.
+    /// Switches the prompt on, in the file manager and with a text to paste.
     void becomeReady() {
         platform.focus.frontmost = RunningApplication{501, "com.apple.finder"};
         platform.focus.role = "AXList";

@@ -154,7 +154,7 @@ TEST_F(ClipboardWorkerPoll, warnsOfMoreFiles) {
     EXPECT_EQ(polled(), Events());
 }
 
-/// Paths of 4,096 bytes each that make 2 MiB together; every other one has letters of two bytes.
+/// Paths of 4,096 bytes each, 2 MiB in total; every other one has letters of two bytes.
 std::vector<std::string> twoMebibytesOfPaths() {
     std::string letters = "/x";
     for (int i = 0; i < 2047; ++i)
@@ -199,7 +199,7 @@ TEST_F(ClipboardWorkerPoll, reportsAChangeThatHappensWhileItReads) {
 }
 
 TEST_F(ClipboardWorkerPoll, tellsOfAGeneratedFileAndNotOfItsChange) {
-    pasteboard().copyFromOutside("a"); // what publishing the file made of the pasteboard
+    pasteboard().copyFromOutside("a"); // as publishing a file changes it
     worker->generatedFilePasted(42);
     EXPECT_EQ(messages(), (Events{Json{{"event", "file_renamed"}, {"sequence", 42}}}));
     EXPECT_EQ(polled(), Events());

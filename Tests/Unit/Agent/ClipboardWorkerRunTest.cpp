@@ -28,7 +28,7 @@ protected:
         commands.closeWriter();
     }
 
-    /// The next pass lets the reader of commands read to the end.
+    /// Makes the next pass run the command reader to the end of input.
     void planReading() {
         platform.loop.planPass([this] { platform.loop.runBackgroundJobs(); });
     }
@@ -82,7 +82,7 @@ TEST_F(ClipboardWorkerRun, endsWhenItIsStopped) {
 TEST_F(ClipboardWorkerRun, endsAtTheFirstTickForAParentThatIsNotItsOwn) {
     makeWorker(getpid());
     pasteboard().copyFromOutside("a");
-    worker->run(); // nothing happens but time
+    worker->run(); // no event comes
     EXPECT_EQ(messages(), std::vector<Json>());
     EXPECT_EQ(platform.loop.passes(), 1U);
 }

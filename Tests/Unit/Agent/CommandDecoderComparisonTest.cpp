@@ -31,7 +31,7 @@ const std::vector<std::string> seeds{
     R"({"command":"write_files","request_id":5,"paths":[["/a"],{"b":[]}],"x":{"y":{"z":[[],[0]]}},"":""})",
 };
 
-/// What most likely turns good JSON into bad, or bad into good.
+/// Likely to make valid JSON invalid, or invalid JSON valid.
 constexpr std::array<std::string_view, 62> tokens{"{",
                                                   "}",
                                                   "[",
@@ -133,12 +133,13 @@ struct Verdict {
     json object; // null unless the line is a command
 };
 
-/// What another reader, whose rules differ in a few known places, says of the line.
+/// The verdict of another parser, whose rules differ in a few known places.
 Verdict verdictOf(const std::string& text) {
     if (text.find('\0') != std::string::npos)
-        return {}; // the other reader takes a zero byte for the end; JSON has none outside escapes
+        return {}; // the other parser ends at a zero byte, which JSON does not allow
     if (text.starts_with("\xEF"))
-        return {.comparable = false, .object = nullptr}; // it skips a byte-order mark in its own way
+        return {.comparable = false,
+                .object = nullptr}; // the other parser treats a byte-order mark differently
     try {
         json parsed = json::parse(text);
         const bool isCommand = parsed.is_object() && parsed.contains("command") &&
@@ -146,7 +147,7 @@ Verdict verdictOf(const std::string& text) {
                                (parsed["request_id"].is_number() || parsed["request_id"].is_boolean());
         return {.comparable = true, .object = isCommand ? std::move(parsed) : json()};
     } catch (const json::out_of_range&) {
-        return {.comparable = false, .object = nullptr}; // a number that no double holds
+        return {.comparable = false, .object = nullptr}; // a number beyond the range of a double
     } catch (const json::parse_error&) {
         return {};
     }
@@ -186,7 +187,7 @@ void expectSameFields(const ClipboardCommand& command, const json& object, const
     }
 }
 
-TEST(CommandDecoder, judgesMutatedLinesAsAnotherReaderDoes) {
+TEST(CommandDecoder, agreesWithAnotherParserOnMutatedLines) {
     Random random(20240601);
     int accepted = 0;
     int compared = 0;

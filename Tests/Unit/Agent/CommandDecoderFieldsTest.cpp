@@ -22,11 +22,11 @@ using command::WriteFiles;
 using command::WriteImageData;
 using command::WriteText;
 
-/// Values of which none is a string.
+/// Values other than strings.
 constexpr std::array<std::string_view, 9> notStrings{"7",    "0",  "-1.5", "true",    "false",
                                                      "null", "{}", "[]",   R"(["a"])"};
 
-/// Values of which none is a number or a truth value.
+/// Values other than numbers and booleans.
 constexpr std::array<std::string_view, 7> notNumbers{R"("7")", R"("")", R"("true")", "null",
                                                      "{}",     "[]",    "[7]"};
 
@@ -111,14 +111,14 @@ TEST(CommandDecoder, readsTheRequestIdentifierAsAnUnsignedInteger) {
     EXPECT_EQ(requestIDWith("9007199254740993"), 9007199254740993U);
 }
 
-TEST(CommandDecoder, countsATruthValueAsANumber) {
+TEST(CommandDecoder, countsABooleanAsANumber) {
     EXPECT_EQ(requestIDWith("true"), 1U);
     EXPECT_EQ(requestIDWith("false"), 0U);
     EXPECT_EQ(writeFilesWith(member("expected_sequence", "true")).expectedSequence, 1U);
     EXPECT_EQ(writeFilesWith(member("expected_sequence", "false")).expectedSequence, 0U);
 }
 
-TEST(CommandDecoder, readsTheRenamePromptFromATruthValueOrZeroOrOne) {
+TEST(CommandDecoder, readsTheRenamePromptFromABooleanOrZeroOrOne) {
     for (const std::string_view value : {"true", "1", "1.0", "10e-1", "1e0"})
         EXPECT_EQ(renamePromptWith(member("rename_prompt", value)), true) << value;
     for (const std::string_view value : {"false", "0", "-0", "0.0", "0e9"})

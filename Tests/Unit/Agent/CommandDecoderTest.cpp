@@ -28,7 +28,7 @@ std::string repeated(std::string_view text, std::size_t times) {
     return result;
 }
 
-/// Arrays, or objects, nested so deep in a member of the command object, which itself is the first level.
+/// A command with a member that nests `levels` arrays, or objects. The command object adds one level.
 std::string nestedArrays(std::size_t levels) {
     return commandLine("ping", R"(,"x":)" + repeated("[", levels) + repeated("]", levels));
 }
@@ -167,7 +167,7 @@ TEST(CommandDecoder, dropsALineWithCommasOutOfPlace) {
 }
 
 TEST(CommandDecoder, dropsALineWithAColonBehindAStringThatIsNoKey) {
-    // A value that looks like a key: whoever skips it as one also skips what follows, unchecked.
+    // A value that looks like a key: a decoder that skips it as one leaves what follows unchecked.
     for (const std::string_view members :
          {R"("x":"a":]})", R"("x":"a":1 2 3]})", R"("x":"a":garbage 01 ]})", R"("x":"a":{}]})",
           R"("x":["a":1]]})", R"("x":["a":1},2]})", R"("x":{"y":["a":nonsense]]}})", R"("paths":["/a":5]]})",

@@ -19,7 +19,7 @@ class CommandReader : public WorkerFixture {
 protected:
     CommandReader() { makeWorker(); }
 
-    /// Reads these bytes to their end; what they ask for is then posted, and nothing has run.
+    /// Reads these bytes to their end. The commands are posted, but not yet carried out.
     void read(std::string_view content) {
         const TemporaryFile input(content);
         readCommands(input.descriptor(), platform.loop, worker);
@@ -98,7 +98,7 @@ TEST_F(CommandReader, doesNothingOnceTheWorkerIsGone) {
     platform.loop.runPosted();
     EXPECT_EQ(messages(), std::vector<Json>());
     EXPECT_EQ(pasteboard().calls(), std::vector<std::string>());
-    EXPECT_TRUE(platform.loop.wasToldToStopWaiting()); // the loop is woken all the same
+    EXPECT_TRUE(platform.loop.wasToldToStopWaiting()); // the loop is woken nevertheless
 }
 
 } // namespace

@@ -20,7 +20,7 @@ inline bool isDropped(std::string_view text) {
     return !decodeLine(text).has_value();
 }
 
-/// The command, if the line holds one of that kind.
+/// nullopt unless the line is a command of that type.
 template <typename Command>
 std::optional<Command> decodeLineAs(std::string_view text) {
     const auto command = decodeLine(text);
@@ -28,7 +28,7 @@ std::optional<Command> decodeLineAs(std::string_view text) {
     return one == nullptr ? std::nullopt : std::optional(*one);
 }
 
-/// A line with the members that every command has, and these: `,"key":value` or nothing.
+/// A command line with the request identifier 7. `members` is empty or begins with a comma: `,"key":value`.
 inline std::string commandLine(std::string_view name, std::string_view members = {}) {
     return R"({"command":")" + std::string(name) + R"(","request_id":7)" + std::string(members) + "}";
 }

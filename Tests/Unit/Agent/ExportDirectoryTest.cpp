@@ -47,7 +47,7 @@ TEST(ExportDirectory, waitsForARunningWriteBeforeItIsRemoved) {
         static_cast<void>(directory.whileThere([&] {
             writing = true;
             writing.notify_one();
-            for (int i = 0; i < 200; ++i) // makes and fills while the other thread already wants to remove
+            for (int i = 0; i < 200; ++i) // creates and fills it while the other thread waits to remove it
                 std::ofstream(directory.path() / std::to_string(i)) << "a";
         }));
     });

@@ -11,7 +11,7 @@
 
 namespace tavel {
 
-/// A worker whose exports the test lets run when it wants to.
+/// A worker whose exports run when the test says so.
 class ExportFixture : public WorkerFixture {
 protected:
     using Events = std::vector<Json>;
@@ -22,7 +22,7 @@ protected:
     void copy(std::vector<Representation> item);
     void copyPng(std::string_view content) { copy({representation(pasteboardType::png, content)}); }
 
-    /// What lies in the export directory, sorted.
+    /// The names in the export directory, sorted.
     Names exported() const { return namesIn(worker->exportDirectory()); }
 
     static Names namesIn(const std::filesystem::path& directory);
@@ -30,7 +30,7 @@ protected:
     static void writeFile(const std::filesystem::path& file, std::string_view content);
     static std::filesystem::perms permissionsOf(const std::filesystem::path& path);
 
-    /// The paths in the one event, which has to be of that kind.
+    /// The paths in the one event. Expects that kind.
     static std::vector<std::string> pathsIn(const Events& events, std::string_view kind);
 
     bool isExportHeld() const { return platform.loop.heldBackgroundJobs() > 0; }

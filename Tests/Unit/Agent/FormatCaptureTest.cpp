@@ -27,7 +27,7 @@ protected:
         return {std::string(type), Bytes::adopt(std::move(content))};
     }
 
-    /// What is published for what is on the pasteboard now.
+    /// Exports the current content; returns the published paths.
     std::vector<std::filesystem::path> publishedPaths() {
         EXPECT_EQ(polled(), Events{announcement(pasteboard().changeCount())});
         const auto paths = pathsIn(finished(), "formats");
@@ -96,7 +96,7 @@ TEST_F(FormatCapture, exportsEachFormatThatIsMoreThanTextOrPng) {
         SCOPED_TRACE(format.name);
         copy({representation(format.type, content)});
         const auto paths = publishedPaths();
-        ASSERT_EQ(paths.size(), 1U); // nothing here can be converted to PNG
+        ASSERT_EQ(paths.size(), 1U); // none of these converts to PNG
         EXPECT_EQ(paths[0].filename(), format.name);
         EXPECT_EQ(contentOf(paths[0]), content);
     }
@@ -136,7 +136,7 @@ TEST_F(FormatCapture, warnsWhenNothingIsReadableAndNamesTheTypesThatCouldHaveBee
 }
 
 TEST_F(FormatCapture, goesOnToThePictureAfterThatWarning) {
-    const std::string picture = scriptedPicture("jpeg", 2, 3); // under the name of TIFF
+    const std::string picture = scriptedPicture("jpeg", 2, 3); // with the type of TIFF
     copy({representation(pasteboardType::tiff, picture)});
     EXPECT_EQ(polled(), (Events{announcement(42),
                                 warning("Presse-papiers : formats annoncés mais aucune représentation "
@@ -145,7 +145,7 @@ TEST_F(FormatCapture, goesOnToThePictureAfterThatWarning) {
 }
 
 TEST_F(FormatCapture, goesOnToTheTextAfterThatWarning) {
-    // An empty text is no valid representation, and yet a text.
+    // An empty text is no valid representation, but still a text.
     copy({representation(html, ""), representation(pasteboardType::string, "")});
     EXPECT_EQ(polled(),
               (Events{announcement(42),

@@ -5,7 +5,7 @@ namespace {
 
 constexpr std::string_view html = "public.html";
 
-/// What becomes of an export once it has begun.
+/// An export from its start to its publication.
 class FormatExporting : public ExportFixture {
 protected:
     void copyHtml(std::string_view content = "a") { copy({representation(html, content)}); }
@@ -15,7 +15,7 @@ protected:
         return std::filesystem::path(pathsIn(finished(), "formats").at(0)).parent_path();
     }
 
-    /// The job runs, and warns that it could not write.
+    /// Runs the job, and expects a warning that it could not write.
     void expectWriteFailure(std::string_view domainAndCode) {
         EXPECT_EQ(polled(), Events{announcement(pasteboard().changeCount())});
         EXPECT_EQ(finished(), Events{warning("Presse-papiers : échec de préparation des formats (" +
@@ -50,7 +50,7 @@ TEST_F(FormatExporting, comesBackInTheNextTickWhileAnotherExportRuns) {
     for (int tick = 0; tick < 3; ++tick)
         EXPECT_EQ(polled(), Events{announcement(43)});
     for (const std::string& call : pasteboard().calls())
-        EXPECT_NE(call, "data public.html"); // nothing is read in vain
+        EXPECT_NE(call, "data public.html"); // no data is read without the slot
     EXPECT_EQ(platform.loop.heldBackgroundJobs(), 1U);
     EXPECT_EQ(finished(), Events());
     EXPECT_EQ(contentOf(publishedDirectory() / "text.html"), "2");
@@ -72,7 +72,7 @@ TEST_F(FormatExporting, readsNothingInTheBackground) {
     pasteboard().forgetCalls();
     platform.loop.runBackgroundJobs();
     EXPECT_EQ(pasteboard().calls(), std::vector<std::string>());
-    EXPECT_EQ(messages(), Events()); // and says nothing from there
+    EXPECT_EQ(messages(), Events()); // and sends no message itself
 }
 
 TEST_F(FormatExporting, deletesTheDirectoryWhenTheContentHasChanged) {
@@ -124,7 +124,7 @@ TEST_F(FormatExporting, makesTheExportDirectoryWhenItIsMissing) {
 }
 
 TEST_F(FormatExporting, warnsWhenTheDirectoryCannotBeMade) {
-    // A file where a directory should be.
+    // A file in place of the directory.
     std::filesystem::remove_all(worker->exportDirectory());
     writeFile(worker->exportDirectory(), "a");
     copyHtml();
@@ -138,7 +138,7 @@ TEST_F(FormatExporting, makesNothingAfterTheEnd) {
     copyHtml();
     static_cast<void>(polled());
     const std::filesystem::path directory = worker->exportDirectory();
-    commands.closeWriter(); // the reader of commands is one of the jobs
+    commands.closeWriter(); // the command reader is one of the jobs
     platform.loop.planPass([this] { worker->stop(); });
     worker->run();
     EXPECT_TRUE(worker->isExporting());

@@ -13,7 +13,7 @@ protected:
         return scriptedPicture(pngSignature, width, height);
     }
 
-    /// The file that is published for what is on the pasteboard now.
+    /// Exports the current content; returns the published file.
     std::string publishedFile(std::string_view marker = "") {
         EXPECT_EQ(polled(), Events{announcement(pasteboard().changeCount(), marker)});
         return pathsIn(finished(), "image").at(0);
@@ -123,12 +123,12 @@ TEST_F(ImageCapture, saysNothingMoreOfAPictureThatIsNotDelivered) {
 }
 
 TEST_F(ImageCapture, takesTheTiffWhenThePngIsNotDelivered) {
-    // It is no TIFF by its signature, or it would have been exported as a format.
+    // It lacks the signature of TIFF: otherwise it would be exported as a format.
     pasteboard().withhold(pasteboardType::png);
     copy({representation(pasteboardType::png, png()),
           representation(pasteboardType::tiff, scriptedPicture("other", 4, 5))});
     const Events events = polled();
-    ASSERT_EQ(events.size(), 2U); // the announcement, and a warning of the formats
+    ASSERT_EQ(events.size(), 2U); // the announcement, and a warning about the formats
     EXPECT_EQ(contentOf(pathsIn(finished(), "image").at(0)), png(4, 5));
 }
 

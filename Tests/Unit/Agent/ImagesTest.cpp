@@ -80,7 +80,7 @@ TEST(Images, neverConvertWhatIsTooLarge) {
     EXPECT_TRUE(codec.converted.empty());
 }
 
-TEST(Images, areNothingWhenTheyCannotBeConverted) {
+TEST(Images, areNulloptWhenTheyCannotBeConverted) {
     ScriptedImageCodec codec;
     codec.converts = false;
     EXPECT_FALSE(pngImage(codec, picture(2, 3)));

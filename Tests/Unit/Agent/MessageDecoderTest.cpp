@@ -16,7 +16,7 @@ namespace {
 
 using Paths = std::vector<std::string>;
 
-/// The message, if the line holds one of that type.
+/// nullopt unless the line is a message of that type.
 template <typename Message>
 std::optional<Message> decodedAs(std::string_view line) {
     const auto message = decodeMessage(line);

@@ -45,7 +45,7 @@ TEST(Output, writesNothingOfAMessageThatIsNotValid) {
 }
 
 TEST(Output, neverMixesTheLinesOfTwoThreads) {
-    // Longer than a pipe takes in one piece, so that a line without the lock would be torn.
+    // Longer than a pipe's capacity, so that lines would interleave without the lock.
     constexpr std::size_t length = 100'000;
     constexpr int rounds = 50;
     Pipe pipe;
@@ -82,7 +82,7 @@ TEST(Output, dropsWhatCannotBeWritten) {
     pipe.closeReader();
     Output output(pipe.writer());
     output.emit(message("lost"));
-    output.emit(message("lost too")); // and the lock is free again
+    output.emit(message("lost too")); // the lock is free again
 }
 
 } // namespace

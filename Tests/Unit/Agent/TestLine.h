@@ -11,8 +11,8 @@
 
 namespace tavel {
 
-/// A line as a LineReader hands it out: its terminator and another line stand behind it, and not one byte
-/// more than a reader of the line may look at.
+/// A line as LineReader returns it: behind it follow its terminator and more text, exactly as many bytes as a
+/// decoder may read there.
 class TestLine {
 public:
     enum class Kind { lent, owned };
@@ -25,7 +25,7 @@ public:
         *behind = '\n';
     }
 
-    /// For an owned line: lets go of the bytes.
+    /// Gives up the bytes of an owned line.
     LineReader::Line take() {
         const std::span<char> text(bytes_.get(), size_);
         if (kind_ == Kind::lent)

@@ -17,7 +17,7 @@
 
 namespace tavel {
 
-/// A worker on a platform in the test's hand; the parent's ends are a pipe and a file.
+/// A worker on a platform that the test controls. Its input is a pipe, its output a file.
 class WorkerFixture : public testing::Test {
 protected:
     using Json = nlohmann::json;
@@ -27,28 +27,28 @@ protected:
     void makeWorker(std::int32_t parentPID = 0,
                     const std::optional<std::string>& pasteboardName = std::nullopt);
 
-    /// What the worker sends when it looks at the pasteboard now.
+    /// Polls; returns the messages.
     std::vector<Json> polled();
 
-    /// What the worker sends when the background job that is held runs now, and then what it posted.
+    /// Runs the held background jobs and what they post; returns the messages.
     std::vector<Json> finished();
 
-    /// What the worker sent since the last time that it was asked for.
+    /// The messages since the last call.
     std::vector<Json> messages();
 
-    /// The one reply to a command that the worker carries out now.
+    /// Carries out the command; returns its one reply.
     Json replyTo(ClipboardCommand command);
 
     static Json success(std::uint64_t requestID, std::int64_t sequence);
     static Json failure(std::uint64_t requestID, std::string_view reason, std::int64_t sequence);
 
-    /// The event that announces a change before its content is looked at.
+    /// The event that announces a change.
     static Json announcement(std::int64_t sequence, std::string_view marker = "");
 
     static Json textEvent(std::string_view base64, std::size_t bytes, std::int64_t sequence,
                           std::string_view marker = "");
 
-    /// The event of a content that is described by paths.
+    /// The event that describes a content by paths.
     static Json pathsEvent(std::string_view kind, const std::vector<std::string>& paths,
                            std::int64_t sequence, std::string_view marker = "");
 
@@ -56,7 +56,7 @@ protected:
 
     static Representation representation(std::string_view type, std::string_view content);
 
-    /// Whether the text has the canonical form of a UUID, in upper case.
+    /// Whether the text is a UUID in upper case.
     static bool isUuid(std::string_view text);
 
     TestPlatform platform;

@@ -63,7 +63,7 @@ TEST_F(WriteFormats, leavesTheContentAloneWhenAFormatIsRefused) {
     EXPECT_EQ(pasteboard().content(pasteboardType::string), "before");
 }
 
-TEST_F(WriteFormats, doesNotAskWhetherTheMarkerIsWelcome) {
+TEST_F(WriteFormats, doesNotAskWhetherThePasteboardTakesTheMarker) {
     pasteboard().refuse(Operation::canHold, markerType);
     EXPECT_EQ(replyTo(writeFormats(makeFiles())), success(7, 42));
 }
@@ -92,7 +92,7 @@ TEST_F(WriteFormats, comparesTheContentAgainAfterTheFilesWereRead) {
     EXPECT_EQ(replyTo(writeFormats(makeFiles(), 41)), success(7, 42));
     int readings = 0;
     pasteboard().onCountRead([&] {
-        if (++readings == 1) // somebody copies while the files are read
+        if (++readings == 1) // another program copies meanwhile
             pasteboard().copyFromOutside("b");
     });
     EXPECT_EQ(replyTo(writeFormats(makeFiles(), 42)), failure(7, changedDuringTransfer, 43));

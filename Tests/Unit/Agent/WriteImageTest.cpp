@@ -30,7 +30,7 @@ protected:
         EXPECT_EQ(pasteboard().changeCount(), 41);
     }
 
-    /// A file of that content, of `size` bytes in all if that is more.
+    /// Writes a file with that content, padded to `size` bytes if that is more.
     std::string makeFile(std::string_view content, std::uintmax_t size = 0) const {
         const std::filesystem::path file = platform.scratch / "picture";
         writeFile(file, content);
