@@ -3,7 +3,7 @@
 #include "Console/HumanText.h"
 #include "Support/Error.h"
 #include "Support/InputFile.h"
-#include "Support/Utf8.h"
+#include "Support/Text.h"
 #include "TavelClipboardAgent/main/Protocol/AgentMessage.h"
 
 #include <glib.h>
