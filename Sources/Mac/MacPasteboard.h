@@ -5,6 +5,8 @@
 
 #import <AppKit/AppKit.h>
 
+#include <functional>
+
 namespace tavel {
 
 /// A pasteboard of the pasteboard server. What is written is there as a whole with each call, and outlives
@@ -26,22 +28,17 @@ public:
     std::optional<Bytes> string(std::string_view type) override;
     std::optional<Bytes> data(std::string_view type) override;
     std::vector<std::string> filePaths() override;
-    std::int64_t clearContents() override;
-    bool setString(std::string_view text, std::string_view type) override;
-    bool setData(const Bytes& data, std::string_view type) override;
     bool canHold(const Representation& representation) override;
-    bool writeItems(std::span<const PasteboardItem> items) override;
+    std::optional<std::int64_t> replaceWithValues(std::span<const PasteboardValue> values) override;
+    std::optional<std::int64_t> replaceWithItems(std::span<const PasteboardItem> items) override;
     bool addTypes(std::span<const Representation> representations) override;
-    bool update(const std::function<bool()>& steps) override;
 
 private:
     std::optional<std::int64_t> countFromServer();
-    bool isOurs();
-    bool wrote(bool written);
+    std::optional<std::int64_t> replace(const std::function<bool(NSPasteboard* _Nonnull)>& write);
 
     Retained<NSPasteboard> pasteboard_;
-    std::int64_t lastCount_ = 0;           // that the server said, for when it does not
-    std::optional<std::int64_t> ownCount_; // of the content that this object cleared the pasteboard for
+    std::int64_t lastCount_ = 0; // the server's last answer, for when it gives none
 };
 
 } // namespace tavel

@@ -7,6 +7,7 @@
 #include "Platform/PasteboardTypes.h"
 #include "Support/Text.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tavel {
@@ -69,6 +70,17 @@ bool setStringOf(NSPasteboard* pasteboard, std::string_view text, std::string_vi
     NSString* const string = stringFromUtf8(text);
     NSString* const named = typeFrom(type);
     return string != nil && named != nil && [pasteboard setString:string forType:named];
+}
+
+bool setDataOf(NSPasteboard* pasteboard, const Bytes& data, std::string_view type) {
+    NSString* const named = typeFrom(type);
+    return named != nil && [pasteboard setData:dataSharing(data) forType:named];
+}
+
+bool setValueOf(NSPasteboard* pasteboard, const PasteboardValue& value) {
+    return value.form == PasteboardValue::Form::text
+               ? setStringOf(pasteboard, value.bytes.view(), value.type)
+               : setDataOf(pasteboard, value.bytes, value.type);
 }
 
 } // namespace
@@ -154,45 +166,21 @@ std::vector<std::string> MacPasteboard::filePaths() {
     });
 }
 
-std::int64_t MacPasteboard::clearContents() {
-    ownCount_ = unlessRaised(std::optional<std::int64_t>(),
-                             [&] { return std::optional<std::int64_t>([pasteboard_.get() clearContents]); });
-    return ownCount_ ? *ownCount_ : changeCount();
-}
-
-/// The system asks only whether it was this process that cleared the pasteboard.
-bool MacPasteboard::isOurs() {
-    return pasteboard_ && ownCount_ && countFromServer() == ownCount_;
-}
-
-/// The content stays ours, whether or not the system counts such a step.
-bool MacPasteboard::wrote(bool written) {
-    if (written)
-        ownCount_ = changeCount();
-    return written;
-}
-
-bool MacPasteboard::setString(std::string_view text, std::string_view type) {
-    return isOurs() && wrote(unlessRaised(false, [&] { return setStringOf(pasteboard_.get(), text, type); }));
-}
-
-bool MacPasteboard::setData(const Bytes& data, std::string_view type) {
-    return isOurs() && wrote(unlessRaised(false, [&] {
-               NSString* const named = typeFrom(type);
-               return named != nil && [pasteboard_.get() setData:dataSharing(data) forType:named];
-           }));
-}
-
 bool MacPasteboard::canHold(const Representation& representation) {
     return unlessRaised(false, [&] { return itemOf({&representation, 1}) != nil; });
 }
 
-bool MacPasteboard::writeItems(std::span<const PasteboardItem> items) {
-    if (!isOurs())
-        return false;
-    if (items.empty())
-        return true;
-    return wrote(unlessRaised(false, [&] {
+std::optional<std::int64_t> MacPasteboard::replaceWithValues(std::span<const PasteboardValue> values) {
+    return replace([&](NSPasteboard* pasteboard) {
+        return std::ranges::all_of(values,
+                                   [&](const PasteboardValue& value) { return setValueOf(pasteboard, value); });
+    });
+}
+
+std::optional<std::int64_t> MacPasteboard::replaceWithItems(std::span<const PasteboardItem> items) {
+    return replace([&](NSPasteboard* pasteboard) {
+        if (items.empty())
+            return true;
         NSMutableArray<NSPasteboardItem*>* const objects = [NSMutableArray arrayWithCapacity:items.size()];
         for (const PasteboardItem& one : items) {
             NSPasteboardItem* const item = itemOf(one);
@@ -200,14 +188,27 @@ bool MacPasteboard::writeItems(std::span<const PasteboardItem> items) {
                 return false;
             [objects addObject:item];
         }
-        return [pasteboard_.get() writeObjects:objects] != NO;
-    }));
+        return [pasteboard writeObjects:objects] != NO;
+    });
+}
+
+/// Clears the pasteboard and lets `write` fill it. The system refuses what is written if another program has
+/// cleared the pasteboard meanwhile.
+std::optional<std::int64_t>
+MacPasteboard::replace(const std::function<bool(NSPasteboard* _Nonnull)>& write) {
+    const bool written = unlessRaised(false, [&] {
+        NSPasteboard* const pasteboard = pasteboard_.get();
+        if (pasteboard == nil)
+            return false;
+        [pasteboard clearContents];
+        return write(pasteboard);
+    });
+    return written ? std::optional(changeCount()) : std::nullopt;
 }
 
 /// What is added are words about the content (where it lies as a file, where that came from).
 bool MacPasteboard::addTypes(std::span<const Representation> representations) {
-    const bool wasOurs = isOurs();
-    const bool added = unlessRaised(false, [&] {
+    return unlessRaised(false, [&] {
         NSArray<NSString*>* const types = typesOf(representations);
         if ([types count] == 0 || [types count] != representations.size() ||
             [[pasteboard_.get() types] count] == 0 || [pasteboard_.get() addTypes:types owner:nil] == 0)
@@ -220,13 +221,6 @@ bool MacPasteboard::addTypes(std::span<const Representation> representations) {
         }
         return firstIsThere;
     });
-    if (wasOurs)
-        ownCount_ = changeCount();
-    return added;
-}
-
-bool MacPasteboard::update(const std::function<bool()>& steps) {
-    return steps();
 }
 
 } // namespace tavel

@@ -3,7 +3,6 @@
 #include "Support/Bytes.h"
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -21,17 +20,27 @@ struct Representation {
 /// One thing on a pasteboard (a file, a piece of text) in its several types.
 using PasteboardItem = std::vector<Representation>;
 
+/// A representation that is written by itself: as data, or as text in UTF-8 without a terminator, from which
+/// a platform may derive older text types.
+struct PasteboardValue {
+    enum class Form { text, data };
+
+    std::string type;
+    Form form = Form::data;
+    Bytes bytes;
+};
+
 /// A pasteboard that programs share, in AppKit's vocabulary. Its content is a list of items; the change count
 /// numbers the contents. Main thread only.
 ///
-/// The change count never goes back. It moves by one when anybody clears the pasteboard or adds types to its
-/// content; writing after one's own clear does not move it. It can be read at any time and is up to date.
+/// The change count never goes back. It moves by one when anybody replaces the content or adds types to it.
 ///
 /// A pasteboard that cannot be reached holds nothing and refuses every write; no operation throws.
 class Pasteboard {
 public:
     virtual ~Pasteboard() = default;
 
+    /// The change count, up to date.
     virtual std::int64_t changeCount() = 0;
 
     /// The change count as far as news of it has come in by itself. Costs no request to another process, and
@@ -45,45 +54,39 @@ public:
     virtual std::optional<std::string> availableType(std::span<const std::string_view> wanted) = 0;
 
     /// The text under `type`, in UTF-8 without a terminator. Of public.utf8-plain-text the texts of all items
-    /// that have it, joined by line feeds; of any other type the first item's. Nothing if no item has the
-    /// type, or if what it has is no text. Another program may have to deliver the data: this can block until
-    /// it did or the platform's time limit passed.
+    /// that have it, joined by line feeds; of any other type the first item's. nullopt if no item has the
+    /// type, or if its data is no text. Another program may have to deliver the data: the call blocks until
+    /// it has done so or the platform's time limit has passed.
     virtual std::optional<Bytes> string(std::string_view type) = 0;
 
     /// The data under `type` of the first item that has it. Can block like `string`.
     virtual std::optional<Bytes> data(std::string_view type) = 0;
 
     /// The paths that the items' file URLs name, in item order. An item without a file URL, or whose URL
-    /// names no local path in UTF-8, is left out.
+    /// names no local path in UTF-8, is left out. Can block like `string`.
     virtual std::vector<std::string> filePaths() = 0;
 
-    /// Removes the content, takes the pasteboard over and gives the new change count (the old one if the
-    /// pasteboard cannot be changed).
-    virtual std::int64_t clearContents() = 0;
-
-    /// Puts data under `type` on the first item, which comes into being with it; data that is there is
-    /// replaced. False unless this object cleared the pasteboard and nobody else has since, and when the
-    /// platform refuses the type or the data. After a failure the content is what it was before.
-    virtual bool setString(std::string_view text, std::string_view type) = 0;
-    virtual bool setData(const Bytes& data, std::string_view type) = 0;
-
-    /// Whether an item may hold this representation at all. Tells before anything is cleared that writing it
+    /// Whether an item may hold this representation at all. Tells before anything is replaced that writing it
     /// would fail, as far as the platform can tell.
     virtual bool canHold(const Representation& representation) = 0;
 
-    /// Adds items behind those that are there, all or none. Fails like `setData`.
-    virtual bool writeItems(std::span<const PasteboardItem> items) = 0;
+    /// Replaces the content with one item that has these values, which are written one after the other; of
+    /// two values of one type the item keeps the second. Without values the pasteboard is cleared. Gives the
+    /// change count of the new content.
+    ///
+    /// The replacement is one change: where the platform can, other programs see the content from before or
+    /// the one from after. nullopt if the platform refuses a value or the write fails. The pasteboard is then
+    /// cleared, where the platform can still clear it, but for values before the refused one.
+    virtual std::optional<std::int64_t> replaceWithValues(std::span<const PasteboardValue> values) = 0;
+
+    /// Replaces the content with these items, as `replaceWithValues` does. After a failure none of them is
+    /// there.
+    virtual std::optional<std::int64_t> replaceWithItems(std::span<const PasteboardItem> items) = 0;
 
     /// Adds types to the first item of the current content, whoever wrote it; everything else stays. This
     /// makes a new content: the change count moves. False if the first of them was not added: there is no
     /// item, or the platform refused. A platform may then still fail to add others, without saying.
     virtual bool addTypes(std::span<const Representation> representations) = 0;
-
-    /// Runs `steps`, which calls this object's operations, as one change: where the platform can, other
-    /// programs see the content from before or the one from after, nothing in between. True if the steps
-    /// returned true and what they wrote is there. Otherwise what they wrote is lost in part or whole; their
-    /// clearing holds where the platform can still clear at all. Not nested.
-    virtual bool update(const std::function<bool()>& steps) = 0;
 };
 
 } // namespace tavel

@@ -80,6 +80,16 @@ std::vector<std::string> fileUrls(const Items& items) {
     return urls;
 }
 
+std::optional<Items> fromValues(std::span<const PasteboardValue> values) {
+    Items items;
+    for (const PasteboardValue& value : values) {
+        if (value.form == PasteboardValue::Form::text && !isUtf8(value.bytes.view()))
+            return std::nullopt;
+        putOnFirstItem(items, value.type, value.bytes);
+    }
+    return items;
+}
+
 void putOnFirstItem(Items& items, std::string_view type, const Bytes& data) {
     if (items.empty())
         items.emplace_back();

@@ -18,7 +18,11 @@ std::optional<std::string> available(std::span<const std::string> present,
 /// The data under public.file-url of all items that have it, in item order.
 std::vector<std::string> fileUrls(const Items& items);
 
-/// Puts data under `type` on the first item, which comes into being with it.
+/// The content that the values make when they are written one after the other. nullopt if one that is to be
+/// text is not UTF-8.
+std::optional<Items> fromValues(std::span<const PasteboardValue> values);
+
+/// Puts data under `type` on the first item, which is created if there is none.
 void putOnFirstItem(Items& items, std::string_view type, const Bytes& data);
 
 } // namespace tavel::pasteboardItems

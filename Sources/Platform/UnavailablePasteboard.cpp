@@ -30,32 +30,20 @@ std::vector<std::string> UnavailablePasteboard::filePaths() {
     return {};
 }
 
-std::int64_t UnavailablePasteboard::clearContents() {
-    return 0;
-}
-
-bool UnavailablePasteboard::setString(std::string_view, std::string_view) {
-    return false;
-}
-
-bool UnavailablePasteboard::setData(const Bytes&, std::string_view) {
-    return false;
-}
-
 bool UnavailablePasteboard::canHold(const Representation&) {
-    return true; // nothing can be written, but not because of what it is
+    return true; // the content is not to blame for the refusal of every write
 }
 
-bool UnavailablePasteboard::writeItems(std::span<const PasteboardItem>) {
-    return false;
+std::optional<std::int64_t> UnavailablePasteboard::replaceWithValues(std::span<const PasteboardValue>) {
+    return std::nullopt;
+}
+
+std::optional<std::int64_t> UnavailablePasteboard::replaceWithItems(std::span<const PasteboardItem>) {
+    return std::nullopt;
 }
 
 bool UnavailablePasteboard::addTypes(std::span<const Representation>) {
     return false;
-}
-
-bool UnavailablePasteboard::update(const std::function<bool()>& steps) {
-    return steps();
 }
 
 } // namespace tavel

@@ -14,13 +14,10 @@ public:
     std::optional<Bytes> string(std::string_view type) override;
     std::optional<Bytes> data(std::string_view type) override;
     std::vector<std::string> filePaths() override;
-    std::int64_t clearContents() override;
-    bool setString(std::string_view text, std::string_view type) override;
-    bool setData(const Bytes& data, std::string_view type) override;
     bool canHold(const Representation& representation) override;
-    bool writeItems(std::span<const PasteboardItem> items) override;
+    std::optional<std::int64_t> replaceWithValues(std::span<const PasteboardValue> values) override;
+    std::optional<std::int64_t> replaceWithItems(std::span<const PasteboardItem> items) override;
     bool addTypes(std::span<const Representation> representations) override;
-    bool update(const std::function<bool()>& steps) override;
 };
 
 } // namespace tavel

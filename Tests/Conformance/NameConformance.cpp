@@ -46,7 +46,7 @@ TEST_P(PasteboardConformance, clearingOnePasteboardLeavesTheOthers) {
         counts.push_back(pasteboards.back()->changeCount());
     }
     for (std::size_t cleared = 0; cleared < pasteboardCount; cleared += 3) {
-        pasteboards[cleared]->clearContents();
+        clear(*pasteboards[cleared]);
         ++counts[cleared];
     }
     for (std::size_t index = 0; index < pasteboardCount; ++index) {

@@ -43,6 +43,7 @@ std::string backendLabel(const testing::TestParamInfo<PasteboardBackendMaker>& i
 class PasteboardConformance : public testing::TestWithParam<PasteboardBackendMaker> {
 protected:
     using Items = std::vector<PasteboardItem>;
+    using Values = std::vector<PasteboardValue>;
 
     static constexpr std::string_view someType = "net.example.some";
     static constexpr std::string_view otherType = "net.example.other";
@@ -50,9 +51,15 @@ protected:
 
     PasteboardConformance();
 
-    /// Replaces the content as a program that copies one text does.
+    /// Replaces the content, which has to succeed.
     static void copyText(Pasteboard& pasteboard, std::string_view text);
+    static void copyData(Pasteboard& pasteboard, const Bytes& data, std::string_view type);
+    static void copyItems(Pasteboard& pasteboard, const Items& items);
 
+    static void clear(Pasteboard& pasteboard) { copyItems(pasteboard, {}); }
+
+    static PasteboardValue textValue(std::string_view type, std::string_view text);
+    static PasteboardValue dataValue(std::string_view type, std::string_view data);
     static Representation representation(std::string_view type, std::string_view data);
     static PasteboardItem textItem(std::string_view text);
     static PasteboardItem fileUrlItem(std::string_view url);
@@ -62,7 +69,7 @@ protected:
     static std::optional<std::string> textOf(Pasteboard& pasteboard, std::string_view type);
     static std::optional<std::string> textOf(Pasteboard& pasteboard);
 
-    /// Bytes of every value in no simple period, so that a page or a block in the wrong place shows.
+    /// Pseudo-random bytes, so that a page or a block in the wrong place shows.
     static Bytes patternOf(std::size_t size, std::uint32_t seed);
 
     std::unique_ptr<PasteboardBackend> backend;
@@ -71,8 +78,8 @@ protected:
     std::shared_ptr<Pasteboard> theirs; // the same pasteboard, another program's object
 };
 
-/// Only for backends whose platform can show other programs an update as one change.
-class UpdateIsolationConformance : public PasteboardConformance {};
+/// Only for backends whose platform shows other programs a replacement as one change.
+class ReplacementIsolationConformance : public PasteboardConformance {};
 
 /// Only for backends whose platform keeps the items of another program's content apart.
 class ItemConformance : public PasteboardConformance {};

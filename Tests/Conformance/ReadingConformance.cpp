@@ -9,13 +9,12 @@ namespace tavel {
 using namespace std::string_literals;
 
 TEST_P(PasteboardConformance, typesAreGivenOnceInTheOrderOfTheirFirstOccurrence) {
-    ours->clearContents();
-    ASSERT_TRUE(ours->writeItems(Items{
+    copyItems(*ours, Items{
         {representation("net.example.b", "1"), representation("net.example.a", "2")},
         {representation("net.example.c", "3"), representation("net.example.b", "4"),
          representation("net.example.0", "5")},
         {representation("net.example.a", "6")},
-    }));
+    });
     const std::vector<std::string> expected{"net.example.b", "net.example.a", "net.example.c",
                                             "net.example.0"};
     EXPECT_EQ(ours->types(), expected);
@@ -23,8 +22,8 @@ TEST_P(PasteboardConformance, typesAreGivenOnceInTheOrderOfTheirFirstOccurrence)
 }
 
 TEST_P(PasteboardConformance, theAvailableTypeIsTheFirstWantedOneThatSomeItemHas) {
-    copyText(*ours, "text");
-    ASSERT_TRUE(ours->writeItems(Items{{representation(someType, "1")}, {representation(otherType, "2")}}));
+    copyItems(*ours,
+              Items{textItem("text"), {representation(someType, "1")}, {representation(otherType, "2")}});
     using Wanted = std::vector<std::string_view>;
     EXPECT_EQ(theirs->availableType(Wanted{otherType, pasteboardType::string}), otherType);
     EXPECT_EQ(theirs->availableType(Wanted{pasteboardType::string, otherType}), pasteboardType::string);
@@ -35,37 +34,33 @@ TEST_P(PasteboardConformance, theAvailableTypeIsTheFirstWantedOneThatSomeItemHas
 }
 
 TEST_P(PasteboardConformance, dataComesFromTheFirstItemThatHasTheType) {
-    ours->clearContents();
-    ASSERT_TRUE(ours->writeItems(Items{
+    copyItems(*ours, Items{
         {representation(someType, "some of the first")},
         {representation(otherType, "other of the second"), representation(someType, "some of the second")},
         {representation(otherType, "other of the third")},
-    }));
+    });
     EXPECT_EQ(dataOf(*theirs, someType), "some of the first");
     EXPECT_EQ(dataOf(*theirs, otherType), "other of the second");
     EXPECT_EQ(dataOf(*theirs, "net.example.absent"), std::nullopt);
 }
 
 TEST_P(PasteboardConformance, thePlainTextsOfAllItemsAreJoinedByLineFeeds) {
-    ours->clearContents();
-    ASSERT_TRUE(ours->writeItems(Items{
-        textItem("first"), {representation(someType, "no plain text")}, textItem(""), textItem("last\n")}));
+    copyItems(*ours, Items{
+        textItem("first"), {representation(someType, "no plain text")}, textItem(""), textItem("last\n")});
     EXPECT_EQ(textOf(*theirs), "first\n\nlast\n");
 }
 
 TEST_P(ItemConformance, dataOfTheTextTypeIsTheFirstItemsAlone) {
-    ours->clearContents();
-    ASSERT_TRUE(ours->writeItems(Items{textItem("first"), textItem("second")}));
+    copyItems(*ours, Items{textItem("first"), textItem("second")});
     EXPECT_EQ(dataOf(*theirs, pasteboardType::string), "first");
 }
 
 TEST_P(PasteboardConformance, textOfAnyOtherTypeIsTheFirstItemsAlone) {
-    ours->clearContents();
     std::vector<PasteboardItem> items{textItem("no marker here")};
     for (const std::string_view marker : {"one", "two", "three"})
         items.push_back({representation(pasteboardType::fileUrl, "file:///tmp/x"), //
                          representation(markerType, marker)});
-    ASSERT_TRUE(ours->writeItems(items));
+    copyItems(*ours, items);
     EXPECT_EQ(textOf(*theirs, markerType), "one");
     EXPECT_EQ(textOf(*theirs, pasteboardType::fileUrl), "file:///tmp/x");
     EXPECT_EQ(textOf(*theirs, "net.example.absent"), std::nullopt);
@@ -73,9 +68,8 @@ TEST_P(PasteboardConformance, textOfAnyOtherTypeIsTheFirstItemsAlone) {
 
 TEST_P(PasteboardConformance, dataThatIsNoUtf8IsNoText) {
     for (const std::string& data : {"\xFF\xFE"s, "caf\xE9"s, "\xC3"s, "\xED\xA0\x80"s, "\xC0\x80"s}) {
-        ours->clearContents();
-        ASSERT_TRUE(ours->setData(Bytes::copyOf(data), pasteboardType::string));
-        ASSERT_TRUE(ours->setData(Bytes::copyOf(data), someType));
+        ASSERT_TRUE(ours->replaceWithValues(
+            Values{dataValue(pasteboardType::string, data), dataValue(someType, data)}));
         EXPECT_EQ(textOf(*theirs), std::nullopt) << testing::PrintToString(data);
         EXPECT_EQ(textOf(*theirs, someType), std::nullopt) << testing::PrintToString(data);
         EXPECT_EQ(dataOf(*theirs, pasteboardType::string), data);
@@ -102,9 +96,8 @@ TEST_P(TrailingZeroConformance, zeroBytesAtTheEndOfATextArePartOfIt) {
 }
 
 TEST_P(PasteboardConformance, emptyDataIsThere) {
-    ours->clearContents();
-    ASSERT_TRUE(ours->setData(Bytes(), someType));
-    ASSERT_TRUE(ours->setString("", otherType));
+    ASSERT_TRUE(ours->replaceWithValues(
+        Values{{std::string(someType), PasteboardValue::Form::data, Bytes()}, textValue(otherType, "")}));
     EXPECT_EQ(theirs->types(), (std::vector{std::string(someType), std::string(otherType)}));
     EXPECT_EQ(dataOf(*theirs, someType), "");
     EXPECT_EQ(textOf(*theirs, otherType), "");
@@ -114,8 +107,7 @@ TEST_P(PasteboardConformance, dataKeepsEveryByteValue) {
     std::string data;
     for (int value = 0; value < 256; ++value)
         data.append(2, static_cast<char>(value));
-    ours->clearContents();
-    ASSERT_TRUE(ours->setData(Bytes::copyOf(data), pasteboardType::png));
+    copyData(*ours, Bytes::copyOf(data), pasteboardType::png);
     EXPECT_EQ(dataOf(*theirs, pasteboardType::png), data);
 }
 
@@ -123,47 +115,44 @@ TEST_P(PasteboardConformance, typesAreAnyIdentifiers) {
     const std::vector<std::string> identifiers{"net.example.unheard-of", "NET.EXAMPLE.UNHEARD-OF", "x",
                                                "net.example." + std::string(1000, 'l'),
                                                "net.example." + std::string(1000, 'l') + "2"};
-    ours->clearContents();
+    Values values;
     for (const std::string& identifier : identifiers)
-        ASSERT_TRUE(ours->setData(Bytes::copyOf("of " + identifier), identifier));
+        values.push_back(dataValue(identifier, "of " + identifier));
+    ASSERT_TRUE(ours->replaceWithValues(values));
     EXPECT_EQ(theirs->types(), identifiers);
     for (const std::string& identifier : identifiers)
         EXPECT_EQ(dataOf(*theirs, identifier), "of " + identifier);
 }
 
 TEST_P(PasteboardConformance, filePathsComeInItemOrder) {
-    ours->clearContents();
-    ASSERT_TRUE(ours->writeItems(Items{
+    copyItems(*ours, Items{
         fileUrlItem("file:///tmp/zebra"),
         {representation(someType, "in between"), representation(pasteboardType::fileUrl, "file:///tmp/ant")},
-        fileUrlItem("file:///tmp/zebra")}));
+        fileUrlItem("file:///tmp/zebra")});
     EXPECT_EQ(theirs->filePaths(), (std::vector<std::string>{"/tmp/zebra", "/tmp/ant", "/tmp/zebra"}));
 }
 
 TEST_P(PasteboardConformance, filePathsArePercentDecoded) {
-    ours->clearContents();
-    ASSERT_TRUE(ours->writeItems(Items{fileUrlItem("file:///tmp/two%20words%25"),
+    copyItems(*ours, Items{fileUrlItem("file:///tmp/two%20words%25"),
                                        fileUrlItem("file:///tmp/caf%C3%A9"), fileUrlItem("file:///tmp/a%2fb"),
-                                       fileUrlItem("file://localhost/tmp/here")}));
+                                       fileUrlItem("file://localhost/tmp/here")});
     EXPECT_EQ(theirs->filePaths(),
               (std::vector<std::string>{"/tmp/two words%", "/tmp/caf\xC3\xA9", "/tmp/a/b", "/tmp/here"}));
 }
 
 TEST_P(PasteboardConformance, aDirectorysPathEndsWithoutASlash) {
     const std::string directory = std::filesystem::temp_directory_path();
-    ours->clearContents();
-    ASSERT_TRUE(ours->writeItems(Items{fileUrlItem("file:///nowhere/folder/"),
-                                       fileUrlItem("file://" + directory + "/"), fileUrlItem("file:///")}));
+    copyItems(*ours, Items{fileUrlItem("file:///nowhere/folder/"),
+                                       fileUrlItem("file://" + directory + "/"), fileUrlItem("file:///")});
     EXPECT_EQ(theirs->filePaths(), (std::vector<std::string>{"/nowhere/folder", directory, "/"}));
 }
 
 TEST_P(PasteboardConformance, whatNamesNoLocalPathIsLeftOutOfTheFilePaths) {
-    ours->clearContents();
-    ASSERT_TRUE(ours->writeItems(
+    copyItems(*ours, 
         Items{fileUrlItem("https://example.net/file"), textItem("file:///tmp/only-text"),
               fileUrlItem("file://elsewhere.example.net/tmp/file"), fileUrlItem("file:///tmp/kept"),
               fileUrlItem("file:///tmp/not-utf8-%FF"), fileUrlItem("file:///tmp/cut-at-%00-here"),
-              fileUrlItem(""), fileUrlItem("/tmp/no-url")}));
+              fileUrlItem(""), fileUrlItem("/tmp/no-url")});
     EXPECT_EQ(theirs->filePaths(), std::vector<std::string>{"/tmp/kept"});
 }
 

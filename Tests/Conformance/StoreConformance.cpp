@@ -33,7 +33,7 @@ constexpr PasteboardBackendMaker headless{
 INSTANTIATE_TEST_SUITE_P(Backend, PasteboardConformance, testing::Values(headless), backendLabel);
 INSTANTIATE_TEST_SUITE_P(Backend, ItemConformance, testing::Values(headless), backendLabel);
 INSTANTIATE_TEST_SUITE_P(Backend, TrailingZeroConformance, testing::Values(headless), backendLabel);
-INSTANTIATE_TEST_SUITE_P(Backend, UpdateIsolationConformance, testing::Values(headless), backendLabel);
+INSTANTIATE_TEST_SUITE_P(Backend, ReplacementIsolationConformance, testing::Values(headless), backendLabel);
 INSTANTIATE_TEST_SUITE_P(Backend, GeneralPasteboardConformance, testing::Values(headless), backendLabel);
 
 } // namespace tavel

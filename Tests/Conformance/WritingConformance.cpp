@@ -1,6 +1,12 @@
 #include "Platform/PasteboardTypes.h"
 #include "Tests/Conformance/PasteboardConformance.h"
 
+#include <atomic>
+#include <chrono>
+#include <random>
+#include <set>
+#include <thread>
+
 namespace tavel {
 
 namespace {
@@ -10,82 +16,93 @@ constexpr std::size_t mebibyte = 1024 * kibibyte;
 
 } // namespace
 
-TEST_P(PasteboardConformance, setDataBringsTheFirstItemIntoBeing) {
-    ours->clearContents();
-    ASSERT_TRUE(ours->setData(Bytes::copyOf("data"), someType));
-    ASSERT_TRUE(ours->setString("text", otherType));
-    EXPECT_EQ(theirs->types(), (std::vector{std::string(someType), std::string(otherType)}));
-    EXPECT_EQ(dataOf(*theirs, someType), "data");
-    EXPECT_EQ(textOf(*theirs, otherType), "text");
-}
-
-TEST_P(PasteboardConformance, setDataReplacesWhatTheFirstItemHasUnderThatType) {
-    ours->clearContents();
-    ASSERT_TRUE(ours->writeItems(Items{
-        {representation(someType, "before"), representation(pasteboardType::string, "first")},
-        {representation(someType, "of the second item"), representation(pasteboardType::string, "second")},
-    }));
-    // Shorter, longer, and far longer than what was there.
-    for (const std::string& data : {std::string("a"), std::string(5000, 'b'), std::string(mebibyte, 'c')}) {
-        ASSERT_TRUE(ours->setData(Bytes::copyOf(data), someType));
-        EXPECT_TRUE(dataOf(*theirs, someType) == data) << data.size() << " bytes";
-        EXPECT_EQ(textOf(*theirs), "first\nsecond");
-        EXPECT_EQ(theirs->types(), (std::vector{std::string(someType), std::string(pasteboardType::string)}));
-    }
-    ASSERT_TRUE(ours->setString("new", pasteboardType::string));
-    EXPECT_EQ(textOf(*theirs), "new\nsecond");
-}
-
-TEST_P(PasteboardConformance, setDataPutsANewTypeOnTheFirstItemOnly) {
-    ours->clearContents();
-    ASSERT_TRUE(ours->writeItems(
-        Items{{representation(someType, "1")}, {representation(pasteboardType::string, "2")}}));
-    ASSERT_TRUE(ours->setString("1 too", pasteboardType::string));
-    EXPECT_EQ(textOf(*theirs), "1 too\n2");
+TEST_P(PasteboardConformance, theValuesMakeOneItem) {
+    ASSERT_TRUE(ours->replaceWithValues(
+        Values{dataValue(someType, "data"), textValue(pasteboardType::string, "text")}));
     EXPECT_EQ(theirs->types(), (std::vector{std::string(someType), std::string(pasteboardType::string)}));
+    EXPECT_EQ(dataOf(*theirs, someType), "data");
+    EXPECT_EQ(textOf(*theirs), "text");
 }
 
-TEST_P(PasteboardConformance, writtenItemsStandBehindThoseThatAreThere) {
-    copyText(*ours, "first");
-    ASSERT_TRUE(ours->writeItems(Items{textItem("second"), textItem("third")}));
-    ASSERT_TRUE(ours->writeItems(Items{textItem("fourth")}));
-    EXPECT_EQ(textOf(*theirs), "first\nsecond\nthird\nfourth");
+TEST_P(PasteboardConformance, aValueReplacesTheOneBeforeItOfTheSameType) {
+    // Shorter, longer, and far longer than the one before.
+    for (const std::string& data : {std::string("a"), std::string(5000, 'b'), std::string(mebibyte, 'c')}) {
+        ASSERT_TRUE(
+            ours->replaceWithValues(Values{dataValue(someType, "before"), textValue(otherType, "between"),
+                                           dataValue(someType, data), textValue(otherType, "new")}));
+        EXPECT_TRUE(dataOf(*theirs, someType) == data) << data.size() << " bytes";
+        EXPECT_EQ(textOf(*theirs, otherType), "new");
+        EXPECT_EQ(theirs->types(), (std::vector{std::string(someType), std::string(otherType)}));
+    }
+}
+
+TEST_P(PasteboardConformance, aNewContentReplacesTheWholeOldOne) {
+    copyItems(*theirs, Items{textItem("old"), fileUrlItem("file:///tmp/old"),
+                             {representation(someType, "old"), representation(markerType, "old")}});
+    copyText(*ours, "new");
+    EXPECT_EQ(theirs->types(), std::vector{std::string(pasteboardType::string)});
+    EXPECT_EQ(textOf(*theirs), "new");
+    EXPECT_TRUE(theirs->filePaths().empty());
+
+    copyItems(*ours, Items{{representation(someType, "newer")}});
+    EXPECT_EQ(theirs->types(), std::vector{std::string(someType)});
+    EXPECT_EQ(textOf(*theirs), std::nullopt);
+}
+
+TEST_P(PasteboardConformance, aWriteGivesTheChangeCountOfItsContent) {
+    const std::int64_t before = ours->changeCount();
+    EXPECT_EQ(ours->replaceWithItems(Items{textItem("items")}), before + 1);
+    EXPECT_EQ(theirs->replaceWithValues(Values{textValue(pasteboardType::string, "values")}), before + 2);
+    EXPECT_EQ(ours->replaceWithItems({}), before + 3);
+    EXPECT_EQ(ours->replaceWithValues({}), before + 4);
+    EXPECT_EQ(ours->changeCount(), before + 4);
+    EXPECT_EQ(theirs->changeCount(), before + 4);
 }
 
 TEST_P(PasteboardConformance, itemsWithATypeWithoutANameAreRefusedAllTogether) {
-    copyText(*ours, "there");
-    EXPECT_FALSE(ours->writeItems(Items{textItem("good"),
-                                        {representation(someType, "good"), representation("", "nameless")},
-                                        textItem("good")}));
-    EXPECT_EQ(textOf(*theirs), "there");
-    EXPECT_EQ(theirs->types(), std::vector{std::string(pasteboardType::string)});
-    EXPECT_TRUE(ours->writeItems(Items{textItem("next")})) << "the pasteboard is still ours";
-    EXPECT_EQ(textOf(*theirs), "there\nnext");
-}
-
-TEST_P(PasteboardConformance, aTypeWithoutANameIsRefused) {
-    copyText(*ours, "there");
-    EXPECT_FALSE(ours->setString("text", ""));
-    EXPECT_FALSE(ours->setData(Bytes::copyOf("data"), ""));
-    EXPECT_EQ(theirs->types(), std::vector{std::string(pasteboardType::string)});
-    EXPECT_EQ(textOf(*theirs), "there");
-}
-
-TEST_P(PasteboardConformance, textThatIsNoUtf8IsRefused) {
-    copyText(*ours, "there");
-    EXPECT_FALSE(ours->setString("\xFF", pasteboardType::string));
-    EXPECT_FALSE(ours->setString("\xC3", someType));
-    EXPECT_EQ(textOf(*theirs), "there");
-    EXPECT_EQ(theirs->types(), std::vector{std::string(pasteboardType::string)});
-}
-
-TEST_P(PasteboardConformance, writingNoItemsSucceedsAndChangesNothing) {
-    copyText(*ours, "there");
+    copyData(*theirs, Bytes::copyOf("before"), otherType);
     const std::int64_t before = ours->changeCount();
-    EXPECT_TRUE(ours->writeItems({}));
-    EXPECT_EQ(ours->changeCount(), before);
-    EXPECT_EQ(textOf(*theirs), "there");
-    EXPECT_FALSE(theirs->writeItems({})) << "it is not theirs to write to";
+    EXPECT_FALSE(ours->replaceWithItems(
+        Items{textItem("good"),
+              {representation(someType, "good"), representation("", "nameless")},
+              textItem("good")}));
+    EXPECT_EQ(theirs->changeCount(), before + 1) << "the clearing holds";
+    EXPECT_TRUE(theirs->types().empty());
+    EXPECT_EQ(dataOf(*theirs, otherType), std::nullopt);
+}
+
+TEST_P(PasteboardConformance, aValueWithoutATypeIsRefusedAndTheOldContentIsGone) {
+    for (const PasteboardValue& nameless : {textValue("", "nameless"), dataValue("", "nameless")}) {
+        copyData(*theirs, Bytes::copyOf("before"), otherType);
+        const std::int64_t before = ours->changeCount();
+        EXPECT_FALSE(ours->replaceWithValues(Values{textValue(someType, "good"), nameless}));
+        EXPECT_EQ(theirs->changeCount(), before + 1);
+        EXPECT_EQ(dataOf(*theirs, otherType), std::nullopt);
+    }
+}
+
+TEST_P(PasteboardConformance, textThatIsNoUtf8IsRefusedAndTheOldContentIsGone) {
+    for (const std::string_view text : {"\xFF", "\xC3"}) {
+        copyData(*theirs, Bytes::copyOf("before"), otherType);
+        const std::int64_t before = ours->changeCount();
+        EXPECT_FALSE(ours->replaceWithValues(Values{textValue(pasteboardType::string, text)}));
+        EXPECT_EQ(theirs->changeCount(), before + 1);
+        EXPECT_TRUE(theirs->types().empty());
+    }
+}
+
+TEST_P(PasteboardConformance, whatFollowsARefusedValueIsNotWritten) {
+    EXPECT_FALSE(ours->replaceWithValues(
+        Values{textValue(pasteboardType::string, "\xFF"), textValue(markerType, "marker")}));
+    EXPECT_EQ(textOf(*theirs, markerType), std::nullopt);
+    EXPECT_TRUE(theirs->types().empty());
+}
+
+TEST_P(PasteboardConformance, aWriteWorksAfterOneThatFailed) {
+    EXPECT_FALSE(ours->replaceWithValues(Values{textValue("", "nameless")}));
+    EXPECT_FALSE(ours->replaceWithItems(Items{{representation("", "nameless")}}));
+    copyText(*ours, "text");
+    EXPECT_EQ(textOf(*theirs), "text");
 }
 
 TEST_P(PasteboardConformance, tenThousandItemsOfTwoTypesAreReadBack) {
@@ -100,8 +117,7 @@ TEST_P(PasteboardConformance, tenThousandItemsOfTwoTypesAreReadBack) {
              representation(pasteboardType::string, "text " + std::to_string(index))});
         texts.append(index == 0 ? "" : "\n").append("text ").append(std::to_string(index));
     }
-    ours->clearContents();
-    ASSERT_TRUE(ours->writeItems(items));
+    copyItems(*ours, items);
     EXPECT_EQ(theirs->types(),
               (std::vector{std::string(pasteboardType::fileUrl), std::string(pasteboardType::string)}));
     EXPECT_TRUE(theirs->filePaths() == paths);
@@ -110,7 +126,7 @@ TEST_P(PasteboardConformance, tenThousandItemsOfTwoTypesAreReadBack) {
 
     const auto neighbour = backend->open(name + ".neighbour");
     copyText(*neighbour, "neighbour");
-    ours->clearContents();
+    clear(*ours);
     EXPECT_TRUE(theirs->types().empty()) << "nothing of the many is left";
     EXPECT_EQ(textOf(*neighbour), "neighbour");
 }
@@ -120,8 +136,7 @@ TEST_P(PasteboardConformance, payloadsAroundEveryThresholdAreReadBackEqual) {
     for (const std::size_t size : {std::size_t{1}, 2 * kibibyte, 4 * kibibyte, 64 * kibibyte - 1,
                                    64 * kibibyte, 64 * kibibyte + 1, 4 * mebibyte}) {
         const Bytes payload = patternOf(size, ++seed);
-        ours->clearContents();
-        ASSERT_TRUE(ours->setData(payload, pasteboardType::png));
+        copyData(*ours, payload, pasteboardType::png);
         const auto read = theirs->data(pasteboardType::png);
         ASSERT_TRUE(read);
         EXPECT_EQ(read->size(), size);
@@ -136,15 +151,13 @@ TEST_P(PasteboardConformance, largeTextsAreReadBackEqual) {
         text += line;
     copyText(*ours, text);
     EXPECT_TRUE(textOf(*theirs) == text);
-    ASSERT_TRUE(ours->writeItems(Items{textItem(text)}));
+    copyItems(*ours, Items{textItem(text), textItem(text)});
     EXPECT_TRUE(textOf(*theirs) == text + "\n" + text);
 }
 
 TEST_P(PasteboardConformance, aPayloadOf128MebibytesIsReadBackEqual) {
     const Bytes payload = patternOf(128 * mebibyte, 128);
-    ours->clearContents();
-    ASSERT_TRUE(ours->writeItems(
-        Items{{{std::string(pasteboardType::png), payload}, representation(markerType, "m")}}));
+    copyItems(*ours, Items{{{std::string(pasteboardType::png), payload}, representation(markerType, "m")}});
     const auto read = theirs->data(pasteboardType::png);
     ASSERT_TRUE(read);
     EXPECT_TRUE(read->view() == payload.view());
@@ -154,14 +167,11 @@ TEST_P(PasteboardConformance, aPayloadOf128MebibytesIsReadBackEqual) {
 TEST_P(PasteboardConformance, dataReadStaysWhatItWasWhenTheContentIsReplaced) {
     for (const std::size_t size : {std::size_t{100}, 64 * kibibyte, mebibyte}) {
         const Bytes payload = patternOf(size, 1);
-        ours->clearContents();
-        ASSERT_TRUE(ours->setData(payload, someType));
+        copyData(*ours, payload, someType);
         const auto read = theirs->data(someType);
         ASSERT_TRUE(read);
-        for (std::uint32_t round = 2; round < 8; ++round) {
-            theirs->clearContents();
-            ASSERT_TRUE(theirs->setData(patternOf(size, round), someType));
-        }
+        for (std::uint32_t round = 2; round < 8; ++round)
+            copyData(*theirs, patternOf(size, round), someType);
         EXPECT_TRUE(read->view() == payload.view()) << size << " bytes";
     }
 }
@@ -169,9 +179,7 @@ TEST_P(PasteboardConformance, dataReadStaysWhatItWasWhenTheContentIsReplaced) {
 TEST_P(PasteboardConformance, dataReadOutlivesThePasteboard) {
     const Bytes small = patternOf(100, 1);
     const Bytes large = patternOf(mebibyte, 2);
-    ours->clearContents();
-    ASSERT_TRUE(ours->setData(small, someType));
-    ASSERT_TRUE(ours->setData(large, otherType));
+    copyItems(*ours, Items{{{std::string(someType), small}, {std::string(otherType), large}}});
     const auto readSmall = theirs->data(someType);
     const auto readLarge = theirs->data(otherType);
     ours.reset();
@@ -183,34 +191,69 @@ TEST_P(PasteboardConformance, dataReadOutlivesThePasteboard) {
 }
 
 TEST_P(PasteboardConformance, whatItCanHoldCanBeWritten) {
-    const Representation named{std::string(someType), Bytes::copyOf("data")};
+    const Representation named = representation(someType, "data");
     ASSERT_TRUE(ours->canHold(named));
-    ours->clearContents();
-    const PasteboardItem item{named};
-    EXPECT_TRUE(ours->writeItems({&item, 1}));
+    EXPECT_TRUE(ours->replaceWithItems(Items{{named}}));
 }
 
 TEST_P(PasteboardConformance, saysThatItCannotHoldATypeWithoutANameAndStaysAsItIs) {
-    ours->clearContents();
-    ASSERT_TRUE(ours->setString("there", someType));
+    copyData(*ours, Bytes::copyOf("there"), someType);
     const std::int64_t before = ours->changeCount();
     EXPECT_FALSE(ours->canHold({"", Bytes::copyOf("data")}));
     EXPECT_TRUE(ours->canHold({std::string(someType), Bytes::copyOf("data")}));
     EXPECT_EQ(ours->changeCount(), before);
-    EXPECT_EQ(ours->string(someType)->view(), "there");
+    EXPECT_EQ(textOf(*ours, someType), "there");
 }
 
 TEST_P(PasteboardConformance, dataReadCanBeWrittenBack) {
     const Bytes payload = patternOf(mebibyte, 3);
-    ours->clearContents();
-    ASSERT_TRUE(ours->setData(payload, someType));
+    copyData(*ours, payload, someType);
     const auto read = theirs->data(someType);
     ASSERT_TRUE(read);
-    theirs->clearContents();
-    ASSERT_TRUE(theirs->setData(*read, otherType));
+    copyData(*theirs, *read, otherType);
     const auto readAgain = ours->data(otherType);
     ASSERT_TRUE(readAgain);
     EXPECT_TRUE(readAgain->view() == payload.view());
+}
+
+TEST_P(ReplacementIsolationConformance, otherProgramsSeeEachContentWhole) {
+    constexpr int wantedContents = 20;
+    const auto write = [&](std::uint32_t round) {
+        const std::string number = std::to_string(round);
+        ASSERT_TRUE(ours->replaceWithValues(
+            Values{textValue(pasteboardType::string, number),
+                   {std::string(someType), PasteboardValue::Form::data, patternOf(100 * kibibyte, round)},
+                   textValue(markerType, number)}));
+    };
+    write(1);
+    const std::int64_t first = ours->changeCount();
+    std::atomic<bool> seenEnough = false;
+    std::thread observer([&] {
+        const auto observed = backend->openElsewhere(name);
+        std::set<std::int64_t> seen;
+        while (seen.size() < wantedContents) {
+            const std::int64_t count = observed->changeCount();
+            const auto types = observed->types();
+            const auto text = textOf(*observed);
+            const auto data = observed->data(someType);
+            const auto marker = textOf(*observed, markerType);
+            if (observed->changeCount() != count)
+                continue; // the readings may be of two contents
+            seen.insert(count);
+            const auto round = static_cast<std::uint32_t>(count - first + 1);
+            EXPECT_EQ(types.size(), 3U);
+            EXPECT_EQ(text, std::to_string(round));
+            EXPECT_TRUE(data && data->view() == patternOf(100 * kibibyte, round).view());
+            EXPECT_EQ(marker, text);
+        }
+        seenEnough = true;
+    });
+    std::minstd_rand random(1);
+    for (std::uint32_t round = 2; !seenEnough; ++round) {
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 10'000));
+        write(round);
+    }
+    observer.join();
 }
 
 } // namespace tavel

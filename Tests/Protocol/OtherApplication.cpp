@@ -32,14 +32,10 @@ OtherApplication::OtherApplication(const std::filesystem::path& store)
 
 std::int64_t OtherApplication::copy(const std::vector<PasteboardItem>& items, const PasteboardName& name) {
     StorePasteboard pasteboard(environment_, name);
-    std::int64_t count = 0;
-    const bool copied = pasteboard.update([&] {
-        count = pasteboard.clearContents();
-        return pasteboard.writeItems(items);
-    });
-    if (!copied)
+    const auto count = pasteboard.replaceWithItems(items);
+    if (!count)
         throw std::runtime_error("The copy failed.");
-    return count;
+    return *count;
 }
 
 std::int64_t OtherApplication::copyText(std::string_view text, const PasteboardName& name) {

@@ -49,11 +49,10 @@ protected:
 
     void makeRoom() const { std::filesystem::remove(filler()); }
 
-    static bool update(Pasteboard& pasteboard, const Bytes& data) {
-        return pasteboard.update([&] {
-            pasteboard.clearContents();
-            return pasteboard.setString("text", pasteboardType::string) && pasteboard.setData(data, someType);
-        });
+    static bool replace(Pasteboard& pasteboard, const Bytes& data) {
+        const PasteboardItem item{{std::string(pasteboardType::string), Bytes::copyOf("text")},
+                                  {std::string(someType), data}};
+        return pasteboard.replaceWithItems({&item, 1}).has_value();
     }
 
     static Bytes payload(std::uint64_t size) { return Bytes::adopt(std::string(size, 'p')); }
@@ -71,40 +70,33 @@ private:
 
 } // namespace
 
-TEST_F(FullDisk, anUpdateThatDoesNotFitLeavesThePasteboardCleared) {
+TEST_F(FullDisk, aContentThatDoesNotFitLeavesThePasteboardCleared) {
     const auto pasteboard = open();
-    ASSERT_TRUE(update(*pasteboard, payload(100)));
+    ASSERT_TRUE(replace(*pasteboard, payload(100)));
     const std::int64_t before = pasteboard->changeCount();
-    EXPECT_FALSE(update(*pasteboard, payload(2 * diskBytes)));
+    EXPECT_FALSE(replace(*pasteboard, payload(2 * diskBytes)));
     EXPECT_EQ(pasteboard->changeCount(), before + 1);
     EXPECT_TRUE(pasteboard->types().empty());
-    EXPECT_TRUE(pasteboard->setString("small", someType)) << "its clearing took the pasteboard over";
     expectWritable(*pasteboard);
 }
 
-TEST_F(FullDisk, aWriteThatDoesNotFitLeavesTheContentAsItWas) {
+TEST_F(FullDisk, typesThatDoNotFitLeaveTheContentAsItWas) {
     const auto pasteboard = open();
-    const std::int64_t count = pasteboard->clearContents();
-    ASSERT_TRUE(pasteboard->setString("there", someType));
-    EXPECT_FALSE(pasteboard->setData(payload(2 * diskBytes), someType));
-    EXPECT_FALSE(pasteboard->setString(payload(2 * diskBytes).view(), pasteboardType::string));
-    EXPECT_FALSE(pasteboard->writeItems(
-        std::vector<PasteboardItem>{{{"net.example.small", payload(10)}},
-                                    {{std::string(pasteboardType::string), payload(2 * diskBytes)}}}));
+    const PasteboardItem there{{std::string(someType), Bytes::copyOf("there")}};
+    const auto count = pasteboard->replaceWithItems({&there, 1});
     EXPECT_FALSE(
         pasteboard->addTypes(std::vector<Representation>{{"net.example.large", payload(2 * diskBytes)}}));
     EXPECT_EQ(pasteboard->changeCount(), count);
     EXPECT_EQ(pasteboard->types(), std::vector{std::string(someType)});
     EXPECT_EQ(pasteboard->string(someType)->view(), "there");
-    EXPECT_TRUE(pasteboard->setString("more", pasteboardType::string)) << "it is still ours";
     expectWritable(*pasteboard);
 }
 
-TEST_F(FullDisk, anUpdateThatDoesNotFitTakesNoSpaceForGood) {
+TEST_F(FullDisk, aContentThatDoesNotFitTakesNoSpaceForGood) {
     const auto pasteboard = open();
     expectWritable(*pasteboard);
     const std::uint64_t before = allocatedStoreBytes();
-    EXPECT_FALSE(update(*pasteboard, payload(2 * diskBytes)));
+    EXPECT_FALSE(replace(*pasteboard, payload(2 * diskBytes)));
     EXPECT_LE(allocatedStoreBytes(), before + mebibyte);
 }
 
@@ -113,23 +105,24 @@ TEST_F(FullDisk, whatOtherPasteboardsHoldIsLeftAlone) {
     StorePasteboard other(environment, "other");
     ASSERT_TRUE(writeStamped(other, {2, 1, mebibyte}));
     StorePasteboard pasteboard(environment, "name");
-    EXPECT_FALSE(update(pasteboard, payload(2 * diskBytes)));
+    EXPECT_FALSE(replace(pasteboard, payload(2 * diskBytes)));
     EXPECT_EQ(readStamped(other).stamp, (Stamp{2, 1, mebibyte}));
     EXPECT_EQ(other.changeCount(), 1);
 }
 
 TEST_F(FullDisk, withNoSpaceAtAllThePasteboardIsClearedOrLeftAsItWas) {
     const auto pasteboard = open();
-    ASSERT_TRUE(update(*pasteboard, payload(100)));
+    ASSERT_TRUE(replace(*pasteboard, payload(100)));
     fillUp();
     for (int attempt = 0; attempt < 10; ++attempt) {
         const std::int64_t before = pasteboard->changeCount();
         const bool wasEmpty = pasteboard->types().empty();
-        EXPECT_FALSE(update(*pasteboard, payload(2 * diskBytes)));
+        EXPECT_FALSE(replace(*pasteboard, payload(2 * diskBytes)));
         const std::int64_t after = pasteboard->changeCount();
         ASSERT_TRUE(after == before || after == before + 1);
         EXPECT_EQ(pasteboard->types().empty(), wasEmpty || after == before + 1);
-        EXPECT_EQ(pasteboard->clearContents(), pasteboard->changeCount());
+        const auto cleared = pasteboard->replaceWithItems({});
+        EXPECT_EQ(pasteboard->changeCount(), cleared.value_or(after));
     }
     makeRoom();
     expectWritable(*pasteboard);

@@ -33,10 +33,7 @@ bool writeStamped(Pasteboard& pasteboard, const Stamp& stamp) {
         {{std::string(stampedPayloadType), Bytes::adopt(payloadOf(stamp))}},
         {{std::string(stampedTailType), Bytes::adopt(tailOf(stamp))}},
     };
-    return pasteboard.update([&] {
-        pasteboard.clearContents();
-        return pasteboard.writeItems(items);
-    });
+    return pasteboard.replaceWithItems(items).has_value();
 }
 
 std::optional<Stamp> stampOfPayload(std::string_view payload) {

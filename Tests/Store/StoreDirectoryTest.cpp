@@ -155,8 +155,8 @@ TEST_F(StoreDirectory, isWhereThePlatformKeepsItsPasteboards) {
     EXPECT_FALSE(std::filesystem::exists(scratch_.pasteboardStore())) << "before it is asked for";
     const auto first = platform.openPasteboard("name");
     const auto second = platform.openPasteboard("name");
-    first->clearContents();
-    ASSERT_TRUE(first->setString("text", "net.example.some"));
+    const PasteboardItem item{{"net.example.some", Bytes::copyOf("text")}};
+    ASSERT_TRUE(first->replaceWithItems({&item, 1}));
     EXPECT_TRUE(second->data("net.example.some"));
     EXPECT_EQ(modeOf(scratch_.pasteboardStore()), 0700U);
     EXPECT_TRUE(platform.openPasteboard(std::nullopt)->types().empty());
@@ -179,8 +179,8 @@ TEST_F(StoreDirectory, holdsFilesForTheirOwnerOnlyWhateverTheUmask) {
         const ScopeExit restore([&] { umask(before); });
         preparePasteboardStoreDirectory(store_);
         StorePasteboard pasteboard(std::make_shared<const LmdbEnvironment>(store_), "name");
-        pasteboard.clearContents();
-        ASSERT_TRUE(pasteboard.setString("secret", "net.example.some"));
+        const PasteboardItem item{{"net.example.some", Bytes::copyOf("secret")}};
+        ASSERT_TRUE(pasteboard.replaceWithItems({&item, 1}));
         ASSERT_FALSE(std::filesystem::is_empty(store_));
         for (const auto& entry : std::filesystem::directory_iterator(store_)) {
             EXPECT_TRUE(entry.is_regular_file()) << entry.path();

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <stdexcept>
 #include <thread>
 
 namespace tavel {
@@ -26,6 +25,11 @@ protected:
     std::filesystem::path directory() const { return scratch_.runtimeDirectory(); }
     std::filesystem::path storeFile() const { return directory() / "pasteboards-1.mdb"; }
 
+    static std::optional<std::int64_t> replace(StorePasteboard& pasteboard, const Bytes& data) {
+        const PasteboardItem item{{std::string(someType), data}};
+        return pasteboard.replaceWithItems({&item, 1});
+    }
+
     /// Large enough to be shared with the store and not copied.
     static Bytes largePayload(char fill) { return Bytes::adopt(std::string(std::size_t{1} << 20, fill)); }
 
@@ -36,55 +40,20 @@ private:
 } // namespace
 
 TEST_F(HeadlessPasteboardStore, keepsContentAndChangeCountWhenItIsClosed) {
-    std::int64_t count = 0;
+    std::optional<std::int64_t> count;
     {
         StorePasteboard pasteboard(openEnvironment(), "name");
-        pasteboard.clearContents();
-        count = pasteboard.clearContents();
-        ASSERT_TRUE(pasteboard.setString("kept", someType));
+        pasteboard.replaceWithItems({});
+        count = replace(pasteboard, Bytes::copyOf("kept"));
     }
     StorePasteboard pasteboard(openEnvironment(), "name");
     EXPECT_EQ(pasteboard.changeCount(), count);
     EXPECT_EQ(pasteboard.string(someType)->view(), "kept");
-    EXPECT_FALSE(pasteboard.setString("more", someType)) << "whoever cleared it is gone";
-}
-
-TEST_F(HeadlessPasteboardStore, anUpdateWhoseStepsThrowLeavesNoTrace) {
-    const auto environment = openEnvironment();
-    StorePasteboard ours(environment, "name");
-    StorePasteboard theirs(environment, "name");
-    theirs.clearContents();
-    ASSERT_TRUE(theirs.setString("theirs", someType));
-    const std::int64_t before = ours.changeCount();
-    EXPECT_THROW(ours.update([&]() -> bool {
-        ours.clearContents();
-        ours.setString("ours", someType);
-        throw std::runtime_error("a step failed");
-    }),
-                 std::runtime_error);
-    EXPECT_EQ(ours.changeCount(), before);
-    EXPECT_EQ(ours.string(someType)->view(), "theirs");
-
-    // The other program's next clearing gets the number that the undone one had.
-    theirs.clearContents();
-    EXPECT_FALSE(ours.setString("ours", someType)) << "it is theirs";
-}
-
-TEST_F(HeadlessPasteboardStore, anUpdateWhoseStepsThrowLeavesThePasteboardToItsOwner) {
-    StorePasteboard pasteboard(openEnvironment(), "name");
-    pasteboard.clearContents();
-    EXPECT_THROW(pasteboard.update([&]() -> bool {
-        pasteboard.clearContents();
-        throw std::runtime_error("a step failed");
-    }),
-                 std::runtime_error);
-    EXPECT_TRUE(pasteboard.setString("still ours", someType));
 }
 
 TEST_F(HeadlessPasteboardStore, dataReadMayBeLetGoOnAnyThread) {
     StorePasteboard pasteboard(openEnvironment(), "name");
-    pasteboard.clearContents();
-    ASSERT_TRUE(pasteboard.setData(largePayload('a'), someType));
+    ASSERT_TRUE(replace(pasteboard, largePayload('a')));
     auto read = pasteboard.data(someType);
     ASSERT_TRUE(read);
     bool equal = false;
@@ -94,14 +63,13 @@ TEST_F(HeadlessPasteboardStore, dataReadMayBeLetGoOnAnyThread) {
     }).join();
     read.reset();
     EXPECT_TRUE(equal);
-    EXPECT_GT(pasteboard.clearContents(), 0);
+    EXPECT_TRUE(pasteboard.replaceWithItems({}));
 }
 
 TEST_F(HeadlessPasteboardStore, theChangeCountDoesNotGoBackWhenTooMuchIsBeingReadAtOnce) {
     const auto environment = openEnvironment();
     StorePasteboard pasteboard(environment, "name");
-    pasteboard.clearContents();
-    ASSERT_TRUE(pasteboard.setData(largePayload('a'), someType));
+    ASSERT_TRUE(replace(pasteboard, largePayload('a')));
     StorePasteboard polled(environment, "name");
     const std::int64_t count = polled.changeCount();
 
@@ -113,11 +81,11 @@ TEST_F(HeadlessPasteboardStore, theChangeCountDoesNotGoBackWhenTooMuchIsBeingRea
     }
     EXPECT_GE(held.size(), 900U);
     EXPECT_EQ(polled.changeCount(), count);
-    EXPECT_EQ(pasteboard.clearContents(), count + 1) << "writing needs none of that room";
+    EXPECT_EQ(pasteboard.replaceWithItems({}), count + 1) << "writing needs none of that room";
     EXPECT_EQ(pasteboard.changeCount(), count + 1);
     EXPECT_EQ(polled.changeCount(), count + 1);
     held.clear();
-    EXPECT_TRUE(pasteboard.setData(largePayload('b'), someType));
+    EXPECT_TRUE(replace(pasteboard, largePayload('b')));
     EXPECT_TRUE(polled.data(someType));
 }
 
@@ -140,13 +108,12 @@ TEST_F(HeadlessPasteboardStore, inAMissingDirectoryIsRefused) {
 }
 
 TEST_F(HeadlessPasteboardStore, whoseMakingWasCutShortIsMadeAnew) {
-    { StorePasteboard(openEnvironment(), "name").clearContents(); }
+    { StorePasteboard(openEnvironment(), "name").replaceWithItems({}); }
     // A full disk, or the death of the process that made it, may leave any part of the beginning.
     for (const std::uintmax_t size : {std::uintmax_t{0}, std::uintmax_t{100}, std::uintmax_t{4096}}) {
         std::filesystem::resize_file(storeFile(), size);
         StorePasteboard pasteboard(openEnvironment(), "name");
-        EXPECT_EQ(pasteboard.clearContents(), 1) << size << " bytes were there";
-        EXPECT_TRUE(pasteboard.setString("text", someType));
+        EXPECT_EQ(replace(pasteboard, Bytes::copyOf("text")), 1) << size << " bytes were there";
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <atomic>
 
 namespace tavel {
@@ -88,47 +89,35 @@ TEST_F(ChangeCount, staysWhenNobodyLetsNothingGo) {
 }
 
 TEST_F(ChangeCount, movesByOneWithTheProgramsOwnClear) {
-    EXPECT_EQ(moveOf([this] { peers.board().clearContents(); }), 1);
-    EXPECT_EQ(moveOf([this] { peers.board().setString("text", "public.utf8-plain-text"); }), 0);
-    EXPECT_EQ(moveOf([this] { peers.board().clearContents(); }), 1);
+    EXPECT_EQ(moveOf([this] { peers.board().replaceWithItems({}); }), 1);
+    EXPECT_EQ(moveOf([this] { peers.board().replaceWithItems({}); }), 1);
 }
 
 TEST_F(ChangeCount, ofAClearIsTheOneThatItGives) {
-    EXPECT_EQ(peers.board().clearContents(), 1);
+    EXPECT_EQ(peers.board().replaceWithItems({}), 1);
     EXPECT_EQ(peers.board().changeCount(), 1);
     owner.take();
-    EXPECT_EQ(peers.board().clearContents(), 3);
+    EXPECT_EQ(peers.board().replaceWithItems({}), 3);
     EXPECT_EQ(peers.board().noticedChangeCount(), 3);
 }
 
-TEST_F(ChangeCount, movesByOneWithTheProgramsOwnUpdate) {
-    EXPECT_EQ(moveOf([this] {
-                  EXPECT_TRUE(peers.board().update([this] {
-                      peers.board().clearContents();
-                      return peers.board().setString("text", "public.utf8-plain-text") &&
-                             peers.board().setData(Bytes::copyOf("<p>"), "public.html");
-                  }));
-              }),
-              1);
+TEST_F(ChangeCount, movesByOneWithTheProgramsOwnContent) {
+    using Form = PasteboardValue::Form;
+    const std::array values{
+        PasteboardValue{"public.utf8-plain-text", Form::text, Bytes::copyOf("text")},
+        PasteboardValue{"public.html", Form::data, Bytes::copyOf("<p>")},
+    };
+    EXPECT_EQ(moveOf([&] { EXPECT_TRUE(peers.board().replaceWithValues(values)); }), 1);
     EXPECT_EQ(peers.text(), "text");
 }
 
 TEST_F(ChangeCount, movesByTwoWhenAnotherProgramTakesOverBetweenTwoClears) {
-    peers.board().clearContents();
+    peers.board().replaceWithItems({});
     EXPECT_EQ(moveOf([this] {
                   owner.take();
-                  peers.board().clearContents();
+                  peers.board().replaceWithItems({});
               }),
               2);
-}
-
-TEST_F(ChangeCount, tellsOfATakeoverBeforeTheNextWrite) {
-    const auto own = peers.board().clearContents();
-    owner.offerValue("UTF8_STRING", "theirs");
-    owner.take();
-    EXPECT_FALSE(peers.board().setString("text", "public.utf8-plain-text"));
-    EXPECT_EQ(peers.board().noticedChangeCount(), own + 1);
-    EXPECT_EQ(peers.text(), "theirs");
 }
 
 TEST_F(ChangeCount, countsEveryTakingOfProgramsThatFightForTheSelection) {
@@ -150,9 +139,9 @@ TEST_F(ChangeCount, countsEveryTakingOfProgramsThatFightForTheSelection) {
     int cleared = 0;
     for (int i = 0; i < times; ++i) {
         const auto beforeClear = peers.board().noticedChangeCount();
-        const auto count = peers.board().clearContents();
-        EXPECT_GE(count, beforeClear);
-        cleared += count > beforeClear ? 1 : 0;
+        const auto count = peers.board().replaceWithItems({});
+        EXPECT_GT(count.value_or(beforeClear + 1), beforeClear);
+        cleared += count ? 1 : 0;
     }
     thread.join();
     // Afterwards all programs agree on the owner.

@@ -25,10 +25,8 @@ protected:
 
     void copyText(std::string_view text) {
         const auto pasteboard = program().open(std::nullopt);
-        pasteboard->update([&] {
-            pasteboard->clearContents();
-            return pasteboard->setString(text, pasteboardType::string);
-        });
+        const PasteboardItem item{{std::string(pasteboardType::string), Bytes::copyOf(text)}};
+        pasteboard->replaceWithItems({&item, 1});
     }
 
 private:
@@ -62,7 +60,7 @@ TEST_F(ChangeOnX11, anOwnerThatEndsIsNoNewContent) {
     {
         PasteboardProgram passing(server_.display(), TransferTimeOuts{});
         const auto pasteboard = passing.open(std::nullopt);
-        pasteboard->clearContents();
+        pasteboard->replaceWithItems({});
         EXPECT_EQ(agent().nextMessage(), announcement(1));
     }
     waitForPolls();

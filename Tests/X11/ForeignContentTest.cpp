@@ -155,10 +155,9 @@ TEST_F(ForeignContent, ofTwoProgramsThatReadEachOtherAtOnceArrivesAtBoth) {
     const auto ours = peers.program().open("one");
     const auto theirSecond = other.open("two");
     const auto ourSecond = peers.program().open("two");
-    ours->clearContents();
-    EXPECT_TRUE(ours->setData(Bytes::copyOf(bytes), "public.png"));
-    theirSecond->clearContents();
-    EXPECT_TRUE(theirSecond->setData(Bytes::copyOf(bytes), "public.png"));
+    const PasteboardItem picture{{"public.png", Bytes::copyOf(bytes)}};
+    EXPECT_TRUE(ours->replaceWithItems({&picture, 1}));
+    EXPECT_TRUE(theirSecond->replaceWithItems({&picture, 1}));
     std::optional<Bytes> read;
     std::thread reading([&] { read = theirs->data("public.png"); });
     const auto readHere = ourSecond->data("public.png");

@@ -18,9 +18,9 @@ constexpr std::size_t large = std::size_t{30} << 20;
 class HostileRequestor : public testing::Test {
 protected:
     void SetUp() override {
-        peers.board().clearContents();
-        ASSERT_TRUE(peers.board().setData(Bytes::copyOf(picture), "public.png"));
-        ASSERT_TRUE(peers.board().setString("text", "public.utf8-plain-text"));
+        const PasteboardItem item{{"public.png", Bytes::copyOf(picture)},
+                                  {"public.utf8-plain-text", Bytes::copyOf("text")}};
+        ASSERT_TRUE(peers.board().replaceWithItems({&item, 1}));
     }
 
     void TearDown() override {
@@ -36,7 +36,7 @@ protected:
         EXPECT_EQ(peers.text(), "other text");
         EXPECT_FALSE(peers.isServing());
         const auto count = peers.board().changeCount();
-        EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.board().clearContents(), count + 1); }),
+        EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.board().replaceWithItems({}), count + 1); }),
                   std::chrono::seconds(4)); // below the time-out for the server's time
     }
 

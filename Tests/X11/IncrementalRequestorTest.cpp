@@ -82,11 +82,10 @@ TEST(IncrementalRequestor, isOneOfThreeThatAreServedByTurns) {
 TEST(IncrementalRequestor, canHaveTwoTransfersIntoOneWindow) {
     X11Peers peers(longTimeOuts());
     ScriptedRequestor requestor(peers.display());
-    peers.board().clearContents();
     const std::string png = distinctBytes(large, 1);
     const std::string tiff = distinctBytes(large, 2);
-    peers.board().setData(Bytes::copyOf(png), "public.png");
-    peers.board().setData(Bytes::copyOf(tiff), "public.tiff");
+    const PasteboardItem item{{"public.png", Bytes::copyOf(png)}, {"public.tiff", Bytes::copyOf(tiff)}};
+    ASSERT_TRUE(peers.board().replaceWithItems({&item, 1}));
     ASSERT_TRUE(requestor.convert("image/png", "A"));
     ASSERT_TRUE(requestor.convert("image/tiff", "B"));
     EXPECT_EQ(requestor.takeProperty("A").type, "INCR");

@@ -28,16 +28,12 @@ void expectNothing(X11Peers& peers, std::int64_t count) {
     EXPECT_EQ(peers.data("public.png"), std::nullopt);
     EXPECT_THAT(board.filePaths(), IsEmpty());
     EXPECT_EQ(board.changeCount(), count);
-    EXPECT_EQ(board.clearContents(), count);
-    EXPECT_FALSE(board.setString("text", "public.utf8-plain-text"));
-    EXPECT_FALSE(board.setData(Bytes::copyOf("x"), "public.png"));
+    const PasteboardValue value{"public.utf8-plain-text", PasteboardValue::Form::text, Bytes::copyOf("text")};
+    EXPECT_FALSE(board.replaceWithValues({&value, 1}));
     const PasteboardItem item{{"public.png", Bytes::copyOf("x")}};
-    EXPECT_FALSE(board.writeItems({&item, 1}));
+    EXPECT_FALSE(board.replaceWithItems({&item, 1}));
+    EXPECT_FALSE(board.replaceWithItems({}));
     EXPECT_FALSE(board.addTypes(item));
-    EXPECT_FALSE(board.update([&] {
-        board.clearContents();
-        return board.setString("text", "public.utf8-plain-text");
-    }));
     EXPECT_EQ(board.noticedChangeCount(), count);
     EXPECT_FALSE(peers.isServing());
     EXPECT_THAT(peers.program().open("another")->types(), IsEmpty());

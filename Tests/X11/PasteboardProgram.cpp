@@ -64,32 +64,22 @@ public:
         return answer<std::vector<std::string>>([](Pasteboard& board) { return board.filePaths(); });
     }
 
-    std::int64_t clearContents() override {
-        return answer<std::int64_t>([](Pasteboard& board) { return board.clearContents(); });
-    }
-
-    bool setString(std::string_view text, std::string_view type) override {
-        return answer<bool>([&](Pasteboard& board) { return board.setString(text, type); });
-    }
-
-    bool setData(const Bytes& data, std::string_view type) override {
-        return answer<bool>([&](Pasteboard& board) { return board.setData(data, type); });
-    }
-
     bool canHold(const Representation& representation) override {
         return answer<bool>([&](Pasteboard& board) { return board.canHold(representation); });
     }
 
-    bool writeItems(std::span<const PasteboardItem> items) override {
-        return answer<bool>([&](Pasteboard& board) { return board.writeItems(items); });
+    std::optional<std::int64_t> replaceWithValues(std::span<const PasteboardValue> values) override {
+        return answer<std::optional<std::int64_t>>(
+            [&](Pasteboard& board) { return board.replaceWithValues(values); });
+    }
+
+    std::optional<std::int64_t> replaceWithItems(std::span<const PasteboardItem> items) override {
+        return answer<std::optional<std::int64_t>>(
+            [&](Pasteboard& board) { return board.replaceWithItems(items); });
     }
 
     bool addTypes(std::span<const Representation> representations) override {
         return answer<bool>([&](Pasteboard& board) { return board.addTypes(representations); });
-    }
-
-    bool update(const std::function<bool()>& steps) override {
-        return answer<bool>([&](Pasteboard& board) { return board.update(steps); });
     }
 
 private:

@@ -69,17 +69,17 @@ TEST_F(Requestor, findsTheTargetsOfTextAndOfTheProtocol) {
 }
 
 TEST_F(Requestor, findsTheTargetsOfAllTypesInTheirOrder) {
-    peers.board().clearContents();
-    peers.board().setData(Bytes::copyOf("{}"), "com.example.own");
-    peers.board().setData(Bytes::copyOf("{}"), "public.rtf");
-    peers.board().setData(Bytes::copyOf("file:///a"), "public.file-url");
+    const PasteboardItem item{{"com.example.own", Bytes::copyOf("{}")},
+                              {"public.rtf", Bytes::copyOf("{}")},
+                              {"public.file-url", Bytes::copyOf("file:///a")}};
+    ASSERT_TRUE(peers.board().replaceWithItems({&item, 1}));
     EXPECT_THAT(targets(), ElementsAre("TARGETS", "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS", "com.example.own",
                                        "text/rtf", "application/rtf", "text/richtext", "text/uri-list",
                                        "x-special/gnome-copied-files", "x-special/mate-copied-files"));
 }
 
 TEST_F(Requestor, findsOnlyTheProtocolsTargetsOfAClearedPasteboard) {
-    peers.board().clearContents();
+    ASSERT_TRUE(peers.board().replaceWithItems({}));
     EXPECT_THAT(targets(), ElementsAre("TARGETS", "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS"));
 }
 
@@ -96,9 +96,10 @@ TEST_F(Requestor, getsEachTypeUnderAllItsNames) {
         {"org.webmproject.webp", {"image/webp"}},
         {"com.example.own", {"com.example.own"}},
     };
-    peers.board().clearContents();
+    PasteboardItem item;
     for (const auto& [type, targets] : names)
-        EXPECT_TRUE(peers.board().setData(Bytes::copyOf("data of " + type), type));
+        item.push_back({type, Bytes::copyOf("data of " + type)});
+    ASSERT_TRUE(peers.board().replaceWithItems({&item, 1}));
     for (const auto& [type, targets] : names) {
         for (const std::string& target : targets)
             expectValue(target, target, "data of " + type);
@@ -122,10 +123,9 @@ TEST_F(Requestor, isRefusedTextInAnEncodingThatCannotSayIt) {
 }
 
 TEST_F(Requestor, getsFilesUnderAllTheirNames) {
-    peers.board().clearContents();
     const std::vector<PasteboardItem> items{{{"public.file-url", Bytes::copyOf("file:///a")}},
                                             {{"public.file-url", Bytes::copyOf("file:///b%20c")}}};
-    ASSERT_TRUE(peers.board().writeItems(items));
+    ASSERT_TRUE(peers.board().replaceWithItems(items));
     expectValue("text/uri-list", "text/uri-list", "file:///a\r\nfile:///b%20c\r\n");
     for (const char* const target : {"x-special/gnome-copied-files", "x-special/mate-copied-files"})
         expectValue(target, target, "copy\nfile:///a\nfile:///b%20c");

@@ -31,8 +31,8 @@ std::optional<std::string> X11Peers::data(std::string_view type) {
 }
 
 void X11Peers::write(std::string_view type, std::string_view data) {
-    board_->clearContents();
-    if (!board_->setData(Bytes::copyOf(data), type))
+    const PasteboardItem item{{std::string(type), Bytes::copyOf(data)}};
+    if (!board_->replaceWithItems({&item, 1}))
         throw std::runtime_error("The program cannot write.");
 }
 

@@ -92,22 +92,13 @@ public:
     void operator()(const task::Count&) { writeLines({std::to_string(pasteboard_.changeCount())}); }
 
     void operator()(const task::Clear&) {
-        const bool cleared = pasteboard_.update([this] {
-            pasteboard_.clearContents();
-            return true;
-        });
-        if (!cleared)
+        if (!pasteboard_.replaceWithItems({}))
             fail("the pasteboard cannot be cleared");
     }
 
 private:
     void replaceContents(const std::vector<PasteboardItem>& items) {
-        // One step for whoever watches: the empty pasteboard in between is never seen.
-        const bool written = pasteboard_.update([&] {
-            pasteboard_.clearContents();
-            return pasteboard_.writeItems(items);
-        });
-        if (!written)
+        if (!pasteboard_.replaceWithItems(items))
             fail("the pasteboard refused the content");
     }
 

@@ -30,13 +30,13 @@ bool putItem(StoredContent& content, std::uint32_t item, const PasteboardItem& r
 
 } // namespace
 
-/// What an operation reads: the running update's own view, or a snapshot. Empty if LMDB refuses one.
+/// What an operation reads. Empty if LMDB refuses a snapshot.
 struct StorePasteboard::View {
     std::shared_ptr<LmdbSnapshot> snapshot;
     std::optional<StoredContent> content;
 
     Bytes share(std::string_view data) const {
-        if (data.size() <= copiedBytes || snapshot == nullptr)
+        if (data.size() <= copiedBytes)
             return Bytes::copyOf(data);
         return {snapshot, data.data(), data.size()};
     }
@@ -51,8 +51,6 @@ StoredContent StorePasteboard::contentOf(MDB_txn* transaction) const {
 }
 
 StorePasteboard::View StorePasteboard::view() {
-    if (updating_ != nullptr)
-        return {nullptr, contentOf(updating_->transaction())};
     auto snapshot = LmdbSnapshot::take(environment_);
     if (snapshot == nullptr)
         return {};
@@ -61,8 +59,6 @@ StorePasteboard::View StorePasteboard::view() {
 }
 
 std::int64_t StorePasteboard::changeCount() {
-    if (updating_ != nullptr)
-        return contentOf(updating_->transaction()).changeCount();
     const bool current = countSnapshot_ != nullptr
                              ? countSnapshot_->renew()
                              : (countSnapshot_ = LmdbSnapshot::take(environment_)) != nullptr;
@@ -146,69 +142,46 @@ std::vector<std::string> StorePasteboard::filePaths() {
     return paths;
 }
 
-/// Makes one change, in the running update or in a transaction of its own.
+bool StorePasteboard::canHold(const Representation& representation) {
+    return isAcceptable({&representation, 1});
+}
+
+std::optional<std::int64_t> StorePasteboard::replaceWithValues(std::span<const PasteboardValue> values) {
+    if (const auto items = pasteboardItems::fromValues(values))
+        return replaceWithItems(*items);
+    clear();
+    return std::nullopt;
+}
+
+std::optional<std::int64_t> StorePasteboard::replaceWithItems(std::span<const PasteboardItem> items) {
+    const auto count = std::ranges::all_of(items, isAcceptable) ? replace(items) : std::nullopt;
+    if (!count)
+        clear(); // which needs almost no space, where the content may have found too little
+    return count;
+}
+
+std::optional<std::int64_t> StorePasteboard::replace(std::span<const PasteboardItem> items) {
+    std::int64_t count = 0;
+    const bool replaced = write([&](StoredContent& content) {
+        count = content.changeCount() + 1;
+        std::uint32_t item = 0;
+        return content.removeAll() && content.setChangeCount(count) &&
+               std::ranges::all_of(items, [&](const auto& one) { return putItem(content, item++, one); });
+    });
+    return replaced ? std::optional(count) : std::nullopt;
+}
+
+void StorePasteboard::clear() {
+    replace({});
+}
+
+/// Makes one change in a transaction of its own.
 bool StorePasteboard::write(const std::function<bool(StoredContent&)>& change) {
-    if (updating_ != nullptr) {
-        StoredContent content = contentOf(updating_->transaction());
-        const bool changed = change(content);
-        updateFailed_ = updateFailed_ || !changed;
-        return changed;
-    }
     const auto transaction = LmdbWrite::begin(*environment_);
     if (transaction == nullptr)
         return false;
     StoredContent content = contentOf(transaction->transaction());
     return change(content) && transaction->commit();
-}
-
-/// Makes one change if the content is the one that this object's clearing began.
-bool StorePasteboard::writeOwn(const std::function<bool(StoredContent&)>& change) {
-    bool own = false;
-    const bool written = write([&](StoredContent& content) {
-        own = ownCount_ == content.changeCount();
-        return !own || change(content);
-    });
-    return own && written;
-}
-
-bool StorePasteboard::clear() {
-    std::int64_t count = 0;
-    const bool cleared = write([&](StoredContent& content) {
-        count = content.changeCount() + 1;
-        return content.removeAll() && content.setChangeCount(count);
-    });
-    if (cleared)
-        ownCount_ = count;
-    return cleared;
-}
-
-std::int64_t StorePasteboard::clearContents() {
-    const bool cleared = clear();
-    clearedInUpdate_ = updating_ != nullptr;
-    return cleared ? *ownCount_ : changeCount();
-}
-
-bool StorePasteboard::setString(std::string_view text, std::string_view type) {
-    return !type.empty() && isUtf8(text) &&
-           writeOwn([&](StoredContent& content) { return content.putOnFirstItem(type, text); });
-}
-
-bool StorePasteboard::setData(const Bytes& data, std::string_view type) {
-    return !type.empty() &&
-           writeOwn([&](StoredContent& content) { return content.putOnFirstItem(type, data.view()); });
-}
-
-bool StorePasteboard::canHold(const Representation& representation) {
-    return isAcceptable({&representation, 1});
-}
-
-bool StorePasteboard::writeItems(std::span<const PasteboardItem> items) {
-    if (!std::ranges::all_of(items, isAcceptable))
-        return false;
-    return writeOwn([&](StoredContent& content) {
-        std::uint32_t item = content.itemCount();
-        return std::ranges::all_of(items, [&](const auto& one) { return putItem(content, item++, one); });
-    });
 }
 
 bool StorePasteboard::addTypes(std::span<const Representation> representations) {
@@ -219,39 +192,12 @@ bool StorePasteboard::addTypes(std::span<const Representation> representations) 
         hasItem = content.itemCount() > 0;
         if (!hasItem)
             return true;
-        // With the new count nobody owns the content: whoever cleared it cannot write on.
         return content.setChangeCount(content.changeCount() + 1) &&
                std::ranges::all_of(representations, [&](const auto& one) {
                    return content.putOnFirstItem(one.type, one.data.view());
                });
     });
     return hasItem && written;
-}
-
-bool StorePasteboard::update(const std::function<bool()>& steps) {
-    updating_ = LmdbWrite::begin(*environment_);
-    if (updating_ == nullptr)
-        return false;
-    updateFailed_ = false;
-    clearedInUpdate_ = false;
-    const auto ownCountBefore = ownCount_;
-    bool done = false;
-    try {
-        done = steps();
-    } catch (...) {
-        updating_.reset();
-        ownCount_ = ownCountBefore;
-        throw;
-    }
-    const bool committed = !updateFailed_ && updating_->commit();
-    updating_.reset();
-    if (committed)
-        return done;
-    // Nothing of the update is there. The smaller step of only clearing needs almost no space.
-    ownCount_ = ownCountBefore;
-    if (clearedInUpdate_)
-        clear();
-    return false;
 }
 
 } // namespace tavel

@@ -26,13 +26,10 @@ public:
     std::optional<Bytes> string(std::string_view type) override;
     std::optional<Bytes> data(std::string_view type) override;
     std::vector<std::string> filePaths() override;
-    std::int64_t clearContents() override;
-    bool setString(std::string_view text, std::string_view type) override;
-    bool setData(const Bytes& data, std::string_view type) override;
     bool canHold(const Representation& representation) override;
-    bool writeItems(std::span<const PasteboardItem> items) override;
+    std::optional<std::int64_t> replaceWithValues(std::span<const PasteboardValue> values) override;
+    std::optional<std::int64_t> replaceWithItems(std::span<const PasteboardItem> items) override;
     bool addTypes(std::span<const Representation> representations) override;
-    bool update(const std::function<bool()>& steps) override;
 
 private:
     struct View;
@@ -40,16 +37,12 @@ private:
     View view();
     StoredContent contentOf(MDB_txn* transaction) const;
     bool write(const std::function<bool(StoredContent&)>& change);
-    bool writeOwn(const std::function<bool(StoredContent&)>& change);
-    bool clear();
+    std::optional<std::int64_t> replace(std::span<const PasteboardItem> items);
+    void clear();
 
     std::shared_ptr<const LmdbEnvironment> environment_;
     BoardKey key_;
     std::shared_ptr<LmdbSnapshot> countSnapshot_; // idle between polls
-    std::unique_ptr<LmdbWrite> updating_;         // while `update` runs its steps
-    bool updateFailed_ = false;
-    bool clearedInUpdate_ = false;
-    std::optional<std::int64_t> ownCount_; // the change count of this object's last clearing
 };
 
 } // namespace tavel

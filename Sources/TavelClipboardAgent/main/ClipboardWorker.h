@@ -8,7 +8,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -90,7 +89,7 @@ private:
     Result writeFormats(const command::WriteFiles& command);
     Result writeImageFile(const command::WriteFiles& command);
     Result writeFileReferences(const command::WriteFiles& command);
-    bool replaceContents(const std::function<bool()>& write);
+    bool noteOwnWrite(std::optional<std::int64_t> changeCount);
     bool hasChangedSince(std::optional<std::uint64_t> expectedSequence);
 
     // ClipboardWorkerPoll.cpp

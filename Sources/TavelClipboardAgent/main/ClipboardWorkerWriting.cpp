@@ -10,6 +10,7 @@
 #include "TavelClipboardAgent/main/Limits.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace tavel {
@@ -39,6 +40,18 @@ std::optional<Bytes> pngFrom(ImageCodec& codec, command::WriteImageData& command
     return image && image->size() <= maximumHistoryImageBytes ? pngImage(codec, *image) : std::nullopt;
 }
 
+PasteboardValue textValue(std::string_view type, Bytes text) {
+    return {std::string(type), PasteboardValue::Form::text, std::move(text)};
+}
+
+PasteboardValue markerValue(const std::string& marker) {
+    return textValue(markerType, Bytes::copyOf(marker));
+}
+
+PasteboardValue pngValue(Bytes png) {
+    return {std::string(pasteboardType::png), PasteboardValue::Form::data, std::move(png)};
+}
+
 bool isExistingAbsolutePath(const std::string& path) {
     return path.starts_with('/') && fileExists(path);
 }
@@ -63,10 +76,8 @@ ClipboardWorker::Result ClipboardWorker::execute(command::WriteText& command) {
     const auto text = textFrom(command);
     if (!text)
         return std::string(messages::invalidText);
-    const bool written = replaceContents([&] {
-        return pasteboard_->setString(text->view(), pasteboardType::string) &&
-               pasteboard_->setString(*command.marker, markerType);
-    });
+    const std::array values{textValue(pasteboardType::string, *text), markerValue(*command.marker)};
+    const bool written = noteOwnWrite(pasteboard_->replaceWithValues(values));
     return written ? std::nullopt : Result(messages::textWriteFailed);
 }
 
@@ -75,7 +86,7 @@ ClipboardWorker::Result ClipboardWorker::execute(command::WriteImageData& comman
     const auto png = pngFrom(platform_.imageCodec(), command);
     if (!png)
         return std::string(messages::invalidHistoryImage);
-    const bool written = replaceContents([&] { return pasteboard_->setData(*png, pasteboardType::png); });
+    const bool written = noteOwnWrite(pasteboard_->replaceWithValues(std::array{pngValue(*png)}));
     return written ? std::nullopt : Result(messages::imageWriteFailed);
 }
 
@@ -108,7 +119,7 @@ ClipboardWorker::Result ClipboardWorker::writeFormats(const command::WriteFiles&
     if (!std::ranges::all_of(item, canHold))
         return std::string(messages::formatRefused);
     item.push_back({std::string(markerType), Bytes::copyOf(*command.marker)});
-    const bool written = replaceContents([&] { return pasteboard_->writeItems({&item, 1}); });
+    const bool written = noteOwnWrite(pasteboard_->replaceWithItems({&item, 1}));
     return written ? std::nullopt : Result(messages::formatsWriteFailed);
 }
 
@@ -121,10 +132,8 @@ ClipboardWorker::Result ClipboardWorker::writeImageFile(const command::WriteFile
         return std::string(messages::invalidImage);
     if (hasChangedSince(command.expectedSequence))
         return std::string(messages::changedDuringTransfer);
-    const bool written = replaceContents([&] {
-        return pasteboard_->setData(*image, pasteboardType::png) &&
-               pasteboard_->setString(*command.marker, markerType);
-    });
+    const std::array values{pngValue(*image), markerValue(*command.marker)};
+    const bool written = noteOwnWrite(pasteboard_->replaceWithValues(values));
     return written ? std::nullopt : Result(messages::imageWriteFailed);
 }
 
@@ -137,20 +146,15 @@ ClipboardWorker::Result ClipboardWorker::writeFileReferences(const command::Writ
         items.push_back({{std::string(pasteboardType::fileUrl), Bytes::adopt(platform_.fileUrl(path))},
                          {std::string(markerType), marker}});
     }
-    const bool written = replaceContents([&] { return pasteboard_->writeItems(items); });
+    const bool written = noteOwnWrite(pasteboard_->replaceWithItems(items));
     return written ? std::nullopt : Result(messages::filesWriteFailed);
 }
 
-/// Clears the pasteboard, lets `write` fill it, and takes note of the change as the agent's own. When it
-/// fails, the pasteboard is left cleared, and the next poll reports that as a change.
-bool ClipboardWorker::replaceContents(const std::function<bool()>& write) {
-    const bool written = pasteboard_->update([&] {
-        pasteboard_->clearContents();
-        return write();
-    });
-    if (written)
-        previousChangeCount_ = pasteboard_->changeCount();
-    return written;
+/// Accounts for the content that the agent wrote, so that the next poll does not report it. After a failure
+/// nothing is noted: the next poll reports the cleared pasteboard as a change. Gives whether it was written.
+bool ClipboardWorker::noteOwnWrite(std::optional<std::int64_t> changeCount) {
+    previousChangeCount_ = changeCount.value_or(previousChangeCount_);
+    return changeCount.has_value();
 }
 
 bool ClipboardWorker::hasChangedSince(std::optional<std::uint64_t> expectedSequence) {

@@ -57,36 +57,30 @@ TEST_F(ForeignContent, whatAnotherProgramCopiedIsReadAfterItsEnd) {
 }
 
 TEST_F(ForeignContent, anotherProgramFindsWhatTheFirstItemsHave) {
-    pasteboard_.clearContents();
     const std::vector<PasteboardItem> items{{{std::string(pasteboardType::string), Bytes::copyOf("first")}},
                                             {{std::string(pasteboardType::string), Bytes::copyOf("second")},
                                              {std::string(someType), Bytes::copyOf("some")}}};
-    ASSERT_TRUE(pasteboard_.writeItems(items));
+    ASSERT_TRUE(pasteboard_.replaceWithItems(items));
     EXPECT_EQ(elsewhere("print", {"public.utf8-plain-text"}), "first");
     EXPECT_EQ(elsewhere("print", {"net.example.some"}), "some");
 }
 
 TEST_F(ForeignContent, ofFormattedTextTooTheFirstItemsAloneIsRead) {
-    pasteboard_.clearContents();
     const std::vector<PasteboardItem> items{{{"public.rtf", Bytes::copyOf("{\\rtf1 first}")}},
                                             {{"public.rtf", Bytes::copyOf("{\\rtf1 second}")}}};
-    ASSERT_TRUE(pasteboard_.writeItems(items));
+    ASSERT_TRUE(pasteboard_.replaceWithItems(items));
     NSString* const joined = [MacPasteboard::named(name_) stringForType:@"public.rtf"];
     EXPECT_TRUE([joined isEqualToString:@"{\\rtf1 first}\n{\\rtf1 second}"]) << "which the system joins";
     EXPECT_EQ(textOf(pasteboard_.string("public.rtf")), "{\\rtf1 first}");
 }
 
-TEST_F(ForeignContent, onceAnotherProgramCopiedNothingCanBeWritten) {
-    pasteboard_.clearContents();
-    ASSERT_TRUE(pasteboard_.setString("ours", pasteboardType::string));
+TEST_F(ForeignContent, aNewContentTakesThePlaceOfWhatAnotherProgramCopied) {
+    elsewhere("copy", {"public.utf8-plain-text", "theirs", "net.example.some", "some"});
     const std::int64_t before = pasteboard_.changeCount();
-    elsewhere("copy", {"public.utf8-plain-text", "theirs"});
-    EXPECT_FALSE(pasteboard_.setString("late", pasteboardType::string));
-    EXPECT_FALSE(pasteboard_.setData(Bytes::copyOf("late"), someType));
-    const PasteboardItem late{{std::string(someType), Bytes::copyOf("late")}};
-    EXPECT_FALSE(pasteboard_.writeItems({&late, 1}));
-    EXPECT_EQ(pasteboard_.changeCount(), before + 1);
-    EXPECT_EQ(textOf(pasteboard_.string(pasteboardType::string)), "theirs");
+    const PasteboardValue text{std::string(pasteboardType::string), PasteboardValue::Form::text,
+                               Bytes::copyOf("ours")};
+    EXPECT_EQ(pasteboard_.replaceWithValues({&text, 1}), before + 1);
+    EXPECT_EQ(elsewhere("print", {"public.utf8-plain-text"}), "ours");
     EXPECT_EQ(elsewhere("print", {"net.example.some"}), "");
 }
 
@@ -139,8 +133,9 @@ TEST_F(ForeignContent, largeDataGoToAndComeFromAnotherProgram) {
     std::iota(expected.begin(), expected.end(), '\0');
     EXPECT_TRUE(theirs->view() == expected);
 
-    pasteboard_.clearContents();
-    ASSERT_TRUE(pasteboard_.setData(Bytes::copyOf(std::string(4 * mebibyte, 'a')), someType));
+    const PasteboardValue ours{std::string(someType), PasteboardValue::Form::data,
+                               Bytes::adopt(std::string(4 * mebibyte, 'a'))};
+    ASSERT_TRUE(pasteboard_.replaceWithValues({&ours, 1}));
     EXPECT_EQ(elsewhere("sum", {"net.example.some"}),
               std::to_string(4 * mebibyte) + " " + std::to_string(4 * mebibyte * 'a'));
 }

@@ -41,7 +41,20 @@ Representation some(std::string_view type) {
 
 bool writesItem(MacPasteboard& pasteboard) {
     const PasteboardItem item{some(someType)};
-    return pasteboard.writeItems({&item, 1});
+    return pasteboard.replaceWithItems({&item, 1}).has_value();
+}
+
+bool writesValue(MacPasteboard& pasteboard, PasteboardValue::Form form) {
+    const PasteboardValue value{std::string(someType), form, Bytes::copyOf("some")};
+    return pasteboard.replaceWithValues({&value, 1}).has_value();
+}
+
+bool writesText(MacPasteboard& pasteboard) {
+    return writesValue(pasteboard, PasteboardValue::Form::text);
+}
+
+bool writesData(MacPasteboard& pasteboard) {
+    return writesValue(pasteboard, PasteboardValue::Form::data);
 }
 
 bool addsType(MacPasteboard& pasteboard) {
@@ -56,11 +69,10 @@ std::optional<std::string> availableType(MacPasteboard& pasteboard) {
 
 /// A pasteboard of this object's own, which holds all that can be asked for.
 void fill(MacPasteboard& pasteboard) {
-    pasteboard.clearContents();
     const PasteboardItem item{some(pasteboardType::string),
                               some(someType),
                               {std::string(pasteboardType::fileUrl), Bytes::copyOf("file:///nowhere")}};
-    ASSERT_TRUE(pasteboard.writeItems({&item, 1}));
+    ASSERT_TRUE(pasteboard.replaceWithItems({&item, 1}));
 }
 
 void expectThatItHoldsNothingAndRefusesEveryWrite(MacPasteboard& pasteboard, std::int64_t lastCount) {
@@ -72,13 +84,12 @@ void expectThatItHoldsNothingAndRefusesEveryWrite(MacPasteboard& pasteboard, std
     EXPECT_FALSE(pasteboard.string(someType));
     EXPECT_FALSE(pasteboard.data(someType));
     EXPECT_TRUE(pasteboard.filePaths().empty());
-    EXPECT_EQ(pasteboard.clearContents(), lastCount);
-    EXPECT_FALSE(pasteboard.setString("text", someType));
-    EXPECT_FALSE(pasteboard.setData(Bytes::copyOf("data"), someType));
+    EXPECT_FALSE(writesText(pasteboard));
+    EXPECT_FALSE(writesData(pasteboard));
     EXPECT_FALSE(writesItem(pasteboard));
-    EXPECT_FALSE(pasteboard.writeItems({}));
+    EXPECT_FALSE(pasteboard.replaceWithItems({}));
+    EXPECT_FALSE(pasteboard.replaceWithValues({}));
     EXPECT_FALSE(addsType(pasteboard));
-    EXPECT_FALSE(pasteboard.update([&] { return pasteboard.setString("text", someType); }));
     EXPECT_TRUE(pasteboard.canHold(some(someType))) << "which is not for the server to tell";
 }
 
@@ -99,17 +110,14 @@ TEST(RefusingPasteboard, whatRaisesAnExceptionIsAnsweredAsIfNothingWereThere) {
     answersNothing(@selector(dataForType:), [&] { return pasteboard.data(someType).has_value(); });
     answersNothing(@selector(readObjectsForClasses:options:),
                    [&] { return !pasteboard.filePaths().empty(); });
-    answersNothing(@selector(setString:forType:), [&] { return pasteboard.setString("text", someType); });
-    answersNothing(@selector(changeCount), [&] { return pasteboard.setString("text", someType); });
-    answersNothing(@selector(setData:forType:),
-                   [&] { return pasteboard.setData(Bytes::copyOf("data"), someType); });
+    answersNothing(@selector(clearContents), [&] { return writesText(pasteboard); });
+    answersNothing(@selector(clearContents), [&] { return writesItem(pasteboard); });
+    answersNothing(@selector(setString:forType:), [&] { return writesText(pasteboard); });
+    answersNothing(@selector(setData:forType:), [&] { return writesData(pasteboard); });
     answersNothing(@selector(writeObjects:), [&] { return writesItem(pasteboard); });
     answersNothing(@selector(types), [&] { return addsType(pasteboard); });
     answersNothing(@selector(addTypes:owner:), [&] { return addsType(pasteboard); });
     answersNothing(@selector(setString:forType:), [&] { return addsType(pasteboard); });
-    answersNothing(@selector(setData:forType:), [&] {
-        return pasteboard.update([&] { return pasteboard.setData(Bytes::copyOf("data"), someType); });
-    });
 }
 
 TEST(RefusingPasteboard, aClearingThatFailsLeavesThePasteboardAndItsCount) {
@@ -118,11 +126,12 @@ TEST(RefusingPasteboard, aClearingThatFailsLeavesThePasteboardAndItsCount) {
     const std::int64_t before = pasteboard.changeCount();
     {
         const Raising raising(pasteboardMethod(@selector(clearContents)));
-        EXPECT_EQ(pasteboard.clearContents(), before);
+        EXPECT_FALSE(pasteboard.replaceWithItems({}));
+        EXPECT_FALSE(writesText(pasteboard)) << "it was not cleared for this text";
+        EXPECT_FALSE(writesItem(pasteboard));
     }
     EXPECT_EQ(pasteboard.changeCount(), before);
-    EXPECT_TRUE(pasteboard.data(someType));
-    EXPECT_FALSE(pasteboard.setString("text", someType)) << "it was not cleared for this text";
+    EXPECT_TRUE(pasteboard.data(pasteboardType::string)) << "which only the old content has";
 }
 
 TEST(RefusingPasteboard, aCountThatCannotBeReadIsTheLastOne) {
@@ -133,7 +142,21 @@ TEST(RefusingPasteboard, aCountThatCannotBeReadIsTheLastOne) {
     const Raising raising(pasteboardMethod(@selector(changeCount)));
     EXPECT_EQ(pasteboard.changeCount(), before);
     EXPECT_EQ(pasteboard.noticedChangeCount(), before);
-    EXPECT_FALSE(pasteboard.setString("text", someType)) << "nobody knows whether the content is still ours";
+    EXPECT_EQ(pasteboard.replaceWithItems({}), before) << "the write is done, whatever its count is";
+}
+
+TEST(RefusingPasteboard, whatFollowsARefusedValueIsNotWritten) {
+    MacPasteboard pasteboard(name);
+    fill(pasteboard);
+    const std::array values{
+        PasteboardValue{std::string(pasteboardType::string), PasteboardValue::Form::text,
+                        Bytes::copyOf("text")},
+        PasteboardValue{std::string(someType), PasteboardValue::Form::data, Bytes::copyOf("data")},
+    };
+    const Raising raising(pasteboardMethod(@selector(setString:forType:)));
+    EXPECT_FALSE(pasteboard.replaceWithValues(values));
+    EXPECT_FALSE(pasteboard.data(someType));
+    EXPECT_TRUE(pasteboard.types().empty()) << "the clearing holds";
 }
 
 TEST(RefusingPasteboard, anItemThatRaisesIsRefused) {
@@ -141,8 +164,9 @@ TEST(RefusingPasteboard, anItemThatRaisesIsRefused) {
     fill(pasteboard);
     const Raising raising(class_getInstanceMethod([NSPasteboardItem class], @selector(setData:forType:)));
     EXPECT_FALSE(pasteboard.canHold(some(someType)));
-    EXPECT_FALSE(writesItem(pasteboard));
     EXPECT_TRUE(pasteboard.data(someType)) << "what was there still is";
+    EXPECT_FALSE(writesItem(pasteboard));
+    EXPECT_TRUE(pasteboard.types().empty()) << "the clearing holds";
 }
 
 TEST(RefusingPasteboard, theSystemItselfTakesAnItemOnlyOnce) {

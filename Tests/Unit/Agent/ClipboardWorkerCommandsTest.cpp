@@ -47,7 +47,7 @@ protected:
     /// Expects an unchanged pasteboard, whose content the next poll reports.
     void expectUntouched() {
         for (const std::string& call : pasteboard().calls())
-            EXPECT_EQ(call.find("clear"), std::string::npos);
+            EXPECT_EQ(call.find("replace"), std::string::npos);
         EXPECT_EQ(pasteboard().changeCount(), 41);
     }
 };
@@ -94,11 +94,10 @@ TEST_F(ClipboardWorkerCommands, writesATextWithItsMarker) {
     EXPECT_EQ(pasteboard().content(markerType), "marker é");
 }
 
-TEST_F(ClipboardWorkerCommands, clearsThenWritesTheTextThenItsMarkerInOneUpdate) {
+TEST_F(ClipboardWorkerCommands, writesTheTextThenItsMarkerAsOneChange) {
     static_cast<void>(replyTo(writeText("aGk=")));
-    EXPECT_EQ(pasteboard().calls(),
-              (Calls{"update", "clearContents", "setString public.utf8-plain-text",
-                     "setString com.corvelle.tavelbridge.clipboard-origin-v1", "end of update"}));
+    EXPECT_EQ(pasteboard().calls(), Calls{"replaceWithValues text:public.utf8-plain-text "
+                                          "text:com.corvelle.tavelbridge.clipboard-origin-v1"});
 }
 
 TEST_F(ClipboardWorkerCommands, doesNotReportItsOwnText) {
@@ -157,23 +156,10 @@ TEST_F(ClipboardWorkerCommands, leavesAPasteboardThatRefusedTheTextForThePollToR
         pasteboard().copyFromOutside("before");
         static_cast<void>(polled());
         const std::int64_t before = pasteboard().changeCount();
-        pasteboard().refuse(Operation::setString, refused);
+        pasteboard().refuse(Operation::replaceWithValues, refused);
         EXPECT_EQ(replyTo(writeText("aGk=")), failure(7, textWriteFailed, before + 1)) << refused;
         EXPECT_EQ(polled(), std::vector<Json>{announcement(before + 1)}) << refused;
     }
-}
-
-TEST_F(ClipboardWorkerCommands, doesNotWriteTheMarkerBesideARefusedText) {
-    pasteboard().refuse(Operation::setString, pasteboardType::string);
-    static_cast<void>(replyTo(writeText("aGk=")));
-    EXPECT_EQ(pasteboard().calls(),
-              (Calls{"update", "clearContents", "setString public.utf8-plain-text", "end of update"}));
-}
-
-TEST_F(ClipboardWorkerCommands, failsWhenTheWholeUpdateIsLost) {
-    pasteboard().refuse(Operation::update);
-    EXPECT_EQ(replyTo(writeText("aGk=")), failure(7, textWriteFailed, 42));
-    EXPECT_EQ(polled(), std::vector<Json>{announcement(42)});
 }
 
 TEST_F(ClipboardWorkerCommands, writesOneItemWithAMarkerForEachFile) {
@@ -192,12 +178,12 @@ TEST_F(ClipboardWorkerCommands, writesOneItemWithAMarkerForEachFile) {
         EXPECT_EQ(item[1].type, markerType);
         EXPECT_EQ(item[1].data.view(), "m");
     }
-    EXPECT_EQ(pasteboard().calls(), (Calls{"update", "clearContents", "writeItems", "end of update"}));
+    EXPECT_EQ(pasteboard().calls(), Calls{"replaceWithItems"});
     EXPECT_EQ(polled(), std::vector<Json>());
 }
 
 TEST_F(ClipboardWorkerCommands, leavesAPasteboardThatRefusedTheFilesForThePollToReport) {
-    pasteboard().refuse(Operation::writeItems);
+    pasteboard().refuse(Operation::replaceWithItems);
     EXPECT_EQ(replyTo(writeFiles({"/"})), failure(7, filesWriteFailed, 42));
     EXPECT_EQ(polled(), std::vector<Json>{announcement(42)});
 }

@@ -31,7 +31,7 @@ protected:
 
     void expectUntouched() {
         for (const std::string& call : pasteboard().calls())
-            EXPECT_EQ(call.find("clear"), std::string::npos);
+            EXPECT_EQ(call.find("replace"), std::string::npos);
         EXPECT_EQ(pasteboard().changeCount(), 41);
     }
 };
@@ -50,10 +50,10 @@ TEST_F(WriteFormats, writesOneItemWithEveryFormatInTheOrderOfThePathsAndTheMarke
     EXPECT_EQ(polled(), Events());
 }
 
-TEST_F(WriteFormats, asksAboutEachFormatBeforeItClearsAnything) {
+TEST_F(WriteFormats, asksAboutEachFormatBeforeItReplacesAnything) {
     static_cast<void>(replyTo(writeFormats(makeFiles())));
-    EXPECT_EQ(pasteboard().calls(), (Calls{"canHold public.utf8-plain-text", "canHold public.html", "update",
-                                           "clearContents", "writeItems", "end of update"}));
+    EXPECT_EQ(pasteboard().calls(), (Calls{"canHold public.utf8-plain-text", "canHold public.html",
+                                           "replaceWithItems"}));
 }
 
 TEST_F(WriteFormats, leavesTheContentAloneWhenAFormatIsRefused) {
@@ -69,7 +69,7 @@ TEST_F(WriteFormats, doesNotAskWhetherThePasteboardTakesTheMarker) {
 }
 
 TEST_F(WriteFormats, leavesAPasteboardThatRefusedTheItemForThePollToReport) {
-    pasteboard().refuse(Operation::writeItems);
+    pasteboard().refuse(Operation::replaceWithItems);
     EXPECT_EQ(replyTo(writeFormats(makeFiles())), failure(7, formatsWriteFailed, 42));
     EXPECT_EQ(polled(), Events{announcement(42)});
 }

@@ -26,7 +26,7 @@ class WriteImage : public ExportFixture {
 protected:
     void expectUntouched() {
         for (const std::string& call : pasteboard().calls())
-            EXPECT_EQ(call.find("clear"), std::string::npos);
+            EXPECT_EQ(call.find("replace"), std::string::npos);
         EXPECT_EQ(pasteboard().changeCount(), 41);
     }
 
@@ -50,8 +50,7 @@ TEST_F(WriteImage, writesAPngFromTheHistoryAsItIsAndWithoutAMarker) {
     ASSERT_EQ(pasteboard().items().size(), 1U);
     EXPECT_EQ(pasteboard().items().front().size(), 1U);
     EXPECT_EQ(pasteboard().content(pasteboardType::png), png());
-    EXPECT_EQ(pasteboard().calls(),
-              (Calls{"update", "clearContents", "setData public.png", "end of update"}));
+    EXPECT_EQ(pasteboard().calls(), Calls{"replaceWithValues data:public.png"});
     EXPECT_EQ(polled(), Events());
 }
 
@@ -104,7 +103,7 @@ TEST_F(WriteImage, refusesAHistoryPictureOfOneByteMoreWithoutLookingAtIt) {
 }
 
 TEST_F(WriteImage, leavesAPasteboardThatRefusedTheHistorysPictureForThePollToReport) {
-    pasteboard().refuse(Operation::setData, pasteboardType::png);
+    pasteboard().refuse(Operation::replaceWithValues, pasteboardType::png);
     EXPECT_EQ(replyTo(writeImageData(png())), failure(7, imageWriteFailed, 42));
     EXPECT_EQ(polled(), Events{announcement(42)});
 }
@@ -121,11 +120,10 @@ TEST_F(WriteImage, writesAFilesBytesAsTheyAreWithAMarker) {
     EXPECT_EQ(polled(), Events());
 }
 
-TEST_F(WriteImage, clearsThenWritesThePictureThenItsMarkerInOneUpdate) {
+TEST_F(WriteImage, writesThePictureThenItsMarkerAsOneChange) {
     static_cast<void>(replyTo(writeImage({makeFile(png())})));
-    EXPECT_EQ(pasteboard().calls(),
-              (Calls{"update", "clearContents", "setData public.png",
-                     "setString com.corvelle.tavelbridge.clipboard-origin-v1", "end of update"}));
+    EXPECT_EQ(pasteboard().calls(), Calls{"replaceWithValues data:public.png "
+                                          "text:com.corvelle.tavelbridge.clipboard-origin-v1"});
 }
 
 TEST_F(WriteImage, followsALinkToThePicture) {
@@ -180,11 +178,11 @@ TEST_F(WriteImage, winsOverACopyThatTheParentDoesNotAskAbout) {
 
 TEST_F(WriteImage, leavesAPasteboardThatRefusedThePictureOrItsMarkerForThePollToReport) {
     const std::string file = makeFile(png());
-    pasteboard().refuse(Operation::setData, pasteboardType::png);
+    pasteboard().refuse(Operation::replaceWithValues, pasteboardType::png);
     EXPECT_EQ(replyTo(writeImage({file})), failure(7, imageWriteFailed, 42));
     EXPECT_EQ(polled(), Events{announcement(42)});
     pasteboard().refuseNothing();
-    pasteboard().refuse(Operation::setString, markerType);
+    pasteboard().refuse(Operation::replaceWithValues, markerType);
     EXPECT_EQ(replyTo(writeImage({file})), failure(7, imageWriteFailed, 43));
     EXPECT_EQ(polled().front(), announcement(43));
 }

@@ -97,38 +97,35 @@ std::vector<std::string> ScriptedPasteboard::filePaths() {
     return paths;
 }
 
-std::int64_t ScriptedPasteboard::clearContents() {
-    record("clearContents");
-    items_.clear();
-    owned_ = true;
-    clearedInUpdate_ = true;
-    return ++changeCount_;
-}
-
-bool ScriptedPasteboard::setString(std::string_view text, std::string_view type) {
-    record(call("setString", type));
-    return !isRefused(Operation::setString, type) && put(Bytes::copyOf(text), type);
-}
-
-bool ScriptedPasteboard::setData(const Bytes& data, std::string_view type) {
-    record(call("setData", type));
-    return !isRefused(Operation::setData, type) && put(data, type);
-}
-
 bool ScriptedPasteboard::canHold(const Representation& representation) {
     record(call("canHold", representation.type));
     return !isRefused(Operation::canHold, representation.type);
 }
 
-bool ScriptedPasteboard::writeItems(std::span<const PasteboardItem> items) {
-    record("writeItems");
-    const auto refused = [this](const PasteboardItem& item) {
-        return isRefused(Operation::writeItems, item);
-    };
-    if (!owned_ || std::ranges::any_of(items, refused))
-        return false;
-    items_.insert(items_.end(), items.begin(), items.end());
-    return true;
+std::optional<std::int64_t>
+ScriptedPasteboard::replaceWithValues(std::span<const PasteboardValue> values) {
+    std::string call = "replaceWithValues";
+    for (const PasteboardValue& value : values)
+        call += (value.form == PasteboardValue::Form::text ? " text:" : " data:") + value.type;
+    record(std::move(call));
+    return replace(Operation::replaceWithValues, pasteboardItems::fromValues(values).value());
+}
+
+std::optional<std::int64_t> ScriptedPasteboard::replaceWithItems(std::span<const PasteboardItem> items) {
+    record("replaceWithItems");
+    return replace(Operation::replaceWithItems, {items.begin(), items.end()});
+}
+
+/// A refusal leaves the pasteboard cleared.
+std::optional<std::int64_t> ScriptedPasteboard::replace(Operation operation,
+                                                        std::vector<PasteboardItem> items) {
+    ++changeCount_;
+    items_.clear();
+    if (isRefused(operation, anyType) ||
+        std::ranges::any_of(items, [&](const PasteboardItem& item) { return isRefused(operation, item); }))
+        return std::nullopt;
+    items_ = std::move(items);
+    return changeCount_;
 }
 
 bool ScriptedPasteboard::addTypes(std::span<const Representation> representations) {
@@ -141,20 +138,8 @@ bool ScriptedPasteboard::addTypes(std::span<const Representation> representation
     return true;
 }
 
-bool ScriptedPasteboard::update(const std::function<bool()>& steps) {
-    record("update");
-    const std::vector<PasteboardItem> before = items_;
-    clearedInUpdate_ = false;
-    const bool succeeded = steps() && !isRefused(Operation::update, anyType);
-    if (!succeeded)
-        items_ = clearedInUpdate_ ? std::vector<PasteboardItem>() : before;
-    record("end of update");
-    return succeeded;
-}
-
 void ScriptedPasteboard::changeFromOutside(std::vector<PasteboardItem> items) {
     items_ = std::move(items);
-    owned_ = false;
     ++changeCount_;
 }
 
@@ -200,16 +185,6 @@ bool ScriptedPasteboard::isRefused(Operation operation,
            std::ranges::any_of(representations, [&](const Representation& representation) {
                return isRefused(operation, representation.type);
            });
-}
-
-bool ScriptedPasteboard::put(const Bytes& data, std::string_view type) {
-    if (!owned_)
-        return false;
-    if (items_.empty())
-        items_.emplace_back();
-    std::erase_if(items_.front(), [type](const Representation& present) { return present.type == type; });
-    items_.front().push_back({std::string(type), data});
-    return true;
 }
 
 } // namespace tavel

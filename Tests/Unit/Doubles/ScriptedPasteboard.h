@@ -13,10 +13,10 @@
 namespace tavel {
 
 /// A pasteboard in memory. It keeps the interface's promises; a test can make it refuse what a platform may
-/// refuse, be the other program that changes it, and see in which order it was used.
+/// refuse, change it as another program would, and see the calls in their order.
 class ScriptedPasteboard final : public Pasteboard {
 public:
-    enum class Operation { setString, setData, canHold, writeItems, addTypes, update };
+    enum class Operation { canHold, replaceWithValues, replaceWithItems, addTypes };
 
     /// Stands for every type where a refusal names one.
     static constexpr std::string_view anyType{};
@@ -28,23 +28,19 @@ public:
     std::optional<Bytes> string(std::string_view type) override;
     std::optional<Bytes> data(std::string_view type) override;
     std::vector<std::string> filePaths() override;
-    std::int64_t clearContents() override;
-    bool setString(std::string_view text, std::string_view type) override;
-    bool setData(const Bytes& data, std::string_view type) override;
     bool canHold(const Representation& representation) override;
-    bool writeItems(std::span<const PasteboardItem> items) override;
+    std::optional<std::int64_t> replaceWithValues(std::span<const PasteboardValue> values) override;
+    std::optional<std::int64_t> replaceWithItems(std::span<const PasteboardItem> items) override;
     bool addTypes(std::span<const Representation> representations) override;
-    bool update(const std::function<bool()>& steps) override;
 
-    // What follows is the test's. Content and counts that a test looks at or sets leave no trace in the
-    // calls.
+    // What follows is for tests; none of it is recorded in `calls`.
 
     /// Another program clears the pasteboard and writes these items.
     void changeFromOutside(std::vector<PasteboardItem> items);
     void copyFromOutside(std::string_view text);
     void copyFilesFromOutside(std::span<const std::string> paths);
 
-    /// From now on the operation fails for that type; an operation on items, if one of them has it.
+    /// From now on the operation fails for content that has that type.
     void refuse(Operation operation, std::string_view type = anyType);
     void refuseNothing();
 
@@ -58,7 +54,7 @@ public:
     void onCountRead(std::function<void()> observer) { countObserver_ = std::move(observer); }
 
     /// Every call but those of `changeCount`, oldest first: the operation's name and, where there is one, the
-    /// type. What an update does stands between "update" and "end of update".
+    /// type. The values of `replaceWithValues` follow in their order, each with its form and type.
     const std::vector<std::string>& calls() const { return calls_; }
 
     void forgetCalls() { calls_.clear(); }
@@ -74,12 +70,10 @@ private:
     void record(std::string call);
     bool isRefused(Operation operation, std::string_view type) const;
     bool isRefused(Operation operation, std::span<const Representation> representations) const;
-    bool put(const Bytes& data, std::string_view type);
+    std::optional<std::int64_t> replace(Operation operation, std::vector<PasteboardItem> items);
 
     std::vector<PasteboardItem> items_;
     std::int64_t changeCount_ = 41;
-    bool owned_ = false; // cleared through this object, and by nobody else since
-    bool clearedInUpdate_ = false;
     std::set<std::pair<Operation, std::string>> refusals_;
     std::set<std::string, std::less<>> withheld_;
     std::vector<std::string> calls_;

@@ -41,16 +41,14 @@ std::int64_t X11Pasteboard::changeCount() {
 }
 
 std::int64_t X11Pasteboard::noticedChangeCount() {
-    return selection_.changeCount + (updating_ ? updating_->countMoved : 0);
+    return selection_.changeCount;
 }
 
-/// What the reading operations find without asking another program: the running update's content, or what
-/// this process owns. Brings the news of who owns the selection up to date.
+/// What this process owns of the selection; null if another program has to be asked. Brings the news of who
+/// owns the selection up to date.
 std::shared_ptr<const X11Pasteboard::Items> X11Pasteboard::ownContent() {
-    if (updating_ && updating_->content != nullptr)
-        return updating_->content;
     selections_->synchronize();
-    // What was owned when the server went can be given to nobody any more.
+    // Once the server is gone, nobody can ask for what this process owned.
     return selections_->connection().isLost() ? std::make_shared<const Items>() : selection_.owned;
 }
 
@@ -123,61 +121,23 @@ std::vector<std::string> X11Pasteboard::otherProgramsFileUrls() {
     return {};
 }
 
-/// Whether this object cleared the selection, and nobody has since.
-bool X11Pasteboard::isOwnToWrite() {
-    return selection_.owned != nullptr && ownCount_ == selection_.changeCount &&
-           !selections_->connection().isLost();
-}
-
-/// Changes the content that this object's clearing began.
-bool X11Pasteboard::writeOwn(const std::function<void(Items&)>& change) {
-    if (updating_ && updating_->content != nullptr) {
-        Items items = *updating_->content;
-        change(items);
-        updating_->content = std::make_shared<const Items>(std::move(items));
-        return true;
-    }
-    selections_->synchronize();
-    if (!isOwnToWrite())
-        return false;
-    Items items = *selection_.owned;
-    change(items);
-    auto& place = updating_ ? updating_->content : selection_.owned;
-    place = std::make_shared<const Items>(std::move(items));
-    return true;
-}
-
-bool X11Pasteboard::takeOver(Items items) {
-    return selections_->own(selection_, std::move(items));
-}
-
-std::int64_t X11Pasteboard::clearContents() {
-    if (updating_) {
-        updating_->content = std::make_shared<const Items>();
-        updating_->takesOver = updating_->cleared = true;
-        updating_->countMoved = 1;
-    } else if (takeOver({})) {
-        ownCount_ = selection_.changeCount;
-    }
-    return noticedChangeCount();
-}
-
-bool X11Pasteboard::setString(std::string_view text, std::string_view type) {
-    return isUtf8(text) && setData(Bytes::copyOf(text), type);
-}
-
-bool X11Pasteboard::setData(const Bytes& data, std::string_view type) {
-    return targetName::canBeType(type) &&
-           writeOwn([&](Items& items) { pasteboardItems::putOnFirstItem(items, type, data); });
-}
-
 bool X11Pasteboard::canHold(const Representation& representation) {
     return canHoldAll({&representation, 1});
 }
 
-bool X11Pasteboard::writeItems(std::span<const PasteboardItem> items) {
-    return std::ranges::all_of(items, canHoldAll) &&
-           writeOwn([&](Items& content) { content.insert(content.end(), items.begin(), items.end()); });
+std::optional<std::int64_t> X11Pasteboard::replaceWithValues(std::span<const PasteboardValue> values) {
+    return replace(pasteboardItems::fromValues(values));
+}
+
+std::optional<std::int64_t> X11Pasteboard::replaceWithItems(std::span<const PasteboardItem> items) {
+    return replace(Items(items.begin(), items.end()));
+}
+
+/// Takes the selection over with these items; without any that can be held, to clear it.
+std::optional<std::int64_t> X11Pasteboard::replace(const std::optional<Items>& items) {
+    const bool isHeld = items && std::ranges::all_of(*items, canHoldAll);
+    const bool isOwner = selections_->own(selection_, isHeld ? *items : Items());
+    return isHeld && isOwner ? std::optional(selection_.changeCount) : std::nullopt;
 }
 
 bool X11Pasteboard::addTypes(std::span<const Representation> representations) {
@@ -189,12 +149,7 @@ bool X11Pasteboard::addTypes(std::span<const Representation> representations) {
         return false;
     for (const Representation& one : representations)
         pasteboardItems::putOnFirstItem(*items, one.type, one.data);
-    if (!updating_)
-        return takeOver(std::move(*items)); // it is nobody's to write to: no object has cleared it
-    updating_->content = std::make_shared<const Items>(std::move(*items));
-    updating_->takesOver = true;
-    updating_->countMoved = 1;
-    return true;
+    return selections_->own(selection_, std::move(*items));
 }
 
 /// Everything that the other program delivers of its content. Nothing if another content took its place
@@ -216,42 +171,6 @@ std::optional<X11Pasteboard::Items> X11Pasteboard::otherProgramsItems() {
             items.push_back({{std::string(pasteboardType::fileUrl), Bytes::copyOf(url)}});
     }
     return selection_.changeCount == countBefore ? std::optional(std::move(items)) : std::nullopt;
-}
-
-bool X11Pasteboard::update(const std::function<bool()>& steps) {
-    updating_ = Update{};
-    bool done = false;
-    try {
-        done = steps();
-    } catch (...) {
-        updating_.reset();
-        throw;
-    }
-    const Update update = *std::exchange(updating_, std::nullopt);
-    return finish(update, done);
-}
-
-/// Lets other programs see what the steps of an update have made.
-bool X11Pasteboard::finish(const Update& update, bool done) {
-    if (!done) {
-        if (update.cleared)
-            clearContents();
-        return false;
-    }
-    if (update.takesOver) {
-        if (!takeOver(*update.content))
-            return false;
-        if (update.cleared)
-            ownCount_ = selection_.changeCount;
-        return true;
-    }
-    if (update.content == nullptr)
-        return true;
-    selections_->synchronize();
-    if (!isOwnToWrite())
-        return false;
-    selection_.owned = update.content;
-    return true;
 }
 
 } // namespace tavel

@@ -3,7 +3,6 @@
 #include "Linux/X11/Selections/X11Selections.h"
 #include "Platform/Pasteboard.h"
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,38 +28,22 @@ public:
     std::optional<Bytes> string(std::string_view type) override;
     std::optional<Bytes> data(std::string_view type) override;
     std::vector<std::string> filePaths() override;
-    std::int64_t clearContents() override;
-    bool setString(std::string_view text, std::string_view type) override;
-    bool setData(const Bytes& data, std::string_view type) override;
     bool canHold(const Representation& representation) override;
-    bool writeItems(std::span<const PasteboardItem> items) override;
+    std::optional<std::int64_t> replaceWithValues(std::span<const PasteboardValue> values) override;
+    std::optional<std::int64_t> replaceWithItems(std::span<const PasteboardItem> items) override;
     bool addTypes(std::span<const Representation> representations) override;
-    bool update(const std::function<bool()>& steps) override;
 
 private:
     using Items = pasteboardItems::Items;
 
-    /// What the steps of an update have made, before other programs see it.
-    struct Update {
-        std::shared_ptr<const Items> content; // nothing where the selection's own content still stands
-        bool takesOver = false;               // cleared, or types were added
-        bool cleared = false;
-        std::int64_t countMoved = 0;
-    };
-
     std::shared_ptr<const Items> ownContent();
-    bool isOwnToWrite();
-    bool writeOwn(const std::function<void(Items&)>& change);
-    bool takeOver(Items items);
-    bool finish(const Update& update, bool done);
+    std::optional<std::int64_t> replace(const std::optional<Items>& items);
     std::optional<Items> otherProgramsItems();
     std::optional<Bytes> otherProgramsData(std::string_view type);
     std::vector<std::string> otherProgramsFileUrls();
 
     std::shared_ptr<X11Selections> selections_;
     X11Selection& selection_;
-    std::optional<std::int64_t> ownCount_; // the change count of this object's last clearing
-    std::optional<Update> updating_;
 };
 
 } // namespace tavel
