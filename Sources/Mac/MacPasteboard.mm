@@ -115,17 +115,6 @@ std::vector<std::string> MacPasteboard::types() {
     return unlessRaised(std::vector<std::string>(), [&] { return stringsOf([pasteboard_.get() types]); });
 }
 
-std::optional<std::string> MacPasteboard::availableType(std::span<const std::string_view> wanted) {
-    return unlessRaised(std::optional<std::string>(), [&] {
-        NSMutableArray<NSString*>* const types = [NSMutableArray arrayWithCapacity:wanted.size()];
-        for (const std::string_view type : wanted) {
-            if (NSString* const one = typeFrom(type))
-                [types addObject:one];
-        }
-        return utf8FromString([pasteboard_.get() availableTypeFromArray:types]);
-    });
-}
-
 std::optional<Bytes> MacPasteboard::string(std::string_view type) {
     return unlessRaised(std::optional<Bytes>(), [&]() -> std::optional<Bytes> {
         // Of other types the system may join the texts of all items too.

@@ -50,9 +50,6 @@ public:
     /// The types of all items, each once, in the order in which they first occur.
     virtual std::vector<std::string> types() = 0;
 
-    /// The first of `wanted`, in that order, that some item has.
-    virtual std::optional<std::string> availableType(std::span<const std::string_view> wanted) = 0;
-
     /// The text under `type`, in UTF-8 without a terminator. Of public.utf8-plain-text the texts of all items
     /// that have it, joined by line feeds; of any other type the first item's. nullopt if no item has the
     /// type, or if its data is no text. Another program may have to deliver the data: the call blocks until

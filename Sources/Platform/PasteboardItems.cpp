@@ -64,15 +64,6 @@ std::optional<Bytes> data(const Items& items, std::string_view type) {
     return std::nullopt;
 }
 
-std::optional<std::string> available(std::span<const std::string> present,
-                                     std::span<const std::string_view> wanted) {
-    for (const std::string_view type : wanted) {
-        if (std::ranges::find(present, type) != present.end())
-            return std::string(type);
-    }
-    return std::nullopt;
-}
-
 std::vector<std::string> fileUrls(const Items& items) {
     std::vector<std::string> urls;
     for (const Bytes& url : all(items, pasteboardType::fileUrl))

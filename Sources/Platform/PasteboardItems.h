@@ -11,10 +11,6 @@ std::vector<std::string> types(const Items& items);
 std::optional<Bytes> string(const Items& items, std::string_view type);
 std::optional<Bytes> data(const Items& items, std::string_view type);
 
-/// The first of `wanted` that is among the `present` types.
-std::optional<std::string> available(std::span<const std::string> present,
-                                     std::span<const std::string_view> wanted);
-
 /// The data under public.file-url of all items that have it, in item order.
 std::vector<std::string> fileUrls(const Items& items);
 

@@ -14,10 +14,6 @@ std::vector<std::string> UnavailablePasteboard::types() {
     return {};
 }
 
-std::optional<std::string> UnavailablePasteboard::availableType(std::span<const std::string_view>) {
-    return std::nullopt;
-}
-
 std::optional<Bytes> UnavailablePasteboard::string(std::string_view) {
     return std::nullopt;
 }

@@ -1,7 +1,6 @@
 #include "Platform/PasteboardTypes.h"
 #include "Tests/Conformance/PasteboardConformance.h"
 
-#include <array>
 #include <filesystem>
 
 namespace tavel {
@@ -19,18 +18,6 @@ TEST_P(PasteboardConformance, typesAreGivenOnceInTheOrderOfTheirFirstOccurrence)
                                             "net.example.0"};
     EXPECT_EQ(ours->types(), expected);
     EXPECT_EQ(theirs->types(), expected);
-}
-
-TEST_P(PasteboardConformance, theAvailableTypeIsTheFirstWantedOneThatSomeItemHas) {
-    copyItems(*ours,
-              Items{textItem("text"), {representation(someType, "1")}, {representation(otherType, "2")}});
-    using Wanted = std::vector<std::string_view>;
-    EXPECT_EQ(theirs->availableType(Wanted{otherType, pasteboardType::string}), otherType);
-    EXPECT_EQ(theirs->availableType(Wanted{pasteboardType::string, otherType}), pasteboardType::string);
-    EXPECT_EQ(theirs->availableType(Wanted{"net.example.absent", someType, otherType}), someType);
-    EXPECT_EQ(theirs->availableType(Wanted{"net.example.absent"}), std::nullopt);
-    EXPECT_EQ(theirs->availableType(Wanted{"net.example.so", "net.example.some.more"}), std::nullopt);
-    EXPECT_EQ(theirs->availableType(Wanted{}), std::nullopt);
 }
 
 TEST_P(PasteboardConformance, dataComesFromTheFirstItemThatHasTheType) {

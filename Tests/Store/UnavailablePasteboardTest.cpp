@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-
 namespace tavel {
 
 namespace {
@@ -35,7 +33,6 @@ TEST(UnavailablePasteboard, isEmptyAndNeverChanges) {
     EXPECT_EQ(pasteboard.changeCount(), before);
     EXPECT_EQ(pasteboard.noticedChangeCount(), before);
     EXPECT_TRUE(pasteboard.types().empty());
-    EXPECT_EQ(pasteboard.availableType(std::array{pasteboardType::string}), std::nullopt);
     EXPECT_FALSE(pasteboard.string(pasteboardType::string));
     EXPECT_FALSE(pasteboard.data(pasteboardType::string));
     EXPECT_TRUE(pasteboard.filePaths().empty());

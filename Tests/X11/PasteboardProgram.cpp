@@ -47,11 +47,6 @@ public:
         return answer<std::vector<std::string>>([](Pasteboard& board) { return board.types(); });
     }
 
-    std::optional<std::string> availableType(std::span<const std::string_view> wanted) override {
-        return answer<std::optional<std::string>>(
-            [&](Pasteboard& board) { return board.availableType(wanted); });
-    }
-
     std::optional<Bytes> string(std::string_view type) override {
         return answer<std::optional<Bytes>>([&](Pasteboard& board) { return board.string(type); });
     }

@@ -86,10 +86,6 @@ std::vector<std::string> StorePasteboard::types() {
     return types;
 }
 
-std::optional<std::string> StorePasteboard::availableType(std::span<const std::string_view> wanted) {
-    return pasteboardItems::available(types(), wanted);
-}
-
 std::optional<Bytes> StorePasteboard::string(std::string_view type) {
     if (type != pasteboardType::string) {
         auto text = data(type);

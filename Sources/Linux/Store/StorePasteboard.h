@@ -22,7 +22,6 @@ public:
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override { return changeCount(); }
     std::vector<std::string> types() override;
-    std::optional<std::string> availableType(std::span<const std::string_view> wanted) override;
     std::optional<Bytes> string(std::string_view type) override;
     std::optional<Bytes> data(std::string_view type) override;
     std::vector<std::string> filePaths() override;

@@ -115,12 +115,15 @@ KeyVerdict FilePaste::handle(const KeyEvent& event) {
 bool FilePaste::holdsPasteableContent() {
     // A file that the user copied is the file manager's to paste. One that was generated here still has
     // beside it what it was made of.
-    if (board_->availableType(std::array{pasteboardType::fileUrl})) {
-        const auto mark = board_->string(generatedFile::alternative);
+    const std::vector<std::string> types = board_->types();
+    if (pasteboardType::isOffered(types, pasteboardType::fileUrl)) {
+        const auto mark = pasteboardType::isOffered(types, generatedFile::alternative)
+                              ? board_->string(generatedFile::alternative)
+                              : std::nullopt;
         if (!mark || mark->view() != generatedFile::markValue)
             return false;
     }
-    return board_->availableType(pasteableTypes).has_value();
+    return pasteboardType::isAnyOffered(types, pasteableTypes);
 }
 
 std::optional<std::int32_t> FilePaste::finderView() {

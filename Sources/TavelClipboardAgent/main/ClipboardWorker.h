@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -94,13 +95,13 @@ private:
 
     // ClipboardWorkerPoll.cpp
     bool captureFiles(std::string_view marker, std::uint64_t sequence);
-    void captureText(std::string_view marker, std::uint64_t sequence);
-    std::string markerText();
+    void captureText(const Bytes& text, std::string_view marker, std::uint64_t sequence);
+    std::optional<Bytes> offeredString(std::span<const std::string> types, std::string_view type);
 
     // ClipboardWorkerExports.cpp
-    bool captureFormats(std::int64_t current, const std::string& marker);
-    void captureImage(std::int64_t current, const std::string& marker);
-    bool takeExportSlot(std::int64_t current);
+    bool captureFormats(std::span<const std::string> types, std::int64_t current, const std::string& marker);
+    void captureImage(std::span<const std::string> types, std::int64_t current, const std::string& marker);
+    void retryAtNextPoll(std::int64_t current);
     ExportContext exportContext();
     bool isCurrent(const ExportOrigin& origin);
     void emitExport(std::string_view kind, const std::vector<std::string>& paths, const ExportOrigin& origin);

@@ -23,21 +23,16 @@ bool isExtra(const ClipboardFormat& format) {
     return format.name != "image.png" && format.name != "text.txt";
 }
 
-bool isOffered(Pasteboard& pasteboard, const ClipboardFormat& format) {
-    const std::vector<std::string> types = pasteboard.types();
-    return std::ranges::find(types, format.type) != types.end();
-}
-
 std::optional<Bytes> readFormat(Pasteboard& pasteboard, const ClipboardFormat& format) {
     return format.name == "text.txt" ? pasteboard.string(format.type) : pasteboard.data(format.type);
 }
 
-/// Every representation that is there, valid, and fits beside those before it.
-CapturedFormats readFormats(Pasteboard& pasteboard) {
+/// Every representation that is offered, valid, and fits beside those before it.
+CapturedFormats readFormats(Pasteboard& pasteboard, std::span<const std::string> types) {
     CapturedFormats captured;
     std::size_t room = maximumFormatsBytes;
     for (const ClipboardFormat& format : clipboardFormats) {
-        if (!isOffered(pasteboard, format))
+        if (!pasteboardType::isOffered(types, format.type))
             continue;
         auto content = readFormat(pasteboard, format);
         if (!content || !validRepresentation(format.name, content->view()) || content->size() > room)
@@ -48,7 +43,7 @@ CapturedFormats readFormats(Pasteboard& pasteboard) {
     return captured;
 }
 
-/// The offered types that stand in the table, in the pasteboard's order.
+/// The types that the pasteboard offers now and that stand in the table, in the pasteboard's order.
 std::string knownTypes(Pasteboard& pasteboard) {
     std::string list;
     for (const std::string& type : pasteboard.types()) {
@@ -60,13 +55,10 @@ std::string knownTypes(Pasteboard& pasteboard) {
 
 } // namespace
 
-/// Takes the slot for an export of the content with that change count. If another export holds it, the next
-/// poll takes the content for new again: nothing is lost, and nothing is queued.
-bool ClipboardWorker::takeExportSlot(std::int64_t current) {
-    if (exportSlot_->tryAcquire())
-        return true;
+/// Makes the next poll take the content with that change count for new: another export is running, and nothing
+/// is queued.
+void ClipboardWorker::retryAtNextPoll(std::int64_t current) {
     previousChangeCount_ = current - 1;
-    return false;
 }
 
 ExportContext ClipboardWorker::exportContext() {
@@ -74,15 +66,18 @@ ExportContext ClipboardWorker::exportContext() {
 }
 
 /// Whether the content is one of rich formats, whose export has begun or waits for the slot.
-bool ClipboardWorker::captureFormats(std::int64_t current, const std::string& marker) {
-    const auto isOfferedExtra = [this](const ClipboardFormat& format) {
-        return isExtra(format) && isOffered(*pasteboard_, format);
+bool ClipboardWorker::captureFormats(std::span<const std::string> types, std::int64_t current,
+                                     const std::string& marker) {
+    const auto isOfferedExtra = [&](const ClipboardFormat& format) {
+        return isExtra(format) && pasteboardType::isOffered(types, format.type);
     };
     if (!std::ranges::any_of(clipboardFormats, isOfferedExtra))
         return false;
-    if (!takeExportSlot(current))
+    if (!exportSlot_->tryAcquire()) {
+        retryAtNextPoll(current);
         return true;
-    CapturedFormats formats = readFormats(*pasteboard_);
+    }
+    CapturedFormats formats = readFormats(*pasteboard_, types);
     if (formats.empty()) {
         exportSlot_->release();
         warn(messages::noReadableFormat(knownTypes(*pasteboard_)));
@@ -94,12 +89,17 @@ bool ClipboardWorker::captureFormats(std::int64_t current, const std::string& ma
     return true;
 }
 
-void ClipboardWorker::captureImage(std::int64_t current, const std::string& marker) {
-    if (!takeExportSlot(current))
+void ClipboardWorker::captureImage(std::span<const std::string> types, std::int64_t current,
+                                   const std::string& marker) {
+    if (!exportSlot_->tryAcquire()) {
+        retryAtNextPoll(current);
         return;
-    auto image = pasteboard_->data(pasteboardType::png);
-    if (!image)
-        image = pasteboard_->data(pasteboardType::tiff);
+    }
+    std::optional<Bytes> image;
+    for (const std::string_view type : {pasteboardType::png, pasteboardType::tiff}) {
+        if (!image && pasteboardType::isOffered(types, type))
+            image = pasteboard_->data(type);
+    }
     const bool usable =
         image && image->size() <= maximumImageBytes && validImage(platform_.imageCodec(), *image);
     if (!usable) {

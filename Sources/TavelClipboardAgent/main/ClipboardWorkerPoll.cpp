@@ -38,22 +38,28 @@ void ClipboardWorker::poll() {
     previousChangeCount_ = current;
 
     const std::uint64_t sequence = sequenceFrom(current);
-    const std::string marker = markerText();
+    // The one question about the content before the announcement, for the marker stands in that. Data of a type
+    // that is not offered is never asked for: the question alone can make another program work, or a system
+    // ask the user.
+    const std::vector<std::string> types = pasteboard_->types();
+    const auto markerValue = offeredString(types, markerType);
+    const std::string marker(markerValue ? markerValue->view() : std::string_view());
     // Before the content is looked at, which can take time: the parent learns at once that something changed.
     output_.emit(event::Announcement{marker, sequence});
 
     if (captureFiles(marker, sequence))
         return;
-    if (captureFormats(current, marker))
+    if (captureFormats(types, current, marker))
         return;
     // A picture is never replaced by the text beside it, not even one that cannot be read.
-    if (pasteboard_->availableType(imageTypes))
-        captureImage(current, marker);
-    else
-        captureText(marker, sequence);
+    if (pasteboardType::isAnyOffered(types, imageTypes))
+        captureImage(types, current, marker);
+    else if (const auto text = offeredString(types, pasteboardType::string))
+        captureText(*text, marker, sequence);
 }
 
-/// Whether the content is a selection of files, reported or too large.
+/// Whether the content is a selection of files, reported or too large. The types do not tell: a platform may
+/// find files in types of its own.
 bool ClipboardWorker::captureFiles(std::string_view marker, std::uint64_t sequence) {
     std::vector<std::string> paths = pasteboard_->filePaths();
     if (paths.empty())
@@ -67,24 +73,21 @@ bool ClipboardWorker::captureFiles(std::string_view marker, std::uint64_t sequen
     return true;
 }
 
-void ClipboardWorker::captureText(std::string_view marker, std::uint64_t sequence) {
-    const auto text = pasteboard_->string(pasteboardType::string);
-    if (!text)
-        return;
-    if (text->size() > maximumTextBytes) {
+void ClipboardWorker::captureText(const Bytes& text, std::string_view marker, std::uint64_t sequence) {
+    if (text.size() > maximumTextBytes) {
         warn(messages::textTooLarge);
         return;
     }
-    output_.emit(event::TextChange{*text, std::string(marker), sequence});
+    output_.emit(event::TextChange{text, std::string(marker), sequence});
 }
 
 void ClipboardWorker::warn(std::string_view message) {
     output_.emit(event::Log{std::string(logLevel::warning), std::string(message)});
 }
 
-std::string ClipboardWorker::markerText() {
-    const auto marker = pasteboard_->string(markerType);
-    return marker ? std::string(marker->view()) : std::string();
+std::optional<Bytes> ClipboardWorker::offeredString(std::span<const std::string> types,
+                                                    std::string_view type) {
+    return pasteboardType::isOffered(types, type) ? pasteboard_->string(type) : std::nullopt;
 }
 
 } // namespace tavel

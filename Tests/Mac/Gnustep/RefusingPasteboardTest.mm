@@ -62,11 +62,6 @@ bool addsType(MacPasteboard& pasteboard) {
     return pasteboard.addTypes({&added, 1});
 }
 
-std::optional<std::string> availableType(MacPasteboard& pasteboard) {
-    static constexpr std::array<std::string_view, 1> wanted{someType};
-    return pasteboard.availableType(wanted);
-}
-
 /// A pasteboard of this object's own, which holds all that can be asked for.
 void fill(MacPasteboard& pasteboard) {
     const PasteboardItem item{some(pasteboardType::string),
@@ -79,7 +74,6 @@ void expectThatItHoldsNothingAndRefusesEveryWrite(MacPasteboard& pasteboard, std
     EXPECT_EQ(pasteboard.changeCount(), lastCount) << "which never goes back";
     EXPECT_EQ(pasteboard.noticedChangeCount(), lastCount);
     EXPECT_TRUE(pasteboard.types().empty());
-    EXPECT_EQ(availableType(pasteboard), std::nullopt);
     EXPECT_FALSE(pasteboard.string(pasteboardType::string));
     EXPECT_FALSE(pasteboard.string(someType));
     EXPECT_FALSE(pasteboard.data(someType));
@@ -103,7 +97,6 @@ TEST(RefusingPasteboard, whatRaisesAnExceptionIsAnsweredAsIfNothingWereThere) {
         EXPECT_FALSE(operation()) << sel_getName(selector);
     };
     answersNothing(@selector(types), [&] { return !pasteboard.types().empty(); });
-    answersNothing(@selector(availableTypeFromArray:), [&] { return availableType(pasteboard).has_value(); });
     answersNothing(@selector(stringForType:),
                    [&] { return pasteboard.string(pasteboardType::string).has_value(); });
     answersNothing(@selector(dataForType:), [&] { return pasteboard.string(someType).has_value(); });

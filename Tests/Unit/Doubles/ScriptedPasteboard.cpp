@@ -49,15 +49,6 @@ std::vector<std::string> ScriptedPasteboard::types() {
     return types;
 }
 
-std::optional<std::string> ScriptedPasteboard::availableType(std::span<const std::string_view> wanted) {
-    record("availableType");
-    for (const std::string_view type : wanted) {
-        if (find(items_, type) != nullptr)
-            return std::string(type);
-    }
-    return std::nullopt;
-}
-
 std::optional<Bytes> ScriptedPasteboard::string(std::string_view type) {
     record(call("string", type));
     if (withheld_.contains(type))

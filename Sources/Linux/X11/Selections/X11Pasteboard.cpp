@@ -65,10 +65,6 @@ std::vector<std::string> X11Pasteboard::types() {
     return types;
 }
 
-std::optional<std::string> X11Pasteboard::availableType(std::span<const std::string_view> wanted) {
-    return pasteboardItems::available(types(), wanted);
-}
-
 std::optional<Bytes> X11Pasteboard::string(std::string_view type) {
     if (const auto own = ownContent())
         return pasteboardItems::string(*own, type);
