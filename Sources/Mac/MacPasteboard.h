@@ -2,6 +2,7 @@
 
 #include "Mac/Retained.h"
 #include "Platform/Pasteboard.h"
+#include "Support/OwnerThread.h"
 
 #import <AppKit/AppKit.h>
 
@@ -36,6 +37,7 @@ private:
     std::optional<std::int64_t> countFromServer();
     std::optional<std::int64_t> replace(const std::function<bool(NSPasteboard* _Nonnull)>& write);
 
+    [[no_unique_address]] OwnerThread owner_;
     Retained<NSPasteboard> pasteboard_;
     std::int64_t lastCount_ = 0; // the server's last answer, for when it gives none
 };

@@ -78,9 +78,8 @@ bool setDataOf(NSPasteboard* pasteboard, const Bytes& data, std::string_view typ
 }
 
 bool setValueOf(NSPasteboard* pasteboard, const PasteboardValue& value) {
-    return value.form == PasteboardValue::Form::text
-               ? setStringOf(pasteboard, value.bytes.view(), value.type)
-               : setDataOf(pasteboard, value.bytes, value.type);
+    return value.form == PasteboardValue::Form::text ? setStringOf(pasteboard, value.bytes.view(), value.type)
+                                                     : setDataOf(pasteboard, value.bytes, value.type);
 }
 
 } // namespace
@@ -102,6 +101,7 @@ std::int64_t MacPasteboard::changeCount() {
 }
 
 std::optional<std::int64_t> MacPasteboard::countFromServer() {
+    owner_.assertCurrent();
     return unlessRaised(std::optional<std::int64_t>(),
                         [&] { return std::optional<std::int64_t>([pasteboard_.get() changeCount]); });
 }
@@ -112,10 +112,12 @@ std::int64_t MacPasteboard::noticedChangeCount() {
 }
 
 std::vector<std::string> MacPasteboard::types() {
+    owner_.assertCurrent();
     return unlessRaised(std::vector<std::string>(), [&] { return stringsOf([pasteboard_.get() types]); });
 }
 
 std::optional<Bytes> MacPasteboard::string(std::string_view type) {
+    owner_.assertCurrent();
     return unlessRaised(std::optional<Bytes>(), [&]() -> std::optional<Bytes> {
         // Of other types the system may join the texts of all items too.
         if (type != pasteboardType::string) {
@@ -131,6 +133,7 @@ std::optional<Bytes> MacPasteboard::string(std::string_view type) {
 }
 
 std::optional<Bytes> MacPasteboard::data(std::string_view type) {
+    owner_.assertCurrent();
     return unlessRaised(std::optional<Bytes>(), [&]() -> std::optional<Bytes> {
         NSString* const named = typeFrom(type);
         NSData* const found = named == nil ? nil : [pasteboard_.get() dataForType:named];
@@ -141,6 +144,7 @@ std::optional<Bytes> MacPasteboard::data(std::string_view type) {
 }
 
 std::vector<std::string> MacPasteboard::filePaths() {
+    owner_.assertCurrent();
     return unlessRaised(std::vector<std::string>(), [&] {
         NSDictionary* const filesOnly =
             [NSDictionary dictionaryWithObject:[NSNumber numberWithBool:YES]
@@ -161,8 +165,8 @@ bool MacPasteboard::canHold(const Representation& representation) {
 
 std::optional<std::int64_t> MacPasteboard::replaceWithValues(std::span<const PasteboardValue> values) {
     return replace([&](NSPasteboard* pasteboard) {
-        return std::ranges::all_of(values,
-                                   [&](const PasteboardValue& value) { return setValueOf(pasteboard, value); });
+        return std::ranges::all_of(
+            values, [&](const PasteboardValue& value) { return setValueOf(pasteboard, value); });
     });
 }
 
@@ -183,8 +187,8 @@ std::optional<std::int64_t> MacPasteboard::replaceWithItems(std::span<const Past
 
 /// Clears the pasteboard and lets `write` fill it. The system refuses what is written if another program has
 /// cleared the pasteboard meanwhile.
-std::optional<std::int64_t>
-MacPasteboard::replace(const std::function<bool(NSPasteboard* _Nonnull)>& write) {
+std::optional<std::int64_t> MacPasteboard::replace(const std::function<bool(NSPasteboard* _Nonnull)>& write) {
+    owner_.assertCurrent();
     const bool written = unlessRaised(false, [&] {
         NSPasteboard* const pasteboard = pasteboard_.get();
         if (pasteboard == nil)
@@ -197,6 +201,7 @@ MacPasteboard::replace(const std::function<bool(NSPasteboard* _Nonnull)>& write)
 
 /// What is added are words about the content (where it lies as a file, where that came from).
 bool MacPasteboard::addTypes(std::span<const Representation> representations) {
+    owner_.assertCurrent();
     return unlessRaised(false, [&] {
         NSArray<NSString*>* const types = typesOf(representations);
         if ([types count] == 0 || [types count] != representations.size() ||

@@ -33,8 +33,7 @@ void PasteboardConformance::copyText(Pasteboard& pasteboard, std::string_view te
 }
 
 void PasteboardConformance::copyData(Pasteboard& pasteboard, const Bytes& data, std::string_view type) {
-    ASSERT_TRUE(
-        pasteboard.replaceWithValues(Values{{std::string(type), PasteboardValue::Form::data, data}}));
+    ASSERT_TRUE(pasteboard.replaceWithValues(Values{{std::string(type), PasteboardValue::Form::data, data}}));
 }
 
 void PasteboardConformance::copyItems(Pasteboard& pasteboard, const Items& items) {

@@ -9,11 +9,11 @@ using namespace std::string_literals;
 
 TEST_P(PasteboardConformance, typesAreGivenOnceInTheOrderOfTheirFirstOccurrence) {
     copyItems(*ours, Items{
-        {representation("net.example.b", "1"), representation("net.example.a", "2")},
-        {representation("net.example.c", "3"), representation("net.example.b", "4"),
-         representation("net.example.0", "5")},
-        {representation("net.example.a", "6")},
-    });
+                         {representation("net.example.b", "1"), representation("net.example.a", "2")},
+                         {representation("net.example.c", "3"), representation("net.example.b", "4"),
+                          representation("net.example.0", "5")},
+                         {representation("net.example.a", "6")},
+                     });
     const std::vector<std::string> expected{"net.example.b", "net.example.a", "net.example.c",
                                             "net.example.0"};
     EXPECT_EQ(ours->types(), expected);
@@ -22,18 +22,21 @@ TEST_P(PasteboardConformance, typesAreGivenOnceInTheOrderOfTheirFirstOccurrence)
 
 TEST_P(PasteboardConformance, dataComesFromTheFirstItemThatHasTheType) {
     copyItems(*ours, Items{
-        {representation(someType, "some of the first")},
-        {representation(otherType, "other of the second"), representation(someType, "some of the second")},
-        {representation(otherType, "other of the third")},
-    });
+                         {representation(someType, "some of the first")},
+                         {representation(otherType, "other of the second"),
+                          representation(someType, "some of the second")},
+                         {representation(otherType, "other of the third")},
+                     });
     EXPECT_EQ(dataOf(*theirs, someType), "some of the first");
     EXPECT_EQ(dataOf(*theirs, otherType), "other of the second");
     EXPECT_EQ(dataOf(*theirs, "net.example.absent"), std::nullopt);
 }
 
 TEST_P(PasteboardConformance, thePlainTextsOfAllItemsAreJoinedByLineFeeds) {
-    copyItems(*ours, Items{
-        textItem("first"), {representation(someType, "no plain text")}, textItem(""), textItem("last\n")});
+    copyItems(*ours, Items{textItem("first"),
+                           {representation(someType, "no plain text")},
+                           textItem(""),
+                           textItem("last\n")});
     EXPECT_EQ(textOf(*theirs), "first\n\nlast\n");
 }
 
@@ -112,34 +115,33 @@ TEST_P(PasteboardConformance, typesAreAnyIdentifiers) {
 }
 
 TEST_P(PasteboardConformance, filePathsComeInItemOrder) {
-    copyItems(*ours, Items{
-        fileUrlItem("file:///tmp/zebra"),
-        {representation(someType, "in between"), representation(pasteboardType::fileUrl, "file:///tmp/ant")},
-        fileUrlItem("file:///tmp/zebra")});
+    copyItems(*ours, Items{fileUrlItem("file:///tmp/zebra"),
+                           {representation(someType, "in between"),
+                            representation(pasteboardType::fileUrl, "file:///tmp/ant")},
+                           fileUrlItem("file:///tmp/zebra")});
     EXPECT_EQ(theirs->filePaths(), (std::vector<std::string>{"/tmp/zebra", "/tmp/ant", "/tmp/zebra"}));
 }
 
 TEST_P(PasteboardConformance, filePathsArePercentDecoded) {
-    copyItems(*ours, Items{fileUrlItem("file:///tmp/two%20words%25"),
-                                       fileUrlItem("file:///tmp/caf%C3%A9"), fileUrlItem("file:///tmp/a%2fb"),
-                                       fileUrlItem("file://localhost/tmp/here")});
+    copyItems(*ours, Items{fileUrlItem("file:///tmp/two%20words%25"), fileUrlItem("file:///tmp/caf%C3%A9"),
+                           fileUrlItem("file:///tmp/a%2fb"), fileUrlItem("file://localhost/tmp/here")});
     EXPECT_EQ(theirs->filePaths(),
               (std::vector<std::string>{"/tmp/two words%", "/tmp/caf\xC3\xA9", "/tmp/a/b", "/tmp/here"}));
 }
 
 TEST_P(PasteboardConformance, aDirectorysPathEndsWithoutASlash) {
     const std::string directory = std::filesystem::temp_directory_path();
-    copyItems(*ours, Items{fileUrlItem("file:///nowhere/folder/"),
-                                       fileUrlItem("file://" + directory + "/"), fileUrlItem("file:///")});
+    copyItems(*ours, Items{fileUrlItem("file:///nowhere/folder/"), fileUrlItem("file://" + directory + "/"),
+                           fileUrlItem("file:///")});
     EXPECT_EQ(theirs->filePaths(), (std::vector<std::string>{"/nowhere/folder", directory, "/"}));
 }
 
 TEST_P(PasteboardConformance, whatNamesNoLocalPathIsLeftOutOfTheFilePaths) {
-    copyItems(*ours, 
-        Items{fileUrlItem("https://example.net/file"), textItem("file:///tmp/only-text"),
-              fileUrlItem("file://elsewhere.example.net/tmp/file"), fileUrlItem("file:///tmp/kept"),
-              fileUrlItem("file:///tmp/not-utf8-%FF"), fileUrlItem("file:///tmp/cut-at-%00-here"),
-              fileUrlItem(""), fileUrlItem("/tmp/no-url")});
+    copyItems(*ours,
+              Items{fileUrlItem("https://example.net/file"), textItem("file:///tmp/only-text"),
+                    fileUrlItem("file://elsewhere.example.net/tmp/file"), fileUrlItem("file:///tmp/kept"),
+                    fileUrlItem("file:///tmp/not-utf8-%FF"), fileUrlItem("file:///tmp/cut-at-%00-here"),
+                    fileUrlItem(""), fileUrlItem("/tmp/no-url")});
     EXPECT_EQ(theirs->filePaths(), std::vector<std::string>{"/tmp/kept"});
 }
 

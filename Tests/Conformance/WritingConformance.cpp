@@ -37,7 +37,8 @@ TEST_P(PasteboardConformance, aValueReplacesTheOneBeforeItOfTheSameType) {
 }
 
 TEST_P(PasteboardConformance, aNewContentReplacesTheWholeOldOne) {
-    copyItems(*theirs, Items{textItem("old"), fileUrlItem("file:///tmp/old"),
+    copyItems(*theirs, Items{textItem("old"),
+                             fileUrlItem("file:///tmp/old"),
                              {representation(someType, "old"), representation(markerType, "old")}});
     copyText(*ours, "new");
     EXPECT_EQ(theirs->types(), std::vector{std::string(pasteboardType::string)});
@@ -62,10 +63,10 @@ TEST_P(PasteboardConformance, aWriteGivesTheChangeCountOfItsContent) {
 TEST_P(PasteboardConformance, itemsWithATypeWithoutANameAreRefusedAllTogether) {
     copyData(*theirs, Bytes::copyOf("before"), otherType);
     const std::int64_t before = ours->changeCount();
-    EXPECT_FALSE(ours->replaceWithItems(
-        Items{textItem("good"),
-              {representation(someType, "good"), representation("", "nameless")},
-              textItem("good")}));
+    EXPECT_FALSE(
+        ours->replaceWithItems(Items{textItem("good"),
+                                     {representation(someType, "good"), representation("", "nameless")},
+                                     textItem("good")}));
     EXPECT_EQ(theirs->changeCount(), before + 1) << "the clearing holds";
     EXPECT_TRUE(theirs->types().empty());
     EXPECT_EQ(dataOf(*theirs, otherType), std::nullopt);

@@ -51,6 +51,7 @@ StoredContent StorePasteboard::contentOf(MDB_txn* transaction) const {
 }
 
 StorePasteboard::View StorePasteboard::view() {
+    owner_.assertCurrent();
     auto snapshot = LmdbSnapshot::take(environment_);
     if (snapshot == nullptr)
         return {};
@@ -59,6 +60,7 @@ StorePasteboard::View StorePasteboard::view() {
 }
 
 std::int64_t StorePasteboard::changeCount() {
+    owner_.assertCurrent();
     const bool current = countSnapshot_ != nullptr
                              ? countSnapshot_->renew()
                              : (countSnapshot_ = LmdbSnapshot::take(environment_)) != nullptr;
@@ -173,6 +175,7 @@ void StorePasteboard::clear() {
 
 /// Makes one change in a transaction of its own.
 bool StorePasteboard::write(const std::function<bool(StoredContent&)>& change) {
+    owner_.assertCurrent();
     const auto transaction = LmdbWrite::begin(*environment_);
     if (transaction == nullptr)
         return false;

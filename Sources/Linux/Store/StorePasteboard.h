@@ -3,6 +3,7 @@
 #include "Linux/Store/LmdbEnvironment.h"
 #include "Linux/Store/StoredContent.h"
 #include "Platform/Pasteboard.h"
+#include "Support/OwnerThread.h"
 
 #include <memory>
 #include <optional>
@@ -39,6 +40,7 @@ private:
     std::optional<std::int64_t> replace(std::span<const PasteboardItem> items);
     void clear();
 
+    [[no_unique_address]] OwnerThread owner_;
     std::shared_ptr<const LmdbEnvironment> environment_;
     BoardKey key_;
     std::shared_ptr<LmdbSnapshot> countSnapshot_; // idle between polls

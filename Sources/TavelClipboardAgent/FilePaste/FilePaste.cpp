@@ -60,6 +60,7 @@ FilePaste::FilePaste(Platform& platform, std::shared_ptr<Pasteboard> board, std:
     : platform_(platform), board_(std::move(board)), root_(std::move(root)), changed_(std::move(changed)) {}
 
 void FilePaste::configure(bool enabled) {
+    owner_.assertCurrent();
     enabled_ = enabled;
     if (!enabled) {
         if (tapCreated_)
@@ -85,6 +86,7 @@ void FilePaste::configure(bool enabled) {
 }
 
 KeyVerdict FilePaste::handle(const KeyEvent& event) {
+    owner_.assertCurrent();
     if (event.type == KeyEventType::tapDisabledByTimeout ||
         event.type == KeyEventType::tapDisabledByUserInput) {
         if (enabled_)

@@ -3,6 +3,7 @@
 #include "Platform/Platform.h"
 #include "Support/Bytes.h"
 #include "Support/Error.h"
+#include "Support/OwnerThread.h"
 #include "TavelClipboardAgent/FilePaste/FileNamePanel.h"
 
 #include <chrono>
@@ -69,6 +70,7 @@ private:
     void postPasteShortcut();
     void logFailure(const Error& error);
 
+    [[no_unique_address]] OwnerThread owner_;
     Platform& platform_;
     std::shared_ptr<Pasteboard> board_;
     std::filesystem::path root_;

@@ -46,6 +46,7 @@ bool hasAllowedSize(const ImageSize& size) {
 } // namespace
 
 FilePaste::FileData FilePaste::fileData() {
+    owner_.assertCurrent();
     for (const auto& [type, signature, ext] : readyRepresentations) {
         const auto data = board_->data(type);
         if (data && data->view().starts_with(signature) && isSmallEnough(*data))

@@ -30,6 +30,7 @@ bool isValidFileName(std::string_view name) {
 
 void FilePaste::complete(std::int32_t pid, std::int64_t sequence, const Bytes& data,
                          const std::string& name) {
+    owner_.assertCurrent();
     const ScopeExit ended([this] { busy_ = false; });
     if (!enabled_ || board_->changeCount() != sequence || finderView() != pid)
         return;
@@ -47,6 +48,7 @@ void FilePaste::complete(std::int32_t pid, std::int64_t sequence, const Bytes& d
 
 std::optional<std::filesystem::path> FilePaste::publishGeneratedFile(std::int64_t sequence, const Bytes& data,
                                                                      const std::string& name) {
+    owner_.assertCurrent();
     if (board_->changeCount() != sequence)
         return std::nullopt;
     if (!isValidFileName(name))

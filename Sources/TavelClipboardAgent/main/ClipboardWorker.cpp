@@ -42,6 +42,7 @@ ClipboardWorker::ClipboardWorker(Platform& platform, Pipes pipes, std::int32_t p
 }
 
 void ClipboardWorker::run() {
+    owner_.assertCurrent();
     platform_.becomeAccessory();
     EventLoop& loop = platform_.eventLoop();
     loop.runInBackground([descriptor = pipes_.input, &loop, worker = weak_from_this()] {
@@ -59,11 +60,13 @@ void ClipboardWorker::run() {
 }
 
 void ClipboardWorker::stop() {
+    owner_.assertCurrent();
     stopping_ = true;
     platform_.eventLoop().stopWaiting();
 }
 
 FilePaste& ClipboardWorker::filePaste() {
+    owner_.assertCurrent();
     if (filePaste_ == nullptr) {
         filePaste_ = std::make_shared<FilePaste>(platform_, pasteboard_, exportDirectory_->path(),
                                                  [worker = weak_from_this()](std::int64_t changeCount) {
@@ -75,6 +78,7 @@ FilePaste& ClipboardWorker::filePaste() {
 }
 
 void ClipboardWorker::generatedFilePasted(std::int64_t changeCount) {
+    owner_.assertCurrent();
     previousChangeCount_ = changeCount;
     output_.emit(event::FileRenamed{sequenceFrom(changeCount)});
 }

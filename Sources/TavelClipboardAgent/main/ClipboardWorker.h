@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Platform.h"
+#include "Support/OwnerThread.h"
 #include "TavelClipboardAgent/FilePaste/FilePaste.h"
 #include "TavelClipboardAgent/main/Export.h"
 #include "TavelClipboardAgent/main/Protocol/ClipboardCommand.h"
@@ -109,6 +110,7 @@ private:
     std::uint64_t sequence();
     static std::uint64_t sequenceFrom(std::int64_t changeCount);
 
+    [[no_unique_address]] OwnerThread owner_;
     Platform& platform_;
     Pipes pipes_;
     std::shared_ptr<Pasteboard> pasteboard_;

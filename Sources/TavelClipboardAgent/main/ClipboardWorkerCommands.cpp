@@ -5,6 +5,7 @@
 namespace tavel {
 
 void ClipboardWorker::handle(ClipboardCommand command) {
+    owner_.assertCurrent();
     std::visit(
         [this](auto& one) {
             const Result failure = execute(one);

@@ -55,8 +55,8 @@ std::string knownTypes(Pasteboard& pasteboard) {
 
 } // namespace
 
-/// Makes the next poll take the content with that change count for new: another export is running, and nothing
-/// is queued.
+/// Makes the next poll take the content with that change count for new: another export is running, and
+/// nothing is queued.
 void ClipboardWorker::retryAtNextPoll(std::int64_t current) {
     previousChangeCount_ = current - 1;
 }
@@ -122,6 +122,7 @@ bool ClipboardWorker::isCurrent(const ExportOrigin& origin) {
 }
 
 void ClipboardWorker::publishImage(const ImageExport& finished) {
+    owner_.assertCurrent();
     std::error_code ignored;
     if (!isCurrent(finished.origin)) {
         std::filesystem::remove(finished.file, ignored);
@@ -134,6 +135,7 @@ void ClipboardWorker::publishImage(const ImageExport& finished) {
 }
 
 void ClipboardWorker::publishFormats(const FormatExport& finished) {
+    owner_.assertCurrent();
     if (!isCurrent(finished.origin)) {
         static_cast<void>(removeTree(finished.directory));
         return;

@@ -28,6 +28,7 @@ bool isTooLarge(const std::vector<std::string>& paths) {
 } // namespace
 
 void ClipboardWorker::poll() {
+    owner_.assertCurrent();
     if (expectedParentPID_ >= smallestWatchedParent && parentProcessIdentifier() != expectedParentPID_) {
         stop();
         return;
@@ -38,9 +39,9 @@ void ClipboardWorker::poll() {
     previousChangeCount_ = current;
 
     const std::uint64_t sequence = sequenceFrom(current);
-    // The one question about the content before the announcement, for the marker stands in that. Data of a type
-    // that is not offered is never asked for: the question alone can make another program work, or a system
-    // ask the user.
+    // The one question about the content before the announcement, for the marker stands in that. Data of a
+    // type that is not offered is never asked for: the question alone can make another program work, or a
+    // system ask the user.
     const std::vector<std::string> types = pasteboard_->types();
     const auto markerValue = offeredString(types, markerType);
     const std::string marker(markerValue ? markerValue->view() : std::string_view());
@@ -82,6 +83,7 @@ void ClipboardWorker::captureText(const Bytes& text, std::string_view marker, st
 }
 
 void ClipboardWorker::warn(std::string_view message) {
+    owner_.assertCurrent();
     output_.emit(event::Log{std::string(logLevel::warning), std::string(message)});
 }
 

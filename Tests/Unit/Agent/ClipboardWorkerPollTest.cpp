@@ -187,6 +187,19 @@ TEST_F(ClipboardWorkerPoll, looksForNothingElseInASelectionThatIsTooLarge) {
     EXPECT_EQ(polled(), (Events{announcement(42), warning(selectionWarning)}));
 }
 
+TEST_F(ClipboardWorkerPoll, asksForTheTypesOnceAndOnlyForStringsThatAreOffered) {
+    using Calls = std::vector<std::string>;
+    pasteboard().copyFromOutside("a");
+    static_cast<void>(polled());
+    EXPECT_EQ(pasteboard().calls(), (Calls{"types", "filePaths", "string public.utf8-plain-text"}));
+
+    pasteboard().changeFromOutside({{representation(markerType, "m")}});
+    pasteboard().forgetCalls();
+    static_cast<void>(polled());
+    EXPECT_EQ(pasteboard().calls(),
+              (Calls{"types", "string com.corvelle.tavelbridge.clipboard-origin-v1", "filePaths"}));
+}
+
 TEST_F(ClipboardWorkerPoll, reportsAChangeThatHappensWhileItReads) {
     pasteboard().copyFromOutside("a");
     bool changed = false;

@@ -52,8 +52,8 @@ TEST_F(WriteFormats, writesOneItemWithEveryFormatInTheOrderOfThePathsAndTheMarke
 
 TEST_F(WriteFormats, asksAboutEachFormatBeforeItReplacesAnything) {
     static_cast<void>(replyTo(writeFormats(makeFiles())));
-    EXPECT_EQ(pasteboard().calls(), (Calls{"canHold public.utf8-plain-text", "canHold public.html",
-                                           "replaceWithItems"}));
+    EXPECT_EQ(pasteboard().calls(),
+              (Calls{"canHold public.utf8-plain-text", "canHold public.html", "replaceWithItems"}));
 }
 
 TEST_F(WriteFormats, leavesTheContentAloneWhenAFormatIsRefused) {

@@ -93,8 +93,7 @@ bool ScriptedPasteboard::canHold(const Representation& representation) {
     return !isRefused(Operation::canHold, representation.type);
 }
 
-std::optional<std::int64_t>
-ScriptedPasteboard::replaceWithValues(std::span<const PasteboardValue> values) {
+std::optional<std::int64_t> ScriptedPasteboard::replaceWithValues(std::span<const PasteboardValue> values) {
     std::string call = "replaceWithValues";
     for (const PasteboardValue& value : values)
         call += (value.form == PasteboardValue::Form::text ? " text:" : " data:") + value.type;

@@ -1,5 +1,7 @@
 #include "Platform/PasteboardItems.h"
 
+#include "Platform/PasteboardTypes.h"
+
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -106,6 +108,38 @@ TEST(PasteboardItems, giveTheFileUrlsOfAllItemsInTheirOrder) {
                       {with(file, "file:///b")},
                       {with(file, "no URL")}};
     EXPECT_EQ(pasteboardItems::fileUrls(items), (Strings{"file:///b", "file:///a", "file:///b", "no URL"}));
+}
+
+TEST(PasteboardItems, areOneItemOfTheValuesThatAreWritten) {
+    using Form = PasteboardValue::Form;
+    const std::vector<PasteboardValue> values{{"a", Form::data, Bytes::copyOf("\xFF")},
+                                              {"b", Form::text, Bytes::copyOf("é")},
+                                              {"a", Form::data, Bytes::copyOf("2")}};
+    const auto items = pasteboardItems::fromValues(values);
+    ASSERT_TRUE(items);
+    ASSERT_EQ(items->size(), 1U);
+    EXPECT_EQ(pasteboardItems::types(*items), (Strings{"a", "b"}));
+    EXPECT_EQ(dataOf(*items, "a"), "2");
+    EXPECT_EQ(dataOf(*items, "b"), "é");
+    EXPECT_EQ(items->front()[1].data.data(), values[1].bytes.data()) << "nothing is copied";
+    EXPECT_TRUE(pasteboardItems::fromValues({}).value().empty());
+}
+
+TEST(PasteboardItems, areNoneOfATextThatIsNotUtf8) {
+    const PasteboardValue text{"a", PasteboardValue::Form::text, Bytes::copyOf("\xC3")};
+    EXPECT_FALSE(pasteboardItems::fromValues({&text, 1}));
+}
+
+TEST(PasteboardTypes, areOfferedWhenTheyAreInTheList) {
+    using Wanted = std::vector<std::string_view>;
+    const Strings offered{"net.example.some", text};
+    EXPECT_TRUE(pasteboardType::isOffered(offered, text));
+    EXPECT_FALSE(pasteboardType::isOffered(offered, "net.example.so"));
+    EXPECT_FALSE(pasteboardType::isOffered({}, text));
+    EXPECT_TRUE(pasteboardType::isAnyOffered(offered, Wanted{"net.example.absent", text}));
+    EXPECT_FALSE(
+        pasteboardType::isAnyOffered(offered, Wanted{"net.example.absent", "net.example.some.more"}));
+    EXPECT_FALSE(pasteboardType::isAnyOffered(offered, Wanted{}));
 }
 
 TEST(PasteboardItems, beginWithWhatIsPutOnNone) {

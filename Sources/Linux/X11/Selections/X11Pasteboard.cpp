@@ -41,12 +41,14 @@ std::int64_t X11Pasteboard::changeCount() {
 }
 
 std::int64_t X11Pasteboard::noticedChangeCount() {
+    owner_.assertCurrent();
     return selection_.changeCount;
 }
 
 /// What this process owns of the selection; null if another program has to be asked. Brings the news of who
 /// owns the selection up to date.
 std::shared_ptr<const X11Pasteboard::Items> X11Pasteboard::ownContent() {
+    owner_.assertCurrent();
     selections_->synchronize();
     // Once the server is gone, nobody can ask for what this process owned.
     return selections_->connection().isLost() ? std::make_shared<const Items>() : selection_.owned;
@@ -131,6 +133,7 @@ std::optional<std::int64_t> X11Pasteboard::replaceWithItems(std::span<const Past
 
 /// Takes the selection over with these items; without any that can be held, to clear it.
 std::optional<std::int64_t> X11Pasteboard::replace(const std::optional<Items>& items) {
+    owner_.assertCurrent();
     const bool isHeld = items && std::ranges::all_of(*items, canHoldAll);
     const bool isOwner = selections_->own(selection_, isHeld ? *items : Items());
     return isHeld && isOwner ? std::optional(selection_.changeCount) : std::nullopt;

@@ -2,6 +2,7 @@
 
 #include "Linux/X11/Selections/X11Selections.h"
 #include "Platform/Pasteboard.h"
+#include "Support/OwnerThread.h"
 
 #include <memory>
 #include <optional>
@@ -41,6 +42,7 @@ private:
     std::optional<Bytes> otherProgramsData(std::string_view type);
     std::vector<std::string> otherProgramsFileUrls();
 
+    [[no_unique_address]] OwnerThread owner_;
     std::shared_ptr<X11Selections> selections_;
     X11Selection& selection_;
 };
