@@ -10,16 +10,15 @@
 
 namespace tavel {
 
-/// A pasteboard of the pasteboard server. What is written is there as a whole with each call, and outlives
-/// the process. A program that polls can see a content between clearing and writing: the server knows no
-/// transactions.
+/// A pasteboard of the pasteboard server. Contents outlive the process. The server has no transactions: a
+/// program that polls can see the pasteboard between the clearing and the writing, or between two values.
 class MacPasteboard final : public Pasteboard {
 public:
     /// The general pasteboard without a name.
     explicit MacPasteboard(const std::optional<std::string>& name);
 
     /// The system's object for the pasteboard of that name, autoreleased; the general one without a name.
-    /// Raises an exception, or gives nil, if the server cannot be reached.
+    /// Raises an exception, or returns nil, if the server cannot be reached.
     static NSPasteboard* _Nullable named(const std::optional<std::string>& name);
 
     std::int64_t changeCount() override;

@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::string_view escapedPrefix = "bytes:";
 
-/// The name itself, if the server is sure to tell it from all others. Otherwise its bytes in hexadecimal
-/// digits: what is not UTF-8 is no string, and a zero character may end one.
+/// The name itself, if the server distinguishes it from all others. Otherwise its bytes in hexadecimal
+/// digits: a string must be UTF-8, and a zero character may end it.
 NSString* _Nullable nameFrom(const std::string& name) {
     if (isUtf8(name) && name.find('\0') == std::string::npos && !name.starts_with(escapedPrefix))
         return stringFromUtf8(name);
@@ -31,7 +31,7 @@ NSString* _Nullable nameFrom(const std::string& name) {
     return stringFromUtf8(escaped);
 }
 
-/// Nil unless it can be a type.
+/// Nil if the text cannot be a type.
 NSString* _Nullable typeFrom(std::string_view type) {
     return type.empty() ? nil : stringFromUtf8(type);
 }
@@ -55,7 +55,7 @@ NSArray<NSString*>* typesOf(std::span<const Representation> representations) {
     return types;
 }
 
-/// An item with all of them; nil if one is refused.
+/// An item with all representations; nil if it refuses one.
 NSPasteboardItem* _Nullable itemOf(std::span<const Representation> representations) {
     NSPasteboardItem* const item = [[[NSPasteboardItem alloc] init] autorelease];
     for (const Representation& one : representations) {
@@ -106,7 +106,7 @@ std::optional<std::int64_t> MacPasteboard::countFromServer() {
                         [&] { return std::optional<std::int64_t>([pasteboard_.get() changeCount]); });
 }
 
-/// The server keeps it where reading it costs next to nothing.
+/// AppKit reads the count without a request to another process.
 std::int64_t MacPasteboard::noticedChangeCount() {
     return changeCount();
 }
@@ -119,7 +119,7 @@ std::vector<std::string> MacPasteboard::types() {
 std::optional<Bytes> MacPasteboard::string(std::string_view type) {
     owner_.assertCurrent();
     return unlessRaised(std::optional<Bytes>(), [&]() -> std::optional<Bytes> {
-        // Of other types the system may join the texts of all items too.
+        // stringForType: may join the texts of all items under other types, too.
         if (type != pasteboardType::string) {
             auto first = data(type);
             return first && isUtf8(first->view()) ? first : std::nullopt;
@@ -199,7 +199,7 @@ std::optional<std::int64_t> MacPasteboard::replace(const std::function<bool(NSPa
     return written ? std::optional(changeCount()) : std::nullopt;
 }
 
-/// What is added are words about the content (where it lies as a file, where that came from).
+/// The added types are texts that describe the content (its file's URL, the mark of a generated file).
 bool MacPasteboard::addTypes(std::span<const Representation> representations) {
     owner_.assertCurrent();
     return unlessRaised(false, [&] {

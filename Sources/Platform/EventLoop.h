@@ -14,18 +14,18 @@ public:
     virtual ~EventLoop() = default;
 
     /// One pass: waits until something is ready, until `stopWaiting`, or for `longestWait`, whichever is
-    /// first, and runs what is ready. On a platform with events of its own, those are what is waited for, and
-    /// functions run during the wait without ending it. Main thread.
+    /// first, and runs what is ready. A platform with events of its own waits for those; functions then run
+    /// during the wait without ending it. Main thread.
     virtual void runOnce(std::chrono::milliseconds longestWait) = 0;
 
-    /// Runs `function` as soon as a pass can, a wait included, in the order of posting. Any thread.
+    /// Runs `function` in the next pass, or during the current wait, in the order of posting. Any thread.
     virtual void post(Function function) = 0;
 
     /// Runs `function` once, `delay` from now. Main thread.
     virtual void postAfter(std::chrono::milliseconds delay, Function function) = 0;
 
-    /// Runs `function` every `interval`, for as long as the loop exists. A tick that comes late is not made
-    /// up for. Main thread.
+    /// Runs `function` every `interval`, for as long as the loop exists. Missed ticks are skipped. Main
+    /// thread.
     virtual void repeat(std::chrono::milliseconds interval, Function function) = 0;
 
     /// Runs `job` on a background thread. The process may end while it runs. Main thread.

@@ -17,23 +17,23 @@ class FocusProbe {
 public:
     virtual ~FocusProbe() = default;
 
-    /// Begins or ends following the keyboard focus, where that has to be done to know it. Takes a second at
-    /// the most.
+    /// Starts or stops following the keyboard focus, on platforms that cannot ask for it at any time. Takes a
+    /// second at most.
     virtual void follow(bool on) = 0;
 
-    /// The program in front. A platform whose file managers are many gives all of them the bundle identifier
-    /// of the home platform's, com.apple.finder.
+    /// The program in front. On a platform with several file managers each of them has the bundle identifier
+    /// of the home platform's file manager, com.apple.finder.
     virtual std::optional<RunningApplication> frontmostApplication() = 0;
 
     /// Whether this process may ask other programs where their focus is.
     virtual bool isTrusted() = 0;
 
     /// The accessibility role of the element of that process that has the keyboard focus, in the home
-    /// platform's names, such as AXList. Nothing without an answer; each of its two questions is given up
-    /// after 0.04 s. While no key waits for a decision, a platform may look for it somewhat longer.
+    /// platform's names, such as AXList. nullopt without an answer; each of the two requests behind it times
+    /// out after 0.04 s. While no key waits for a decision, a platform may search somewhat longer.
     virtual std::optional<std::string> focusedRole(std::int32_t processIdentifier) = 0;
 
-    /// Asks the system to bring that process to the front. It happens later, if at all.
+    /// Asks the system to bring that process to the front, and does not wait for it.
     virtual void activate(std::int32_t processIdentifier) = 0;
 };
 

@@ -14,8 +14,8 @@ struct ImageSize {
     std::int64_t height = 0; // pixels
 };
 
-/// Reads and converts images. Any thread. An answer of nothing means that the bytes are not an image that can
-/// be read here; no operation fails in another way.
+/// Reads and converts images. Any thread. nullopt means that the bytes are not an image that this codec
+/// reads; no operation fails in another way.
 class ImageCodec {
 public:
     virtual ~ImageCodec() = default;
@@ -23,13 +23,13 @@ public:
     /// The size of the first image in the file, from its headers: no pixel is decoded.
     virtual std::optional<ImageSize> measure(const Bytes& file) = 0;
 
-    /// The type identifier of the file's format, such as public.png, told from its content.
+    /// The type identifier of the file's format, such as public.png, recognised from its content.
     virtual std::optional<std::string> typeIdentifier(const Bytes& file) = 0;
 
     /// Whether the first image in the file has an alpha channel.
     virtual std::optional<bool> hasAlpha(const Bytes& file) = 0;
 
-    /// Whether there is an encoder for that type here, such as public.png.
+    /// Whether this codec encodes that type, such as public.png.
     virtual bool canEncode(std::string_view typeIdentifier) = 0;
 
     /// The first image in the file, encoded anew as PNG.

@@ -8,13 +8,13 @@ namespace tavel {
 
 enum class KeyEventType { keyDown, keyUp, tapDisabledByTimeout, tapDisabledByUserInput };
 
-/// A key's event in the home platform's terms (Quartz Event Services): the key codes are its own, and other
-/// platforms translate.
+/// A key event in the home platform's terms (Quartz Event Services). Other platforms translate theirs to its
+/// key codes and flags.
 struct KeyEvent {
     KeyEventType type = KeyEventType::keyDown;
     std::int64_t keyCode = 0;
-    std::uint64_t flags = 0;   // the modifiers that are held, and bits that are of no interest
-    std::int64_t userData = 0; // what the poster of a synthetic event wrote into it; 0 for a real key
+    std::uint64_t flags = 0;   // the modifiers that are held, among other bits
+    std::int64_t userData = 0; // set by the poster of a synthetic event; 0 for a real key
 };
 
 namespace keyCode {
@@ -35,23 +35,23 @@ enum class KeyVerdict { pass, swallow };
 /// Sees the keys that the user types in other programs, before those programs do. Main thread only.
 class KeyboardTap {
 public:
-    /// Decides for one event; the user's keyboard waits for the answer. Runs on the main thread, in the event
-    /// loop or at once.
+    /// Decides for one event; the keyboard is frozen until it returns. Runs on the main thread, in the event
+    /// loop or during a call of this interface.
     using Handler = std::function<KeyVerdict(const KeyEvent&)>;
 
     virtual ~KeyboardTap() = default;
 
     /// Starts tapping, enabled. False if the system refuses (the user has not permitted it, or there is no
-    /// keyboard to tap); it may be tried again. Not called again after it succeeded.
+    /// keyboard to tap); the caller may then try again. Not called again once it has succeeded.
     virtual bool create(Handler handler) = 0;
 
-    /// Switches a created tap on or off. A key that was swallowed stays with the tap until it is released.
+    /// Enables or disables a created tap. A key that was swallowed is swallowed until its release.
     virtual void setEnabled(bool enabled) = 0;
 
-    /// Whether the key is down at this moment.
+    /// Whether the key is down now.
     virtual bool isKeyDown(std::int64_t keyCode) = 0;
 
-    /// Types the keys into the frontmost program, in this order. One that cannot be typed is left out.
+    /// Types the keys into the frontmost program, in this order. Keys that cannot be typed are left out.
     virtual void post(std::span<const KeyEvent> events) = 0;
 };
 

@@ -2,7 +2,7 @@
 
 #include "Platform/ScreenGeometry.h"
 
-/// Where things stand in the naming panel, in the content's coordinates: points, from its bottom left.
+/// The naming panel's layout, in points from the bottom left of its content.
 namespace tavel::namePanelLayout {
 
 inline constexpr ScreenSize content{410, 170};

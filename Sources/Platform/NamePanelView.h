@@ -8,7 +8,7 @@
 
 namespace tavel {
 
-/// What stands in the naming panel.
+/// The texts of the naming panel.
 struct NamePanelTexts {
     std::string title;
     std::string extensionLabel;
@@ -22,23 +22,22 @@ struct NamePanelActions {
     std::function<void()> cancel;  // the other button, Escape, or the window's close button
 };
 
-/// The window behind the naming panel: it shows, and reports what the user did. It is laid out as
-/// NamePanelLayout.h says, and never closes itself. Main thread only. It may be destroyed by an action that
-/// it reports.
+/// The naming panel's window, laid out as NamePanelLayout.h says. It reports what the user does, and never
+/// closes itself. Main thread only. An action that it calls may destroy it.
 class NamePanelView {
 public:
     virtual ~NamePanelView() = default;
 
-    /// Where the window could stand.
+    /// The screens and the pointer, for placing the window.
     virtual ScreenSurroundings surroundings() = 0;
 
-    /// The bottom left corner of the window with its frame.
+    /// Moves the bottom left corner of the window, frame included.
     virtual void setOrigin(ScreenPoint origin) = 0;
 
     /// Shows the window and asks for the keyboard focus, for the field. Once only.
     virtual void show() = 0;
 
-    /// What the field held when it was confirmed last, in UTF-8; the stem before that.
+    /// The field's text at the last confirmation, in UTF-8; the stem before the first.
     virtual std::string enteredText() = 0;
 
     virtual void showHint(std::string_view hint) = 0;

@@ -15,7 +15,7 @@ const Bytes* find(const PasteboardItem& item, std::string_view type) {
     return found != item.end() ? &found->data : nullptr;
 }
 
-/// What the items have under the type, in item order.
+/// The items' data under the type, in item order.
 std::vector<Bytes> all(const Items& items, std::string_view type) {
     std::vector<Bytes> found;
     for (const PasteboardItem& item : items) {

@@ -2,7 +2,7 @@
 
 #include "Platform/Pasteboard.h"
 
-/// What a pasteboard's operations mean for a list of items in memory.
+/// The operations of Pasteboard on a list of items in memory.
 namespace tavel::pasteboardItems {
 
 using Items = std::vector<PasteboardItem>;

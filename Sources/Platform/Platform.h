@@ -14,22 +14,22 @@
 
 namespace tavel {
 
-/// What the agent asks of an operating system, from one maker, so that the parts fit each other. Main thread
-/// only. What a reference refers to lives as long as the platform.
+/// What the agent asks of an operating system. One implementation makes all parts, so that they fit each
+/// other. Main thread only. Returned references are valid as long as the platform.
 class Platform {
 public:
     virtual ~Platform() = default;
 
-    /// The pasteboard of that name, which comes into being with its first use; without a name the general
-    /// one. Throws Error when the platform's pasteboards cannot be used at all.
+    /// The pasteboard of that name, which the first use creates; the general pasteboard without a name.
+    /// Throws Error when the platform's pasteboards cannot be used at all.
     virtual std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) = 0;
 
-    /// Whether other programs depend on this process for what it has put on a pasteboard: it lives here, and
-    /// goes with the process.
+    /// Whether other programs depend on this process for a content that it put on a pasteboard: such content
+    /// is lost when the process ends.
     virtual bool servesContents() = 0;
 
-    /// Lets what lives in this process outlive it, where the platform has somebody who takes it over. To be
-    /// called at the process's end; takes a second at the most.
+    /// Hands such content to the platform's clipboard manager, if there is one. To be called at the process's
+    /// end; takes a second at most.
     virtual void handOverContents() = 0;
 
     virtual EventLoop& eventLoop() = 0;
@@ -37,7 +37,7 @@ public:
     virtual KeyboardTap& keyboardTap() = 0;
     virtual FocusProbe& focusProbe() = 0;
 
-    /// A naming panel's window, not shown yet. Nothing if no window can be shown here.
+    /// A naming panel's window, not shown yet. Null if no window can be shown here.
     virtual std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
                                                              NamePanelActions actions) = 0;
 
@@ -52,14 +52,14 @@ public:
     /// The directory for the user's temporary files. It may not exist.
     virtual std::filesystem::path temporaryDirectory() = 0;
 
-    /// Makes the process a background accessory: no icon or menu of its own, though it may show a panel.
+    /// Makes the process a background accessory, without an icon or a menu. It may still show a panel.
     virtual void becomeAccessory() = 0;
 
     /// Writes a line to the system's log, never to standard error.
     virtual void log(const std::string& message) = 0;
 };
 
-/// The platform of this machine. Called once, by a program's entry.
+/// The platform of this machine. Called once, by a program's `main`.
 std::unique_ptr<Platform> makePlatform();
 
 } // namespace tavel

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-/// Places on the user's screens. All are in points, in the one coordinate system of all screens, whose y
-/// grows upwards.
+/// Positions on the user's screens, in points. All screens share one coordinate system, in which y grows
+/// upwards.
 namespace tavel {
 
 struct ScreenPoint {
@@ -28,7 +28,7 @@ struct Screen {
     ScreenRectangle visibleFrame; // without bars and docks
 };
 
-/// What there is to consider when a window is placed.
+/// What placing a window depends on.
 struct ScreenSurroundings {
     ScreenPoint pointer;
     std::vector<Screen> screens; // in the system's order

@@ -4,7 +4,7 @@
 
 namespace tavel {
 
-/// Stands for a pasteboard that cannot be opened: it is always empty, refuses every write, and never changes.
+/// Replaces a pasteboard that cannot be opened: it is always empty, refuses every write, and never changes.
 class UnavailablePasteboard final : public Pasteboard {
 public:
     std::int64_t changeCount() override;

@@ -79,7 +79,7 @@ Bytes PasteboardConformance::patternOf(std::size_t size, std::uint32_t seed) {
     return Bytes::adopt(std::move(pattern));
 }
 
-// A backend need not be able to do what these suites ask.
+// These suites are optional for a backend.
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ItemConformance);
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(TrailingZeroConformance);
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ReplacementIsolationConformance);

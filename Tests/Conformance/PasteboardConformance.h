@@ -14,22 +14,21 @@
 
 namespace tavel {
 
-/// One implementation of Pasteboard, as the conformance suite drives it.
+/// An implementation of Pasteboard under the conformance suite.
 class PasteboardBackend {
 public:
     virtual ~PasteboardBackend() = default;
 
-    /// The pasteboard as this program has it, a new object with each call.
+    /// A new object for the pasteboard, in this program.
     virtual std::shared_ptr<Pasteboard> open(const std::optional<std::string>& name) = 0;
 
-    /// The same pasteboard as another program has it.
+    /// A new object for the same pasteboard, in another program.
     virtual std::shared_ptr<Pasteboard> openElsewhere(const std::optional<std::string>& name) = 0;
 };
 
-/// How the suite's parameter makes a backend: a new one for each test, so that a backend may bring a server
-/// or a store of its own.
+/// Makes a new backend for each test, so that a backend may have a server or a store of its own.
 struct PasteboardBackendMaker {
-    const char* label; // letters and digits: it becomes a part of the tests' names
+    const char* label; // letters and digits, as a part of the tests' names
     std::unique_ptr<PasteboardBackend> (*make)();
 };
 
@@ -38,8 +37,8 @@ void PrintTo(const PasteboardBackendMaker& maker, std::ostream* out);
 /// Names the instances of a suite after their backends.
 std::string backendLabel(const testing::TestParamInfo<PasteboardBackendMaker>& info);
 
-/// The contract of Pasteboard. A backend joins with INSTANTIATE_TEST_SUITE_P in a program that links
-/// TavelPasteboardConformance. Each test has a pasteboard that nobody has used, in the hands of two programs.
+/// The contract of Pasteboard. A program that links TavelPasteboardConformance tests a backend with
+/// INSTANTIATE_TEST_SUITE_P. Each test has an unused pasteboard, which two programs have opened.
 class PasteboardConformance : public testing::TestWithParam<PasteboardBackendMaker> {
 protected:
     using Items = std::vector<PasteboardItem>;
@@ -64,7 +63,7 @@ protected:
     static PasteboardItem textItem(std::string_view text);
     static PasteboardItem fileUrlItem(std::string_view url);
 
-    /// What `data` and `string` give, in a form that compares and prints.
+    /// The results of `data` and `string` in a form that compares and prints.
     static std::optional<std::string> dataOf(Pasteboard& pasteboard, std::string_view type);
     static std::optional<std::string> textOf(Pasteboard& pasteboard, std::string_view type);
     static std::optional<std::string> textOf(Pasteboard& pasteboard);
@@ -73,7 +72,7 @@ protected:
     static Bytes patternOf(std::size_t size, std::uint32_t seed);
 
     std::unique_ptr<PasteboardBackend> backend;
-    std::string name; // this test's own
+    std::string name; // unique to this test
     std::shared_ptr<Pasteboard> ours;
     std::shared_ptr<Pasteboard> theirs; // the same pasteboard, another program's object
 };
@@ -84,11 +83,11 @@ class ReplacementIsolationConformance : public PasteboardConformance {};
 /// Only for backends whose platform keeps the items of another program's content apart.
 class ItemConformance : public PasteboardConformance {};
 
-/// Only for backends whose platform does not take zero bytes at the end of a text for its terminator.
+/// Only for backends whose platform does not cut zero bytes off the end of a text as terminators.
 class TrailingZeroConformance : public PasteboardConformance {};
 
-/// Only for backends whose general pasteboard, and the one with the empty name, are the test's own. The
-/// user's are nothing to test with.
+/// Only for backends whose general pasteboard, and the one with the empty name, belong to the test. Tests
+/// must not touch the user's.
 class GeneralPasteboardConformance : public PasteboardConformance {};
 
 } // namespace tavel

@@ -7,8 +7,8 @@ namespace tavel {
 
 namespace {
 
-/// A store of the test's own, in which no pasteboard is the user's. Another program is a second object here:
-/// the objects share nothing but the store. Processes of their own are what Tests/Store adds.
+/// A store of the test's own, without any pasteboard of the user. A second object takes the part of another
+/// program: the objects share only the store. Tests/Store adds tests with real processes.
 class HeadlessBackend final : public PasteboardBackend {
 public:
     std::shared_ptr<Pasteboard> open(const std::optional<std::string>& name) override {

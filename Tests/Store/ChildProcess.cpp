@@ -27,7 +27,7 @@ Pipe makePipe() {
     Pipe ends{};
     if (pipe(ends.data()) != 0)
         throw std::system_error(errno, std::generic_category(), "pipe");
-    // Tests start one child after the other, from one thread: no child starts before the flag is set.
+    // Tests start children one after the other from one thread: none starts before the flag is set.
     for (const int end : ends)
         fcntl(end, F_SETFD, FD_CLOEXEC);
     return ends;
@@ -45,7 +45,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& commandLine) {
     std::vector<char*> arguments;
     arguments.reserve(commandLine.size() + 1);
     for (const std::string& argument : commandLine)
-        arguments.push_back(const_cast<char*>(argument.c_str())); // POSIX promises not to change them
+        arguments.push_back(const_cast<char*>(argument.c_str())); // POSIX: they are not changed
     arguments.push_back(nullptr);
     const int error = posix_spawn(&process_, arguments[0], &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
@@ -107,7 +107,7 @@ void ChildProcess::kill() {
 int ChildProcess::waitForExit() {
     closeInput();
     while (nextLine()) {
-        // Its end is the end of its output: nothing else holds the pipe.
+        // The child alone holds the pipe, so its output ends with the child.
     }
     int status = 0;
     if (waitpid(std::exchange(process_, -1), &status, 0) < 0)

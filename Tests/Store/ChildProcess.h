@@ -8,8 +8,8 @@
 
 namespace tavel {
 
-/// A program that runs as a child, with pipes at its standard input and output. Killed with this object.
-/// What waits gives up with an exception after a deadline far beyond what a busy machine needs.
+/// A child process with pipes at its standard input and output. It is killed with this object. Operations
+/// that wait throw at a deadline far beyond what a busy machine needs.
 class ChildProcess {
 public:
     /// The path of the program and its arguments.
@@ -18,7 +18,7 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    /// The next line that the child prints; nothing at the end of its output.
+    /// The next line that the child prints; nullopt at the end of its output.
     std::optional<std::string> nextLine();
 
     void sendLine(const std::string& line) const;
@@ -27,12 +27,12 @@ public:
     /// Sends SIGKILL and waits for the end.
     void kill();
 
-    /// Waits for the end. Gives the wait status, which is 0 if and only if the process ended by itself with
-    /// the status 0.
+    /// Waits for the end. Returns the wait status, which is 0 if and only if the process exited with the
+    /// status 0.
     int waitForExit();
 
 private:
-    pid_t process_ = -1; // -1 once it has been waited for
+    pid_t process_ = -1; // -1 after the wait for its end
     int input_ = -1;
     int output_ = -1;
     std::string received_;

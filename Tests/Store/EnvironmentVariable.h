@@ -6,8 +6,8 @@
 
 namespace tavel {
 
-/// Sets an environment variable of this process, or removes it, for as long as this object lives. Not while
-/// other threads run.
+/// Sets or removes an environment variable of this process for the lifetime of this object. Not thread-safe:
+/// no other thread may run.
 class EnvironmentVariable {
 public:
     EnvironmentVariable(const char* name, const std::optional<std::string>& value) : name_(name) {

@@ -32,7 +32,7 @@ protected:
 
     ~FullDisk() override { umount2(storeDirectory().c_str(), MNT_DETACH); }
 
-    /// Takes up all the space but so many bytes, with a file of somebody else's.
+    /// Takes all the space but `leftFree` bytes with a file outside the store.
     void fillUp(std::uint64_t leftFree = 0) const {
         struct statvfs status {};
 
@@ -152,7 +152,7 @@ TEST_F(FullDisk, aNewProgramReadsAndIsRefused) {
 TEST_F(FullDisk, aStoreThatCannotBeMadeIsRefusedAndMadeWhenThereIsSpace) {
     int refusals = 0;
     int successes = 0;
-    // Whatever part of the store's beginning still fits.
+    // With every amount of space, so that each step of the store's creation fails once.
     for (std::uint64_t leftFree = 0; leftFree <= std::uint64_t{160} * 1024; leftFree += 4096) {
         fillUp(leftFree);
         const int status = start({"write", "1", "1", "100"})->waitForExit();

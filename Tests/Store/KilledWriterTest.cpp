@@ -7,31 +7,31 @@ namespace tavel {
 
 namespace {
 
-/// Writers that die at any moment: what the programs that live on, or start afterwards, find.
+/// What running and newly started programs find after a writer was killed at an arbitrary moment.
 class KilledWriter : public StoreProcessTest {
 protected:
     static constexpr int kills = 40;
 
-    /// Starts a writer of large contents, and kills it some time after its first one.
+    /// Starts a writer of large contents and kills it shortly after its first one.
     void startAndKill(int writer) {
         const auto child = start({"write-on", std::to_string(writer), std::to_string(mebibyte)});
         ASSERT_EQ(child->nextLine(), "writing");
-        // Anywhere in the course of the next few writes.
+        // At an arbitrary moment during the next few writes.
         std::this_thread::sleep_for(std::chrono::microseconds(random_() % 12'000));
         child->kill();
     }
 
-    /// Checks what the writer left, and that a write works at once.
+    /// Checks the content that the writer left, and that a new write succeeds.
     void expectWholeAndWritable(StorePasteboard& pasteboard, int writer) {
         const auto [count, stamp] = readStamped(pasteboard);
         ASSERT_TRUE(stamp) << "after kill " << writer;
         EXPECT_EQ(stamp->writer, static_cast<std::uint64_t>(writer));
-        // A content is there exactly if its change of the count is.
+        // The content and the change count change together.
         EXPECT_EQ(count, lastCount_ + static_cast<std::int64_t>(stamp->sequence));
 
         ASSERT_TRUE(writeStamped(pasteboard, {0, static_cast<std::uint64_t>(writer), mebibyte}));
-        // If the writer died between making its last change durable and announcing it, programs that were
-        // running then see that change only as the one before the next.
+        // If the writer was killed between the commit of its last change and its announcement, running
+        // programs see that change only together with the next one.
         lastCount_ = pasteboard.changeCount();
         EXPECT_TRUE(lastCount_ == count + 1 || lastCount_ == count + 2) << lastCount_ << " after " << count;
         EXPECT_EQ(readStamped(pasteboard).stamp, (Stamp{0, static_cast<std::uint64_t>(writer), mebibyte}));

@@ -15,19 +15,19 @@
 #include <string>
 #include <vector>
 
-// Another program that uses a pasteboard, for the tests of several processes:
+// Another program that uses a pasteboard, for tests with several processes:
 //
 //     pasteboard-writer STORE NAME ROLE ARGUMENTS
 //
 //     write WRITER TIMES SIZE   prints "ready", waits for a line, writes that many contents, prints "done"
 //     write-on WRITER SIZE      prints "writing" after the first content, and goes on until it is killed
-//     watch CHANGES             prints "ready"; reads without a pause, prints "seen" when the content has
-//                               changed so often, and ends with its input; fails when what it reads is not
-//                               whole, or older than what it read before
-//     hold                      reads the payload, prints "holding", waits for a line, and fails unless what
-//                               it read is still the same
+//     watch CHANGES             prints "ready"; reads without a pause, prints "seen" after that many changes,
+//                               and ends with its input; fails when a content is torn, or older than the one
+//                               before
+//     hold                      reads the payload, prints "holding", waits for a line, and fails unless the
+//                               payload it holds is unchanged
 //
-// A failure is told on standard error, and the exit status is then 1.
+// After a failure, which it describes on standard error, the exit status is 1.
 
 namespace tavel {
 
@@ -36,7 +36,7 @@ namespace {
 using Arguments = std::span<const std::string>;
 
 void print(const char* line) {
-    std::cout << line << std::endl; // flushed: whoever started this program waits for the line
+    std::cout << line << std::endl; // flushed, as the parent waits for the line
 }
 
 void awaitLine() {

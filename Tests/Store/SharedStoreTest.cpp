@@ -6,7 +6,7 @@ namespace {
 
 class SharedStore : public StoreProcessTest {
 protected:
-    /// Writes another content of 1 MiB, so many times.
+    /// Writes new contents of 1 MiB, as many as the argument says.
     class Rewriter {
     public:
         explicit Rewriter(std::unique_ptr<StorePasteboard> pasteboard) : pasteboard_(std::move(pasteboard)) {}

@@ -11,7 +11,7 @@ namespace {
 std::string payloadOf(const Stamp& stamp) {
     std::string payload(stamp.payloadBytes, '\0');
     std::memcpy(payload.data(), &stamp, sizeof stamp);
-    // A linear congruential sequence: any 8 bytes of it tell their place and their content apart from others.
+    // A linear congruential sequence: any 8 bytes identify their position and their content.
     std::uint64_t word = stamp.writer * 0x9E3779B97F4A7C15U + stamp.sequence;
     for (std::size_t offset = sizeof stamp; offset < payload.size(); offset += sizeof word) {
         word = word * 6364136223846793005U + 1442695040888963407U;

@@ -9,7 +9,8 @@
 
 namespace tavel {
 
-/// Names one content among all that several processes write: who wrote it, and as their how-manieth.
+/// Identifies one content among all that several processes write: its writer, and its number among that
+/// writer's contents.
 struct Stamp {
     std::uint64_t writer = 0;
     std::uint64_t sequence = 0;
@@ -18,28 +19,27 @@ struct Stamp {
     bool operator==(const Stamp&) const = default;
 };
 
-/// Of the first item; the bytes follow from the stamp, which they begin with.
+/// The first item's type. Its data begins with the stamp, which determines all of its bytes.
 inline constexpr std::string_view stampedPayloadType = "net.example.payload";
 
-/// Of the last item: the stamp alone.
+/// The last item's type. Its data is the stamp alone.
 inline constexpr std::string_view stampedTailType = "net.example.tail";
 
 /// The smallest payload that has room for the stamp.
 inline constexpr std::uint64_t smallestStampedPayload = sizeof(Stamp);
 
-/// Replaces the content with one that carries the stamp in both its items, as one update.
+/// Replaces the content with one that carries the stamp in both its items.
 bool writeStamped(Pasteboard& pasteboard, const Stamp& stamp);
 
-/// The stamp of a payload whose every byte is what its stamp says. Nothing for a torn one.
+/// The stamp of a payload, if every byte matches it; nullopt for a torn payload.
 std::optional<Stamp> stampOfPayload(std::string_view payload);
 
 struct StampedReading {
     std::int64_t changeCount = 0;
-    std::optional<Stamp> stamp; // nothing if the content is not whole, or not a stamped one
+    std::optional<Stamp> stamp; // nullopt if the content is torn, or has no stamp
 };
 
-/// Reads the content. The parts are read one after the other, so this starts anew whenever the change count
-/// moves meanwhile.
+/// Reads the content's parts one after the other, and again if the change count moves meanwhile.
 StampedReading readStamped(Pasteboard& pasteboard);
 
 } // namespace tavel

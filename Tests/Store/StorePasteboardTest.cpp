@@ -73,15 +73,15 @@ TEST_F(HeadlessPasteboardStore, theChangeCountDoesNotGoBackWhenTooMuchIsBeingRea
     StorePasteboard polled(environment, "name");
     const std::int64_t count = polled.changeCount();
 
-    // Each holds a view of the store; there is room for a thousand or so.
+    // Each holds a snapshot of the store; there are about 1,000 reader slots.
     std::vector<Bytes> held;
     while (const auto read = pasteboard.data(someType)) {
         held.push_back(*read);
-        ASSERT_LT(held.size(), 5000U) << "the room has no end";
+        ASSERT_LT(held.size(), 5000U) << "the number of slots has no limit";
     }
     EXPECT_GE(held.size(), 900U);
     EXPECT_EQ(polled.changeCount(), count);
-    EXPECT_EQ(pasteboard.replaceWithItems({}), count + 1) << "writing needs none of that room";
+    EXPECT_EQ(pasteboard.replaceWithItems({}), count + 1) << "a write needs no reader slot";
     EXPECT_EQ(pasteboard.changeCount(), count + 1);
     EXPECT_EQ(polled.changeCount(), count + 1);
     held.clear();
@@ -109,7 +109,7 @@ TEST_F(HeadlessPasteboardStore, inAMissingDirectoryIsRefused) {
 
 TEST_F(HeadlessPasteboardStore, whoseMakingWasCutShortIsMadeAnew) {
     { StorePasteboard(openEnvironment(), "name").replaceWithItems({}); }
-    // A full disk, or the death of the process that made it, may leave any part of the beginning.
+    // A full disk, or the death of the process that created the file, may leave any part of its beginning.
     for (const std::uintmax_t size : {std::uintmax_t{0}, std::uintmax_t{100}, std::uintmax_t{4096}}) {
         std::filesystem::resize_file(storeFile(), size);
         StorePasteboard pasteboard(openEnvironment(), "name");

@@ -15,8 +15,8 @@
 
 namespace tavel {
 
-/// A store that this process and children share. This process opens it when a test says so, as a process may
-/// have it open only once.
+/// A store that this process and its children share. A process must not open it twice, so the tests open it
+/// themselves.
 class StoreProcessTest : public testing::Test {
 protected:
     static constexpr std::uint64_t mebibyte = std::uint64_t{1} << 20;
@@ -26,10 +26,10 @@ protected:
     /// Opens the store anew, as a program that starts does.
     std::unique_ptr<StorePasteboard> open() const;
 
-    /// Starts another program on the same pasteboard; the roles are told in PasteboardWriter.cpp.
+    /// Starts another program on the same pasteboard; PasteboardWriter.cpp describes the roles.
     std::unique_ptr<ChildProcess> start(const std::vector<std::string>& role) const;
 
-    /// The length of the store's file, and the space that it takes up.
+    /// The length of the store's file, and the disk space that it takes.
     std::uint64_t storeBytes() const;
     std::uint64_t allocatedStoreBytes() const;
 

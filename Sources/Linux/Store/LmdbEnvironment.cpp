@@ -13,10 +13,10 @@ namespace tavel {
 
 namespace {
 
-/// Only address space: the file is as long as what was once stored at the same time.
+/// Only address space: the file is as long as the most that was ever stored at once.
 constexpr std::size_t mapBytes = std::size_t{16} << 30;
 
-/// Every process that reads takes a slot or a few, and each large payload in use one more.
+/// A reading process takes one or a few slots, and one more for each large payload in use.
 constexpr unsigned readerSlots = 1000;
 
 /// Enough for those slots and LMDB's own record before them; a slot has the size of a processor's cache line,
@@ -48,8 +48,8 @@ LmdbEnvironment::~LmdbEnvironment() {
 void LmdbEnvironment::open(const std::filesystem::path& directory) {
     check(mdb_env_set_mapsize(environment_, mapBytes));
     check(mdb_env_set_maxreaders(environment_, readerSlots));
-    // MDB_NOTLS: a payload that shares a snapshot may be let go on another thread than the one that took it.
-    // The number is the layout's (StoredContent.h): a program with another layout uses a file of its own.
+    // MDB_NOTLS: a payload that shares a snapshot may be released on another thread than the one that took
+    // it. The number is the layout's (StoredContent.h): a program with another layout uses another file.
     const std::filesystem::path file = directory / "pasteboards-1.mdb";
     {
         const StoreOpeningLock lock(directory);
@@ -80,10 +80,10 @@ void LmdbEnvironment::releaseUnusedTail() const {
         mdb_env_stat(environment_, &statistics) != MDB_SUCCESS ||
         mdb_env_get_fd(environment_, &descriptor) != MDB_SUCCESS || fstat(descriptor, &status) != 0)
         return;
-    // No view of the store, however old, reaches behind this page: the number only ever grows.
+    // No snapshot, however old, refers to a page behind this one: the number only grows.
     const auto usedBytes = static_cast<off_t>((info.me_last_pgno + 1) * statistics.ms_psize);
     if (status.st_size > usedBytes)
-        static_cast<void>(ftruncate(descriptor, usedBytes)); // a longer file is no harm but to others' space
+        static_cast<void>(ftruncate(descriptor, usedBytes)); // on failure the file only takes more space
 }
 
 LmdbSnapshot::LmdbSnapshot(std::shared_ptr<const LmdbEnvironment> environment, MDB_txn* transaction)

@@ -7,10 +7,10 @@
 
 namespace tavel {
 
-/// The LMDB environment that holds a user's pasteboards, shared by all of the user's processes. LMDB keeps it
-/// whole when a process dies at any moment, and its commits are durable. A process must not open one
-/// directory's environment twice (lmdb.h, "Caveats"). Transactions belong to one thread at a time, and only
-/// one write transaction exists at a time on a machine: a second one waits for the first to end.
+/// The LMDB environment that holds a user's pasteboards, shared by all of the user's processes. It stays
+/// consistent when a process dies at any moment, and commits are durable. A process must not open one
+/// directory's environment twice (lmdb.h, "Caveats"). One thread at a time may use a transaction. Only one
+/// write transaction exists at a time on a machine; a second one waits for the first to end.
 class LmdbEnvironment {
 public:
     /// Opens or creates the environment in that directory. Throws Error.
@@ -22,8 +22,8 @@ public:
     MDB_env* handle() const { return environment_; }
     MDB_dbi database() const { return database_; }
 
-    /// Gives the space back that a failed write took behind what is stored: LMDB leaves the file as long as
-    /// the write made it, and on a full disk that is all the space there was.
+    /// Truncates the file behind the stored data. After a failed write LMDB leaves the file as long as the
+    /// write made it, which on a full disk is all the space there was.
     void releaseUnusedTail() const;
 
 private:
@@ -33,10 +33,10 @@ private:
     MDB_dbi database_ = 0;
 };
 
-/// A consistent view of the environment, which costs writers nothing but the reuse of the space it sees.
+/// A consistent view of the environment. It does not block writers, but they cannot reuse the space it sees.
 class LmdbSnapshot {
 public:
-    /// Nothing if LMDB refuses (too many readers at once).
+    /// Null if LMDB refuses (too many readers at once).
     static std::shared_ptr<LmdbSnapshot> take(std::shared_ptr<const LmdbEnvironment> environment);
     ~LmdbSnapshot();
     LmdbSnapshot(const LmdbSnapshot&) = delete;
@@ -44,8 +44,8 @@ public:
 
     MDB_txn* transaction() const { return transaction_; }
 
-    /// Lets the view go, for `renew` to take the current one: an idle snapshot that holds nothing back, and
-    /// whose renewal needs no system call.
+    /// Gives the view up until `renew` takes the current one. An idle snapshot keeps no space from being
+    /// reused, and its renewal needs no system call.
     void release();
     bool renew();
 
@@ -56,10 +56,10 @@ private:
     MDB_txn* transaction_;
 };
 
-/// A write transaction; undone unless committed.
+/// A write transaction; rolled back unless committed.
 class LmdbWrite {
 public:
-    /// Waits for other processes' write transactions. Nothing if LMDB refuses.
+    /// Waits for other processes' write transactions. Null if LMDB refuses.
     static std::unique_ptr<LmdbWrite> begin(const LmdbEnvironment& environment);
     ~LmdbWrite();
     LmdbWrite(const LmdbWrite&) = delete;
@@ -67,7 +67,7 @@ public:
 
     MDB_txn* transaction() const { return transaction_; }
 
-    /// False if it could not be made durable (no space); nothing of it is then there, nor takes up space.
+    /// False if it could not be made durable (no space). It is then rolled back and takes no space.
     bool commit();
 
 private:

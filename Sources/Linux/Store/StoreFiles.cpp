@@ -52,7 +52,7 @@ void allocateLockFile(const std::filesystem::path& file, std::size_t bytes) {
     if (fstat(descriptor, &status) != 0)
         fail(file, errno);
     const auto present = static_cast<std::size_t>(status.st_size);
-    // Written, as not every system has a call that allocates. What is there may be in use, and stays.
+    // Written, as not every system has a call that allocates. Existing bytes may be in use, and stay.
     if (present < bytes && !writeAll(descriptor, std::string(bytes - present, '\0')))
         fail(file, errno);
 }

@@ -16,7 +16,7 @@ namespace {
 /// Payloads up to this size are copied: cheaper than holding a snapshot for them.
 constexpr std::size_t copiedBytes = std::size_t{64} * 1024;
 
-/// Types are named; an empty name could not be asked for.
+/// A type needs a name, or nobody could ask for it.
 bool isAcceptable(std::span<const Representation> representations) {
     return std::ranges::none_of(representations, [](const auto& one) { return one.type.empty(); });
 }
@@ -65,7 +65,7 @@ std::int64_t StorePasteboard::changeCount() {
                              ? countSnapshot_->renew()
                              : (countSnapshot_ = LmdbSnapshot::take(environment_)) != nullptr;
     if (!current) {
-        // Every reader's slot is taken. A write transaction needs none, and the count must not go back.
+        // All reader slots are taken. A write transaction needs none, and the count must not go back.
         const auto transaction = LmdbWrite::begin(*environment_);
         return transaction != nullptr ? contentOf(transaction->transaction()).changeCount() : 0;
     }

@@ -11,10 +11,9 @@
 
 namespace tavel {
 
-/// A named pasteboard in the embedded store: every object of the same name, in whatever process of the user,
-/// is the same pasteboard. Contents outlive the processes. Data is delivered at once, so reads never block;
-/// a write waits for another process's write to end. Large payloads are read without being copied: they share
-/// the store's mapping.
+/// A pasteboard in the embedded store. All objects of one name, in any process of the user, are the same
+/// pasteboard. Contents outlive the processes. Reads never block; a write waits for another process's write
+/// to end. Large payloads are not copied when they are read: they share the store's mapping.
 class StorePasteboard final : public Pasteboard {
 public:
     StorePasteboard(std::shared_ptr<const LmdbEnvironment> environment,
@@ -43,7 +42,7 @@ private:
     [[no_unique_address]] OwnerThread owner_;
     std::shared_ptr<const LmdbEnvironment> environment_;
     BoardKey key_;
-    std::shared_ptr<LmdbSnapshot> countSnapshot_; // idle between polls
+    std::shared_ptr<LmdbSnapshot> countSnapshot_; // idle between readings
 };
 
 } // namespace tavel

@@ -24,7 +24,7 @@ Cursor openCursor(MDB_txn* transaction, MDB_dbi database) {
     return Cursor(cursor);
 }
 
-/// LMDB takes what it only reads as mutable too.
+/// LMDB only reads through this pointer, although it is not const.
 MDB_val valueOf(std::string_view bytes) {
     return {bytes.size(), const_cast<char*>(bytes.data())};
 }
@@ -46,7 +46,7 @@ std::uint32_t indexAt(std::string_view bytes) {
 }
 
 std::string boardPrefix(const std::optional<std::string>& name) {
-    // The first character keeps the general pasteboard apart from one named "".
+    // The first character distinguishes the general pasteboard from the one named "".
     const std::string identity = name ? "n" + *name : "g";
     std::array<guint8, 32> digest{};
     gsize length = digest.size();
@@ -58,7 +58,7 @@ std::string boardPrefix(const std::optional<std::string>& name) {
     return {digest.begin(), digest.end()};
 }
 
-/// An entry out of a key below `prefix` and its value; nothing if the value is none of ours.
+/// The entry of a key below `prefix` and its value; nullopt if they are not of our layout.
 std::optional<StoredContent::Entry> entryOf(std::string_view key, std::string_view prefix,
                                             std::string_view value) {
     if (key.size() != prefix.size() + 2 * indexBytes || value.size() < sizeof(std::uint32_t))
@@ -144,7 +144,7 @@ bool StoredContent::removeAll() {
     while (status == MDB_SUCCESS && viewOf(key).starts_with(prefix)) {
         if (mdb_cursor_del(cursor.get(), 0) != MDB_SUCCESS)
             return false;
-        // After a deletion LMDB's cursor stands before the record that followed.
+        // After a deletion LMDB's cursor is before the record that followed.
         status = mdb_cursor_get(cursor.get(), &key, &value, MDB_NEXT);
     }
     return status == MDB_SUCCESS || status == MDB_NOTFOUND;
@@ -156,7 +156,7 @@ bool StoredContent::put(std::uint32_t item, std::uint32_t position, std::string_
     const auto typeLength = static_cast<std::uint32_t>(type.size());
     MDB_val key = valueOf(keyBytes);
     MDB_val value{sizeof typeLength + type.size() + data.size(), nullptr};
-    // Reserving lets the large payload go straight from its buffer to the page.
+    // MDB_RESERVE: the payload is copied once, from its buffer to the page.
     if (mdb_put(transaction_, database_, &key, &value, MDB_RESERVE) != MDB_SUCCESS)
         return false;
     char* out = static_cast<char*>(value.mv_data);

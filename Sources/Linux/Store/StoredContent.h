@@ -12,10 +12,10 @@
 
 namespace tavel {
 
-/// Where one pasteboard's records stand among those of all pasteboards.
+/// The keys of one pasteboard's records among those of all pasteboards.
 class BoardKey {
 public:
-    /// The general pasteboard without a name, otherwise the named one. Names of any length and content.
+    /// The general pasteboard without a name, otherwise the named one. A name may be any bytes.
     explicit BoardKey(const std::optional<std::string>& name);
 
     /// Keys sort in the order of items, and of types within an item.
@@ -28,39 +28,39 @@ private:
     std::string prefix_;
 };
 
-/// One pasteboard's records, seen through a transaction, which must outlive this view. Layout:
+/// One pasteboard's records in a transaction, which must outlive this object. Layout:
 ///
 ///     prefix 'c'                  the change count: 8 bytes, in this machine's order
 ///     prefix 'r' item position    a representation: 4 bytes for the length of its type, the type, the data
 ///
 /// The prefix is the SHA-256 of the pasteboard's name; item and position are big-endian, 4 bytes each.
-/// The writing operations give false when LMDB fails, after which the transaction can only be undone.
+/// The writing operations return false when LMDB fails; the transaction must then be rolled back.
 class StoredContent {
 public:
     struct Entry {
         std::uint32_t item;
         std::uint32_t position;
-        std::string_view type; // valid until the transaction writes or ends, as is the data
+        std::string_view type; // this and the data are valid until the transaction writes or ends
         std::string_view data;
     };
 
     StoredContent(MDB_txn* transaction, MDB_dbi database, const BoardKey& key)
         : transaction_(transaction), database_(database), key_(key) {}
 
-    /// 0 for a pasteboard that nobody has written to.
+    /// 0 before the first write.
     std::int64_t changeCount() const;
 
     /// Visits the representations in order for as long as `visit` returns true.
     void forEach(const std::function<bool(const Entry&)>& visit) const;
 
-    /// The number of the item behind the last one.
+    /// One more than the number of the last item.
     std::uint32_t itemCount() const;
 
     bool setChangeCount(std::int64_t count);
     bool removeAll();
     bool put(std::uint32_t item, std::uint32_t position, std::string_view type, std::string_view data);
 
-    /// Puts data under `type` on the first item, in the place of what is there under that type.
+    /// Puts data under `type` on the first item, replacing that type's data.
     bool putOnFirstItem(std::string_view type, std::string_view data);
 
 private:

@@ -85,7 +85,7 @@ void ClipboardWorker::generatedFilePasted(std::int64_t changeCount) {
 
 std::uint64_t ClipboardWorker::sequenceFrom(std::int64_t changeCount) {
     if (changeCount < 0)
-        std::abort(); // no pasteboard counts backwards; nothing sensible could be said to the parent
+        std::abort(); // pasteboards count upwards from 0; there is nothing sensible to report
     return static_cast<std::uint64_t>(changeCount);
 }
 

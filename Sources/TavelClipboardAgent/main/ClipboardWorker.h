@@ -26,40 +26,40 @@ struct ImageExport;
 /// holds it weakly.
 class ClipboardWorker : public std::enable_shared_from_this<ClipboardWorker> {
 public:
-    /// The descriptors that lead to the parent. They stay the caller's.
+    /// The descriptors to and from the parent. The caller keeps their ownership.
     struct Pipes {
         int input;
         int output;
     };
 
-    /// Lowers the process's priority. What is on the pasteboard now is never reported. A pasteboard that
-    /// cannot be opened is taken for an empty one that refuses every write; the system's log says why.
-    /// `platform` must never be destroyed before the process ends once `run` was called: the reader of
-    /// commands may be blocked in it.
+    /// Lowers the process's priority. The current content of the pasteboard is never reported. A pasteboard
+    /// that cannot be opened is replaced by one that is empty and refuses every write; the system's log says
+    /// why. Once `run` was called, `platform` must exist until the process ends: the command reader may still
+    /// use it.
     ClipboardWorker(Platform& platform, Pipes pipes, std::int32_t parentPID,
                     const std::optional<std::string>& pasteboardName);
 
-    /// Serves the parent until it says "quit", closes its end, or is gone.
+    /// Serves the parent until the command "quit", the end of the input, or the parent's exit.
     void run();
 
-    /// Carries out one command; sends exactly one reply.
+    /// Executes one command and sends exactly one reply.
     void handle(ClipboardCommand command);
 
-    /// Reports what changed on the pasteboard since the last call, if anything did.
+    /// Reports the pasteboard's content if it has changed since the last call.
     void poll();
 
-    /// Makes `run` return. Never undone.
+    /// Makes `run` return, for good.
     void stop();
 
     /// Made on first use.
     FilePaste& filePaste();
 
-    /// Takes note that pasting a generated file gave the pasteboard this change count: it is the agent's own
-    /// change, which the poll does not report, but the parent is told of the file.
+    /// Notes that publishing a generated file gave the pasteboard this change count. The poll does not report
+    /// this change; the parent gets an event of its own for the file.
     void generatedFilePasted(std::int64_t changeCount);
 
-    // What background jobs post when they are done. An export that is stale by then (the content has changed,
-    // or the parent does not want it any more) is deleted; a published one takes the place of the one before.
+    // Background jobs post these calls when they are done. An export that is stale by then (the content has
+    // changed, or the parent has discarded it) is deleted; a published one replaces the previous one.
 
     void publishImage(const ImageExport& finished);
     void publishFormats(const FormatExport& finished);
@@ -69,11 +69,11 @@ public:
 
     const std::filesystem::path& exportDirectory() const { return exportDirectory_->path(); }
 
-    /// Whether a background job is at work. It goes on when `run` has returned.
+    /// Whether a background job is running. It may outlast `run`.
     bool isExporting() const { return exportSlot_->isTaken(); }
 
 private:
-    /// What carrying out a command gives: a reason for the failure, or none.
+    /// The outcome of a command: the reason of its failure, or nullopt.
     using Result = std::optional<std::string>;
 
     // ClipboardWorkerCommands.cpp
@@ -115,13 +115,13 @@ private:
     Pipes pipes_;
     std::shared_ptr<Pasteboard> pasteboard_;
     Output output_;
-    std::int64_t previousChangeCount_ = 0; // the last one that was reported, or that the agent itself made
+    std::int64_t previousChangeCount_ = 0; // last reported, or made by the agent
     std::shared_ptr<FilePaste> filePaste_;
     bool stopping_ = false;
-    std::int64_t exportGeneration_ = 0; // an export that began before it moved is stale
+    std::int64_t exportGeneration_ = 0; // exports of an earlier generation are stale
     std::shared_ptr<ExportDirectory> exportDirectory_;
     std::optional<std::filesystem::path> previousImage_;   // the picture published last
-    std::optional<std::filesystem::path> previousFormats_; // the directory of formats published last
+    std::optional<std::filesystem::path> previousFormats_; // the formats directory published last
     std::shared_ptr<ExportSlot> exportSlot_ = std::make_shared<ExportSlot>();
     std::int32_t expectedParentPID_;
 };

@@ -12,7 +12,7 @@ void ClipboardWorker::handle(ClipboardCommand command) {
             respond(one.requestID, !failure, failure.value_or(std::string()));
         },
         command);
-    // The parent reads its reply before it sees the agent go.
+    // After the reply, so that the parent reads it before the agent ends.
     if (std::holds_alternative<command::Quit>(command))
         stop();
 }

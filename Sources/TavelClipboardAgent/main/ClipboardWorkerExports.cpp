@@ -18,7 +18,7 @@ namespace tavel {
 
 namespace {
 
-/// A format that makes a clipboard more than text or a plain picture.
+/// Whether the format makes a content more than plain text or a PNG.
 bool isExtra(const ClipboardFormat& format) {
     return format.name != "image.png" && format.name != "text.txt";
 }
@@ -55,8 +55,8 @@ std::string knownTypes(Pasteboard& pasteboard) {
 
 } // namespace
 
-/// Makes the next poll take the content with that change count for new: another export is running, and
-/// nothing is queued.
+/// Makes the next poll treat the content with that change count as new. Used while another export runs, as
+/// exports are not queued.
 void ClipboardWorker::retryAtNextPoll(std::int64_t current) {
     previousChangeCount_ = current - 1;
 }
@@ -65,7 +65,7 @@ ExportContext ClipboardWorker::exportContext() {
     return {weak_from_this(), exportSlot_, exportDirectory_, platform_.imageCodec(), platform_.eventLoop()};
 }
 
-/// Whether the content is one of rich formats, whose export has begun or waits for the slot.
+/// Whether the content has rich formats; their export has then started, or waits for the slot.
 bool ClipboardWorker::captureFormats(std::span<const std::string> types, std::int64_t current,
                                      const std::string& marker) {
     const auto isOfferedExtra = [&](const ClipboardFormat& format) {
@@ -116,7 +116,7 @@ void ClipboardWorker::captureImage(std::span<const std::string> types, std::int6
         });
 }
 
-/// Whether what was exported still is what the pasteboard holds, and wanted.
+/// Whether the exported content is still on the pasteboard and has not been discarded.
 bool ClipboardWorker::isCurrent(const ExportOrigin& origin) {
     return pasteboard_->changeCount() == origin.changeCount && exportGeneration_ == origin.generation;
 }

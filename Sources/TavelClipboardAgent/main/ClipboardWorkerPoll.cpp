@@ -11,7 +11,7 @@ namespace tavel {
 
 namespace {
 
-/// Identifiers below 2 name no process that could be watched: 1 is what an orphan's parent becomes.
+/// Parents below 2 are not watched: 1 is the parent of every orphan.
 constexpr std::int32_t smallestWatchedParent = 2;
 
 constexpr std::array imageTypes{pasteboardType::png, pasteboardType::tiff};
@@ -39,13 +39,12 @@ void ClipboardWorker::poll() {
     previousChangeCount_ = current;
 
     const std::uint64_t sequence = sequenceFrom(current);
-    // The one question about the content before the announcement, for the marker stands in that. Data of a
-    // type that is not offered is never asked for: the question alone can make another program work, or a
-    // system ask the user.
+    // The announcement needs the marker. Data of a type that is not offered is never requested: even such a
+    // request can block, or make the system ask the user.
     const std::vector<std::string> types = pasteboard_->types();
     const auto markerValue = offeredString(types, markerType);
     const std::string marker(markerValue ? markerValue->view() : std::string_view());
-    // Before the content is looked at, which can take time: the parent learns at once that something changed.
+    // Before the content is read, which can take time: the parent learns at once that something has changed.
     output_.emit(event::Announcement{marker, sequence});
 
     if (captureFiles(marker, sequence))
@@ -59,8 +58,8 @@ void ClipboardWorker::poll() {
         captureText(*text, marker, sequence);
 }
 
-/// Whether the content is a selection of files, reported or too large. The types do not tell: a platform may
-/// find files in types of its own.
+/// Whether the content is a selection of files, reported or too large. Asks also without public.file-url
+/// among the types: a platform may read file URLs from other types.
 bool ClipboardWorker::captureFiles(std::string_view marker, std::uint64_t sequence) {
     std::vector<std::string> paths = pasteboard_->filePaths();
     if (paths.empty())

@@ -21,7 +21,7 @@ bool isMarker(const std::optional<std::string>& marker) {
     return marker && marker->size() <= maximumMarkerBytes;
 }
 
-/// The text that a command carries, if it is one that may be written. Uses up the command's field.
+/// The command's text, if it may be written. Consumes the command's field.
 std::optional<Bytes> textFrom(command::WriteText& command) {
     if (!command.textBase64 || !isMarker(command.marker))
         return std::nullopt;
@@ -31,8 +31,8 @@ std::optional<Bytes> textFrom(command::WriteText& command) {
     return text;
 }
 
-/// The picture that a command carries, as PNG, if it is one that may be written. Uses up the command's field,
-/// so that the picture as it was sent is gone when it was converted.
+/// The command's picture as PNG, if it may be written. Consumes the command's field, so that the original is
+/// freed after the conversion.
 std::optional<Bytes> pngFrom(ImageCodec& codec, command::WriteImageData& command) {
     if (!command.imageBase64)
         return std::nullopt;
@@ -56,13 +56,13 @@ bool isExistingAbsolutePath(const std::string& path) {
     return path.starts_with('/') && fileExists(path);
 }
 
-/// The file's content, if it is one that may be written as a picture.
+/// The file's content, if it may be written as a picture.
 std::optional<Bytes> readImageFile(ImageCodec& codec, const std::string& path) {
     try {
         InputFile file(path, InputFile::Links::follow);
         if (file.size() > maximumImageBytes)
             return std::nullopt;
-        auto image = file.read(maximumImageBytes + 1); // the byte more shows a file that has grown
+        auto image = file.read(maximumImageBytes + 1); // one byte more, to detect a file that has grown
         return image.size() <= maximumImageBytes && validImage(codec, image) ? std::optional(std::move(image))
                                                                              : std::nullopt;
     } catch (const Error&) {
@@ -112,7 +112,7 @@ ClipboardWorker::Result ClipboardWorker::writeFormats(const command::WriteFiles&
     } catch (const Error&) {
         return std::string(messages::invalidFormats);
     }
-    // Loading may have taken long.
+    // Loading can take long.
     if (hasChangedSince(command.expectedSequence))
         return std::string(messages::changedDuringTransfer);
     const auto canHold = [this](const Representation& one) { return pasteboard_->canHold(one); };
@@ -123,7 +123,7 @@ ClipboardWorker::Result ClipboardWorker::writeFormats(const command::WriteFiles&
     return written ? std::nullopt : Result(messages::formatsWriteFailed);
 }
 
-/// The file goes out as it is: the parent sends PNG files.
+/// The file is written unchanged: the parent sends PNG files.
 ClipboardWorker::Result ClipboardWorker::writeImageFile(const command::WriteFiles& command) {
     if (command.paths.size() != 1)
         return std::string(messages::invalidImage);
@@ -137,7 +137,7 @@ ClipboardWorker::Result ClipboardWorker::writeImageFile(const command::WriteFile
     return written ? std::nullopt : Result(messages::imageWriteFailed);
 }
 
-/// The change count is not compared again: nothing since the first time has taken time worth speaking of.
+/// Does not compare the change count again: nothing since the first comparison takes long.
 ClipboardWorker::Result ClipboardWorker::writeFileReferences(const command::WriteFiles& command) {
     const Bytes marker = Bytes::copyOf(*command.marker);
     std::vector<PasteboardItem> items;
@@ -150,8 +150,8 @@ ClipboardWorker::Result ClipboardWorker::writeFileReferences(const command::Writ
     return written ? std::nullopt : Result(messages::filesWriteFailed);
 }
 
-/// Accounts for the content that the agent wrote, so that the next poll does not report it. After a failure
-/// nothing is noted: the next poll reports the cleared pasteboard as a change. Gives whether it was written.
+/// Notes the change count of the agent's own content, which the next poll then does not report. After a
+/// failure the next poll reports the cleared pasteboard as a change. Returns whether the write succeeded.
 bool ClipboardWorker::noteOwnWrite(std::optional<std::int64_t> changeCount) {
     previousChangeCount_ = changeCount.value_or(previousChangeCount_);
     return changeCount.has_value();

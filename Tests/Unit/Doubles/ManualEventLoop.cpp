@@ -10,7 +10,7 @@ namespace tavel {
 
 namespace {
 
-/// Many times what any test waits for, and over in a moment.
+/// Far more passes than any test needs, and still quick.
 constexpr std::size_t mostIdlePasses = 1000;
 
 } // namespace

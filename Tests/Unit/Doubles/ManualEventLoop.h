@@ -12,12 +12,12 @@
 
 namespace tavel {
 
-/// An event loop in which nothing happens by itself: the test moves the clock, runs what was posted, and runs
-/// the background jobs, all on its own thread.
+/// An event loop without a clock or threads of its own: the test moves the clock, and runs posted functions
+/// and background jobs on its own thread.
 class ManualEventLoop final : public EventLoop {
 public:
-    /// One pass: first what the test planned for it, then what is posted. With neither, the pass waits: the
-    /// clock moves by `longestWait`. Throws after very many such passes in a row, as nothing will come.
+    /// One pass: first the test's plan for it, then posted functions. Without either, the clock moves by
+    /// `longestWait`. Throws after very many such passes in a row, as nothing will end the wait.
     void runOnce(std::chrono::milliseconds longestWait) override;
 
     void post(Function function) override;
@@ -26,20 +26,20 @@ public:
     void runInBackground(Function job) override;
     void stopWaiting() override;
 
-    // What follows is the test's.
+    // For tests:
 
-    /// Runs what is posted by now; what that posts in turn stays for the next time.
+    /// Runs the functions posted so far; functions that they post stay for the next call.
     void runPosted();
 
-    /// Moves the clock, and runs each timer at its time, the earliest first.
+    /// Moves the clock and runs the timers that fall due, the earliest first.
     void advance(std::chrono::milliseconds time);
 
-    /// Runs the jobs that are held, and lets go of them.
+    /// Runs the background jobs that are waiting, and removes them.
     void runBackgroundJobs();
 
     std::size_t heldBackgroundJobs() const { return backgroundJobs_.size(); }
 
-    /// What the test does in one of the next passes of `runOnce`, in the order of planning.
+    /// Plans a step for one of the next passes of `runOnce`, in the order of planning.
     void planPass(Function pass) { plannedPasses_.push_back(std::move(pass)); }
 
     std::size_t passes() const { return passes_; }
@@ -65,7 +65,7 @@ private:
     std::size_t idlePasses_ = 0;
     bool running_ = false;
 
-    mutable std::mutex mutex_; // of what any thread may use
+    mutable std::mutex mutex_; // guards what any thread may use
     std::vector<Function> posted_;
     bool toldToStopWaiting_ = false;
 };

@@ -18,7 +18,7 @@ class ScriptedPasteboard final : public Pasteboard {
 public:
     enum class Operation { canHold, replaceWithValues, replaceWithItems, addTypes };
 
-    /// Stands for every type where a refusal names one.
+    /// In a refusal: every type.
     static constexpr std::string_view anyType{};
 
     std::int64_t changeCount() override;
@@ -32,7 +32,7 @@ public:
     std::optional<std::int64_t> replaceWithItems(std::span<const PasteboardItem> items) override;
     bool addTypes(std::span<const Representation> representations) override;
 
-    // What follows is for tests; none of it is recorded in `calls`.
+    // For tests; none of it is recorded in `calls`.
 
     /// Another program clears the pasteboard and writes these items.
     void changeFromOutside(std::vector<PasteboardItem> items);
@@ -46,10 +46,10 @@ public:
     /// From now on the type is offered, but its data is not delivered.
     void withhold(std::string_view type) { withheld_.emplace(type); }
 
-    /// Runs before each operation but `changeCount`, with the call as it is then recorded.
+    /// The observer runs before each operation but `changeCount`, with the call as `calls` records it.
     void onCall(std::function<void(const std::string& call)> observer) { observer_ = std::move(observer); }
 
-    /// Runs after each reading of the change count.
+    /// The observer runs after each reading of the change count.
     void onCountRead(std::function<void()> observer) { countObserver_ = std::move(observer); }
 
     /// Every call but those of `changeCount`, oldest first: the operation's name and, where there is one, the
@@ -60,7 +60,7 @@ public:
 
     const std::vector<PasteboardItem>& items() const { return items_; }
 
-    /// What the first item has under the type, as it is.
+    /// The first item's data under the type, unchecked.
     std::optional<std::string> content(std::string_view type) const;
 
     void setChangeCount(std::int64_t changeCount) { changeCount_ = changeCount; }

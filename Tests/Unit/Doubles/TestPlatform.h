@@ -22,7 +22,7 @@
 
 namespace tavel {
 
-/// A tap that the test allows or forbids, and through which it types.
+/// A tap that the test permits or refuses, and through which it sends key events.
 class ScriptedKeyboardTap final : public KeyboardTap {
 public:
     bool create(Handler newHandler) override;
@@ -31,14 +31,14 @@ public:
     void post(std::span<const KeyEvent> events) override;
 
     bool allowed = true;
-    int creations = 0; // the attempts, refused ones included
+    int creations = 0; // including refused ones
     Handler handler;
     std::vector<bool> enabled; // every argument of `setEnabled`, oldest first
     std::set<std::int64_t> keysDown;
     std::vector<KeyEvent> posted;
 };
 
-/// A desktop that stands still unless the test changes it.
+/// A desktop that only the test changes.
 class ScriptedFocusProbe final : public FocusProbe {
 public:
     void follow(bool on) override { followed.push_back(on); }
@@ -49,7 +49,7 @@ public:
 
     std::optional<RunningApplication> frontmost;
     bool trusted = true;
-    std::optional<std::string> role; // of the frontmost program's focused element
+    std::optional<std::string> role; // of the focused element of the frontmost program
     std::function<void()> onAsked;   // runs before each answer of `frontmostApplication`
     std::vector<bool> followed;      // every argument of `follow`, oldest first
     std::vector<std::int32_t> askedForRole;
@@ -68,10 +68,10 @@ public:
     std::optional<Bytes> encodePng(const Bytes& file) override;
     std::optional<Bytes> encodeJpeg(const Bytes& file, double quality) override;
 
-    bool converts = true;              // or refuses every conversion
-    std::size_t extraEncodedBytes = 0; // how much larger a file is made
+    bool converts = true;              // false: every conversion fails
+    std::size_t extraEncodedBytes = 0; // added to each converted file
     std::optional<bool> alpha;
-    std::set<std::string, std::less<>> unknownTypes; // for which there is no encoder
+    std::set<std::string, std::less<>> unknownTypes; // types without an encoder
     std::vector<std::string> converted;
     std::vector<double> qualities; // of the conversions to JPEG
 
@@ -79,25 +79,25 @@ private:
     std::optional<Bytes> encode(std::string_view signature, const Bytes& file);
 };
 
-/// Bytes that begin with `signature` and that the scripted codec takes for a picture of that size. Converted
-/// they are `scriptedPicture` of the same size, with `pngSignature` or `jpegSignature`.
+/// Bytes that begin with `signature` and that the scripted codec reads as a picture of that size. Conversion
+/// makes them a `scriptedPicture` of the same size with `pngSignature` or `jpegSignature`.
 std::string scriptedPicture(std::string_view signature, std::int64_t width, std::int64_t height);
 
 inline constexpr std::string_view pngSignature = "\x89PNG\r\n\x1A\n";
 inline constexpr std::string_view jpegSignature = "\xFF\xD8\xFF";
 
-/// What a test sees of a panel's window. It outlives the window.
+/// A panel window's state, for the test. It outlives the window.
 struct PanelWindow {
     NamePanelTexts texts;
-    NamePanelActions actions; // gone with the window
-    std::string entered;      // what the field holds; the stem at first
+    NamePanelActions actions; // empty once the window is destroyed
+    std::string entered;      // the field's text; the stem at first
     std::string hint;
     std::optional<ScreenPoint> origin;
     bool shown = false;
     bool destroyed = false;
 };
 
-/// A window that nobody sees.
+/// A window without a screen.
 class ScriptedNamePanelView final : public NamePanelView {
 public:
     ScriptedNamePanelView(std::shared_ptr<PanelWindow> window, ScreenSurroundings surroundings)
@@ -121,7 +121,7 @@ private:
     ScreenSurroundings surroundings_;
 };
 
-/// An operating system in the test's hand.
+/// An operating system that the test controls.
 class TestPlatform final : public Platform {
 public:
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;
@@ -141,7 +141,7 @@ public:
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
                                                      NamePanelActions actions) override;
 
-    /// Not quite as the portable code would write it, so that a test sees who was asked.
+    /// Differs from the portable form, so that a test sees that the platform made the URL.
     std::string fileUrl(const std::string& path) override { return fileUrlFromPath(path) + "#platform"; }
 
     std::string localTimestamp() override { return timestamp; }
@@ -159,11 +159,11 @@ public:
     ScriptedImageCodec codec;
     ScriptedKeyboardTap tap;
     ScriptedFocusProbe focus;
-    std::optional<Error> pasteboardError; // thrown instead of opening a pasteboard
+    std::optional<Error> pasteboardError; // if set, opening a pasteboard throws it
     std::vector<std::optional<std::string>> openedPasteboards;
     bool showsWindows = true;
     ScreenSurroundings surroundings;                  // of every panel
-    std::vector<std::shared_ptr<PanelWindow>> panels; // all that were made, oldest first
+    std::vector<std::shared_ptr<PanelWindow>> panels; // all ever made, oldest first
     std::string timestamp = "2025-03-07-142501";
     bool isAccessory = false;
     int handOvers = 0;

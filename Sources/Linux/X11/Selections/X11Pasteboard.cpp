@@ -22,7 +22,7 @@ bool canHoldAll(std::span<const Representation> representations) {
                                [](const auto& one) { return targetName::canBeType(one.type); });
 }
 
-/// The value as data of the type. Nothing if it cannot be that.
+/// The value as data of the type; nullopt if it is malformed for that type.
 std::optional<Bytes> dataFrom(const SelectionValue& value, std::string_view type) {
     if (type == pasteboardType::string)
         return plainTextOf(value);
@@ -151,7 +151,7 @@ bool X11Pasteboard::addTypes(std::span<const Representation> representations) {
     return selections_->own(selection_, std::move(*items));
 }
 
-/// Everything that the other program delivers of its content. Nothing if another content took its place
+/// Everything that the other program delivers of its content. nullopt if the content was replaced
 /// meanwhile.
 std::optional<X11Pasteboard::Items> X11Pasteboard::otherProgramsItems() {
     const std::int64_t countBefore = selection_.changeCount;

@@ -11,13 +11,13 @@
 
 namespace tavel {
 
-/// A selection of an X server as a pasteboard. What this process writes it keeps, and gives to whoever asks;
-/// what another program offers is asked for when it is read, which takes as long as that program does, within
-/// the limits of TransferTimeOuts.
+/// A selection of an X server as a pasteboard. This process keeps what it writes, and serves requestors. What
+/// another program owns is requested when it is read; this takes as long as that program does, within the
+/// limits of TransferTimeOuts.
 ///
-/// The server has no change count: this one counts from 0 what has happened since the process began to watch
-/// the selection, and another process may count otherwise. Nor does it have items: of another program's
-/// content every type but the file URLs is one item's.
+/// The server has no change count: this one counts ownership changes, from 0, since the process began to
+/// watch the selection; another process's count may differ. Nor has it items: all types of another program's
+/// content are one item's, except the file URLs.
 class X11Pasteboard final : public Pasteboard {
 public:
     X11Pasteboard(std::shared_ptr<X11Selections> selections, const std::optional<std::string>& name);
