@@ -2,9 +2,11 @@
 
 #include "Platform/PasteboardTypes.h"
 #include "Support/Text.h"
+#include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <limits>
@@ -19,35 +21,49 @@ struct Name {
     bool isOffered; // or only read
 };
 
-/// In each type's order of preference for reading, which is the order of offering too.
-constexpr std::array names{
-    Name{pasteboardType::string, utf8String, true},
-    Name{pasteboardType::string, "text/plain;charset=utf-8", true},
-    Name{pasteboardType::string, "text/plain;charset=utf8", false},
-    Name{pasteboardType::string, "text/plain", true},
+/// Preferred to the MIME names of the same type.
+constexpr std::array preferredNames{Name{pasteboardType::string, utf8String, true}};
+
+/// Read only if no MIME name of the same type is offered.
+constexpr std::array otherNames{
     Name{pasteboardType::string, latin1String, true},
     Name{pasteboardType::string, anyText, true},
     Name{pasteboardType::string, compoundText, false},
-    Name{"public.html", "text/html", true},
-    Name{"public.html", "text/html;charset=utf-8", false},
-    Name{"public.rtf", "text/rtf", true},
-    Name{"public.rtf", "application/rtf", true},
-    Name{"public.rtf", "text/richtext", true},
-    Name{"com.adobe.pdf", "application/pdf", true},
-    Name{pasteboardType::png, "image/png", true},
-    Name{pasteboardType::tiff, "image/tiff", true},
-    Name{"public.jpeg", "image/jpeg", true},
-    Name{"com.compuserve.gif", "image/gif", true},
-    Name{"public.svg-image", "image/svg+xml", true},
-    Name{"org.webmproject.webp", "image/webp", true},
     Name{pasteboardType::fileUrl, uriList, true},
     Name{pasteboardType::fileUrl, gnomeCopiedFiles, true},
     Name{pasteboardType::fileUrl, mateCopiedFiles, true},
     Name{pasteboardType::fileUrl, nautilusClipboard, false},
 };
 
-/// Targets that ask something of the owner, or about it (ICCCM 2.6.2 and 2.6.3), and the type that stands for
-/// a transfer in steps.
+constexpr bool isUsed(const MimeName& mime) {
+    return !mime.name.empty();
+}
+
+constexpr std::size_t countMimeNames() {
+    std::ptrdiff_t count = 0;
+    for (const ClipboardFormat& format : clipboardFormats)
+        count += std::ranges::count_if(format.mimeNames, isUsed);
+    return static_cast<std::size_t>(count);
+}
+
+constexpr auto allNames() {
+    std::array<Name, preferredNames.size() + countMimeNames() + otherNames.size()> all{};
+    auto* next = std::ranges::copy(preferredNames, all.begin()).out;
+    for (const ClipboardFormat& format : clipboardFormats) {
+        for (const MimeName& mime : format.mimeNames) {
+            if (isUsed(mime))
+                *next++ = {format.type, mime.name, mime.isOffered};
+        }
+    }
+    std::ranges::copy(otherNames, next);
+    return all;
+}
+
+/// In each type's order of preference for reading, which is the order of offering too.
+constexpr auto names = allNames();
+
+/// Targets that ask the owner to do something or to describe the selection (ICCCM 2.6.2 and 2.6.3), and the
+/// types INCR and ATOM_PAIR, which carry no content.
 constexpr std::array<std::string_view, 9> protocolNames{
     "TARGETS",          "MULTIPLE",        "TIMESTAMP", "SAVE_TARGETS", "DELETE",
     "INSERT_SELECTION", "INSERT_PROPERTY", "INCR",      "ATOM_PAIR",
@@ -57,12 +73,12 @@ bool isProtocolName(std::string_view name) {
     return std::ranges::find(protocolNames, name) != protocolNames.end();
 }
 
-/// A MIME name in the form of the table; every other name as it is.
+/// A MIME name in lower case, without blanks and quotation marks; every other name unchanged.
 std::string normalised(std::string_view target) {
     std::string name(target);
     if (name.find('/') == std::string::npos)
         return name;
-    std::erase(name, ' '); // "text/plain; charset=UTF-8" is the same
+    std::erase(name, ' '); // as in "text/plain; charset=UTF-8"
     std::erase(name, '"');
     std::ranges::transform(name, name.begin(), asciiLowerCase);
     return name;
@@ -88,7 +104,7 @@ std::vector<std::string> giving(std::string_view type, std::span<const std::stri
             std::ranges::copy_if(offered, std::back_inserter(targets),
                                  [&](const auto& one) { return normalised(one) == name.target; });
     }
-    // A program of our kind offers what is in no table under the type's own name.
+    // The agent, the tools and programs like them offer other types under the type's own name.
     if (targets.empty())
         std::ranges::copy_if(offered, std::back_inserter(targets),
                              [&](const auto& one) { return one == type && typeOf(one) == type; });

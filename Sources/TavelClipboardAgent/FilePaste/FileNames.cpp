@@ -2,6 +2,7 @@
 
 #include "Support/Text.h"
 #include "TavelClipboardAgent/FilePaste/UnicodeText.h"
+#include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 
 #include <algorithm>
 #include <array>
@@ -9,11 +10,6 @@
 namespace tavel {
 
 namespace {
-
-constexpr std::array knownExtensions{
-    std::string_view("pdf"), std::string_view("jpg"),  std::string_view("png"),  std::string_view("gif"),
-    std::string_view("svg"), std::string_view("webp"), std::string_view("tiff"), std::string_view("txt"),
-};
 
 /// Of stem and extension together, in UTF-16 code units.
 constexpr std::size_t longestName = 179;
@@ -38,6 +34,14 @@ bool contains(const Range& range, const Value& value) {
     return std::ranges::find(range, value) != std::ranges::end(range);
 }
 
+/// The format that is pasted with that extension; null if none is.
+const ClipboardFormat* pastedFormat(std::string_view ext) {
+    const auto* const found = std::ranges::find_if(clipboardFormats, [ext](const ClipboardFormat& format) {
+        return format.pasting != FilePasting::none && format.fileExtensions.front() == ext;
+    });
+    return found == clipboardFormats.end() ? nullptr : &*found;
+}
+
 bool isForbidden(char32_t c) {
     return forbiddenCharacters.find(c) != std::u32string_view::npos;
 }
@@ -55,7 +59,7 @@ bool isReserved(std::u32string_view stem) {
 }
 
 bool isValidStem(std::u32string_view stem, std::string_view ext) {
-    return contains(knownExtensions, ext) && !stem.empty() && stem.back() != U'.' &&
+    return pastedFormat(ext) != nullptr && !stem.empty() && stem.back() != U'.' &&
            unicode::lengthInUtf16(stem) + ext.size() <= longestName &&
            std::ranges::none_of(stem, [](char32_t c) { return unicode::isControl(c) || isForbidden(c); }) &&
            !isReserved(stem);
@@ -77,9 +81,10 @@ std::optional<std::string> firstLineStem(std::string_view text) {
 }
 
 std::string_view kindOf(std::string_view ext) {
-    if (ext == "pdf")
+    const ClipboardFormat* const format = pastedFormat(ext);
+    if (format != nullptr && format->kind == FormatKind::document)
         return "Document";
-    return ext == "txt" ? "Texte" : "Image";
+    return format != nullptr && format->kind == FormatKind::text ? "Texte" : "Image";
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "Support/Error.h"
 #include "TavelClipboardAgent/FilePaste/FileNames.h"
 #include "TavelClipboardAgent/FilePaste/GeneratedFile.h"
+#include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/Messages.h"
 
 #include <unistd.h>
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <ranges>
 #include <string_view>
 #include <utility>
 
@@ -42,16 +44,17 @@ constexpr std::array fileViewRoles{
     std::string_view("AXLayoutArea"), std::string_view("AXImage"),   std::string_view("AXGroup"),
 };
 
-constexpr std::array pasteableTypes{
-    std::string_view("com.adobe.pdf"),
-    pasteboardType::png,
-    pasteboardType::tiff,
-    std::string_view("public.jpeg"),
-    std::string_view("com.compuserve.gif"),
-    std::string_view("public.svg-image"),
-    std::string_view("org.webmproject.webp"),
-    pasteboardType::string,
-};
+constexpr bool isPasteable(const ClipboardFormat& format) {
+    return format.pasting != FilePasting::none;
+}
+
+constexpr auto pasteableTypes = [] {
+    std::array<std::string_view, std::ranges::count_if(clipboardFormats, isPasteable)> types{};
+    auto* next = types.begin();
+    for (const ClipboardFormat& format : clipboardFormats | std::views::filter(isPasteable))
+        *next++ = format.type;
+    return types;
+}();
 
 } // namespace
 

@@ -1,41 +1,49 @@
 #include "Platform/PasteboardTypes.h"
 #include "Support/Error.h"
 #include "TavelClipboardAgent/FilePaste/FilePaste.h"
+#include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/main/Limits.h"
 
-#include <array>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 namespace tavel {
 
 namespace {
-
-constexpr std::string_view pdfSignature = "%PDF-";
-constexpr std::string_view jpegSignature = "\xFF\xD8\xFF";
 
 /// The longest side of a picture that becomes a file, in pixels.
 constexpr std::int64_t maximumImageSide = 32'768;
 
 constexpr double jpegQuality = 0.9;
 
-struct ReadyRepresentation {
-    std::string_view type;
-    std::string_view signature; // with which the data have to begin
-    std::string_view ext;
-};
+bool fits(FormatKind kind, const Bytes& data) {
+    return data.size() <= maximumBytes(kind);
+}
 
-/// What goes into a file as it is, the best first.
-constexpr std::array readyRepresentations{
-    ReadyRepresentation{"com.adobe.pdf", pdfSignature, "pdf"},
-    ReadyRepresentation{"com.compuserve.gif", "", "gif"},
-    ReadyRepresentation{"public.svg-image", "", "svg"},
-    ReadyRepresentation{"org.webmproject.webp", "", "webp"},
-    ReadyRepresentation{"public.jpeg", jpegSignature, "jpg"},
-};
+bool isPastedAsItIs(const ClipboardFormat& format, const Bytes& data) {
+    return format.pasting == FilePasting::asItIsIfValid ? validRepresentation(format.name, data.view())
+                                                        : fits(format.kind, data);
+}
 
-bool isSmallEnough(const Bytes& data) {
-    return data.size() <= static_cast<std::size_t>(maximumImageBytes);
+/// The first representation on the pasteboard that becomes a file as it is.
+std::optional<FilePaste::FileData> unchangedContent(Pasteboard& board) {
+    for (const ClipboardFormat& format : clipboardFormats) {
+        if (format.pasting != FilePasting::asItIs && format.pasting != FilePasting::asItIsIfValid)
+            continue;
+        auto data = board.data(format.type);
+        if (data && isPastedAsItIs(format, *data))
+            return FilePaste::FileData{*std::move(data), std::string(format.fileExtensions.front())};
+    }
+    return std::nullopt;
+}
+
+std::optional<Bytes> plainPicture(Pasteboard& board) {
+    for (const std::string_view type : plainPictureTypes) {
+        if (auto data = board.data(type))
+            return data;
+    }
+    return std::nullopt;
 }
 
 bool hasAllowedSize(const ImageSize& size) {
@@ -47,26 +55,21 @@ bool hasAllowedSize(const ImageSize& size) {
 
 FilePaste::FileData FilePaste::fileData() {
     owner_.assertCurrent();
-    for (const auto& [type, signature, ext] : readyRepresentations) {
-        const auto data = board_->data(type);
-        if (data && data->view().starts_with(signature) && isSmallEnough(*data))
-            return {*data, std::string(ext)};
-    }
+    if (auto content = unchangedContent(*board_))
+        return *std::move(content);
     if (auto image = encodedImage())
         return *std::move(image);
     const auto text = board_->string(pasteboardType::string);
-    if (text && text->size() <= static_cast<std::size_t>(maximumTextBytes))
+    if (text && fits(FormatKind::text, *text))
         return {*text, "txt"};
     throw Error("Tavel", 4, "Nothing on the pasteboard can become a file.");
 }
 
-/// Encodes the picture anew, so that the file holds what its extension says, and nothing else.
+/// Encoding the picture anew makes the content agree with the extension, and leaves out metadata.
 std::optional<FilePaste::FileData> FilePaste::encodedImage() {
     ImageCodec& codec = platform_.imageCodec();
-    auto data = board_->data(pasteboardType::png);
-    if (!data)
-        data = board_->data(pasteboardType::tiff);
-    if (!data || !isSmallEnough(*data))
+    const auto data = plainPicture(*board_);
+    if (!data || !fits(FormatKind::picture, *data))
         return std::nullopt;
     const auto size = codec.measure(*data);
     if (!size || !hasAllowedSize(*size))
@@ -75,7 +78,7 @@ std::optional<FilePaste::FileData> FilePaste::encodedImage() {
     if (!codec.canEncode(asPng ? "public.png" : "public.jpeg"))
         throw Error("Tavel", 3, "Pictures cannot be encoded here.");
     auto encoded = asPng ? codec.encodePng(*data) : codec.encodeJpeg(*data, jpegQuality);
-    if (!encoded || !isSmallEnough(*encoded))
+    if (!encoded || !fits(FormatKind::picture, *encoded))
         return std::nullopt;
     return FileData{*std::move(encoded), asPng ? "png" : "jpg"};
 }

@@ -23,15 +23,15 @@ constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 std::string_view lastComponent(std::string_view path) {
     while (path.ends_with('/'))
         path.remove_suffix(1);
-    return path.substr(path.rfind('/') + 1); // all of it where there is no slash
+    return path.substr(path.rfind('/') + 1); // the whole path if it has no slash
 }
 
-/// The format whose file this is, if none of `seen` was it already.
+/// The format that the file's name tells. Throws if it is among `seen` already, to which it is added.
 const ClipboardFormat& formatOf(const std::string& path, std::unordered_set<std::string_view>& seen) {
     const std::string_view name = lastComponent(path);
     const ClipboardFormat* const format = findClipboardFormat(name);
     if (format == nullptr || !seen.insert(name).second)
-        fail(2, path + ": no format, or one that came before");
+        fail(2, path + ": not the name of a format, or a repeated one");
     return *format;
 }
 
@@ -44,7 +44,7 @@ Bytes readWithin(const std::string& path, std::size_t budget) {
     }
     if (file->size() < 1 || file->size() > budget)
         fail(2, path + ": empty or too large");
-    return file->read(budget + 1); // the byte more shows a file that has grown
+    return file->read(budget + 1); // one byte more shows that the file has grown
 }
 
 Bytes withByteOrderMark(const Bytes& html) {
@@ -74,7 +74,7 @@ std::vector<Representation> loadRepresentations(std::span<const std::string> pat
         check(format, content, budget);
         if (format.name == "text.html") {
             content = withByteOrderMark(content);
-            check(format, content, budget); // the mark may be what makes it too large
+            check(format, content, budget); // with the mark it may be too large
         }
         budget -= content.size();
         loaded.push_back({std::string(format.type), std::move(content)});

@@ -20,11 +20,12 @@ namespace {
 
 /// Whether the format makes a content more than plain text or a PNG.
 bool isExtra(const ClipboardFormat& format) {
-    return format.name != "image.png" && format.name != "text.txt";
+    return format.type != pasteboardType::png && format.type != pasteboardType::string;
 }
 
 std::optional<Bytes> readFormat(Pasteboard& pasteboard, const ClipboardFormat& format) {
-    return format.name == "text.txt" ? pasteboard.string(format.type) : pasteboard.data(format.type);
+    const bool isText = format.type == pasteboardType::string;
+    return isText ? pasteboard.string(format.type) : pasteboard.data(format.type);
 }
 
 /// Every representation that is offered, valid, and fits beside those before it.

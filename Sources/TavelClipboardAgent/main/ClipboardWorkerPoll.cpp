@@ -1,10 +1,10 @@
 #include "Platform/PasteboardTypes.h"
 #include "Support/Process.h"
+#include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/Messages.h"
 #include "TavelClipboardAgent/main/ClipboardWorker.h"
 #include "TavelClipboardAgent/main/Limits.h"
 
-#include <array>
 #include <utility>
 
 namespace tavel {
@@ -13,8 +13,6 @@ namespace {
 
 /// Parents below 2 are not watched: 1 is the parent of every orphan.
 constexpr std::int32_t smallestWatchedParent = 2;
-
-constexpr std::array imageTypes{pasteboardType::png, pasteboardType::tiff};
 
 bool isTooLarge(const std::vector<std::string>& paths) {
     if (paths.size() > maximumFileCount)
@@ -52,7 +50,7 @@ void ClipboardWorker::poll() {
     if (captureFormats(types, current, marker))
         return;
     // A picture is never replaced by the text beside it, not even one that cannot be read.
-    if (pasteboardType::isAnyOffered(types, imageTypes))
+    if (pasteboardType::isAnyOffered(types, plainPictureTypes))
         captureImage(types, current, marker);
     else if (const auto text = offeredString(types, pasteboardType::string))
         captureText(*text, marker, sequence);

@@ -25,11 +25,10 @@ std::size_t totalBytes(const CapturedFormats& formats) {
     return total;
 }
 
-/// The picture that a PNG is made from: the first in the table's order. A vector picture is never turned into
-/// pixels.
+/// The picture that a PNG is made from: the first in the catalogue's order.
 const Bytes* pictureIn(const CapturedFormats& formats) {
     for (const ClipboardFormat& format : clipboardFormats) {
-        if (!format.name.starts_with("image.") || format.name == "image.svg")
+        if (format.kind != FormatKind::picture)
             continue;
         if (const auto found = formats.find(format.name); found != formats.end())
             return &found->second;

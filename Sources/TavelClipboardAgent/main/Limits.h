@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TavelClipboardAgent/Formats/ClipboardFormats.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -7,10 +9,10 @@
 namespace tavel {
 
 /// The largest text that is captured or written, in UTF-8 bytes: 4 MiB.
-inline constexpr std::int64_t maximumTextBytes = 4'194'304;
+inline constexpr std::int64_t maximumTextBytes = maximumBytes(FormatKind::text);
 
 /// The largest image that is captured or written, in bytes (128 MiB) and in pixels.
-inline constexpr std::int64_t maximumImageBytes = 134'217'728;
+inline constexpr std::int64_t maximumImageBytes = maximumBytes(FormatKind::picture);
 inline constexpr std::int64_t maximumImagePixels = 32'000'000;
 
 /// The largest picture that the parent may send from its history, in bytes: 64 MiB.
