@@ -113,7 +113,7 @@ TEST(HumanCommand, HelpNamesEveryCommand) {
     EXPECT_TRUE(std::holds_alternative<wish::Help>(wishFor("help")));
     for (const char* const name : {"text TEXT", "files PATH", "image PATH", "image-data PATH", "formats PATH",
                                    "ping ", "discard ", "prompt on|off", "quit ", "help "})
-        EXPECT_THAT(std::string(humanCommandHelp()), HasSubstr(name));
+        EXPECT_THAT(humanCommandHelp(), HasSubstr(name));
 }
 
 } // namespace

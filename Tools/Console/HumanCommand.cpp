@@ -4,6 +4,7 @@
 #include "Support/Error.h"
 #include "Support/InputFile.h"
 #include "Support/Text.h"
+#include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/main/Protocol/AgentMessage.h"
 
 #include <glib.h>
@@ -211,6 +212,23 @@ std::filesystem::path currentDirectory() {
     return error ? std::filesystem::path("/") : directory;
 }
 
+/// The names of all formats, as lines of the help text that continue a sentence.
+std::string formatNamesHelp() {
+    constexpr std::size_t column = 17; // where the explanations of commands begin
+    constexpr std::size_t longestLine = 92;
+    std::string help;
+    std::string line(column, ' ');
+    for (std::size_t i = 0; i < clipboardFormats.size(); ++i) {
+        const std::size_t following = clipboardFormats.size() - i - 1;
+        const std::string_view separator = following == 0 ? "" : following == 1 ? " or" : ",";
+        const std::string word = std::string(clipboardFormats[i].name).append(separator);
+        if (line.size() + 1 + word.size() > longestLine)
+            help += std::exchange(line, std::string(column, ' ')) + "\n";
+        line.append(line.size() == column ? "" : " ").append(word);
+    }
+    return help + line + "\n";
+}
+
 } // namespace
 
 Places Places::ofThisProcess() {
@@ -228,14 +246,13 @@ Wish readHumanCommand(std::string_view line, const Places& places) {
     return command->read(line.substr(name.size()), places);
 }
 
-std::string_view humanCommandHelp() {
+std::string humanCommandHelp() {
     return "text TEXT        put the rest of the line on the pasteboard\n"
            "files PATH...    put files on the pasteboard; paths are quoted as in a shell\n"
            "image PATH       put a PNG picture on the pasteboard; the agent reads the file\n"
            "image-data PATH  put a picture of any kind there, as PNG and unmarked; the agent gets its bytes\n"
-           "formats PATH...  put one thing in several formats there, one file each, which is named\n"
-           "                 document.pdf, image.gif, image.svg, image.webp, image.tiff, image.jpeg,\n"
-           "                 image.png, text.rtf, text.html or text.txt\n"
+           "formats PATH...  put one thing in several formats there, one file each, which is named\n" +
+           formatNamesHelp() +
            "discard          forget the changes that were not reported yet\n"
            "prompt on|off    ask for a name when a content is pasted as a file, or do not\n"
            "ping             see whether the agent answers\n"

@@ -42,6 +42,6 @@ struct Places {
 Wish readHumanCommand(std::string_view line, const Places& places);
 
 /// The answer to `help`.
-std::string_view humanCommandHelp();
+std::string humanCommandHelp();
 
 } // namespace tavel

@@ -13,7 +13,7 @@ constexpr int usageStatus = 2;
 constexpr int longestTimeout = 3600;
 
 std::string footer() {
-    return "Commands, one per line:\n" + std::string(humanCommandHelp()) +
+    return "Commands, one per line:\n" + humanCommandHelp() +
            "\nThe exit status is 0 when the session came to its end, also by Ctrl-C, whatever became of the "
            "single\n"
            "commands; 1 when the agent could not be started, went away or did not answer; 2 for a wrong "

@@ -154,7 +154,7 @@ void Session::handleLine(std::string_view line) {
     } else if (const auto* const mistake = std::get_if<wish::Mistake>(&wish)) {
         show({mistake->explanation, Tone::warning});
     } else if (std::holds_alternative<wish::Help>(wish)) {
-        print(std::string(humanCommandHelp()));
+        print(humanCommandHelp());
     }
 }
 

@@ -2,68 +2,56 @@
 
 #include "Platform/PasteboardTypes.h"
 #include "Support/Text.h"
+#include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
+#include <ranges>
 
 namespace tavel {
 
 namespace {
 
-struct TypeName {
-    std::string_view name;
-    std::string_view identifier;
-};
+constexpr std::string_view fileUrlName = "file-url";
 
-constexpr std::array typeNames{
-    TypeName{"text", pasteboardType::string},
-    TypeName{"html", "public.html"},
-    TypeName{"rtf", "public.rtf"},
-    TypeName{"png", pasteboardType::png},
-    TypeName{"tiff", pasteboardType::tiff},
-    TypeName{"jpeg", "public.jpeg"},
-    TypeName{"gif", "com.compuserve.gif"},
-    TypeName{"pdf", "com.adobe.pdf"},
-    TypeName{"svg", "public.svg-image"},
-    TypeName{"webp", "org.webmproject.webp"},
-    TypeName{"file-url", pasteboardType::fileUrl},
-};
-
-struct FileNameEnding {
-    std::string_view ending;
-    std::string_view typeName;
-};
-
-constexpr std::array fileNameEndings{
-    FileNameEnding{".html", "html"}, FileNameEnding{".htm", "html"},  FileNameEnding{".rtf", "rtf"},
-    FileNameEnding{".png", "png"},   FileNameEnding{".tiff", "tiff"}, FileNameEnding{".tif", "tiff"},
-    FileNameEnding{".jpeg", "jpeg"}, FileNameEnding{".jpg", "jpeg"},  FileNameEnding{".gif", "gif"},
-    FileNameEnding{".pdf", "pdf"},   FileNameEnding{".svg", "svg"},   FileNameEnding{".webp", "webp"},
-};
+/// A format's short name: "png" for image.png, but "text" for plain text.
+std::string_view shortName(const ClipboardFormat& format) {
+    return format.type == pasteboardType::string ? "text" : format.name.substr(format.name.find('.') + 1);
+}
 
 constexpr std::size_t nameColumnWidth = 10;
 
 } // namespace
 
 std::string typeIdentifier(std::string_view name) {
-    const auto* const found = std::ranges::find(typeNames, name, &TypeName::name);
-    return std::string(found != typeNames.end() ? found->identifier : name);
+    if (name == fileUrlName)
+        return std::string(pasteboardType::fileUrl);
+    const auto* const found = std::ranges::find(clipboardFormats, name, shortName);
+    return std::string(found != clipboardFormats.end() ? found->type : name);
 }
 
 std::string typeIdentifierForFile(const std::string& file) {
     std::string ending = std::filesystem::path(file).extension().string();
+    ending.erase(0, 1); // the dot
     std::ranges::transform(ending, ending.begin(), asciiLowerCase);
-    const auto* const found = std::ranges::find(fileNameEndings, ending, &FileNameEnding::ending);
-    return typeIdentifier(found != fileNameEndings.end() ? found->typeName : "text");
+    const auto endsSo = [&ending](const ClipboardFormat& format) {
+        return std::ranges::find(format.fileExtensions, ending) != format.fileExtensions.end();
+    };
+    const auto* const found = std::ranges::find_if(clipboardFormats, endsSo);
+    const bool isKnown = !ending.empty() && found != clipboardFormats.end();
+    return std::string(isKnown ? found->type : pasteboardType::string);
 }
 
 std::string typeNameTable() {
     std::string table;
-    for (const TypeName& one : typeNames) {
-        table.append("  ").append(one.name).append(nameColumnWidth - one.name.size(), ' ');
-        table.append(one.identifier).append("\n");
-    }
+    const auto addLine = [&table](std::string_view name, std::string_view identifier) {
+        table.append("  ").append(name).append(nameColumnWidth - name.size(), ' ');
+        table.append(identifier).append("\n");
+    };
+    // Backwards, so that text comes first.
+    for (const ClipboardFormat& format : std::views::reverse(clipboardFormats))
+        addLine(shortName(format), format.type);
+    addLine(fileUrlName, pasteboardType::fileUrl);
     return table;
 }
 
