@@ -12,7 +12,7 @@ namespace tavel {
 std::shared_ptr<FileNamePanel> FileNamePanel::make(Platform& platform, std::string_view stem,
                                                    std::string_view ext) {
     std::shared_ptr<FileNamePanel> panel(new FileNamePanel(ext));
-    // The user's last action can let go of the panel: it stays until that is over.
+    // The action keeps the panel alive until it returns, because `finished_` may release the last owner.
     const auto action = [panel](void (FileNamePanel::*method)()) {
         return [weak = std::weak_ptr(panel), method] {
             if (const auto alive = weak.lock())

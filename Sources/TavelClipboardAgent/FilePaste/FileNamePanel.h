@@ -14,11 +14,12 @@ namespace tavel {
 /// Asks the user for the name of a file that is about to be pasted. Main thread only.
 class FileNamePanel : public std::enable_shared_from_this<FileNamePanel> {
 public:
-    /// Told the file's full name, or nothing when the user does not want it. It may let go of the panel.
+    /// Gets the file's full name, or nullopt if the user cancelled. It may destroy the panel.
     using Finished = std::function<void(const std::optional<std::string>& name)>;
 
-    /// A panel that is placed but not shown yet, with `stem` to be edited; the extension is not the user's to
-    /// change. Throws Error ("Tavel", 6) if no window can be shown here.
+    /// Makes a panel in its place, not shown yet. The user can edit `stem`, but not the extension. Throws
+    /// Error
+    /// ("Tavel", 6) if no window can be shown here.
     static std::shared_ptr<FileNamePanel> make(Platform& platform, std::string_view stem,
                                                std::string_view ext);
 
@@ -27,7 +28,7 @@ public:
     void show() { view_->show(); }
     void hide() { view_->hide(); }
 
-    /// Reports the name if it is valid; else says so, and the panel stays.
+    /// Reports the name if it is valid. Otherwise the panel stays, with a hint.
     void confirmName();
 
     void cancelName();
@@ -36,7 +37,7 @@ private:
     explicit FileNamePanel(std::string_view ext) : ext_(ext) {}
 
     std::string ext_;
-    std::unique_ptr<NamePanelView> view_; // with the field and the hint
+    std::unique_ptr<NamePanelView> view_;
     Finished finished_;
 };
 

@@ -11,15 +11,15 @@ namespace tavel {
 
 namespace {
 
-/// Of stem and extension together, in UTF-16 code units.
+/// Stem and extension together, in UTF-16 code units.
 constexpr std::size_t longestName = 179;
 
-/// Of a proposed stem, in characters as people count them.
+/// A proposed stem, in characters as people count them.
 constexpr std::size_t longestSuggestion = 60;
 
 constexpr std::u32string_view forbiddenCharacters = U"<>:\"/\\|?*";
 
-/// Devices to Windows, whatever follows them behind a dot.
+/// Windows opens these as devices, with any extension.
 constexpr std::array reservedNames{
     std::u32string_view(U"CON"),     std::u32string_view(U"PRN"),    std::u32string_view(U"AUX"),
     std::u32string_view(U"NUL"),     std::u32string_view(U"CLOCK$"), std::u32string_view(U"CONIN$"),
@@ -53,7 +53,7 @@ bool isReserved(std::u32string_view stem) {
         return true;
     if (!base.starts_with(U"COM") && !base.starts_with(U"LPT"))
         return false;
-    // A line separator behind the number does not make another name of it.
+    // A line separator after the number does not make it a different name.
     const bool endsLine = base.size() == 5 && unicode::isNewline(base[4]);
     return (base.size() == 4 || endsLine) && contains(portNumbers, base[3]);
 }
@@ -65,11 +65,11 @@ bool isValidStem(std::u32string_view stem, std::string_view ext) {
            !isReserved(stem);
 }
 
-/// The beginning of the text's first line, without what a name may not hold. Nothing if it is no text.
+/// The beginning of the text's first line without forbidden characters; nullopt if the text is not UTF-8.
 std::optional<std::string> firstLineStem(std::string_view text) {
     if (!isUtf8(text))
         return std::nullopt;
-    // Most of a long text need not be looked at as characters.
+    // Only the first line is decoded; the text may be long.
     auto line = unicode::fromUtf8(text.substr(0, text.find_first_of("\n\r")));
     if (!line)
         return std::nullopt;

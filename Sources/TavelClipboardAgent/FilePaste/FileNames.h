@@ -5,15 +5,15 @@
 #include <string>
 #include <string_view>
 
-/// The names that generated files may have: such as every usual file system and system takes.
+/// Names of generated files, which are valid on all common file systems and operating systems.
 namespace tavel {
 
-/// The file's full name: the stem, white space around it left out, a dot, and the extension. Nothing if the
-/// name could not be used everywhere. `stem` is UTF-8.
+/// The file's full name: the stem without white space at its ends, a dot, and the extension. nullopt if the
+/// stem is not UTF-8, the name is not valid everywhere, or no generated file has that extension.
 std::optional<std::string> validName(std::string_view stem, std::string_view ext);
 
-/// A stem to propose: the beginning of a text's first line, or what kind of content it is and `timestamp`,
-/// which is only called then. Always a valid one.
+/// A valid stem to propose: the beginning of a text's first line; without one, the kind of the content and
+/// `timestamp`, which is called only then.
 std::string suggestion(std::string_view data, std::string_view ext,
                        const std::function<std::string()>& timestamp);
 

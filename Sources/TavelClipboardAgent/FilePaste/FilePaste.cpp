@@ -3,7 +3,6 @@
 #include "Platform/PasteboardTypes.h"
 #include "Support/Error.h"
 #include "TavelClipboardAgent/FilePaste/FileNames.h"
-#include "TavelClipboardAgent/FilePaste/GeneratedFile.h"
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/Messages.h"
 
@@ -22,13 +21,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Leaves the keyboard's path before anything that takes time is done.
+/// Lets the key handler return before slow work begins.
 constexpr auto delayBeforePanel = 120ms;
 
-/// How often it is looked whether the shortcut has been released.
+/// How often to check whether the shortcut has been released.
 constexpr auto keyCheckInterval = 80ms;
 
-/// The file manager has to be in front again before the file is pasted.
+/// Gives the file manager time to come to the front again.
 constexpr auto delayBeforePaste = 150ms;
 
 constexpr std::uint64_t examinedFlags =
@@ -36,8 +35,8 @@ constexpr std::uint64_t examinedFlags =
 
 constexpr std::string_view fileManagerBundle = "com.apple.finder";
 
-/// A view of files is one of these to accessibility, in all of the file manager's ways to show them. A text
-/// field is none of them: pasting into it is the user's own business.
+/// The accessibility roles of views of files, in all of the file manager's layouts. Text fields have others,
+/// so that the shortcut pastes text there.
 constexpr std::array fileViewRoles{
     std::string_view("AXList"),       std::string_view("AXOutline"), std::string_view("AXTable"),
     std::string_view("AXRow"),        std::string_view("AXCell"),    std::string_view("AXScrollArea"),
@@ -68,8 +67,8 @@ void FilePaste::configure(bool enabled) {
     if (!enabled) {
         if (tapCreated_)
             platform_.keyboardTap().setEnabled(false);
-        if (dialog_ != nullptr)
-            std::exchange(dialog_, nullptr)->hide();
+        if (panel_ != nullptr)
+            std::exchange(panel_, nullptr)->hide();
         busy_ = false;
         ++generation_;
     } else if (tapCreated_) {
@@ -96,10 +95,11 @@ KeyVerdict FilePaste::handle(const KeyEvent& event) {
             platform_.keyboardTap().setEnabled(true);
         return KeyVerdict::pass;
     }
-    if (event.userData == generatedFile::tag) // our own
+    if (event.userData == tag) // the agent posted it
         return KeyVerdict::pass;
     if (swallowed_ == event.keyCode) {
-        // Deliberate: also when the feature was switched off meanwhile. Nobody is to see half a key press.
+        // Deliberate: also after the feature was switched off. No program may see a release without its
+        // press.
         if (event.type == KeyEventType::keyUp)
             swallowed_.reset();
         return KeyVerdict::swallow;
@@ -108,30 +108,29 @@ KeyVerdict FilePaste::handle(const KeyEvent& event) {
                                  (event.flags & examinedFlags) == keyFlag::command;
     if (!enabled_ || busy_ || !isPasteShortcut)
         return KeyVerdict::pass;
-    const auto pid = finderView();
+    const auto pid = processOfFocusedFileView();
     if (!pid || !holdsPasteableContent())
         return KeyVerdict::pass;
     busy_ = true;
     swallowed_ = keyCode::v;
-    beginAfter(delayBeforePanel, *pid, board_->changeCount());
+    scheduleBegin(delayBeforePanel, *pid, board_->changeCount());
     return KeyVerdict::swallow;
 }
 
 bool FilePaste::holdsPasteableContent() {
-    // A file that the user copied is the file manager's to paste. One that was generated here still has
-    // beside it what it was made of.
+    // The file manager itself pastes a file that the user copied. A generated file has the content that it
+    // was made from beside it.
     const std::vector<std::string> types = board_->types();
     if (pasteboardType::isOffered(types, pasteboardType::fileUrl)) {
-        const auto mark = pasteboardType::isOffered(types, generatedFile::alternative)
-                              ? board_->string(generatedFile::alternative)
-                              : std::nullopt;
-        if (!mark || mark->view() != generatedFile::markValue)
+        const auto mark =
+            pasteboardType::isOffered(types, alternative) ? board_->string(alternative) : std::nullopt;
+        if (!mark || mark->view() != alternativeValue)
             return false;
     }
     return pasteboardType::isAnyOffered(types, pasteableTypes);
 }
 
-std::optional<std::int32_t> FilePaste::finderView() {
+std::optional<std::int32_t> FilePaste::processOfFocusedFileView() {
     FocusProbe& focus = platform_.focusProbe();
     const auto frontmost = focus.frontmostApplication();
     if (!frontmost || frontmost->bundleIdentifier != fileManagerBundle || !focus.isTrusted())
@@ -142,13 +141,13 @@ std::optional<std::int32_t> FilePaste::finderView() {
     return frontmost->processIdentifier;
 }
 
-void FilePaste::beginAfter(std::chrono::milliseconds delay, std::int32_t pid, std::int64_t sequence) {
-    later(delay, [pid, sequence](FilePaste& self) { self.begin(pid, sequence); });
+void FilePaste::scheduleBegin(std::chrono::milliseconds delay, std::int32_t pid, std::int64_t sequence) {
+    schedule(delay, [pid, sequence](FilePaste& self) { self.begin(pid, sequence); });
 }
 
-void FilePaste::later(std::chrono::milliseconds delay, const std::function<void(FilePaste&)>& step) {
-    // Deliberate: what waits when the feature is switched off has ended with that, also if it is switched on
-    // again at once. Else it would go on beside the next interception.
+void FilePaste::schedule(std::chrono::milliseconds delay, const std::function<void(FilePaste&)>& step) {
+    // Deliberate: switching the feature off cancels what is scheduled, even if it is switched on again at
+    // once. Otherwise two interceptions could run at the same time.
     platform_.eventLoop().postAfter(delay, [weak = weak_from_this(), generation = generation_, step] {
         const auto self = weak.lock();
         if (self != nullptr && self->generation_ == generation)
@@ -163,13 +162,13 @@ bool FilePaste::isPasteShortcutHeld() {
 }
 
 void FilePaste::begin(std::int32_t pid, std::int64_t sequence) {
-    if (!enabled_ || board_->changeCount() != sequence || finderView() != pid) {
+    if (!enabled_ || board_->changeCount() != sequence || processOfFocusedFileView() != pid) {
         busy_ = false;
         return;
     }
-    // A panel that opened now would get the keys' repeats.
+    // A panel opened now would receive the keys' repeats.
     if (isPasteShortcutHeld()) {
-        beginAfter(keyCheckInterval, pid, sequence);
+        scheduleBegin(keyCheckInterval, pid, sequence);
         return;
     }
     try {
@@ -180,7 +179,7 @@ void FilePaste::begin(std::int32_t pid, std::int64_t sequence) {
             if (const auto self = weak.lock())
                 self->finish(weakPanel.lock(), pid, sequence, data, name);
         });
-        dialog_ = panel;
+        panel_ = panel;
         panel->show();
     } catch (const Error& error) {
         busy_ = false;
@@ -198,7 +197,7 @@ void FilePaste::finish(const std::shared_ptr<FileNamePanel>& panel, std::int32_t
                        const Bytes& data, const std::optional<std::string>& name) {
     if (panel != nullptr)
         panel->hide();
-    dialog_.reset();
+    panel_.reset();
     if (!name || !enabled_ || board_->changeCount() != sequence) {
         busy_ = false;
         return;
@@ -207,7 +206,7 @@ void FilePaste::finish(const std::shared_ptr<FileNamePanel>& panel, std::int32_t
     const auto frontmost = focus.frontmostApplication();
     if (frontmost && frontmost->processIdentifier == getpid())
         focus.activate(pid);
-    later(delayBeforePaste, [pid, sequence, data, chosen = *name](FilePaste& self) {
+    schedule(delayBeforePaste, [pid, sequence, data, chosen = *name](FilePaste& self) {
         self.complete(pid, sequence, data, chosen);
     });
 }

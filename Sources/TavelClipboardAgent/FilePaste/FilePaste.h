@@ -14,59 +14,67 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace tavel {
 
-/// Pasting into the file manager: when it is on, the paste shortcut, typed in a view of files while the
-/// pasteboard holds a picture, a PDF or text, asks for a file name, makes a file of the content, puts it on
-/// the pasteboard beside the content, and pastes it. Main thread only. Held by a shared_ptr, because
-/// everything that outlives a call holds it weakly.
+/// Pastes content into a file manager as a file. While the feature is on, it swallows the paste shortcut in a
+/// view of files if the pasteboard holds content that can become a file. It asks for the file's name in the
+/// naming panel, writes the file, adds it to the pasteboard beside the content, and types the shortcut anew.
+/// Main thread only. Held by a shared_ptr; whatever outlives a call holds it weakly.
 class FilePaste : public std::enable_shared_from_this<FilePaste> {
 public:
-    /// What a file is made of.
     struct FileData {
         Bytes data;
         std::string ext; // without a dot
     };
 
-    /// `root` is where generated files go. `changed` is told the change count that publishing one gave the
-    /// pasteboard. `platform` must outlive this object. Nothing is tapped yet.
+    /// Generated files go below `root`. After each publication, `changed` gets the pasteboard's new change
+    /// count. `platform` must outlive this object. The keyboard is not tapped before `configure`.
     FilePaste(Platform& platform, std::shared_ptr<Pasteboard> board, std::filesystem::path root,
               std::function<void(std::int64_t)> changed);
 
-    /// Switches the feature on or off. Throws Error ("Tavel", 1), described for the user, when the system
-    /// does not let the agent see the keyboard; the feature is then off. Switching off never fails, and ends
-    /// what is going on.
+    /// Switches the feature on or off. Switching off ends an interception that is in progress, and never
+    /// fails. Switching on throws Error ("Tavel", 1), with a description for the user, if the system does not
+    /// let the agent see the keyboard; the feature is then off.
     void configure(bool enabled);
 
-    /// The content of the pasteboard as that of a file: the first of its representations that will do. Throws
-    /// Error ("Tavel", 4) if none does, and ("Tavel", 3) if a picture cannot be encoded here. Can block like
-    /// Pasteboard::data, and takes as long as encoding a picture does.
+    /// The content of a file made from the pasteboard's first suitable representation. Throws Error
+    /// ("Tavel", 4) if there is none, and ("Tavel", 3) if a picture cannot be encoded here. Can block like
+    /// Pasteboard::data, and may have to encode a picture.
     FileData fileData();
 
-    /// Ends an interception whose file has got a name: publishes the file, and pastes it if the keyboard
-    /// focus is still in that process's view of files.
+    /// Ends an interception after the user chose a name: publishes the file, and pastes it if the keyboard
+    /// focus is still in a view of files of the process `pid`.
     void complete(std::int32_t pid, std::int64_t sequence, const Bytes& data, const std::string& name);
 
-    /// Writes the file and adds it to the pasteboard's content. Gives its path, or nothing if the change
-    /// count is not `sequence` any more. Throws Error: "Tavel" 5 for a name that is not valid, "Tavel" 2 if
-    /// the pasteboard refuses, and FileError. What was written is then removed.
+    /// Writes the file and adds it to the pasteboard's content. Returns its path, or nullopt if the change
+    /// count is no longer `sequence`. Throws Error: ("Tavel", 5) for an invalid name, ("Tavel", 2) if the
+    /// pasteboard refuses the file, and FileError. The file is removed unless its path is
+    /// returned.
     std::optional<std::filesystem::path> publishGeneratedFile(std::int64_t sequence, const Bytes& data,
                                                               const std::string& name);
 
 private:
+    /// The pasteboard type whose value marks the file URL beside it as that of a generated file.
+    static constexpr std::string_view alternative = "com.brennic.generated-file";
+    static constexpr std::string_view alternativeValue = "1";
+
+    /// The user data of the key events that the agent posts: "TAVP".
+    static constexpr std::int64_t tag = 0x54415650;
+
     KeyVerdict handle(const KeyEvent& event);
     bool holdsPasteableContent();
-    std::optional<std::int32_t> finderView();
+    std::optional<std::int32_t> processOfFocusedFileView();
     void begin(std::int32_t pid, std::int64_t sequence);
-    void beginAfter(std::chrono::milliseconds delay, std::int32_t pid, std::int64_t sequence);
-    void later(std::chrono::milliseconds delay, const std::function<void(FilePaste&)>& step);
+    void scheduleBegin(std::chrono::milliseconds delay, std::int32_t pid, std::int64_t sequence);
+    void schedule(std::chrono::milliseconds delay, const std::function<void(FilePaste&)>& step);
     bool isPasteShortcutHeld();
     std::shared_ptr<FileNamePanel> makePanel(const FileData& content);
     void finish(const std::shared_ptr<FileNamePanel>& panel, std::int32_t pid, std::int64_t sequence,
                 const Bytes& data, const std::optional<std::string>& name);
     std::optional<FileData> encodedImage();
-    void keep(const std::filesystem::path& directory);
+    void retain(const std::filesystem::path& directory);
     void postPasteShortcut();
     void logFailure(const Error& error);
 
@@ -77,11 +85,11 @@ private:
     std::function<void(std::int64_t)> changed_;
     bool enabled_ = false;
     bool tapCreated_ = false;
-    std::int64_t generation_ = 0;           // moves when the feature is switched off
-    bool busy_ = false;                     // from the key that was swallowed until the end of it all
-    std::optional<std::int64_t> swallowed_; // the key whose repeats and release are still to be swallowed
-    std::deque<std::filesystem::path> directories_; // of the generated files that are kept, oldest first
-    std::shared_ptr<FileNamePanel> dialog_;         // while it is shown
+    std::int64_t generation_ = 0;           // counts how often the feature was switched off
+    bool busy_ = false;                     // an interception is in progress
+    std::optional<std::int64_t> swallowed_; // key code whose repeats and release are still to be swallowed
+    std::deque<std::filesystem::path> directories_; // of the retained generated files, oldest first
+    std::shared_ptr<FileNamePanel> panel_;          // while it is shown
 };
 
 } // namespace tavel

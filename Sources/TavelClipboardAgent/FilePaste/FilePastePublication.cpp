@@ -7,7 +7,6 @@
 #include "Support/Uuid.h"
 #include "TavelClipboardAgent/FilePaste/FileNames.h"
 #include "TavelClipboardAgent/FilePaste/FilePaste.h"
-#include "TavelClipboardAgent/FilePaste/GeneratedFile.h"
 
 #include <array>
 #include <cerrno>
@@ -17,10 +16,10 @@ namespace tavel {
 
 namespace {
 
-/// A program that pastes late still finds the file, and the one before it.
-constexpr std::size_t mostDirectories = 2;
+/// Another program may still be reading the previous file.
+constexpr std::size_t maximumDirectories = 2;
 
-/// Whether it is a name that `validName` could have given.
+/// Whether `validName` could have returned the name.
 bool isValidFileName(std::string_view name) {
     const std::size_t dot = name.rfind('.');
     return dot != std::string_view::npos && validName(name.substr(0, dot), name.substr(dot + 1)) == name;
@@ -32,7 +31,7 @@ void FilePaste::complete(std::int32_t pid, std::int64_t sequence, const Bytes& d
                          const std::string& name) {
     owner_.assertCurrent();
     const ScopeExit ended([this] { busy_ = false; });
-    if (!enabled_ || board_->changeCount() != sequence || finderView() != pid)
+    if (!enabled_ || board_->changeCount() != sequence || processOfFocusedFileView() != pid)
         return;
     try {
         if (!publishGeneratedFile(sequence, data, name))
@@ -41,8 +40,8 @@ void FilePaste::complete(std::int32_t pid, std::int64_t sequence, const Bytes& d
         logFailure(error);
         return;
     }
-    // The file stays where it is, for the user to paste, if the focus has gone elsewhere.
-    if (finderView() == pid)
+    // If the focus has moved elsewhere, the user can still paste the file from the pasteboard.
+    if (processOfFocusedFileView() == pid)
         postPasteShortcut();
 }
 
@@ -53,7 +52,7 @@ std::optional<std::filesystem::path> FilePaste::publishGeneratedFile(std::int64_
         return std::nullopt;
     if (!isValidFileName(name))
         throw Error("Tavel", 5, "The file's name is not valid.");
-    // One of its own for each file, so that the file can have any name.
+    // A directory for each file, so that names never collide.
     const std::filesystem::path directory = root_ / ("paste-" + makeUuid());
     if (!createPrivateDirectory(directory))
         throw FileError(FileError::Operation::write, errno, directory.string());
@@ -68,19 +67,19 @@ std::optional<std::filesystem::path> FilePaste::publishGeneratedFile(std::int64_
         return std::nullopt;
     const std::array added{
         Representation{std::string(pasteboardType::fileUrl), Bytes::adopt(platform_.fileUrl(file.string()))},
-        Representation{std::string(generatedFile::alternative), Bytes::copyOf(generatedFile::markValue)},
+        Representation{std::string(alternative), Bytes::copyOf(alternativeValue)},
     };
     if (!board_->addTypes(added))
         throw Error("Tavel", 2, "The pasteboard does not take the file.");
     committed = true;
-    keep(directory);
+    retain(directory);
     changed_(board_->changeCount());
     return file;
 }
 
-void FilePaste::keep(const std::filesystem::path& directory) {
+void FilePaste::retain(const std::filesystem::path& directory) {
     directories_.push_back(directory);
-    while (directories_.size() > mostDirectories) {
+    while (directories_.size() > maximumDirectories) {
         removeTree(directories_.front());
         directories_.pop_front();
     }
@@ -88,7 +87,7 @@ void FilePaste::keep(const std::filesystem::path& directory) {
 
 void FilePaste::postPasteShortcut() {
     constexpr auto event = [](KeyEventType type, std::int64_t key, std::uint64_t flags) {
-        return KeyEvent{type, key, flags, generatedFile::tag};
+        return KeyEvent{type, key, flags, tag};
     };
     constexpr std::array events{
         event(KeyEventType::keyDown, keyCode::leftCommand, keyFlag::command),

@@ -6,9 +6,9 @@ namespace tavel {
 
 namespace {
 
-constexpr double distanceFromPointer = 12; // points, both ways
+constexpr double distanceFromPointer = 12; // points, horizontally and vertically
 
-/// The right and top edges belong to the neighbour.
+/// The right and top edges belong to the neighbouring screen.
 bool contains(const ScreenRectangle& area, ScreenPoint point) {
     return point.x >= area.x && point.x < area.x + area.width && point.y >= area.y &&
            point.y < area.y + area.height;

@@ -6,9 +6,9 @@
 
 namespace tavel {
 
-/// The bottom left corner for a window that opens beside the pointer, to the right and below, and within the
-/// visible part of its screen; of a window that is too large the left and bottom edges are. Nothing if the
-/// pointer is on no screen.
+/// The bottom left corner of a window that opens to the right of the pointer and below it, within the visible
+/// frame of the pointer's screen. A window that is too large for the frame keeps its left and bottom edges
+/// visible. nullopt if the pointer is on no screen.
 std::optional<ScreenPoint> panelOrigin(const ScreenSurroundings& surroundings);
 
 } // namespace tavel

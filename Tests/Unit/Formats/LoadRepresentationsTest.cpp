@@ -118,9 +118,10 @@ TEST_F(LoadRepresentations, keepsTheOrderOfThePaths) {
 
 TEST_F(LoadRepresentations, refusesNoPathAndMoreThanThereAreFormats) {
     EXPECT_EQ(codeOf({}), 1);
-    EXPECT_EQ(codeOf(Paths(11, path("image.png"))), 1) << "before the missing file is looked for";
+    EXPECT_EQ(codeOf(Paths(clipboardFormats.size() + 1, path("image.png"))), 1)
+        << "before the missing file is looked for";
     EXPECT_EQ(codeOf(Paths(10'000)), 1);
-    EXPECT_EQ(codeOf(Paths(10, path("image.png"))), 2);
+    EXPECT_EQ(codeOf(Paths(clipboardFormats.size(), path("image.png"))), 2);
 }
 
 TEST_F(LoadRepresentations, refusesNamesOfNoFormat) {
