@@ -5,8 +5,7 @@
 #include <string>
 #include <string_view>
 
-/// Every text that the agent has for people to read: the reasons of failed commands, the warnings, and what
-/// stands in the naming panel.
+/// The agent's texts for people: the reasons of failed commands, the warnings, and the naming panel's texts.
 namespace tavel::messages {
 
 inline constexpr std::string_view invalidText = "Texte clipboard invalide";
@@ -41,7 +40,7 @@ inline constexpr std::string_view selectionTooLarge =
 inline constexpr std::string_view textTooLarge = "Texte presse-papiers ignoré (>4 Mio)";
 inline constexpr std::string_view imageIgnored = "Image ignorée (limite 128 Mio / 32 mégapixels)";
 
-/// `offeredTypes` are those that could have been read, separated by ", ".
+/// `offeredTypes`: the offered types of known formats, separated by ", ".
 inline std::string noReadableFormat(const std::string& offeredTypes) {
     return "Presse-papiers : formats annoncés mais aucune représentation lisible/valide (" + offeredTypes +
            ").";

@@ -13,12 +13,11 @@ namespace tavel {
 
 namespace {
 
-/// The loop wakes up by itself for whatever it serves.
+/// The loop wakes up for every request; this only bounds one wait.
 constexpr std::chrono::hours longestWait{1};
 
-/// Whoever reads the command's output to its end must not wait for the copy in the background, and no
-/// directory may be kept from being unmounted.
-void letGoOfSurroundings() {
+/// Detaches the child: readers of the command's output see its end, and the child keeps no directory busy.
+void detach() {
     setsid();
     static_cast<void>(chdir("/"));
     const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
@@ -32,10 +31,10 @@ void serveInBackground(Platform& platform) {
     const pid_t copy = fork();
     if (copy < 0)
         throw Error("POSIX", errno, "fork: " + std::generic_category().message(errno));
-    // Without leaving the connections: the copy uses the same ones.
+    // _exit leaves the connections open, which the child uses.
     if (copy > 0)
         _exit(0);
-    letGoOfSurroundings();
+    detach();
     while (platform.servesContents())
         platform.eventLoop().runOnce(longestWait);
     _exit(0);

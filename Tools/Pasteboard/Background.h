@@ -4,10 +4,10 @@
 
 namespace tavel {
 
-/// Ends this process for whoever waits for it, with status 0, while a copy of it goes on in the background
-/// until no other program depends on it: where what is copied lives in the copying program, a command that
-/// copies and ends would copy nothing. Does not return. Throws Error when there can be no copy. Must be
-/// called while the process has one thread.
+/// Forks: this process exits with status 0, and the child serves the copied content in the background until
+/// the platform needs it no longer. Without the child, content that lives in the copying program would be
+/// lost when the command ends. Does not return. Throws Error if the fork fails. The process must have only
+/// one thread.
 [[noreturn]] void serveInBackground(Platform& platform);
 
 } // namespace tavel

@@ -6,10 +6,10 @@
 
 namespace tavel {
 
-/// The name that stands for standard input where a file is asked for.
+/// The file name that means standard input.
 inline constexpr const char* standardInputName = "-";
 
-/// Everything that is in the file, or comes from standard input until its end. Throws Error.
+/// The whole content of the file or of standard input. Throws Error.
 Bytes readInput(const std::string& file);
 
 } // namespace tavel

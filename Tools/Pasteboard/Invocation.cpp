@@ -14,8 +14,8 @@ namespace {
 
 constexpr int usageStatus = 2;
 
-/// CLI11 takes a value in square brackets for a list and breaks it up, though it is a good file name. What
-/// begins with a bracket passes through CLI11 behind this character, which no argument begins with by chance.
+/// CLI11 splits a value in square brackets as a list, although it can be a file name. This character before
+/// the bracket prevents that.
 constexpr char bracketGuard = '\x01';
 
 std::string guarded(const std::string& argument) {
@@ -28,10 +28,10 @@ std::string unguarded(std::string text) {
     return text;
 }
 
-/// Where CLI11 puts what it found.
+/// The values that CLI11 parses.
 struct Values {
     std::string pasteboard;
-    std::optional<std::string> copiedType; // what the file's name says without one
+    std::optional<std::string> copiedType; // nullopt: from the file's name
     std::string pastedType = "text";
     bool forced = false;
     std::string file = standardInputName;
@@ -127,7 +127,7 @@ std::string mistakeIn(const task::Set& set) {
     return {};
 }
 
-/// The mistakes that CLI11 cannot see. Empty if there is none.
+/// A mistake that CLI11 cannot detect; empty if there is none.
 std::string mistakeIn(const PasteboardTask& task) {
     if (const auto* const set = std::get_if<task::Set>(&task))
         return mistakeIn(*set);
@@ -152,8 +152,8 @@ parsePasteboardArguments(const std::vector<std::string>& arguments) {
                  "tavel-pasteboard");
     Values values;
     app.fallthrough();
-    // At most one, so that a file may have the name of a command. That none is a mistake is said below: CLI11
-    // would say it also of a command that it does not know.
+    // At most one, so that a file may have the name of a command. A missing command is reported below,
+    // because CLI11 would report it for an unknown command too.
     app.require_subcommand(0, 1);
     CLI::Option* const pasteboard = app.add_option("--pasteboard", values.pasteboard,
                                                    "The pasteboard of that name instead of the general one");

@@ -7,7 +7,7 @@
 
 namespace tavel {
 
-/// What the command line asks for. Types are identifiers: short names have been replaced.
+/// The tasks of a command line. Types are identifiers; short names have been replaced.
 namespace task {
 
 struct Copy {
@@ -30,7 +30,7 @@ struct Set {
 
 struct Paste {
     std::string type;
-    bool forced = false; // what is no text goes to a terminal, too
+    bool forced = false; // also writes to a terminal what is not text
 };
 
 struct PasteFiles {};
@@ -47,18 +47,18 @@ using PasteboardTask = std::variant<task::Copy, task::CopyFiles, task::Set, task
                                     task::Types, task::Count, task::Clear>;
 
 struct PasteboardInvocation {
-    std::optional<std::string> pasteboard; // the general one without a name
+    std::optional<std::string> pasteboard; // nullopt: the general pasteboard
     PasteboardTask task;
 };
 
-/// What a command line that does not lead to a task has to say: help on standard output with status 0, or a
-/// mistake on standard error with status 2.
+/// The answer to a command line without a task: help, for standard output with status 0, or a mistake, for
+/// standard error with status 2.
 struct PasteboardUsage {
     int status;
     std::string text;
 };
 
-/// `arguments` without the program's own name.
+/// `arguments` does not include the program's name.
 std::variant<PasteboardInvocation, PasteboardUsage>
 parsePasteboardArguments(const std::vector<std::string>& arguments);
 

@@ -36,7 +36,7 @@ Representation loadRepresentation(const std::string& type, const std::string& fi
 }
 
 PasteboardItem fileItem(const std::string& given) {
-    // Lexically, because a link is copied as the link that was named and not as what it leads to.
+    // Lexically, so that a symbolic link is copied itself, not its target.
     const std::string path = std::filesystem::absolute(given).lexically_normal().string();
     if (!fileExists(path))
         fail(given + ": no such file or directory");
@@ -45,7 +45,6 @@ PasteboardItem fileItem(const std::string& given) {
     return {{std::string(pasteboardType::fileUrl), Bytes::adopt(fileUrlFromPath(path))}};
 }
 
-/// One runs for the one task that was asked for.
 class Performer {
 public:
     Performer(Pasteboard& pasteboard, int output) : pasteboard_(pasteboard), output_(output) {}
@@ -68,7 +67,7 @@ public:
     }
 
     void operator()(const task::Paste& paste) {
-        // Of text an application gets what all items hold together; data is asked for item by item.
+        // `string` joins the texts of all items; `data` reads only the first.
         auto content = paste.type == pasteboardType::string ? pasteboard_.string(paste.type) : std::nullopt;
         if (!content)
             content = pasteboard_.data(paste.type);

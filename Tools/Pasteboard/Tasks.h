@@ -5,8 +5,8 @@
 
 namespace tavel {
 
-/// Does what was asked for; what it has to give goes to the descriptor `output`. Throws Error when it cannot
-/// be done; the pasteboard is then as it was before, except where the platform refused the new content.
+/// Performs the task and writes its output to the descriptor `output`. Throws Error on failure; the
+/// pasteboard is then unchanged, unless the platform refused new content after clearing it.
 void performTask(const PasteboardTask& task, Pasteboard& pasteboard, int output);
 
 } // namespace tavel

@@ -14,7 +14,7 @@
 namespace {
 
 int fail(const std::exception& error) {
-    // Where even this cannot be written, the exit status has to do.
+    // If this cannot be written either, the exit status is the only sign.
     static_cast<void>(
         tavel::writeAll(STDERR_FILENO, std::string("tavel-pasteboard: ") + error.what() + "\n"));
     return 1;

@@ -13,15 +13,15 @@ namespace tavel {
 
 class ClipboardWorker;
 
-/// What identifies the content that an export was begun for; fixed when the content was detected.
+/// Identifies the exported content. Set when the content was detected.
 struct ExportOrigin {
     std::int64_t changeCount;
-    std::int64_t generation; // an export is stale when the worker's has moved
+    std::int64_t generation; // the export is stale if the worker's generation differs
     std::string marker;
 };
 
-/// What a background job needs besides its payload. It holds the worker weakly: a running export does not
-/// keep it alive, and touches none of its fields. The codec and the loop are the platform's and outlive it.
+/// What a background job needs besides its payload. A running export does not keep the worker alive and
+/// touches none of its members. The codec and the loop belong to the platform and outlive the job.
 struct ExportContext {
     std::weak_ptr<ClipboardWorker> worker;
     std::shared_ptr<ExportSlot> slot;

@@ -6,22 +6,22 @@
 
 namespace tavel {
 
-/// The agent's own directory (0700), in which everything lies that it hands over as files. Any thread.
+/// The agent's own directory (0700), which holds all files that it hands over. Any thread.
 class ExportDirectory {
 public:
     explicit ExportDirectory(std::filesystem::path path) : path_(std::move(path)) {}
 
     const std::filesystem::path& path() const { return path_; }
 
-    /// Makes the directory, with what is missing above it. A failure shows when something is put in it.
+    /// Makes the directory and its missing parents. A failure is not reported; later writes into it fail.
     void create();
 
-    /// Runs `write`, which puts something into the directory, unless the directory was removed for good.
-    /// False if it was. What `write` throws passes through.
+    /// Runs `write`, which writes into the directory. Returns false instead if `remove` was called before.
+    /// Passes on what `write` throws.
     bool whileThere(const std::function<void()>& write);
 
-    /// Removes the directory with everything in it. Waits for a write that runs; none begins afterwards, so
-    /// that no background job brings back what has been removed.
+    /// Removes the directory with everything in it, for good. Waits for a running write. No write begins
+    /// afterwards, so that no background job makes the directory again.
     void remove();
 
 private:

@@ -4,14 +4,14 @@
 
 namespace tavel {
 
-/// The one place for an export that runs in the background. It is only ever tried, never waited for: what
-/// finds it taken comes back later. Any thread.
+/// Limits background exports to one at a time. Nobody waits for the slot; whoever finds it taken tries again
+/// later. Any thread.
 class ExportSlot {
 public:
-    /// Takes the place. False if it is taken.
+    /// Takes the slot; false if it is taken already.
     bool tryAcquire() { return !taken_.exchange(true); }
 
-    /// Frees the place that was taken, by whatever thread.
+    /// Frees the slot, which another thread may have taken.
     void release() { taken_ = false; }
 
     bool isTaken() const { return taken_; }

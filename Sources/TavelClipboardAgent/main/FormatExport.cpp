@@ -36,7 +36,7 @@ const Bytes* pictureIn(const CapturedFormats& formats) {
     return nullptr;
 }
 
-/// Only one picture is tried, and if it cannot be converted or does not fit, there is no PNG.
+/// Tries only one picture. If it cannot be converted or the PNG does not fit, no PNG is added.
 void addPng(ImageCodec& codec, CapturedFormats& formats) {
     const Bytes* const picture = formats.contains("image.png") ? nullptr : pictureIn(formats);
     if (picture == nullptr)
@@ -46,14 +46,14 @@ void addPng(ImageCodec& codec, CapturedFormats& formats) {
         formats.emplace("image.png", std::move(*png));
 }
 
-/// False if the export directory is gone for good. Throws Error.
+/// False if the export directory has been removed. Throws Error.
 bool writeFormats(ExportDirectory& parent, const std::filesystem::path& directory,
                   const CapturedFormats& formats) {
     bool there = parent.whileThere([&] {
         if (!createPrivateDirectory(directory))
             throw FileError(FileError::Operation::write, errno, directory.string());
     });
-    // One by one, so that the end of the agent waits for one file at most.
+    // One file at a time, so that the removal at the agent's end waits for one file at most.
     for (auto one = formats.begin(); there && one != formats.end(); ++one)
         there = parent.whileThere([&] { writePrivateFile(directory / one->first, one->second.view()); });
     return there;
@@ -67,7 +67,7 @@ void discard(const std::filesystem::path& directory) {
 
 void exportFormats(const ExportContext& context, const ExportOrigin& origin, CapturedFormats formats) {
     if (context.worker.expired())
-        return; // the slot went with its owner
+        return; // the slot's owner is gone too
     const ScopeExit release([&] { context.slot->release(); });
     addPng(context.codec, formats);
     FormatExport pending{origin, context.directory->path() / ("formats-" + makeUuid()), {}};
@@ -85,7 +85,7 @@ void exportFormats(const ExportContext& context, const ExportOrigin& origin, Cap
     for (const auto& [name, content] : formats)
         pending.paths.push_back((pending.directory / name).string());
     context.loop.post([worker = context.worker, pending] {
-        // Deliberate: unlike a picture's file, the directory goes when the worker is gone.
+        // Deliberate: unlike a picture's file, the directory is removed if the worker is gone.
         if (const auto alive = worker.lock())
             alive->publishFormats(pending);
         else

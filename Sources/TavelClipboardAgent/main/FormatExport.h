@@ -14,16 +14,16 @@ namespace tavel {
 /// The representations of one clipboard by the names of their formats.
 using CapturedFormats = std::map<std::string_view, Bytes>;
 
-/// One clipboard's representations on their way to files.
+/// An export of one clipboard's representations as files.
 struct FormatExport {
     ExportOrigin origin;
     std::filesystem::path directory;
     std::vector<std::string> paths; // sorted by format name
 };
 
-/// The background job: adds a PNG where a picture in another format is there, writes one file per
-/// representation into a new directory and posts its publication, then frees the slot. A failure to write is
-/// posted as a warning, and leaves nothing behind.
+/// The background job: adds a PNG if there is a picture only in other formats, writes one file per
+/// representation into a new directory, posts its publication, and frees the slot. After a failure to write,
+/// it removes the directory and posts a warning.
 void exportFormats(const ExportContext& context, const ExportOrigin& origin, CapturedFormats formats);
 
 } // namespace tavel

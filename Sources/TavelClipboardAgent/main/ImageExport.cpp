@@ -11,10 +11,10 @@ namespace tavel {
 
 namespace {
 
-/// False if there is no PNG file now.
+/// False if no PNG was written.
 bool writePng(const ExportContext& context, const std::filesystem::path& file, const Bytes& image) {
     const auto png = pngImage(context.codec, image);
-    // Deliberate: only what was copied is warned of, not what it grew to.
+    // Deliberate: there is a warning only if the copied picture is too large, not if its PNG is.
     if (!png || png->size() > maximumImageBytes)
         return false;
     try {
@@ -28,12 +28,12 @@ bool writePng(const ExportContext& context, const std::filesystem::path& file, c
 
 void exportImage(const ExportContext& context, const ImageExport& pending, const Bytes& image) {
     if (context.worker.expired())
-        return; // the slot went with its owner
+        return; // the slot's owner is gone too
     const ScopeExit release([&] { context.slot->release(); });
     if (!writePng(context, pending.file, image))
         return;
     context.loop.post([worker = context.worker, pending] {
-        // Deliberate: without the worker the file stays; it goes with the directory.
+        // Deliberate: if the worker is gone, the file stays until the directory is removed.
         if (const auto alive = worker.lock())
             alive->publishImage(pending);
     });

@@ -7,14 +7,14 @@
 
 namespace tavel {
 
-/// One copied picture on its way to a PNG file.
+/// An export of one copied picture as a PNG file.
 struct ImageExport {
     ExportOrigin origin;
     std::filesystem::path file;
 };
 
-/// The background job: converts `image`, writes the file and posts its publication, then frees the slot. A
-/// picture that cannot be converted or written is given up without a word.
+/// The background job: converts `image`, writes the file, posts its publication, and frees the slot. A
+/// picture that cannot be converted or written is dropped without a warning.
 void exportImage(const ExportContext& context, const ImageExport& pending, const Bytes& image);
 
 } // namespace tavel

@@ -27,7 +27,7 @@ inline constexpr std::size_t maximumFilePathBytes = 2'097'152;
 /// The longest origin marker that a command may carry, in UTF-8 bytes.
 inline constexpr std::size_t maximumMarkerBytes = 512;
 
-/// The type under which the parent's origin marker stands beside everything that the agent writes for it.
+/// The pasteboard type of the parent's origin marker, which the agent writes beside the parent's content.
 inline constexpr std::string_view markerType = "com.corvelle.tavelbridge.clipboard-origin-v1";
 
 } // namespace tavel
