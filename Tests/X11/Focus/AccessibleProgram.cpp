@@ -11,6 +11,18 @@ namespace {
 
 FilterHandover handover;
 
+/// 64 bits, the lower half first.
+GVariant* statesOf(const AccessibleProgram::Element& element) {
+    std::uint32_t bits = 0;
+    for (const unsigned int state : element.states)
+        bits |= 1U << state;
+    GVariantBuilder halves;
+    g_variant_builder_init(&halves, G_VARIANT_TYPE("au"));
+    g_variant_builder_add(&halves, "u", bits);
+    g_variant_builder_add(&halves, "u", 0U);
+    return g_variant_builder_end(&halves);
+}
+
 } // namespace
 
 AccessibleProgram::AccessibleProgram(const TestAccessibilityBus& bus)
@@ -35,6 +47,11 @@ void AccessibleProgram::setMatches(const std::vector<std::string>& paths) {
     hasMatches_ = true;
 }
 
+void AccessibleProgram::setCached(const std::vector<std::string>& paths) {
+    const std::lock_guard lock(mutex_);
+    cached_ = paths;
+}
+
 void AccessibleProgram::beforeRole(std::function<bool(const std::string& path)> hook) {
     const std::lock_guard lock(mutex_);
     beforeRole_ = std::move(hook);
@@ -43,6 +60,18 @@ void AccessibleProgram::beforeRole(std::function<bool(const std::string& path)> 
 void AccessibleProgram::setSilent(bool silent) {
     const std::lock_guard lock(mutex_);
     isSilent_ = silent;
+}
+
+void AccessibleProgram::setBusy(bool busy) {
+    std::vector<std::shared_ptr<GDBusMessage>> calls;
+    {
+        const std::lock_guard lock(mutex_);
+        isBusy_ = busy;
+        if (!busy)
+            calls.swap(heldCalls_);
+    }
+    for (const auto& call : calls)
+        answer(call.get());
 }
 
 int AccessibleProgram::roleQuestions() {
@@ -85,7 +114,7 @@ GDBusMessage* AccessibleProgram::filter(GDBusConnection*, GDBusMessage* message,
                                         gpointer self) {
     const FilterHandover::Scope scope(handover);
     if (incoming != FALSE && g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_METHOD_CALL &&
-        static_cast<AccessibleProgram*>(self)->answer(message)) {
+        static_cast<AccessibleProgram*>(self)->takeOn(message)) {
         g_object_unref(message);
         return nullptr;
     }
@@ -93,6 +122,18 @@ GDBusMessage* AccessibleProgram::filter(GDBusConnection*, GDBusMessage* message,
 }
 
 /// False if GDBus is to answer that there is no such method.
+bool AccessibleProgram::takeOn(GDBusMessage* call) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (isBusy_) {
+            heldCalls_.emplace_back(static_cast<GDBusMessage*>(g_object_ref(call)), g_object_unref);
+            return true;
+        }
+    }
+    return answer(call);
+}
+
+/// The same.
 bool AccessibleProgram::answer(GDBusMessage* call) {
     const std::string method = g_dbus_message_get_member(call);
     const std::string path = g_dbus_message_get_path(call);
@@ -123,6 +164,8 @@ GVariant* AccessibleProgram::answerTo(const std::string& method, const std::stri
     const std::lock_guard lock(mutex_);
     if (method == "GetMatches")
         return hasMatches_ ? g_variant_new("(@a(so))", listOf(matches_)) : nullptr;
+    if (method == "GetItems")
+        return cached_.empty() ? nullptr : g_variant_new("(@a((so)(so)(so)iiassusau))", cachedItems());
     const auto found = elements_.find(path);
     if (found == elements_.end())
         return nullptr;
@@ -133,14 +176,19 @@ GVariant* AccessibleProgram::answerTo(const std::string& method, const std::stri
         return g_variant_new("(@a(so))", listOf(element.children));
     if (method != "GetState")
         return nullptr;
-    std::uint32_t bits = 0;
-    for (const unsigned int state : element.states)
-        bits |= 1U << state;
-    GVariantBuilder halves;
-    g_variant_builder_init(&halves, G_VARIANT_TYPE("au"));
-    g_variant_builder_add(&halves, "u", bits);
-    g_variant_builder_add(&halves, "u", 0U);
-    return g_variant_new("(au)", &halves);
+    return g_variant_new("(@au)", statesOf(element));
+}
+
+/// As GTK 4 does: with what nobody here looks at left empty.
+GVariant* AccessibleProgram::cachedItems() const {
+    GVariantBuilder list;
+    g_variant_builder_init(&list, G_VARIANT_TYPE("a((so)(so)(so)iiassusau)"));
+    for (const std::string& path : cached_) {
+        const Element& element = elements_.at(path);
+        g_variant_builder_add(&list, "((so)(so)(so)iiassus@au)", name_.c_str(), path.c_str(), name_.c_str(),
+                              "/root", "", "/", 0, 0, nullptr, "", element.role, "", statesOf(element));
+    }
+    return g_variant_builder_end(&list);
 }
 
 GVariant* AccessibleProgram::listOf(const std::vector<std::string>& paths) const {

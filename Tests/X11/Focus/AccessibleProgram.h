@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -34,6 +35,10 @@ public:
     /// What the program answers if it is asked for all that is focused; it has no such interface before.
     void setMatches(const std::vector<std::string>& paths);
 
+    /// Which elements the program lists for others to cache, in the order of their paths; it has no such
+    /// interface before.
+    void setCached(const std::vector<std::string>& paths);
+
     /// Tells that the element has gained or lost the focus.
     void gain(const std::string& path) { tellFocus(path, 1); }
     void lose(const std::string& path) { tellFocus(path, 0); }
@@ -50,6 +55,9 @@ public:
     /// Answers nothing at all any more, or again.
     void setSilent(bool silent);
 
+    /// Answers nothing until it is not busy any more, but then all that it has been asked meanwhile.
+    void setBusy(bool busy);
+
     /// How often it has been asked for a role.
     int roleQuestions();
 
@@ -59,9 +67,11 @@ public:
 private:
     static GDBusMessage* filter(GDBusConnection* connection, GDBusMessage* message, gboolean incoming,
                                 gpointer self);
+    bool takeOn(GDBusMessage* call);
     bool answer(GDBusMessage* call);
     GVariant* answerTo(const std::string& method, const std::string& path);
     GVariant* listOf(const std::vector<std::string>& paths) const;
+    GVariant* cachedItems() const;
     void tellFocus(const std::string& path, int hasFocus);
     void emit(const std::string& path, const char* interface, const char* member, GVariant* body);
 
@@ -72,9 +82,12 @@ private:
     std::map<std::string, Element> elements_;
     std::vector<std::string> matches_;
     bool hasMatches_ = false;
+    std::vector<std::string> cached_;
     std::function<bool(const std::string&)> beforeRole_;
     int roleQuestions_ = 0;
     bool isSilent_ = false;
+    bool isBusy_ = false;
+    std::vector<std::shared_ptr<GDBusMessage>> heldCalls_; // while busy
 };
 
 } // namespace tavel

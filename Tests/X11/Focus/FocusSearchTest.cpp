@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <thread>
+
 namespace tavel {
 
 namespace {
@@ -83,6 +85,52 @@ TEST_F(FocusSearch, walksThroughAllWindowsIfNoneIsActive) {
     program.set("/window", {23, {}, {"/box"}});
     program.set("/behind", {23, {}, {}});
     expectFound("AXLayoutArea");
+}
+
+TEST_F(FocusSearch, findsWhatTheToolkitHasCachedWithoutAWalk) {
+    program.set("/box", {39, {}, {"/box", "/box"}}); // in which no walk ends
+    program.setCached({"/root", "/window", "/box", "/view", "/button"});
+    expectFound("AXLayoutArea");
+}
+
+TEST_F(FocusSearch, takesAnItemThatAloneIsFocusedOfWhatIsCached) {
+    program.set("/box", {39, {}, {"/box", "/box"}});
+    program.setCached({"/root", "/window", "/box", "/icon"});
+    expectFound("AXImage");
+}
+
+TEST_F(FocusSearch, walksIfMoreThanOneThatIsCachedIsFocused) {
+    program.setCached({"/root", "/text", "/view"});
+    expectFound("AXLayoutArea");
+}
+
+TEST_F(FocusSearch, walksIfNothingThatIsCachedIsFocused) {
+    program.setCached({"/root", "/window", "/button"});
+    expectFound("AXLayoutArea");
+}
+
+TEST_F(FocusSearch, takesWhatTheToolkitListsRatherThanWhatIsCached) {
+    program.setMatches({"/icon", "/text"});
+    program.setCached({"/icon"});
+    expectFound("AXTextField");
+}
+
+TEST_F(FocusSearch, goesOnInTheBackgroundIfTheProgramIsBusyWhenFollowingBegins) {
+    program.setMatches({"/icon", "/view"});
+    // More than once, as the search ends after a second, in which a busy machine may not come to this.
+    waitUntil(
+        [&] {
+            desktop.probe().follow(false);
+            program.setBusy(true);
+            desktop.probe().follow(true);
+            program.setBusy(false);
+            // Not by asking for the role, which has it looked for as well.
+            for (int count = 0; count < 100 && program.roleQuestions() == 0; ++count)
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            return program.roleQuestions() > 0;
+        },
+        inTime);
+    desktop.awaitRole(thisProcess, "AXLayoutArea");
 }
 
 TEST_F(FocusSearch, endsInATreeWithoutAnEnd) {

@@ -55,14 +55,18 @@ BusConnection::~BusConnection() {
 }
 
 GioPointer<GVariant> BusConnection::call(const BusObject& object, const char* method, GVariant* arguments,
-                                         const char* replyType, Clock::time_point end) const {
+                                         const char* replyType, Clock::time_point end,
+                                         const std::stop_token& stop) const {
     const GioPointer<GVariant> owned(arguments == nullptr ? nullptr : g_variant_ref_sink(arguments));
     const auto wait = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
     if (wait.count() <= 0)
         return nullptr;
-    return GioPointer<GVariant>(g_dbus_connection_call_sync(
-        connection_.get(), object.program, object.path, object.interface, method, owned.get(),
-        G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE, static_cast<int>(wait.count()), nullptr, nullptr));
+    const GioPointer<GCancellable> cancellable(g_cancellable_new());
+    const std::stop_callback callOff(stop, [&cancellable] { g_cancellable_cancel(cancellable.get()); });
+    return GioPointer<GVariant>(
+        g_dbus_connection_call_sync(connection_.get(), object.program, object.path, object.interface, method,
+                                    owned.get(), G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE,
+                                    static_cast<int>(wait.count()), cancellable.get(), nullptr));
 }
 
 std::optional<std::int32_t> BusConnection::processOf(const std::string& program,

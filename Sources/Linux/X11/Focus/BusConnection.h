@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 
 namespace tavel {
@@ -34,9 +35,10 @@ public:
     bool isLost() const { return g_dbus_connection_is_closed(connection_.get()) != FALSE; }
 
     /// Calls the method with a tuple of arguments, or null for none, which it takes over, and waits for a
-    /// reply of that type. Null without one by then. Any thread.
+    /// reply of that type. Null without one by then, or when it is to stop. Any thread.
     GioPointer<GVariant> call(const BusObject& object, const char* method, GVariant* arguments,
-                              const char* replyType, Clock::time_point end) const;
+                              const char* replyType, Clock::time_point end,
+                              const std::stop_token& stop = {}) const;
 
     /// The process of the connection with that unique name, by the bus's own knowledge. Any thread.
     std::optional<std::int32_t> processOf(const std::string& program, Clock::time_point end) const;

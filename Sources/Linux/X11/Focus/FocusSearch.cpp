@@ -18,11 +18,15 @@ using Elements = std::vector<AccessibleElement>;
 constexpr unsigned int activeState = 1;
 constexpr unsigned int focusedState = 12;
 
-/// A program that does not answer at once is in no state to be looked through.
+/// Of a walk: a program that does not answer at once is in no state to be looked through element by element.
 constexpr std::chrono::milliseconds callPatience{100};
 
 /// More than any file manager shows; a program could make them up without end.
 constexpr std::size_t mostElements = 4000;
+
+/// AT-SPI, Cache.xml: of each element its address, its application's and its parent's, its index, its number
+/// of children, interfaces, name, role, description and states.
+constexpr const char* cachedItemsType = "(a((so)(so)(so)iiassusau))";
 
 class Search {
 public:
@@ -33,15 +37,16 @@ public:
 
 private:
     bool isOver() const { return stop_.stop_requested() || Clock::now() >= end_; }
-    Clock::time_point callEnd() const { return std::min(end_, Clock::now() + callPatience); }
+    Clock::time_point walkCallEnd() const { return std::min(end_, Clock::now() + callPatience); }
 
     GioPointer<GVariant> ask(const AccessibleElement& element, const char* interface, const char* method,
-                             GVariant* arguments, const char* replyType) const;
-    Elements children(const AccessibleElement& element) const;
-    bool isInState(const AccessibleElement& element, unsigned int state) const;
+                             GVariant* arguments, const char* replyType, Clock::time_point end) const;
+    Elements children(const AccessibleElement& element, Clock::time_point end) const;
+    bool isInState(const AccessibleElement& element, unsigned int state, Clock::time_point end) const;
     bool isItem(const AccessibleElement& element) const;
 
     std::optional<AccessibleElement> program(std::int32_t process) const;
+    std::optional<AccessibleElement> onlyClaimantInCache(const AccessibleElement& root) const;
     std::optional<Elements> claimants(const AccessibleElement& window) const;
     std::optional<AccessibleElement> walk(Elements windows) const;
 
@@ -51,9 +56,9 @@ private:
 };
 
 GioPointer<GVariant> Search::ask(const AccessibleElement& element, const char* interface, const char* method,
-                                 GVariant* arguments, const char* replyType) const {
+                                 GVariant* arguments, const char* replyType, Clock::time_point end) const {
     return bus_.call({element.program.c_str(), element.path.c_str(), interface}, method, arguments, replyType,
-                     callEnd());
+                     end, stop_);
 }
 
 /// Of a reply that holds a list of them.
@@ -71,16 +76,15 @@ Elements elementsIn(GVariant* reply) {
     return elements;
 }
 
-Elements Search::children(const AccessibleElement& element) const {
-    return elementsIn(ask(element, "org.a11y.atspi.Accessible", "GetChildren", nullptr, "(a(so))").get());
+Elements Search::children(const AccessibleElement& element, Clock::time_point end) const {
+    return elementsIn(
+        ask(element, "org.a11y.atspi.Accessible", "GetChildren", nullptr, "(a(so))", end).get());
 }
 
-bool Search::isInState(const AccessibleElement& element, unsigned int state) const {
-    const auto reply = ask(element, "org.a11y.atspi.Accessible", "GetState", nullptr, "(au)");
-    if (reply == nullptr)
-        return false;
+/// Whether the states that are the last child of that tuple include this one.
+bool endsWithState(GVariant* tuple, unsigned int state) {
     // 64 bits, the lower half first.
-    const GioPointer<GVariant> halves(g_variant_get_child_value(reply.get(), 0));
+    const GioPointer<GVariant> halves(g_variant_get_child_value(tuple, g_variant_n_children(tuple) - 1));
     if (g_variant_n_children(halves.get()) == 0)
         return false;
     std::uint32_t lower = 0;
@@ -88,8 +92,13 @@ bool Search::isInState(const AccessibleElement& element, unsigned int state) con
     return (lower >> state & 1U) != 0;
 }
 
+bool Search::isInState(const AccessibleElement& element, unsigned int state, Clock::time_point end) const {
+    const auto reply = ask(element, "org.a11y.atspi.Accessible", "GetState", nullptr, "(au)", end);
+    return reply != nullptr && endsWithState(reply.get(), state);
+}
+
 bool Search::isItem(const AccessibleElement& element) const {
-    const auto reply = ask(element, "org.a11y.atspi.Accessible", "GetRole", nullptr, "(u)");
+    const auto reply = ask(element, "org.a11y.atspi.Accessible", "GetRole", nullptr, "(u)", end_);
     std::uint32_t role = 0;
     if (reply != nullptr)
         g_variant_get(reply.get(), "(u)", &role);
@@ -98,13 +107,37 @@ bool Search::isItem(const AccessibleElement& element) const {
 
 std::optional<AccessibleElement> Search::program(std::int32_t process) const {
     const AccessibleElement desktop{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
-    for (const AccessibleElement& candidate : children(desktop)) {
+    for (const AccessibleElement& candidate : children(desktop, end_)) {
         if (isOver())
             break;
-        if (bus_.processOf(candidate.program, callEnd()) == process)
+        if (bus_.processOf(candidate.program, walkCallEnd()) == process)
             return candidate;
     }
     return std::nullopt;
+}
+
+/// Of the elements that the program lists for others to cache, the one that is focused; nothing if that is
+/// not exactly one. GTK 4 has this list and no Collection. It is one question instead of two for each
+/// element, which matters while a program is busy and answers few.
+std::optional<AccessibleElement> Search::onlyClaimantInCache(const AccessibleElement& root) const {
+    const AccessibleElement cache{root.program, "/org/a11y/atspi/cache"};
+    const auto reply = ask(cache, "org.a11y.atspi.Cache", "GetItems", nullptr, cachedItemsType, end_);
+    if (reply == nullptr)
+        return std::nullopt;
+    const GioPointer<GVariant> items(g_variant_get_child_value(reply.get(), 0));
+    std::optional<AccessibleElement> claimant;
+    for (std::size_t index = 0; index < g_variant_n_children(items.get()); ++index) {
+        const GioPointer<GVariant> item(g_variant_get_child_value(items.get(), index));
+        if (!endsWithState(item.get(), focusedState))
+            continue;
+        if (claimant)
+            return std::nullopt;
+        const char* program = nullptr;
+        const char* path = nullptr;
+        g_variant_get_child(item.get(), 0, "(&s&o)", &program, &path);
+        claimant = AccessibleElement{program, path};
+    }
+    return claimant;
 }
 
 /// What the toolkit itself lists as focused; nothing if it cannot.
@@ -120,7 +153,7 @@ std::optional<Elements> Search::claimants(const AccessibleElement& window) const
         g_variant_new("(aiia{ss}iaiiasib)", &states, all, nullptr, all, nullptr, all, nullptr, all, FALSE);
     const auto reply =
         ask(window, "org.a11y.atspi.Collection", "GetMatches",
-            g_variant_new("(@(aiia{ss}iaiiasib)uib)", rule, canonicalOrder, 0, TRUE), "(a(so))");
+            g_variant_new("(@(aiia{ss}iaiiasib)uib)", rule, canonicalOrder, 0, TRUE), "(a(so))", end_);
     if (reply == nullptr)
         return std::nullopt;
     return elementsIn(reply.get());
@@ -132,9 +165,9 @@ std::optional<AccessibleElement> Search::walk(Elements windows) const {
     for (std::size_t seen = 0; !ahead.empty() && seen < mostElements && !isOver(); ++seen) {
         const AccessibleElement element = std::move(ahead.back());
         ahead.pop_back();
-        if (isInState(element, focusedState))
+        if (isInState(element, focusedState, walkCallEnd()))
             return element;
-        std::ranges::move(children(element), std::back_inserter(ahead));
+        std::ranges::move(children(element, walkCallEnd()), std::back_inserter(ahead));
     }
     return std::nullopt;
 }
@@ -143,19 +176,20 @@ std::optional<AccessibleElement> Search::run(std::int32_t process) const {
     const auto root = program(process);
     if (!root)
         return std::nullopt;
-    const Elements windows = children(*root);
+    const Elements windows = children(*root, end_);
     const auto active = std::ranges::find_if(windows, [this](const AccessibleElement& window) {
-        return !isOver() && isInState(window, activeState);
+        return !isOver() && isInState(window, activeState, end_);
     });
-    if (active == windows.end())
-        return walk(windows); // GTK 4 does not tell which one is active
-    const auto claimed = claimants(*active);
-    if (!claimed)
-        return walk({*active});
-    // An item may be the focused one of a view that is not focused itself, while a name is being typed.
-    const auto place =
-        std::ranges::find_if_not(*claimed, [this](const auto& element) { return isItem(element); });
-    return place == claimed->end() ? std::nullopt : std::optional(*place);
+    const bool isOneActive = active != windows.end();
+    if (const auto claimed = isOneActive ? claimants(*active) : std::nullopt) {
+        // An item may be the focused one of a view that is not focused itself, while a name is being typed.
+        const auto place =
+            std::ranges::find_if_not(*claimed, [this](const auto& element) { return isItem(element); });
+        return place == claimed->end() ? std::nullopt : std::optional(*place);
+    }
+    if (auto claimant = onlyClaimantInCache(*root))
+        return claimant;
+    return walk(isOneActive ? Elements{*active} : windows); // GTK 4 does not always tell which one is active
 }
 
 } // namespace

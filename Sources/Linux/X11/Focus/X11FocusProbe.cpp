@@ -38,8 +38,11 @@ void X11FocusProbe::follow(bool on) {
         return;
     focus_ = AccessibilityFocus::open([this] { lookForUntoldFocus(); }, Clock::now() + connectingPatience);
     const auto active = activeWindow_.read();
-    if (focus_ != nullptr && active && isFileManagerClass(active->className))
+    if (focus_ != nullptr && active && isFileManagerClass(active->className)) {
         focus_->search(active->processIdentifier, Clock::now() + searchPatience);
+        // A file manager that is still busy with its start answers later, and should before the first key.
+        focus_->searchInBackground(active->processIdentifier);
+    }
 }
 
 std::optional<RunningApplication> X11FocusProbe::frontmostApplication() {
