@@ -4,6 +4,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <thread>
+
 namespace tavel {
 
 namespace {
@@ -150,6 +153,18 @@ TEST_F(FocusedRole, isNothingWithoutAnAnswer) {
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
     program.beforeRole({});
     await("AXLayoutArea");
+}
+
+TEST_F(FocusedRole, isWaitedForLongerWhileNoKeyWaits) {
+    program.gain("/view");
+    await("AXLayoutArea");
+    program.beforeRole([](const std::string&) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100)); // deliberate: a busy program
+        return true;
+    });
+    EXPECT_EQ(role(), std::nullopt);
+    // On a busy machine not at the first time.
+    waitUntil([&] { return desktop.probe().focusedRole(thisProcess) == "AXLayoutArea"; }, inTime);
 }
 
 TEST_F(FocusedRole, isNotAskedForWhenTheDecisionHasToBeMade) {

@@ -12,9 +12,6 @@ namespace {
 /// A program that has lost the focus tells so just before another one tells that it has it.
 constexpr std::chrono::milliseconds settling{100};
 
-/// While a key waits.
-constexpr std::chrono::milliseconds callPatience{40};
-
 constexpr std::chrono::milliseconds farewellPatience{100};
 
 /// The bus may first have to be started.
@@ -63,12 +60,14 @@ AccessibilityFocus::~AccessibilityFocus() {
     listener_.finish(Clock::now() + farewellPatience);
 }
 
-std::optional<std::uint32_t> AccessibilityFocus::focusedRole(std::int32_t process, Clock::time_point end) {
+std::optional<std::uint32_t> AccessibilityFocus::focusedRole(std::int32_t process, Clock::time_point end,
+                                                             Clock::duration patience) {
+    const auto callEnd = [&] { return std::min(end, Clock::now() + patience); };
     for (int round = 0; round < mostRounds; ++round) {
         const auto element = cache_->current();
-        if (!element || !belongsTo(*element, process, end))
+        if (!element || !belongsTo(*element, process, callEnd()))
             return std::nullopt;
-        const auto role = roleOf(*element, end);
+        const auto role = roleOf(*element, callEnd());
         // What the program told before it answered is known by now.
         if (cache_->current() != element)
             continue;
@@ -78,7 +77,7 @@ std::optional<std::uint32_t> AccessibilityFocus::focusedRole(std::int32_t proces
         const auto previous = cache_->previous();
         if (!previous)
             return role;
-        const auto previousEnd = std::min(end, Clock::now() + callPatience);
+        const auto previousEnd = callEnd();
         const auto previousRole = roleOf(*previous, previousEnd);
         if (previousRole)
             return isTextRole(*previousRole) ? previousRole : role;
@@ -92,7 +91,7 @@ std::optional<std::uint32_t> AccessibilityFocus::roleOf(const AccessibleElement&
                                                         Clock::time_point end) const {
     const auto reply =
         bus_->call({element.program.c_str(), element.path.c_str(), "org.a11y.atspi.Accessible"}, "GetRole",
-                   nullptr, "(u)", std::min(end, Clock::now() + callPatience));
+                   nullptr, "(u)", end);
     if (reply == nullptr)
         return std::nullopt;
     std::uint32_t role = 0;
@@ -103,7 +102,7 @@ std::optional<std::uint32_t> AccessibilityFocus::roleOf(const AccessibleElement&
 bool AccessibilityFocus::belongsTo(const AccessibleElement& element, std::int32_t process,
                                    Clock::time_point end) {
     if (owner_.program != element.program) {
-        const auto owner = bus_->processOf(element.program, std::min(end, Clock::now() + callPatience));
+        const auto owner = bus_->processOf(element.program, end);
         if (!owner)
             return false;
         owner_ = {element.program, *owner};

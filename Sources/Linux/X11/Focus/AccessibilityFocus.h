@@ -35,9 +35,10 @@ public:
     void searchInBackground(std::int32_t process) { searcher_.request(process); }
 
     /// The role of the focused element, by its number (AT-SPI, AtspiRole), if it is an element of that
-    /// process. Nothing without an answer. No call waits longer than 0.04 s, and nothing longer than until
-    /// `end`.
-    std::optional<std::uint32_t> focusedRole(std::int32_t process, Clock::time_point end);
+    /// process. Nothing without an answer. No call waits longer than `patience`, and nothing longer than
+    /// until `end`.
+    std::optional<std::uint32_t> focusedRole(std::int32_t process, Clock::time_point end,
+                                             Clock::duration patience);
 
 private:
     AccessibilityFocus(std::unique_ptr<BusConnection> bus, std::function<void()> settled);

@@ -13,8 +13,13 @@ using Clock = AccessibilityFocus::Clock;
 constexpr std::chrono::milliseconds connectingPatience{700};
 constexpr std::chrono::milliseconds searchPatience{200};
 
-/// Two questions of 0.04 s.
+/// Two questions, while a key waits.
+constexpr std::chrono::milliseconds callPatience{40};
 constexpr std::chrono::milliseconds rolePatience{80};
+
+/// While none does. A file manager to which the focus has just come back, or which sees a new clipboard,
+/// draws and looks at that first; without an answer, what the user has named would not be pasted.
+constexpr std::chrono::milliseconds unhurriedPatience{500};
 
 /// Process numbers come and go; those behind that many are not waited for any more.
 constexpr std::size_t mostSeenWindows = 64;
@@ -63,17 +68,26 @@ bool X11FocusProbe::isTrusted() {
 std::optional<std::string> X11FocusProbe::focusedRole(std::int32_t processIdentifier) {
     if (focus_ == nullptr)
         return std::nullopt;
-    const auto end = deadline_.limit(Clock::now() + rolePatience);
-    auto role = focus_->focusedRole(processIdentifier, end);
-    if (!role && deadline_.isDeciding()) {
-        focus_->searchInBackground(processIdentifier); // for the next time
-    } else if (!role) {
-        // Nobody's keyboard waits. A program that has just come to the front may not have told yet.
-        const auto searchEnd = Clock::now() + searchPatience;
-        focus_->search(processIdentifier, searchEnd);
-        role = focus_->focusedRole(processIdentifier, searchEnd + rolePatience);
-    }
+    const auto role =
+        deadline_.isDeciding() ? hurriedRole(processIdentifier) : unhurriedRole(processIdentifier);
     return role ? std::optional(roleName(*role)) : std::nullopt;
+}
+
+std::optional<std::uint32_t> X11FocusProbe::hurriedRole(std::int32_t processIdentifier) {
+    const auto end = deadline_.limit(Clock::now() + rolePatience);
+    const auto role = focus_->focusedRole(processIdentifier, end, callPatience);
+    if (!role)
+        focus_->searchInBackground(processIdentifier); // for the next time
+    return role;
+}
+
+std::optional<std::uint32_t> X11FocusProbe::unhurriedRole(std::int32_t processIdentifier) {
+    const auto end = Clock::now() + unhurriedPatience;
+    if (const auto role = focus_->focusedRole(processIdentifier, end, unhurriedPatience))
+        return role;
+    // A program that has just come to the front may not have told yet.
+    focus_->search(processIdentifier, end);
+    return focus_->focusedRole(processIdentifier, end, unhurriedPatience);
 }
 
 void X11FocusProbe::activate(std::int32_t processIdentifier) {

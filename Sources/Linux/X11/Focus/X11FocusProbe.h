@@ -35,6 +35,8 @@ public:
     void activate(std::int32_t processIdentifier) override;
 
 private:
+    std::optional<std::uint32_t> hurriedRole(std::int32_t processIdentifier);
+    std::optional<std::uint32_t> unhurriedRole(std::int32_t processIdentifier);
     void lookForUntoldFocus();
 
     DecisionDeadline& deadline_;
