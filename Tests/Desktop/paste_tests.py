@@ -20,6 +20,8 @@ MARK = "com.brennic.generated-file"
 PDF = b"%PDF-1.4\n1 0 obj <<>> endobj trailer <</Root 1 0 R>>\n%%EOF\n"
 TEXT = "Liste de courses : déjà\n\npain\nlait\n"
 PIXEL = (200, 30, 60)
+SECONDS_OF_REST = 0.5  # longer than the agent leaves between news of the focus and its questions about it
+MOST_USED_AT_REST = 0.01  # seconds of processor time: the least that is counted
 SECONDS_TO_SEE_NOTHING = 2  # several times what a panel or a pasted file takes to come
 
 
@@ -36,6 +38,13 @@ def clipboard(target):
 
 def picture():
     return make_png(120, 90, PIXEL)
+
+
+def processor_time(process):
+    """What all threads of the process have used so far, in seconds."""
+    stat = pathlib.Path(f"/proc/{process}/stat").read_text()
+    user, system = stat.rpartition(")")[2].split()[11:13]
+    return (int(user) + int(system)) / os.sysconf("SC_CLK_TCK")
 
 
 def pixels(path, channels):
@@ -64,6 +73,17 @@ class Folder:
             call("xdotool", "key", "Escape")
         raise Failure("the folder's window cannot be activated")
 
+    def rest(self):
+        """Waits until the file manager has done what it was about: opened its window, pasted, drawn. Until then it
+        does not say at once where its focus is, and gets the shortcut itself."""
+        wait_until(lambda: self._processor_time_used(SECONDS_OF_REST) <= MOST_USED_AT_REST,
+                   "the file manager to come to rest")
+
+    def _processor_time_used(self, seconds):
+        before = processor_time(self.process)
+        time.sleep(seconds)
+        return processor_time(self.process) - before
+
     def press(self, *keys):
         self.focus()
         call("xdotool", "key", "--delay", "50", *keys)
@@ -71,6 +91,7 @@ class Folder:
     def press_paste(self, seconds=0.1):
         """As a person does who does not let go at once: it repeats. What came until it was released."""
         self.focus()
+        self.rest()
         call("xdotool", "keydown", "ctrl", "keydown", "v")
         time.sleep(seconds)
         came = windows()
@@ -78,14 +99,10 @@ class Folder:
         return came
 
     def paste(self, seconds=0.1):
-        """Presses the shortcut until the panel comes: a window that has only just opened has told nobody yet where
-        its focus is, and a file manager that is busy gets its key. The panel's number."""
-        for attempt in range(5):
-            expect(not self.press_paste(seconds), "the panel came while the keys were held")
-            if is_soon(lambda: windows() != [], 3):
-                return open_window("panel_open")
-            say(f"no panel came, attempt {attempt + 1}")
-        raise Failure("no panel came")
+        """Presses the shortcut, once. The panel's number."""
+        expect(not self.press_paste(seconds), "the panel came while the keys were held")
+        expect(is_soon(lambda: windows() != [], 10), "no panel came")
+        return open_window("panel_open")
 
     def hold_and_paste(self):
         return self.paste(HELD)
