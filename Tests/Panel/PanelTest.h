@@ -94,7 +94,7 @@ protected:
     std::string windowTitled(const std::string& wanted) const;
     bool isPanelOnScreen() const;
 
-    /// The window that has the keyboard focus.
+    /// The window that has the keyboard focus; empty while none has, as between two windows.
     std::string focusedWindow() const;
 
     /// Waits until the panel has the focus.
