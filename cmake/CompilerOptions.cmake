@@ -4,6 +4,8 @@ target_compile_options(tavel_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Werror
   # In a unity build, this warning compares a file with the names of another one.
   $<$<NOT:$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wshadow>
+  # There g++ takes each file for a header, in which an anonymous namespace would be a mistake.
+  $<$<AND:$<BOOL:${CMAKE_UNITY_BUILD}>,$<COMPILE_LANG_AND_ID:CXX,GNU>>:-Wno-subobject-linkage>
   # When optimising, g++ 12 falsely reports overlapping copies in string additions (GCC bug 105651).
   $<$<AND:$<COMPILE_LANG_AND_ID:CXX,GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
 
