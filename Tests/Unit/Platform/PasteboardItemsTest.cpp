@@ -126,8 +126,8 @@ TEST(PasteboardItems, areOneItemOfTheValuesThatAreWritten) {
 }
 
 TEST(PasteboardItems, areNoneOfATextThatIsNotUtf8) {
-    const PasteboardValue text{"a", PasteboardValue::Form::text, Bytes::copyOf("\xC3")};
-    EXPECT_FALSE(pasteboardItems::fromValues({&text, 1}));
+    const PasteboardValue value{"a", PasteboardValue::Form::text, Bytes::copyOf("\xC3")};
+    EXPECT_FALSE(pasteboardItems::fromValues({&value, 1}));
 }
 
 TEST(PasteboardTypes, areOfferedWhenTheyAreInTheList) {
