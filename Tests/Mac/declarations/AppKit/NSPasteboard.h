@@ -25,7 +25,6 @@ OBJC_EXPORT const NSPasteboardReadingOptionKey NSPasteboardURLReadingFileURLsOnl
                                    options:(nullable NSDictionary<NSPasteboardReadingOptionKey, id>*)options;
 - (NSInteger)addTypes:(NSArray<NSPasteboardType>*)types owner:(nullable id)owner;
 @property(nullable, readonly, copy) NSArray<NSPasteboardType>* types;
-- (nullable NSPasteboardType)availableTypeFromArray:(NSArray<NSPasteboardType>*)types;
 - (BOOL)setData:(nullable NSData*)data forType:(NSPasteboardType)type;
 - (BOOL)setString:(NSString*)string forType:(NSPasteboardType)type;
 - (nullable NSData*)dataForType:(NSPasteboardType)type;
