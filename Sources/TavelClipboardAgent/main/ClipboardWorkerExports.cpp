@@ -97,7 +97,7 @@ void ClipboardWorker::captureImage(std::span<const std::string> types, std::int6
         return;
     }
     std::optional<Bytes> image;
-    for (const std::string_view type : {pasteboardType::png, pasteboardType::tiff}) {
+    for (const std::string_view type : plainPictureTypes) {
         if (!image && pasteboardType::isOffered(types, type))
             image = pasteboard_->data(type);
     }

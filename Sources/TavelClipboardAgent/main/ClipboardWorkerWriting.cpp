@@ -96,11 +96,11 @@ ClipboardWorker::Result ClipboardWorker::execute(const command::WriteFiles& comm
     if (!isMarker(command.marker) || command.paths.empty() || command.paths.size() > maximumFileCount ||
         !std::ranges::all_of(command.paths, isExistingAbsolutePath))
         return std::string(messages::invalidFiles);
-    if (command.kind == "formats")
+    if (command.kind == contentKind::formats)
         return writeFormats(command);
-    if (command.kind == "image")
+    if (command.kind == contentKind::image)
         return writeImageFile(command);
-    if (command.kind == "files")
+    if (command.kind == contentKind::files)
         return writeFileReferences(command);
     return std::string(messages::unknownFormat);
 }
