@@ -64,14 +64,6 @@ TEST_F(CaptureLimits, warnOfOneByteMoreOfText) {
     expectWarning({textItem(std::string(maximumTextBytes + 1, 'a'))}, textWarning);
 }
 
-TEST_F(CaptureLimits, countTheBytesOfATextNotItsCharacters) {
-    const std::string text = repeated("\u00E9", maximumTextBytes / 2);
-    // Three of these characters (six bytes) are two groups of base64.
-    expectReported({textItem(text)},
-                   textEvent(repeated("w6nDqcOp", 699'050) + "w6nDqQ", maximumTextBytes, 0));
-    expectWarning({textItem(text + "a")}, textWarning);
-}
-
 TEST_F(CaptureLimits, countTheLineFeedsBetweenTheTextsOfSeveralItems) {
     const std::string half(maximumTextBytes / 2, 'a');
     expectWarning({textItem(half), textItem(half)}, textWarning);
@@ -81,31 +73,8 @@ TEST_F(CaptureLimits, countTheLineFeedsBetweenTheTextsOfSeveralItems) {
     EXPECT_EQ(agent.nextMessage().value("bytes", std::size_t{0}), maximumTextBytes);
 }
 
-TEST_F(CaptureLimits, allow10000Files) {
-    std::vector<std::string> paths;
-    paths.reserve(10'000);
-    for (int number = 0; number < 10'000; ++number)
-        paths.push_back("/" + std::to_string(number));
-    expectReported(itemsOf(paths), filesEvent(paths, 0));
-}
-
 TEST_F(CaptureLimits, warnOfOneFileMore) {
     expectWarning(itemsOf(std::vector<std::string>(10'001, "/a")), filesWarning);
-}
-
-TEST_F(CaptureLimits, warnOfTooManyFilesInsteadOfReportingTheirText) {
-    std::vector<PasteboardItem> items = itemsOf(std::vector<std::string>(10'001, "/a"));
-    items.push_back(textItem("text"));
-    expectWarning(items, filesWarning);
-}
-
-TEST_F(CaptureLimits, allow2MebibytesOfPaths) {
-    const auto paths = pathsOf(maximumPathBytes);
-    expectReported(itemsOf(paths), filesEvent(paths, 0));
-}
-
-TEST_F(CaptureLimits, warnOfOneByteMoreOfPaths) {
-    expectWarning(itemsOf(pathsOf(maximumPathBytes + 1)), filesWarning);
 }
 
 TEST_F(CaptureLimits, countThePathAndNotItsUrl) {

@@ -71,19 +71,6 @@ TEST_F(WriteFiles, takesLinksThatLeadSomewhere) {
     expectWritten(writeFiles({directory_.path() / "link"}), {fileItem(directoryUrl() + "/link")});
 }
 
-TEST_F(WriteFiles, takes10000PathsAndNotOneMore) {
-    Paths paths;
-    Content content;
-    for (int number = 0; number < 10'000; ++number) {
-        const std::string name = "many/" + std::to_string(number);
-        paths.push_back(file(name));
-        content.push_back(fileItem(directoryUrl() + "/" + name));
-    }
-    expectWritten(writeFiles(paths), content);
-    paths.push_back(paths.front());
-    expectRefused(writeFiles(paths), invalidFiles);
-}
-
 TEST_F(WriteFiles, refusesToWriteNoPath) {
     otherApplication().copyText("stays");
     expectRefused(writeFiles({}), invalidFiles);
