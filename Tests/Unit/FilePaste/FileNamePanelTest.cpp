@@ -35,11 +35,11 @@ protected:
 
     TestPlatform platform;
     std::shared_ptr<FileNamePanel> panel;
-    NamePanelActions actions; // stay callable when the window is gone
+    NamePanelActions actions; // still callable after the window has closed
     std::vector<Answer> answers;
 };
 
-TEST_F(NamePanel, isMadeUnseen) {
+TEST_F(NamePanel, isHiddenUntilShown) {
     make("Rapport", "pdf");
     EXPECT_FALSE(window().shown);
     panel->show();
@@ -49,7 +49,7 @@ TEST_F(NamePanel, isMadeUnseen) {
     EXPECT_TRUE(answers.empty());
 }
 
-TEST_F(NamePanel, saysWhatItIsFor) {
+TEST_F(NamePanel, hasItsTitleAndLabels) {
     for (const std::string ext : {"pdf", "jpg", "png", "gif", "svg", "webp", "tiff", "txt"}) {
         make("Rapport", ext);
         EXPECT_EQ(window().texts.title, "Nommer avant de coller");
@@ -66,7 +66,7 @@ TEST_F(NamePanel, reportsTheFullName) {
     EXPECT_EQ(answers, std::vector<Answer>{"Rapport.pdf"});
 }
 
-TEST_F(NamePanel, reportsWhatTheFieldHoldsThen) {
+TEST_F(NamePanel, reportsTheFieldsContentOnConfirming) {
     make("Rapport", "pdf");
     confirm("  Été\n");
     EXPECT_EQ(answers, std::vector<Answer>{"Été.pdf"});
@@ -98,7 +98,7 @@ TEST_F(NamePanel, hasNoHintAtFirst) {
     EXPECT_EQ(window().hint, "");
 }
 
-TEST_F(NamePanel, leavesTheHintWhereItIs) {
+TEST_F(NamePanel, keepsTheHintAfterAValidName) {
     make("a", "png");
     confirm("a/b");
     window().entered = "b";
@@ -108,13 +108,13 @@ TEST_F(NamePanel, leavesTheHintWhereItIs) {
     EXPECT_EQ(answers, std::vector<Answer>{"b.png"});
 }
 
-TEST_F(NamePanel, reportsThatTheUserDoesNotWantIt) {
+TEST_F(NamePanel, reportsCancelling) {
     make("a", "png");
     actions.cancel();
     EXPECT_EQ(answers, std::vector{Answer()});
 }
 
-TEST_F(NamePanel, reportsNothingInsteadOfAnInvalidNameOnCancelling) {
+TEST_F(NamePanel, reportsCancellingAfterAnInvalidName) {
     make("a", "png");
     confirm("CON");
     actions.cancel();
@@ -140,7 +140,7 @@ TEST_F(NamePanel, neitherHidesNorClosesItself) {
     EXPECT_FALSE(window().destroyed);
 }
 
-TEST_F(NamePanel, doesNothingWhenNobodyIsToBeTold) {
+TEST_F(NamePanel, staysOpenWithoutACallback) {
     panel = FileNamePanel::make(platform, "a", "png");
     panel->show();
     window().actions.confirm();
@@ -152,7 +152,7 @@ TEST_F(NamePanel, doesNothingWhenNobodyIsToBeTold) {
     EXPECT_EQ(window().hint, invalidName);
 }
 
-TEST_F(NamePanel, takesItsWindowAlong) {
+TEST_F(NamePanel, closesItsWindowWhenDestroyed) {
     make("a", "png");
     panel.reset();
     EXPECT_TRUE(window().destroyed);
@@ -161,10 +161,10 @@ TEST_F(NamePanel, takesItsWindowAlong) {
     EXPECT_TRUE(answers.empty());
 }
 
-TEST_F(NamePanel, mayBeLetGoOfByTheAnswerToIt) {
+TEST_F(NamePanel, mayBeDestroyedByItsCallback) {
     for (const bool confirmed : {true, false}) {
         make("a", "png");
-        actions = {}; // only the window holds them, and goes with the panel
+        actions = {}; // the window's copy goes with the panel
         int told = 0;
         panel->setFinished([&](const Answer&) {
             panel.reset();

@@ -70,14 +70,14 @@ TEST(FileNameSuggestion, holdsNoForbiddenCharacter) {
     EXPECT_EQ(suggested("https://example.com/page"), "httpsexample.compage");
 }
 
-TEST(FileNameSuggestion, has60CharactersAtTheMost) {
+TEST(FileNameSuggestion, hasAtMost60Characters) {
     EXPECT_EQ(suggested(std::string(60, 'x')), std::string(60, 'x'));
     EXPECT_EQ(suggested(std::string(61, 'x')), std::string(60, 'x'));
     EXPECT_EQ(suggested(std::string(59, 'x') + "yz"), std::string(59, 'x') + "y");
     EXPECT_EQ(suggested(std::string(60, 'x') + "\n"), std::string(60, 'x'));
 }
 
-TEST(FileNameSuggestion, isCutBeforeAnythingIsDropped) {
+TEST(FileNameSuggestion, isCutBeforeCharactersAreRemoved) {
     EXPECT_EQ(suggested(std::string(10, '/') + std::string(70, 'x')), std::string(50, 'x'));
     EXPECT_EQ(suggested(std::string(10, ' ') + std::string(70, 'x')), std::string(50, 'x'));
     EXPECT_EQ(suggested(std::string(59, 'x') + " y"), std::string(59, 'x'));
@@ -87,7 +87,7 @@ TEST(FileNameSuggestion, isCutBeforeAnythingIsDropped) {
     EXPECT_EQ(suggested(std::string(60, 'x') + "\x01"), std::string(60, 'x')) << "the control is beyond it";
 }
 
-TEST(FileNameSuggestion, countsCharactersAsPeopleDo) {
+TEST(FileNameSuggestion, countsGraphemeClusters) {
     for (const std::string_view one : {"é", "e\u0301", "e\u0301\u0323", "語", "😀", "👍🏽", "🇫🇷", "❤\uFE0F",
                                        "한", "\u1112\u1161\u11AB", "नि", "1\uFE0F\u20E3"}) {
         const std::string fifty(50, 'x');
@@ -99,14 +99,14 @@ TEST(FileNameSuggestion, countsCharactersAsPeopleDo) {
     }
 }
 
-TEST(FileNameSuggestion, cutsNoCharacterInTwo) {
+TEST(FileNameSuggestion, splitsNoGraphemeCluster) {
     EXPECT_EQ(suggested(repeated("e\u0301", 60)), repeated("e\u0301", 60));
     EXPECT_EQ(suggested(repeated("e\u0301", 61)), repeated("e\u0301", 60));
     EXPECT_EQ(suggested(repeated("😀", 61)), repeated("😀", 60));
     EXPECT_EQ(suggested(std::string(59, 'x') + "🇫🇷🇩🇪"), std::string(59, 'x') + "🇫🇷");
 }
 
-TEST(FileNameSuggestion, countsAnEmojiThatIsJoinedFromSeveralAsOneAndRefusesIt) {
+TEST(FileNameSuggestion, countsAJoinedEmojiAsOneCharacterAndRefusesIt) {
     constexpr std::string_view family = "👩\u200D👩\u200D👧";
     EXPECT_EQ(suggested(std::string(60, 'x') + family.data()), std::string(60, 'x'));
     EXPECT_EQ(suggested(std::string(59, 'x') + family.data()), fallback) << "it is not cut behind the first";
@@ -157,7 +157,7 @@ TEST(FileNameSuggestion, asksForTheTimeOnlyWhenItIsNeeded) {
     EXPECT_EQ(asked, 2);
 }
 
-TEST(FileNameSuggestion, copesWithLinesOfFourMebibytes) {
+TEST(FileNameSuggestion, handlesLinesOf4Mebibytes) {
     constexpr std::size_t size = std::size_t{4} << 20;
     EXPECT_EQ(suggested(std::string(size, 'x')), std::string(60, 'x'));
     EXPECT_EQ(suggested(repeated("é", size / 2)), repeated("é", 60));

@@ -20,7 +20,7 @@ bool isValid(std::string_view stem, std::string_view ext = "pdf") {
     return validName(stem, ext).has_value();
 }
 
-/// Whether it is taken, and as it is.
+/// Whether the stem is valid and stays unchanged.
 bool isKept(std::string_view stem) {
     return validName(stem, "pdf") == std::string(stem) + ".pdf";
 }
@@ -102,20 +102,20 @@ TEST(FileNames, holdNoControlCharacter) {
     EXPECT_FALSE(isValid("👩\u200D🚀")) << "an emoji joined from two";
 }
 
-TEST(FileNames, holdSeparatorsOfLinesWhichAreNoControls) {
+TEST(FileNames, mayHoldLineSeparators) {
     EXPECT_TRUE(isKept("a\u2028b"));
     EXPECT_TRUE(isKept("a\u2029b"));
     EXPECT_TRUE(isKept("a\u00A0b"));
     EXPECT_TRUE(isKept("a\u3000b"));
 }
 
-TEST(FileNames, holdEveryOtherCharacter) {
+TEST(FileNames, mayHoldEveryOtherCharacter) {
     for (const std::string_view other : {"é", "e\u0301", "語", "한글", "😀", "👍🏽", "🇫🇷", "❤\uFE0F",
                                          "\uE000", "\uFFFD", "\uFFFE", "\U0010FFFF", "\u0378", "¹", "ı"})
         EXPECT_TRUE(isKept(other)) << other;
 }
 
-TEST(FileNames, have179Utf16UnitsAtTheMost) {
+TEST(FileNames, haveAtMost179Utf16Units) {
     EXPECT_TRUE(isValid(std::string(176, 'x'), "pdf"));
     EXPECT_FALSE(isValid(std::string(177, 'x'), "pdf"));
     EXPECT_TRUE(isValid(std::string(175, 'x'), "webp"));
@@ -137,11 +137,11 @@ TEST(FileNames, areMeasuredNeitherInBytesNorInCharacters) {
     EXPECT_FALSE(isValid(repeated("\U00010000", 89))) << "the first one of two";
 }
 
-TEST(FileNames, areMeasuredWithoutTheWhiteSpaceAround) {
+TEST(FileNames, areMeasuredAfterTrimming) {
     EXPECT_TRUE(isValid(std::string(1000, ' ') + std::string(176, 'x') + std::string(1000, '\n')));
 }
 
-TEST(FileNames, areNoDevicesWithWhateverExtensionAndCase) {
+TEST(FileNames, areNoDeviceNamesInAnyCaseOrWithAnyExtension) {
     for (const std::string_view name :
          {"con",    "CON",    "Con",    "cOn",    "PRN",    "prn",     "AUX",     "aux",     "NUL",  "nul",
           "clock$", "CLOCK$", "Clock$", "conin$", "CONIN$", "conout$", "CONOUT$", "ConOut$", "com1", "COM1",
@@ -156,7 +156,7 @@ TEST(FileNames, areNoDevicesWithWhateverExtensionAndCase) {
     }
 }
 
-TEST(FileNames, mayHaveADevicesNameInThem) {
+TEST(FileNames, mayContainADeviceName) {
     for (const std::string_view name :
          {"COM0",    "COM10", "COM11", "COM",    "LPT",     "LPT0",  "lpt10",  "CONSOLE", "COM1x",
           "xCON",    "xCOM1", "CO",    "CON1",   "CLOCK",   "CONIN", "CONOUT", "CLOCK$$", "COM⁴",
@@ -165,7 +165,7 @@ TEST(FileNames, mayHaveADevicesNameInThem) {
         EXPECT_TRUE(isKept(name)) << name;
 }
 
-TEST(FileNames, areNoPortsWithTheEndOfALineBehind) {
+TEST(FileNames, areNoPortNamesWithALineSeparatorBehind) {
     for (const std::string_view newline : {"\u2028", "\u2029"}) {
         const std::string end(newline);
         for (const std::string_view port : {"COM1", "lpt9", "com³"}) {
@@ -190,7 +190,7 @@ TEST(FileNames, areUtf8) {
     }
 }
 
-TEST(FileNames, canBeAnswersOfAnyLength) {
+TEST(FileNames, mayBeEnteredAtAnyLength) {
     const std::size_t huge = std::size_t{4} << 20;
     EXPECT_FALSE(isValid(std::string(huge, 'x')));
     EXPECT_FALSE(isValid(std::string(huge, ' ')));

@@ -13,7 +13,7 @@
 namespace tavel {
 namespace {
 
-// From the shortcut to the panel.
+// The interception from the shortcut to the open panel.
 
 using namespace std::chrono_literals;
 
@@ -27,7 +27,7 @@ protected:
         return reasons;
     }
 
-    /// The interception ended, and left nothing but the readiness for the next one.
+    /// The interception has ended without an effect, and the next shortcut is taken.
     void expectAbandoned(std::string_view why) {
         wait(10s);
         EXPECT_TRUE(platform.panels.empty()) << why;
@@ -38,7 +38,7 @@ protected:
     }
 };
 
-TEST_F(FilePasteBeginning, leavesTheKeyboardsPathFirst) {
+TEST_F(FilePasteBeginning, opensThePanelAfterTheKeyHandlerReturned) {
     EXPECT_TRUE(typeShortcut());
     pasteboard().forgetCalls();
     wait(119ms);
@@ -64,10 +64,10 @@ TEST_F(FilePasteBeginning, waitsForEveryKeyOfTheShortcut) {
     }
 }
 
-TEST_F(FilePasteBeginning, looksEvery80MillisecondsWhetherTheKeysAreUp) {
+TEST_F(FilePasteBeginning, checksEvery80MillisecondsWhetherTheKeysAreUp) {
     platform.tap.keysDown = {9};
     EXPECT_TRUE(typeShortcut());
-    wait(121ms); // looked at 120 ms, and next at 200
+    wait(121ms); // checked at 120 ms; the next check is at 200 ms
     platform.tap.keysDown.clear();
     wait(78ms);
     EXPECT_TRUE(platform.panels.empty());
@@ -75,7 +75,7 @@ TEST_F(FilePasteBeginning, looksEvery80MillisecondsWhetherTheKeysAreUp) {
     EXPECT_TRUE(isPanelOpen());
 }
 
-TEST_F(FilePasteBeginning, waitsForTheKeysWithoutALimit) {
+TEST_F(FilePasteBeginning, waitsForTheKeysWithoutATimeOut) {
     platform.tap.keysDown = {9, 55};
     EXPECT_EQ(press(), KeyVerdict::swallow);
     wait(std::chrono::hours(1));
@@ -116,7 +116,7 @@ TEST_F(FilePasteBeginning, isAbandonedQuietlyWhenSomethingChangesWhileTheKeysAre
     }
 }
 
-TEST_F(FilePasteBeginning, endsWithTheFirstLookThatFindsAChange) {
+TEST_F(FilePasteBeginning, endsAtTheFirstCheckThatFindsAChange) {
     platform.tap.keysDown = {55};
     EXPECT_TRUE(typeShortcut());
     wait(121ms);
@@ -207,7 +207,7 @@ TEST_F(FilePasteBeginning, showsThePanelBesideThePointer) {
     EXPECT_TRUE(panel().shown);
 }
 
-TEST_F(FilePasteBeginning, leavesThePlaceToTheSystemWhenThePointerIsOnNoScreen) {
+TEST_F(FilePasteBeginning, leavesThePlacementToTheSystemWhenThePointerIsOnNoScreen) {
     platform.surroundings = {{-1, 0}, {{{0, 0, 1280, 800}, {0, 0, 1280, 800}}}, {410, 198}};
     openPanel();
     EXPECT_FALSE(panel().origin);

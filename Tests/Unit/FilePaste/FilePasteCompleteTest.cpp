@@ -14,7 +14,7 @@
 namespace tavel {
 namespace {
 
-// The last step: the file goes onto the pasteboard, and is pasted.
+// The last step: the feature publishes the file on the pasteboard and types the shortcut.
 
 using namespace std::chrono_literals;
 
@@ -22,13 +22,13 @@ class FilePasteCompletion : public FilePasteFixture {
 protected:
     FilePasteCompletion() { switchOn(); }
 
-    /// Up to the moment before the last step.
+    /// Runs the interception up to the last step.
     void nameIt() {
         openPanel();
         confirm("a");
     }
 
-    /// Runs `action` when the focus is asked for that often from now on.
+    /// Runs `action` at the query number `times` for the focus, counted from now.
     void whenFocusIsAsked(int times, std::function<void()> action) {
         platform.focus.onAsked = [times, action = std::move(action)]() mutable {
             if (--times == 0)
@@ -36,7 +36,7 @@ protected:
         };
     }
 
-    /// Moves the change count once it has been read that often from now on.
+    /// Moves the change count at its read number `reads`, counted from now.
     void moveCountAfterReads(int reads) {
         const std::int64_t moved = pasteboard().changeCount() + 1;
         pasteboard().onCountRead([this, reads, moved]() mutable {
@@ -118,7 +118,7 @@ TEST_F(FilePasteCompletion, isAbandonedQuietlyWhenItIsSwitchedOff) {
     EXPECT_TRUE(typeShortcut());
 }
 
-TEST_F(FilePasteCompletion, isAbandonedQuietlyWhenTheCountMovesBetweenItsLooks) {
+TEST_F(FilePasteCompletion, isAbandonedQuietlyWhenTheCountMovesBetweenItsReads) {
     for (const int reads : {1, 2}) {
         nameIt();
         moveCountAfterReads(reads);
@@ -183,14 +183,14 @@ TEST_F(FilePasteCompletion, logsThatTheNameIsInvalid) {
     EXPECT_TRUE(platform.tap.posted.empty());
 }
 
-TEST_F(FilePasteCompletion, isOnlyForTheFileManagerThatTheShortcutWasTypedIn) {
+TEST_F(FilePasteCompletion, pastesOnlyIntoTheFileManagerOfTheShortcut) {
     paste->complete(fileManager + 1, pasteboard().changeCount(), Bytes::copyOf("a"), "a.txt");
     EXPECT_TRUE(nothingHappened());
     paste->complete(fileManager, pasteboard().changeCount(), Bytes::copyOf("a"), "a.txt");
     EXPECT_EQ(platform.tap.posted.size(), 4U);
 }
 
-TEST_F(FilePasteCompletion, endsTheInterceptionEvenIfItDoesNothing) {
+TEST_F(FilePasteCompletion, endsTheInterceptionEvenWithoutPasting) {
     EXPECT_TRUE(typeShortcut());
     EXPECT_FALSE(typeShortcut());
     paste->complete(fileManager + 1, pasteboard().changeCount(), Bytes::copyOf("a"), "a.txt");

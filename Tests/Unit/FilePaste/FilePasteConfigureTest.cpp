@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 
 class FilePasteSwitch : public FilePasteFixture {
 protected:
-    /// Everything that could still come has come, and nothing did.
+    /// All timers have run, without any effect.
     void expectNothingMore() {
         const std::size_t panels = platform.panels.size();
         wait(10s);
@@ -24,7 +24,7 @@ protected:
         EXPECT_TRUE(nothingHappened());
     }
 
-    /// Switched on again, the feature does all that it should.
+    /// The feature pastes a file after it is switched on again.
     void expectThatItWorksAgain() {
         switchOn();
         pasteAs("a");
@@ -47,7 +47,7 @@ TEST_F(FilePasteSwitch, touchesNothingWhenItIsSwitchedOffFirst) {
     EXPECT_EQ(platform.focus.followed, std::vector<bool>());
 }
 
-TEST_F(FilePasteSwitch, makesOneTapAndSwitchesItFromThenOn) {
+TEST_F(FilePasteSwitch, makesOneTapAndThenEnablesAndDisablesIt) {
     switchOn();
     EXPECT_EQ(platform.tap.enabled, std::vector<bool>()) << "it is made enabled";
     for (const bool on : {true, false, false, true})
@@ -57,7 +57,7 @@ TEST_F(FilePasteSwitch, makesOneTapAndSwitchesItFromThenOn) {
     EXPECT_EQ(platform.focus.followed, (std::vector{true, true, false, false, true}));
 }
 
-TEST_F(FilePasteSwitch, tellsTheUserWhatToPermit) {
+TEST_F(FilePasteSwitch, namesTheMissingPermissions) {
     platform.tap.allowed = false;
     try {
         switchOn();
@@ -98,7 +98,7 @@ TEST_F(FilePasteSwitch, pastesNothingThatWasConfirmedBeforeARefusal) {
     EXPECT_TRUE(nothingHappened());
 }
 
-TEST_F(FilePasteSwitch, isOnFromTheFirstKeyOn) {
+TEST_F(FilePasteSwitch, takesTheFirstShortcutAfterSwitchingOn) {
     switchOn();
     EXPECT_TRUE(typeShortcut());
     switchOff();
@@ -125,7 +125,7 @@ TEST_F(FilePasteSwitch, endsAnInterceptionThatWaitsForTheKeys) {
     expectThatItWorksAgain();
 }
 
-TEST_F(FilePasteSwitch, takesThePanelAway) {
+TEST_F(FilePasteSwitch, closesThePanel) {
     switchOn();
     openPanel();
     const NamePanelActions actions = panel().actions;
@@ -133,7 +133,7 @@ TEST_F(FilePasteSwitch, takesThePanelAway) {
     switchOff();
     EXPECT_FALSE(panel().shown);
     EXPECT_TRUE(panel().destroyed);
-    actions.confirm(); // as if the click had been on its way
+    actions.confirm(); // a click that was already queued
     actions.cancel();
     expectNothingMore();
     expectThatItWorksAgain();
@@ -150,7 +150,7 @@ TEST_F(FilePasteSwitch, leavesThePanelAloneWhenItIsSwitchedOnOnceMore) {
     EXPECT_EQ(platform.tap.posted.size(), 4U);
 }
 
-TEST_F(FilePasteSwitch, endsAnInterceptionThatIsToPaste) {
+TEST_F(FilePasteSwitch, endsAnInterceptionThatIsAboutToPaste) {
     switchOn();
     openPanel();
     confirm("a");
@@ -160,7 +160,7 @@ TEST_F(FilePasteSwitch, endsAnInterceptionThatIsToPaste) {
     expectThatItWorksAgain();
 }
 
-TEST_F(FilePasteSwitch, endsAnInterceptionThatWaitsAlsoIfItIsSwitchedOnAgainAtOnce) {
+TEST_F(FilePasteSwitch, endsAWaitingInterceptionEvenIfSwitchedOnAgainAtOnce) {
     switchOn();
     EXPECT_TRUE(typeShortcut());
     wait(50ms);
@@ -175,7 +175,7 @@ TEST_F(FilePasteSwitch, endsAnInterceptionThatWaitsAlsoIfItIsSwitchedOnAgainAtOn
     EXPECT_EQ(platform.panels.size(), 1U);
 }
 
-TEST_F(FilePasteSwitch, endsAnInterceptionThatIsToPasteAlsoIfItIsSwitchedOnAgainAtOnce) {
+TEST_F(FilePasteSwitch, endsAPendingPasteEvenIfSwitchedOnAgainAtOnce) {
     switchOn();
     openPanel();
     confirm("a");
@@ -183,12 +183,12 @@ TEST_F(FilePasteSwitch, endsAnInterceptionThatIsToPasteAlsoIfItIsSwitchedOnAgain
     switchOff();
     switchOn();
     EXPECT_TRUE(typeShortcut());
-    wait(105ms); // when the first one would have pasted
+    wait(105ms); // past the time of the first one's paste
     EXPECT_TRUE(nothingHappened());
     EXPECT_FALSE(typeShortcut()) << "busy with the second one";
 }
 
-TEST_F(FilePasteSwitch, leavesWhatWasPastedAlone) {
+TEST_F(FilePasteSwitch, keepsThePastedFile) {
     switchOn();
     pasteAs("a");
     switchOff();

@@ -13,14 +13,14 @@
 namespace tavel {
 namespace {
 
-// Which of the representations a file is made of.
+// The choice of the representation that becomes the file.
 
 constexpr std::size_t mostImageBytes = 134'217'728;
 constexpr std::size_t mostTextBytes = 4'194'304;
 
 class FilePasteContent : public FilePasteFixture {
 protected:
-    /// Extension and content, such as "txt:Bonjour"; or the error.
+    /// Extension and content, such as "txt:Bonjour", or the error.
     std::string fileOf(PasteboardItem item) {
         copy(std::move(item));
         return file();
@@ -32,7 +32,6 @@ protected:
         return error.empty() ? data.ext + ":" + std::string(data.data.view()) : error;
     }
 
-    /// Only the extension.
     std::string extensionOf(PasteboardItem item) {
         const std::string file = fileOf(std::move(item));
         return file.substr(0, file.find(':'));
@@ -55,7 +54,7 @@ TEST_F(FilePasteContent, isTheBestRepresentation) {
         {"txt:text", text()},
     };
     for (std::size_t best = 0; best < bestFirst.size(); ++best) {
-        // In whichever order they stand there.
+        // Their order in the item does not count.
         PasteboardItem item;
         for (std::size_t other = bestFirst.size(); other-- > best;)
             item.push_back(bestFirst[other].second);
@@ -64,7 +63,7 @@ TEST_F(FilePasteContent, isTheBestRepresentation) {
     }
 }
 
-TEST_F(FilePasteContent, isNothingElse) {
+TEST_F(FilePasteContent, hasNoOtherFormat) {
     EXPECT_EQ(fileOf({representation("public.html", "<b>"), representation("public.rtf", "{")}), "Tavel 4");
     EXPECT_EQ(fileOf({}), "Tavel 4");
     pasteboard().changeFromOutside({});
@@ -85,7 +84,7 @@ TEST_F(FilePasteContent, isAJpegOnlyWithItsSignature) {
         EXPECT_EQ(fileOf({representation("public.jpeg", content), text()}), "txt:text") << content;
 }
 
-TEST_F(FilePasteContent, isOfTheseFormatsWhateverItHolds) {
+TEST_F(FilePasteContent, isNotCheckedInTheseFormats) {
     constexpr std::array formats{
         std::pair<std::string_view, std::string_view>{"com.compuserve.gif", "gif"},
         std::pair<std::string_view, std::string_view>{"public.svg-image", "svg"},
@@ -98,7 +97,7 @@ TEST_F(FilePasteContent, isOfTheseFormatsWhateverItHolds) {
     }
 }
 
-TEST_F(FilePasteContent, leavesOutWhatIsOfferedAndNotDelivered) {
+TEST_F(FilePasteContent, skipsTypesWithoutData) {
     const PasteboardItem item{representation("com.adobe.pdf", "%PDF-1"),
                               representation("com.compuserve.gif", "GIF"),
                               representation("public.svg-image", "<svg/>"),
@@ -117,7 +116,7 @@ TEST_F(FilePasteContent, leavesOutWhatIsOfferedAndNotDelivered) {
     }
 }
 
-TEST_F(FilePasteContent, asksForNothingBeyondTheFirstThatWillDo) {
+TEST_F(FilePasteContent, requestsNothingAfterTheFirstUsableType) {
     copy({representation("com.compuserve.gif", "GIF"), text()});
     pasteboard().forgetCalls();
     EXPECT_EQ(file(), "gif:GIF");
@@ -125,8 +124,8 @@ TEST_F(FilePasteContent, asksForNothingBeyondTheFirstThatWillDo) {
               (std::vector<std::string>{"data com.adobe.pdf", "data com.compuserve.gif"}));
 }
 
-TEST_F(FilePasteContent, hasThe128MebibytesOfAnImageAtTheMost) {
-    // One buffer of bytes, in which several formats begin.
+TEST_F(FilePasteContent, hasAtMost128MebibytesForAnImage) {
+    // One buffer serves all formats; their signatures stand at different offsets.
     std::string bytes = "%PDF-1.7";
     bytes.resize(16);
     bytes += jpegSignature;
@@ -161,11 +160,11 @@ TEST_F(FilePasteContent, hasThe128MebibytesOfAnImageAtTheMost) {
     }
 }
 
-TEST_F(FilePasteContent, hasTheFourMebibytesOfATextAtTheMost) {
+TEST_F(FilePasteContent, hasAtMost4MebibytesForAText) {
     const std::string largest(mostTextBytes, 'x');
     EXPECT_EQ(fileOf({representation("public.utf8-plain-text", largest)}), "txt:" + largest);
     EXPECT_EQ(fileOf({representation("public.utf8-plain-text", largest + "x")}), "Tavel 4");
-    std::string wide; // counted in bytes
+    std::string wide; // the limit counts bytes, not characters
     while (wide.size() < mostTextBytes)
         wide += "é";
     EXPECT_EQ(extensionOf({representation("public.utf8-plain-text", wide)}), "txt");
@@ -180,12 +179,12 @@ TEST_F(FilePasteContent, canBeAnEmptyText) {
     EXPECT_EQ(std::filesystem::file_size(files().front()), 0U);
 }
 
-TEST_F(FilePasteContent, isTheTextAsItIs) {
+TEST_F(FilePasteContent, isTheTextUnchanged) {
     for (const std::string_view content : {"\xEF\xBB\xBFtext", "a\r\nb", "  ", "é 😀"})
         EXPECT_EQ(fileOf({representation("public.utf8-plain-text", content)}), "txt:" + std::string(content));
 }
 
-TEST_F(FilePasteContent, isTheTextsOfAllItems) {
+TEST_F(FilePasteContent, joinsTheTextsOfAllItems) {
     pasteboard().changeFromOutside({{text()}, {text()}});
     EXPECT_EQ(file(), "txt:text\ntext");
 }

@@ -17,8 +17,8 @@
 namespace tavel {
 namespace {
 
-// Disks that take no generated file. What is mounted only a child process sees; its status is 0, or the
-// number of the step that went wrong.
+// Disks on which the generated file cannot be written. A child process mounts the file system, which only it
+// sees. Its exit status is 0, or the number of the step that failed.
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
@@ -45,14 +45,14 @@ protected:
     }
 };
 
-TEST_F(FilePasteDisk, thatIsFullGetsNothingInPart) {
+TEST_F(FilePasteDisk, thatIsFullKeepsNoPartialFile) {
     EXPECT_EQ(exitStatusOf([this] {
                   mountSmallFileSystem();
                   if (errorOfPublishing(2 << 20) != "NSCocoaErrorDomain 640")
                       return 1;
                   if (!nothingIsLeft())
                       return 2;
-                  // Only if nothing took up room.
+                  // Fits only if the failed file left nothing behind.
                   return errorOfPublishing(900'000).empty() && files().size() == 1 ? 0 : 3;
               }),
               0);
@@ -73,7 +73,7 @@ TEST_F(FilePasteDisk, thatIsFullIsLoggedAndTheNextShortcutIsTaken) {
               0);
 }
 
-TEST_F(FilePasteDisk, thatIsReadOnlyIsToldOf) {
+TEST_F(FilePasteDisk, thatIsReadOnlyIsReported) {
     EXPECT_EQ(exitStatusOf([this] {
                   mountSmallFileSystem(MS_RDONLY);
                   return errorOfPublishing(1) == "NSCocoaErrorDomain 642" && nothingIsLeft() ? 0 : 1;
@@ -81,8 +81,8 @@ TEST_F(FilePasteDisk, thatIsReadOnlyIsToldOf) {
               0);
 }
 
-TEST_F(FilePasteDisk, thatMayNotBeWrittenToIsToldOf) {
-    fs::permissions(platform.scratch.path(), fs::perms{0755}); // so that the way there is free
+TEST_F(FilePasteDisk, thatMayNotBeWrittenToIsReported) {
+    fs::permissions(platform.scratch.path(), fs::perms{0755}); // lets the process reach the directory below
     fs::permissions(root, fs::perms{0555});
     EXPECT_EQ(exitStatusOf([this] {
                   dropRootRights();
@@ -93,7 +93,7 @@ TEST_F(FilePasteDisk, thatMayNotBeWrittenToIsToldOf) {
     EXPECT_TRUE(nothingIsLeft());
 }
 
-TEST_F(FilePasteDisk, thatHasAFileInTheRootsPlaceIsToldOf) {
+TEST_F(FilePasteDisk, thatHasAFileInPlaceOfTheRootIsReported) {
     fs::remove(root);
     std::ofstream(root) << "a file";
     EXPECT_EQ(errorOfPublishing(1), "NSCocoaErrorDomain 512");

@@ -15,7 +15,7 @@
 namespace tavel {
 namespace {
 
-// What becomes of the user's answer.
+// The effect of the user's answer in the panel.
 
 using namespace std::chrono_literals;
 
@@ -23,7 +23,7 @@ class FilePasteAnswer : public FilePasteFixture {
 protected:
     FilePasteAnswer() { switchOn(); }
 
-    /// Nothing came of it, and the next shortcut is taken.
+    /// The interception has ended without an effect, and the next shortcut is taken.
     void expectEnded() {
         EXPECT_TRUE(panel().destroyed);
         wait(10s);
@@ -47,7 +47,7 @@ TEST_F(FilePasteAnswer, closesThePanel) {
     }
 }
 
-TEST_F(FilePasteAnswer, isCarriedOutAMomentLater) {
+TEST_F(FilePasteAnswer, isCarriedOutAfter150Milliseconds) {
     openPanel();
     confirm("a");
     wait(149ms);
@@ -76,7 +76,7 @@ TEST_F(FilePasteAnswer, bringsTheFileManagerBackToTheFront) {
     EXPECT_EQ(platform.tap.posted.size(), 4U);
 }
 
-TEST_F(FilePasteAnswer, bringsNobodyToTheFrontUnlessTheAgentIsThere) {
+TEST_F(FilePasteAnswer, activatesNothingUnlessTheAgentIsInFront) {
     for (const auto& front :
          {std::optional(RunningApplication{fileManager, "com.apple.finder"}),
           std::optional(RunningApplication{getpid() + 1, ""}), std::optional<RunningApplication>()}) {
@@ -88,7 +88,7 @@ TEST_F(FilePasteAnswer, bringsNobodyToTheFrontUnlessTheAgentIsThere) {
     }
 }
 
-TEST_F(FilePasteAnswer, bringsNobodyToTheFrontWhenItIsNo) {
+TEST_F(FilePasteAnswer, activatesNothingWhenCancelled) {
     openPanel();
     platform.focus.frontmost = RunningApplication{getpid(), ""};
     panel().actions.cancel();
@@ -97,14 +97,14 @@ TEST_F(FilePasteAnswer, bringsNobodyToTheFrontWhenItIsNo) {
     expectEnded();
 }
 
-TEST_F(FilePasteAnswer, pastesNothingWhenItIsNo) {
+TEST_F(FilePasteAnswer, pastesNothingWhenCancelled) {
     openPanel();
     panel().entered = "a";
     panel().actions.cancel();
     expectEnded();
 }
 
-TEST_F(FilePasteAnswer, pastesNothingWhenTheContentIsAnother) {
+TEST_F(FilePasteAnswer, pastesNothingWhenTheContentChanged) {
     openPanel();
     platform.focus.frontmost = RunningApplication{getpid(), ""};
     copy("public.utf8-plain-text", "other");
@@ -114,7 +114,7 @@ TEST_F(FilePasteAnswer, pastesNothingWhenTheContentIsAnother) {
     expectEnded();
 }
 
-TEST_F(FilePasteAnswer, mayTakeItsTime) {
+TEST_F(FilePasteAnswer, hasNoTimeOut) {
     openPanel();
     wait(std::chrono::hours(24));
     EXPECT_TRUE(isPanelOpen());
@@ -123,7 +123,7 @@ TEST_F(FilePasteAnswer, mayTakeItsTime) {
     EXPECT_EQ(platform.tap.posted.size(), 4U);
 }
 
-TEST_F(FilePasteAnswer, isAwaitedWhereverTheFocusGoes) {
+TEST_F(FilePasteAnswer, isAwaitedWhileTheFocusMoves) {
     openPanel();
     platform.focus.frontmost = std::nullopt;
     wait(1s);
@@ -147,8 +147,8 @@ TEST_F(FilePasteAnswer, isAskedForAgainWhenTheNameIsInvalid) {
     EXPECT_EQ(files().front().filename(), "console.txt");
 }
 
-TEST_F(FilePasteAnswer, isForTheContentFromWhenThePanelOpened) {
-    // A platform that hands out other data without a new change count.
+TEST_F(FilePasteAnswer, pastesTheContentFromWhenThePanelOpened) {
+    // A platform may hand out other data under the same change count.
     openPanel();
     const std::int64_t count = pasteboard().changeCount();
     copy("public.utf8-plain-text", "other");
@@ -159,7 +159,7 @@ TEST_F(FilePasteAnswer, isForTheContentFromWhenThePanelOpened) {
     EXPECT_EQ(std::filesystem::file_size(files().front()), std::string_view("Bonjour").size());
 }
 
-/// The object can go at any time, as its worker does.
+/// The worker can destroy the object at any time.
 class FilePasteGone : public FilePasteAnswer {
 protected:
     void expectNothing() {
@@ -200,7 +200,7 @@ TEST_F(FilePasteGone, opensNoPanelWhenTheKeysAreReleased) {
     expectNothing();
 }
 
-TEST_F(FilePasteGone, takesItsPanelAlong) {
+TEST_F(FilePasteGone, closesItsPanel) {
     openPanel();
     panel().entered = "a";
     const NamePanelActions actions = panel().actions;
@@ -220,7 +220,7 @@ TEST_F(FilePasteGone, pastesNothing) {
     expectNothing();
 }
 
-TEST_F(FilePasteGone, isNotKeptByAnythingThatItStarted) {
+TEST_F(FilePasteGone, isNotKeptAliveByThePanelsActions) {
     const std::weak_ptr<FilePaste> gone = paste;
     openPanel();
     const NamePanelActions actions = panel().actions;

@@ -17,7 +17,7 @@
 
 namespace tavel {
 
-/// The feature, not switched on yet, on a desktop where its shortcut is to be taken: the file manager is in
+/// The feature, still switched off, on a desktop where it would take the shortcut: the file manager is in
 /// front with its focus in a list, and the pasteboard holds a text.
 class FilePasteFixture : public testing::Test {
 protected:
@@ -32,14 +32,14 @@ protected:
     void switchOn() { paste->configure(true); }
     void switchOff() { paste->configure(false); }
 
-    /// Brings back the focus that the test began with.
+    /// Restores the focus that the test began with.
     void restoreFocus();
 
     KeyVerdict type(const KeyEvent& event) { return platform.tap.handler(event); }
     KeyVerdict press(std::int64_t key = 9) { return type({KeyEventType::keyDown, key, command, 0}); }
     KeyVerdict release(std::int64_t key = 9) { return type({KeyEventType::keyUp, key, command, 0}); }
 
-    /// Types the shortcut. Whether it was taken.
+    /// Types the shortcut. True if the feature took it.
     bool typeShortcut();
 
     void wait(std::chrono::milliseconds time) { platform.loop.advance(time); }
@@ -49,26 +49,26 @@ protected:
 
     PanelWindow& panel() { return *platform.panels.back(); }
 
-    /// Enters the stem and confirms it.
+    /// Enters the stem in the panel and confirms.
     void confirm(std::string_view stem);
 
-    /// All steps: the shortcut, the panel, the name, and the paste.
+    /// Runs all steps: the shortcut, the panel, the name and the paste.
     void pasteAs(std::string_view stem);
 
-    /// Another program copies this.
+    /// Copies this as another program does.
     void copy(PasteboardItem item);
     void copy(std::string_view type, std::string_view content);
 
-    /// Releases the key, ends what is going on, and begins anew with the focus as it was at first.
+    /// Releases the key, ends the interception, and starts again with the initial focus.
     void startOver();
 
-    /// Something that ends an interception when it happens meanwhile.
+    /// An event that ends an interception in progress.
     struct Change {
         std::string_view name;
         std::function<void()> make;
     };
 
-    /// The ways in which the focus can leave.
+    /// All ways in which the focus can leave the file manager's list.
     std::vector<Change> focusMoves();
 
     bool isPanelOpen() const;
@@ -76,10 +76,10 @@ protected:
     /// The generated files that exist.
     std::vector<std::filesystem::path> files() const;
 
-    /// How many entries the directory for generated files has.
+    /// The number of entries in the directory for generated files.
     std::size_t directoryCount() const;
 
-    /// Whether nothing at all came of it: no file, nothing pasted, nobody told, nothing logged.
+    /// Whether there was no effect: no file, no paste, no call of `changed`, no log entry.
     bool nothingHappened() const;
 
     /// Whether exactly one failure was logged, with that domain and code.
@@ -89,7 +89,7 @@ protected:
 
     TestPlatform platform;
     std::filesystem::path root = platform.scratch / "exports";
-    std::vector<std::int64_t> changes; // what `changed` was told
+    std::vector<std::int64_t> changes; // the arguments of `changed`
     std::shared_ptr<FilePaste> paste;
 };
 

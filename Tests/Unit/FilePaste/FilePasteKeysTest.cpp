@@ -11,7 +11,7 @@
 namespace tavel {
 namespace {
 
-// Which keys are looked at, before anybody is asked about them.
+// The key events that the feature examines before it queries the focus and the pasteboard.
 
 constexpr std::uint64_t shift = 0x20000;
 constexpr std::uint64_t control = 0x40000;
@@ -25,7 +25,7 @@ protected:
         pasteboard().onCountRead([this] { ++countsRead; });
     }
 
-    /// Whether the event was let through without a question to anybody.
+    /// Whether the event passed without a query to the focus probe or the pasteboard.
     bool passesUnexamined(const KeyEvent& event) {
         pasteboard().forgetCalls();
         askedForFocus = 0;
@@ -44,9 +44,10 @@ TEST_F(FilePasteKeys, takesCommandAndV) {
     EXPECT_EQ(platform.focus.askedForRole, std::vector{fileManager});
 }
 
-TEST_F(FilePasteKeys, takesTheOneCombinationOfModifiersThatIsCommandAlone) {
+TEST_F(FilePasteKeys, takesCommandWithoutOtherModifiersOnly) {
     for (std::uint64_t bits = 0; bits < 16; ++bits) {
-        const std::uint64_t flags = bits * shift; // Shift, Control, Option and Command are neighbours
+        const std::uint64_t flags =
+            bits * shift; // the bits of Shift, Control, Option and Command are adjacent
         const KeyEvent event{KeyEventType::keyDown, 9, flags, 0};
         if (flags == command)
             continue;
@@ -55,7 +56,7 @@ TEST_F(FilePasteKeys, takesTheOneCombinationOfModifiersThatIsCommandAlone) {
     EXPECT_EQ(type({KeyEventType::keyDown, 9, command, 0}), KeyVerdict::swallow);
 }
 
-TEST_F(FilePasteKeys, looksAtNoOtherBitOfTheFlags) {
+TEST_F(FilePasteKeys, ignoresAllOtherFlags) {
     constexpr std::array<std::uint64_t, 6> irrelevant{0x10000, 0x800000, 0x200000, 0x8, 0x10, 0x100};
     for (std::size_t subset = 0; subset < (1U << irrelevant.size()); ++subset) {
         std::uint64_t others = 0;
@@ -70,7 +71,7 @@ TEST_F(FilePasteKeys, looksAtNoOtherBitOfTheFlags) {
     }
 }
 
-TEST_F(FilePasteKeys, looksAtNoOtherKey) {
+TEST_F(FilePasteKeys, examinesNoOtherKey) {
     for (std::int64_t key = -1; key < 256; ++key) {
         if (key == 9)
             continue;
@@ -79,26 +80,26 @@ TEST_F(FilePasteKeys, looksAtNoOtherKey) {
     EXPECT_TRUE(passesUnexamined({KeyEventType::keyDown, 9 + (std::int64_t{1} << 32), command, 0}));
 }
 
-TEST_F(FilePasteKeys, looksAtNoReleaseOfAKeyThatItDidNotTake) {
+TEST_F(FilePasteKeys, examinesNoReleaseOfAKeyThatItDidNotTake) {
     EXPECT_TRUE(passesUnexamined({KeyEventType::keyUp, 9, command, 0}));
     EXPECT_EQ(press(), KeyVerdict::swallow) << "and it changes nothing";
 }
 
-TEST_F(FilePasteKeys, looksAtNothingWhileItIsSwitchedOff) {
+TEST_F(FilePasteKeys, examinesNothingWhileSwitchedOff) {
     switchOff();
     EXPECT_TRUE(passesUnexamined({KeyEventType::keyDown, 9, command, 0}));
     switchOn();
     EXPECT_EQ(press(), KeyVerdict::swallow);
 }
 
-TEST_F(FilePasteKeys, neverLooksAtTheKeysThatItPostsItself) {
+TEST_F(FilePasteKeys, neverExaminesItsOwnKeys) {
     EXPECT_TRUE(passesUnexamined({KeyEventType::keyDown, 9, command, ownMark}));
     EXPECT_TRUE(passesUnexamined({KeyEventType::keyUp, 9, command, ownMark}));
     EXPECT_TRUE(passesUnexamined({KeyEventType::keyDown, 55, command, ownMark}));
     EXPECT_FALSE(isPanelOpen());
 }
 
-TEST_F(FilePasteKeys, takesTheKeysThatOthersPost) {
+TEST_F(FilePasteKeys, takesKeysThatOtherProgramsPost) {
     for (const std::int64_t userData :
          {std::int64_t{1}, ownMark - 1, ownMark + 1, -ownMark, ownMark + (std::int64_t{1} << 32)}) {
         EXPECT_EQ(type({KeyEventType::keyDown, 9, command, userData}), KeyVerdict::swallow) << userData;
@@ -114,7 +115,7 @@ TEST_F(FilePasteKeys, letsItsOwnKeysThroughWhileItSwallowsTheUsersPress) {
     EXPECT_EQ(release(), KeyVerdict::swallow);
 }
 
-TEST_F(FilePasteKeys, switchTheTapOnAgainWhenTheSystemSwitchedItOff) {
+TEST_F(FilePasteKeys, enableTheTapAgainAfterTheSystemDisabledIt) {
     for (const KeyEventType why :
          {KeyEventType::tapDisabledByTimeout, KeyEventType::tapDisabledByUserInput}) {
         platform.tap.enabled.clear();
@@ -125,7 +126,7 @@ TEST_F(FilePasteKeys, switchTheTapOnAgainWhenTheSystemSwitchedItOff) {
     }
 }
 
-TEST_F(FilePasteKeys, leaveTheTapOffWhenTheUserSwitchedItOff) {
+TEST_F(FilePasteKeys, leaveTheTapOffAfterTheUserSwitchedItOff) {
     switchOff();
     platform.tap.enabled.clear();
     for (const KeyEventType why : {KeyEventType::tapDisabledByTimeout, KeyEventType::tapDisabledByUserInput})
@@ -133,7 +134,7 @@ TEST_F(FilePasteKeys, leaveTheTapOffWhenTheUserSwitchedItOff) {
     EXPECT_EQ(platform.tap.enabled, std::vector<bool>());
 }
 
-TEST_F(FilePasteKeys, tellThatTheTapWasSwitchedOffEvenWithTheSwallowedKey) {
+TEST_F(FilePasteKeys, reportADisabledTapEvenWithTheSwallowedKey) {
     EXPECT_EQ(press(), KeyVerdict::swallow);
     EXPECT_EQ(type({KeyEventType::tapDisabledByTimeout, 9, 0, 0}), KeyVerdict::pass);
     EXPECT_EQ(press(), KeyVerdict::swallow) << "still the same press";

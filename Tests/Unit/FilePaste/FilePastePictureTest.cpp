@@ -13,7 +13,7 @@
 namespace tavel {
 namespace {
 
-// Files made of PNG and TIFF, which are always encoded anew.
+// Files made of PNG and TIFF. The feature always encodes them anew.
 
 constexpr std::size_t mostImageBytes = 134'217'728;
 
@@ -21,7 +21,7 @@ class FilePastePicture : public FilePasteFixture {
 protected:
     FilePastePicture() { show("public.png", "a PNG"); }
 
-    /// Puts a picture of that type beside a text.
+    /// Copies a picture of that type together with a text.
     void show(std::string_view type, std::string_view signature, std::int64_t width = 2,
               std::int64_t height = 3) {
         copy({representation(type, scriptedPicture(signature, width, height)),
@@ -60,7 +60,7 @@ TEST_F(FilePastePicture, isEncodedAsJpegWithoutAlpha) {
     EXPECT_EQ(platform.codec.qualities, (std::vector{0.9, 0.9, 0.9, 0.9}));
 }
 
-TEST_F(FilePastePicture, isEncodedEvenIfItIsOfThatFormatAlready) {
+TEST_F(FilePastePicture, isEncodedEvenIfAlreadyInThatFormat) {
     platform.codec.alpha = true;
     show("public.png", std::string(pngSignature) + " with what else the file held");
     EXPECT_EQ(paste->fileData().data.view(), scriptedPicture(pngSignature, 2, 3));
@@ -84,7 +84,7 @@ TEST_F(FilePastePicture, isNotTheTiffWhenThePngIsBroken) {
     EXPECT_TRUE(platform.codec.converted.empty());
 }
 
-TEST_F(FilePastePicture, hasSidesOf32768PixelsAtTheMost) {
+TEST_F(FilePastePicture, hasAtMost32768PixelsASide) {
     EXPECT_TRUE(isAllowed(1, 1));
     EXPECT_TRUE(isAllowed(32768, 1));
     EXPECT_TRUE(isAllowed(1, 32768));
@@ -94,7 +94,7 @@ TEST_F(FilePastePicture, hasSidesOf32768PixelsAtTheMost) {
     EXPECT_FALSE(isAllowed(32'000'000, 1));
 }
 
-TEST_F(FilePastePicture, has32000000PixelsAtTheMost) {
+TEST_F(FilePastePicture, hasAtMost32000000Pixels) {
     EXPECT_TRUE(isAllowed(8000, 4000));
     EXPECT_TRUE(isAllowed(4000, 8000));
     EXPECT_FALSE(isAllowed(8000, 4001));
@@ -103,7 +103,7 @@ TEST_F(FilePastePicture, has32000000PixelsAtTheMost) {
     EXPECT_FALSE(isAllowed(32768, 32768));
 }
 
-TEST_F(FilePastePicture, hasSidesAboveZero) {
+TEST_F(FilePastePicture, hasNoSideOfZeroPixels) {
     constexpr std::int64_t far = std::int64_t{1} << 62;
     for (const auto& [width, height] : {std::pair<std::int64_t, std::int64_t>{0, 1},
                                         {1, 0},
@@ -117,27 +117,27 @@ TEST_F(FilePastePicture, hasSidesAboveZero) {
         EXPECT_FALSE(isAllowed(width, height)) << width << 'x' << height;
 }
 
-TEST_F(FilePastePicture, isNotConvertedBeforeItsSizeIsKnownToBeAllowed) {
+TEST_F(FilePastePicture, isConvertedOnlyAfterItsSizeWasChecked) {
     EXPECT_FALSE(isAllowed(8000, 4001));
     copy({representation("public.png", "no picture"), representation("public.utf8-plain-text", "text")});
     EXPECT_EQ(extension(), "txt");
     EXPECT_TRUE(platform.codec.converted.empty());
 }
 
-TEST_F(FilePastePicture, isTheTextWhenItCannotBeConverted) {
+TEST_F(FilePastePicture, givesWayToTheTextWhenItCannotBeConverted) {
     platform.codec.converts = false;
     EXPECT_EQ(extension(), "txt");
     platform.codec.alpha = true;
     EXPECT_EQ(extension(), "txt");
 }
 
-TEST_F(FilePastePicture, isNothingWhenItCannotBeConvertedAndThereIsNoText) {
+TEST_F(FilePastePicture, failsWhenItCannotBeConvertedAndThereIsNoText) {
     platform.codec.converts = false;
     copy("public.png", scriptedPicture("a PNG", 2, 3));
     EXPECT_EQ(errorOf([this] { paste->fileData(); }), "Tavel 4");
 }
 
-TEST_F(FilePastePicture, has128MebibytesAtTheMostWhenItIsEncoded) {
+TEST_F(FilePastePicture, hasAtMost128MebibytesEncoded) {
     const std::size_t encoded = scriptedPicture(jpegSignature, 2, 3).size();
     platform.codec.extraEncodedBytes = mostImageBytes - encoded;
     {

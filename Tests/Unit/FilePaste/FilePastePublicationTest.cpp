@@ -24,7 +24,7 @@
 namespace tavel {
 namespace {
 
-// The generated file, on the disk and on the pasteboard.
+// The generated file on the disk and on the pasteboard.
 
 namespace fs = std::filesystem;
 
@@ -39,7 +39,7 @@ protected:
         return paste->publishGeneratedFile(pasteboard().changeCount(), Bytes::copyOf(content), name);
     }
 
-    /// Nothing on the disk, and the pasteboard as it was.
+    /// Nothing was written to the disk, and the pasteboard is unchanged.
     void expectNothing(std::string_view why) {
         EXPECT_EQ(directoryCount(), 0U) << why;
         EXPECT_TRUE(changes.empty()) << why;
@@ -48,7 +48,7 @@ protected:
         EXPECT_EQ(pasteboard().content("public.utf8-plain-text"), "Bonjour") << why;
     }
 
-    /// What is done when the change count has been read that often from now on.
+    /// Runs `action` at the read number `reads` of the change count, counted from now.
     void afterReads(int reads, std::function<void()> action) {
         pasteboard().onCountRead([reads, action = std::move(action)]() mutable {
             if (--reads == 0)
@@ -81,7 +81,7 @@ TEST_F(FilePastePublication, writesTheBytesAsTheyAre) {
     }
 }
 
-TEST_F(FilePastePublication, isTheOwnersAloneUnderAnyUmask) {
+TEST_F(FilePastePublication, isPrivateToTheUserUnderAnyUmask) {
     for (const mode_t mask : {0000U, 0022U, 0077U, 0277U}) {
         fs::create_directory(root);
         const mode_t former = umask(mask);
@@ -122,7 +122,7 @@ TEST_F(FilePastePublication, addsBothTypesInOneChange) {
     EXPECT_EQ(pasteboard().changeCount(), before + 1);
 }
 
-TEST_F(FilePastePublication, tellsTheNewChangeCountOnce) {
+TEST_F(FilePastePublication, reportsTheNewChangeCountOnce) {
     const std::int64_t before = pasteboard().changeCount();
     ASSERT_TRUE(publish("a.txt"));
     EXPECT_EQ(changes, std::vector{before + 1});
@@ -130,7 +130,7 @@ TEST_F(FilePastePublication, tellsTheNewChangeCountOnce) {
     EXPECT_EQ(changes, (std::vector{before + 1, before + 2}));
 }
 
-TEST_F(FilePastePublication, tellsTheNewChangeCountWhenTheFileIsThere) {
+TEST_F(FilePastePublication, reportsTheNewChangeCountAfterTheFileIsThere) {
     int told = 0;
     paste = std::make_shared<FilePaste>(platform, platform.pasteboard, root, [&](std::int64_t) {
         ++told;
@@ -143,7 +143,7 @@ TEST_F(FilePastePublication, tellsTheNewChangeCountWhenTheFileIsThere) {
 }
 
 TEST_F(FilePastePublication, writesTheFileBeforeItTouchesThePasteboard) {
-    afterReads(3, [this] { // asked for here, before writing, and after it
+    afterReads(3, [this] { // the three reads: in publish(), before writing, after writing
         EXPECT_EQ(files().size(), 1U);
         EXPECT_FALSE(pasteboard().content("public.file-url"));
     });
@@ -151,7 +151,7 @@ TEST_F(FilePastePublication, writesTheFileBeforeItTouchesThePasteboard) {
     pasteboard().onCountRead(nullptr);
 }
 
-TEST_F(FilePastePublication, isNothingWhenTheContentIsAnotherAlready) {
+TEST_F(FilePastePublication, doesNothingWhenTheContentHasAlreadyChanged) {
     const std::int64_t count = pasteboard().changeCount();
     for (const std::int64_t other : {count - 1, count + 1, std::int64_t{0}})
         EXPECT_FALSE(paste->publishGeneratedFile(other, Bytes::copyOf("a"), "a.txt"));
@@ -159,7 +159,7 @@ TEST_F(FilePastePublication, isNothingWhenTheContentIsAnotherAlready) {
     expectNothing("");
 }
 
-TEST_F(FilePastePublication, isNothingWhenTheContentChangesWhileItIsWritten) {
+TEST_F(FilePastePublication, doesNothingWhenTheContentChangesDuringWriting) {
     const std::int64_t count = pasteboard().changeCount();
     afterReads(1, [&] { pasteboard().setChangeCount(count + 1); });
     EXPECT_FALSE(paste->publishGeneratedFile(count, Bytes::copyOf("a"), "a.txt"));
@@ -192,7 +192,7 @@ TEST_F(FilePastePublication, takesOnlyNamesThatThePanelCouldHaveGiven) {
         EXPECT_TRUE(publish(std::string(name))) << name;
 }
 
-TEST_F(FilePastePublication, asksForTheChangeCountBeforeTheName) {
+TEST_F(FilePastePublication, checksTheChangeCountBeforeTheName) {
     EXPECT_FALSE(paste->publishGeneratedFile(0, Bytes(), "CON.txt"));
 }
 
@@ -217,7 +217,7 @@ TEST_F(FilePastePublication, keepsTheLastTwoFilesWhenALaterOneFails) {
     EXPECT_EQ(directoryCount(), 2U);
 }
 
-TEST_F(FilePastePublication, leavesAloneWhatElseIsInTheRoot) {
+TEST_F(FilePastePublication, keepsOtherEntriesOfTheRoot) {
     fs::create_directories(root / "paste-other");
     for (int i = 0; i < 4; ++i)
         ASSERT_TRUE(publish("a.txt"));

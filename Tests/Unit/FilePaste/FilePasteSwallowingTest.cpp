@@ -10,7 +10,7 @@
 namespace tavel {
 namespace {
 
-// What becomes of a key's repeats and release, and of further shortcuts while one is dealt with.
+// The repeats and the release of a swallowed key, and further shortcuts during an interception.
 
 using namespace std::chrono_literals;
 
@@ -26,7 +26,7 @@ TEST_F(FilePasteSwallowing, takesRepeatsAndReleaseWithThePress) {
     EXPECT_EQ(release(), KeyVerdict::pass);
 }
 
-TEST_F(FilePasteSwallowing, goesOnWhateverElseIsHeld) {
+TEST_F(FilePasteSwallowing, continuesWithOtherModifiersHeld) {
     EXPECT_EQ(press(), KeyVerdict::swallow);
     for (const std::uint64_t flags : {std::uint64_t{0}, command, command | 0x20000, std::uint64_t{0x10000}})
         EXPECT_EQ(type({KeyEventType::keyDown, 9, flags, 0}), KeyVerdict::swallow);
@@ -45,7 +45,7 @@ TEST_F(FilePasteSwallowing, leavesOtherKeysAlone) {
     EXPECT_EQ(release(), KeyVerdict::swallow);
 }
 
-TEST_F(FilePasteSwallowing, asksNobodyAboutRepeats) {
+TEST_F(FilePasteSwallowing, queriesNothingForRepeats) {
     EXPECT_EQ(press(), KeyVerdict::swallow);
     platform.focus.onAsked = [] { ADD_FAILURE() << "It was asked for the focus"; };
     pasteboard().onCall([](const std::string& call) { ADD_FAILURE() << call; });
@@ -53,7 +53,7 @@ TEST_F(FilePasteSwallowing, asksNobodyAboutRepeats) {
     EXPECT_EQ(release(), KeyVerdict::swallow);
 }
 
-TEST_F(FilePasteSwallowing, endsWithTheReleaseAlthoughTheFeatureWasSwitchedOff) {
+TEST_F(FilePasteSwallowing, endsWithTheReleaseEvenAfterSwitchingOff) {
     EXPECT_EQ(press(), KeyVerdict::swallow);
     switchOff();
     EXPECT_EQ(press(), KeyVerdict::swallow);
@@ -63,7 +63,7 @@ TEST_F(FilePasteSwallowing, endsWithTheReleaseAlthoughTheFeatureWasSwitchedOff) 
     EXPECT_TRUE(typeShortcut());
 }
 
-TEST_F(FilePasteSwallowing, lastsOverSwitchingOffAndOn) {
+TEST_F(FilePasteSwallowing, outlastsSwitchingOffAndOn) {
     EXPECT_EQ(press(), KeyVerdict::swallow);
     switchOff();
     wait(1s);
@@ -173,7 +173,7 @@ TEST_F(FilePasteSwallowing, leavesASecondShortcutAloneUntilThePaste) {
     EXPECT_EQ(platform.panels.size(), 2U);
 }
 
-TEST_F(FilePasteSwallowing, asksNobodyAboutASecondShortcut) {
+TEST_F(FilePasteSwallowing, queriesNothingForASecondShortcut) {
     EXPECT_TRUE(typeShortcut());
     platform.focus.onAsked = [] { ADD_FAILURE() << "It was asked for the focus"; };
     pasteboard().onCall([](const std::string& call) { ADD_FAILURE() << call; });

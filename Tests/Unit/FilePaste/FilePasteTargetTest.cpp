@@ -11,7 +11,7 @@
 namespace tavel {
 namespace {
 
-// Where the shortcut is taken, and with which content.
+// The focus and the content with which the feature takes the shortcut.
 
 class FilePasteTarget : public FilePasteFixture {
 protected:
@@ -66,7 +66,7 @@ TEST_F(FilePasteTarget, isNoOtherElement) {
     EXPECT_FALSE(isTaken());
 }
 
-TEST_F(FilePasteTarget, isLookedAtBeforeThePasteboard) {
+TEST_F(FilePasteTarget, isCheckedBeforeThePasteboard) {
     platform.focus.role = "AXTextField";
     pasteboard().forgetCalls();
     EXPECT_FALSE(isTaken());
@@ -93,7 +93,7 @@ TEST_F(FilePasteTarget, getsNothingFromAnEmptyPasteboard) {
     EXPECT_FALSE(isTaken());
 }
 
-TEST_F(FilePasteTarget, pastesAFileThatTheUserCopiedByItself) {
+TEST_F(FilePasteTarget, pastesACopiedFileWithoutTheAgent) {
     const Representation file = representation("public.file-url", "file:///a/b.txt");
     const Representation text = representation("public.utf8-plain-text", "b.txt");
     EXPECT_FALSE(isTakenFor({file}));
@@ -104,7 +104,7 @@ TEST_F(FilePasteTarget, pastesAFileThatTheUserCopiedByItself) {
         EXPECT_FALSE(isTakenFor({file, text, representation(mark, "1")})) << mark;
 }
 
-TEST_F(FilePasteTarget, getsAnotherFileOfTheContentBesideAGeneratedOne) {
+TEST_F(FilePasteTarget, getsAnotherFileFromTheContentBesideAGeneratedOne) {
     const Representation file = representation("public.file-url", "file:///a/b.txt");
     const Representation mark = representation("com.brennic.generated-file", "1");
     EXPECT_TRUE(isTakenFor({representation("public.utf8-plain-text", "text"), file, mark}));
@@ -125,7 +125,7 @@ TEST_F(FilePasteTarget, isLeftAloneWhenALaterItemIsACopiedFile) {
     EXPECT_FALSE(isTaken());
 }
 
-TEST_F(FilePasteTarget, isToldWithoutReadingTheContent) {
+TEST_F(FilePasteTarget, isDecidedWithoutReadingTheContent) {
     copy("public.png", "picture");
     pasteboard().forgetCalls();
     EXPECT_TRUE(isTaken());

@@ -14,7 +14,7 @@ constexpr ScreenRectangle desktop{0, 0, 1280, 800};
 
 using Place = std::optional<std::pair<double, double>>;
 
-/// Left and bottom of the window.
+/// The window's left and bottom edges.
 Place placeOn(std::vector<Screen> screens, ScreenPoint pointer, ScreenSize size = window) {
     const auto origin = panelOrigin({pointer, std::move(screens), size});
     return origin ? Place({origin->x, origin->y}) : std::nullopt;
@@ -44,7 +44,7 @@ TEST(PanelPlacement, staysWithinTheBottomEdge) {
 }
 
 TEST(PanelPlacement, staysWithinTheVisiblePart) {
-    // A bar on each side, so wide that the pointer in it would put the window beyond the edge.
+    // Each side has a bar, wide enough that a pointer in it would place the window beyond the visible part.
     const Screen screen{desktop, {100, 60, 1080, 680}};
     EXPECT_EQ(placeOn({screen}, {20, 500}), Place({100, 288})) << "left";
     EXPECT_EQ(placeOn({screen}, {88, 500}), Place({100, 288}));
@@ -80,7 +80,7 @@ TEST(PanelPlacement, isOnTheScreenWithThePointer) {
     EXPECT_EQ(placeOn(screens, {500, 400}), Place({512, 188}));
 }
 
-TEST(PanelPlacement, givesAnEdgeToTheScreenThatBeginsThere) {
+TEST(PanelPlacement, assignsASharedEdgeToTheScreenThatBeginsThere) {
     const ScreenRectangle right{1280, 0, 1280, 800};
     const ScreenRectangle above{0, 800, 1280, 800};
     const std::vector<Screen> screens{{desktop, desktop}, {right, right}, {above, above}};
@@ -91,7 +91,7 @@ TEST(PanelPlacement, givesAnEdgeToTheScreenThatBeginsThere) {
     EXPECT_EQ(placeOn(screens, {0, 0}), Place({12, 0}));
 }
 
-TEST(PanelPlacement, isOnTheFirstOfScreensThatShowTheSame) {
+TEST(PanelPlacement, isOnTheFirstOfMirroredScreens) {
     const Screen first{desktop, {0, 0, 640, 800}};
     const Screen second{desktop, desktop};
     EXPECT_EQ(placeOn({first, second}, {600, 500}), Place({230, 288}));
@@ -107,7 +107,7 @@ TEST(PanelPlacement, isNowhereWhenThePointerIsOnNoScreen) {
     EXPECT_EQ(placeOn({{{0, 0, 0, 0}, {0, 0, 0, 0}}}, {0, 0}), std::nullopt) << "a screen without an area";
 }
 
-TEST(PanelPlacement, looksForThePointerInTheWholeFrame) {
+TEST(PanelPlacement, searchesThePointerInTheWholeFrame) {
     EXPECT_EQ(placeOn({{desktop, {0, 0, 100, 100}}}, {600, 400}, {50, 50}), Place({50, 50}));
 }
 

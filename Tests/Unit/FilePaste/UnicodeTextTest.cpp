@@ -14,7 +14,7 @@
 namespace tavel::unicode {
 namespace {
 
-using Range = std::pair<char32_t, char32_t>; // both belong to it
+using Range = std::pair<char32_t, char32_t>; // first and last, both included
 
 constexpr char32_t lastScalar = 0x10FFFF;
 
@@ -40,7 +40,7 @@ bool isSurrogate(char32_t value) {
     return value >= 0xD800 && value <= 0xDFFF;
 }
 
-/// The scalars about which the set and the table disagree.
+/// The scalars in which the set and the table differ.
 std::vector<char32_t> differences(bool (*isInSet)(char32_t), std::span<const Range> table) {
     std::vector<char32_t> found;
     for (char32_t scalar = 0; scalar <= lastScalar; ++scalar) {
@@ -81,7 +81,7 @@ TEST(UnicodeText, isReadFromUtf8) {
     EXPECT_EQ(toUtf8(U""), "");
 }
 
-TEST(UnicodeText, isNotReadFromAnythingElse) {
+TEST(UnicodeText, isNotReadFromInvalidUtf8) {
     for (const std::string_view broken :
          {"\x80", "\xBF", "\xC0\x80", "\xC1\xBF", "\xC2", "\xC2x", "\xE0\x9F\xBF", "\xE2\x80", "\xED\xA0\x80",
           "\xED\xBF\xBF", "\xF0\x8F\xBF\xBF", "\xF0\x9F\x98", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80",
@@ -99,7 +99,7 @@ TEST(UnicodeText, isMeasuredInUtf16) {
     EXPECT_EQ(lengthInUtf16(U"a😀\U0010FFFF"), 5U);
 }
 
-TEST(UnicodeText, hasUpperCaseLettersOneToOne) {
+TEST(UnicodeText, mapsEachLetterToOneUpperCaseLetter) {
     for (const auto& [lower, upper] : {std::pair<char32_t, char32_t>{U'a', U'A'},
                                        {U'z', U'Z'},
                                        {U'A', U'A'},

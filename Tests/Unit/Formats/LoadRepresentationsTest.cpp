@@ -33,14 +33,14 @@ protected:
         return scratch_.makeFile(name, content).string();
     }
 
-    /// A file of that size, of which only the start takes up room on the disk.
+    /// A sparse file of that size: only its start takes up space on the disk.
     std::string largeFile(const fs::path& name, std::string_view start, std::size_t size) const {
         std::string path = file(name, start);
         fs::resize_file(path, size);
         return path;
     }
 
-    /// A text of that size, for where zero bytes are not valid.
+    /// A text of that size, for formats in which zero bytes are invalid.
     std::string textFile(const fs::path& name, std::size_t size) const {
         return file(name, std::string(size, 'x'));
     }
@@ -74,7 +74,7 @@ std::optional<Error> loadingError(const Paths& paths) {
     }
 }
 
-/// The code of the error, which has to be in the formats' domain; 0 if there is none.
+/// The code of the error, or 0 without an error. Expects the formats' domain.
 int codeOf(const Paths& paths) {
     const auto error = loadingError(paths);
     if (!error)
@@ -116,7 +116,7 @@ TEST_F(LoadRepresentations, keepsTheOrderOfThePaths) {
     EXPECT_EQ(load({text}), (std::vector{textContent}));
 }
 
-TEST_F(LoadRepresentations, refusesNoPathAndMoreThanThereAreFormats) {
+TEST_F(LoadRepresentations, refusesAnEmptyListAndMorePathsThanFormats) {
     EXPECT_EQ(codeOf({}), 1);
     EXPECT_EQ(codeOf(Paths(clipboardFormats.size() + 1, path("image.png"))), 1)
         << "before the missing file is looked for";
@@ -124,7 +124,7 @@ TEST_F(LoadRepresentations, refusesNoPathAndMoreThanThereAreFormats) {
     EXPECT_EQ(codeOf(Paths(clipboardFormats.size(), path("image.png"))), 2);
 }
 
-TEST_F(LoadRepresentations, refusesNamesOfNoFormat) {
+TEST_F(LoadRepresentations, refusesUnknownNames) {
     for (const std::string_view name :
          {"text.htm", "Image.png", "TEXT.TXT", "image.bmp", "image.png.bak", "png"})
         EXPECT_EQ(codeOf({file(name, pngSignature)}), 2) << name;
@@ -134,7 +134,7 @@ TEST_F(LoadRepresentations, refusesNamesOfNoFormat) {
     EXPECT_EQ(codeOf({file("image.png/other", pngSignature)}), 2) << "a directory's name counts for nothing";
 }
 
-TEST_F(LoadRepresentations, refusesAFormatThatCameBefore) {
+TEST_F(LoadRepresentations, refusesAFormatTwice) {
     directory("other");
     const std::string text = file("text.txt");
     EXPECT_EQ(codeOf({text, text}), 2);
@@ -147,7 +147,7 @@ TEST_F(LoadRepresentations, refusesAnEmptyFile) {
         EXPECT_EQ(codeOf({file(format.name, "")}), 2) << format.name;
 }
 
-TEST_F(LoadRepresentations, refusesWhatIsNoFile) {
+TEST_F(LoadRepresentations, refusesOtherThanRegularFiles) {
     EXPECT_EQ(codeOf({path("text.txt")}), 2) << "missing";
     EXPECT_EQ(codeOf({directory("image.png")}), 2);
     EXPECT_EQ(codeOf({path("image.png") + "/"}), 2);
@@ -164,14 +164,14 @@ TEST_F(LoadRepresentations, refusesALink) {
     EXPECT_EQ(codeOf({path("text.txt")}), 2);
 }
 
-TEST_F(LoadRepresentations, takesAFileBelowALinkToADirectory) {
+TEST_F(LoadRepresentations, followsALinkToADirectory) {
     directory("directory");
     file("directory/text.txt", "text");
     fs::create_directory_symlink(path("directory"), path("link"));
     EXPECT_EQ(load({path("link/text.txt")}), (std::vector<Content>{{"public.utf8-plain-text", "text"}}));
 }
 
-TEST_F(LoadRepresentations, refusesAFileThatMayNotBeRead) {
+TEST_F(LoadRepresentations, refusesAFileWithoutReadPermission) {
     const std::string text = file("text.txt");
     fs::permissions(scratch().path(), fs::perms{0711});
     fs::permissions(text, fs::perms{0000});
@@ -206,7 +206,7 @@ TEST_F(LoadRepresentations, refusesContentOfAnotherFormat) {
     EXPECT_EQ(codeOf({textFile("text.txt", 4'194'305)}), 3);
 }
 
-TEST_F(LoadRepresentations, stopsAtTheFirstFileThatDoesNotFit) {
+TEST_F(LoadRepresentations, stopsAtTheFirstInvalidFile) {
     const std::string wrongContent = file("document.pdf", "text");
     const std::string wrongName = file("text.htm");
     const std::string good = file("text.txt");
@@ -262,7 +262,7 @@ TEST_F(LoadRepresentations, countsTheMarkInTheLimitOfHtml) {
     EXPECT_EQ(codeOf({file("text.html", byteOrderMark + std::string(4'194'302, 'x'))}), 3);
 }
 
-TEST_F(LoadRepresentations, countsTheMarkInWhatAllMayHold) {
+TEST_F(LoadRepresentations, countsTheMarkInTheLimitOfAll) {
     const std::string png = largeFile("image.png", pngSignature, maximumFormatsBytes - 10);
     EXPECT_EQ(codeOf({png, textFile("text.html", 7)}), 0);
     EXPECT_EQ(codeOf({png, textFile("text.html", 8)}), 3);

@@ -23,7 +23,7 @@ struct Signature {
     std::string start;
 };
 
-/// The formats that are told by nothing but the bytes that they start with.
+/// The formats that are recognised by their first bytes alone.
 const std::vector<Signature>& signatures() {
     static const std::vector<Signature> all{{"document.pdf", "%PDF-"},
                                             {"image.png", "\x89PNG\x0D\x0A\x1A\x0A"},
@@ -41,7 +41,7 @@ bool isSignatureOf(std::string_view format, std::string_view start) {
     });
 }
 
-/// The least that is valid as that format.
+/// The shortest valid content of that format.
 std::string leastOf(std::string_view format) {
     for (const Signature& signature : signatures()) {
         if (signature.format == format)
@@ -85,7 +85,7 @@ TEST(ClipboardFormats, holdAtMost128MebibytesTogether) {
     EXPECT_EQ(maximumFormatsBytes, std::size_t{128} * 1024 * 1024);
 }
 
-TEST(ValidRepresentation, takesTheLeastOfEveryFormat) {
+TEST(ValidRepresentation, takesTheShortestContentOfEveryFormat) {
     for (const ClipboardFormat& format : clipboardFormats)
         EXPECT_TRUE(validRepresentation(format.name, leastOf(format.name))) << format.name;
 }
@@ -175,7 +175,7 @@ TEST(ValidRepresentation, refusesASignatureBehindSomethingElse) {
     }
 }
 
-TEST(ValidRepresentation, takesWebpFrom12BytesOn) {
+TEST(ValidRepresentation, takesWebpOfAtLeast12Bytes) {
     const std::string webp = "RIFF\x1A\0\0\0WEBPVP8L"s;
     for (std::size_t size = 0; size <= webp.size(); ++size)
         EXPECT_EQ(validRepresentation("image.webp", std::string_view(webp).substr(0, size)), size >= 12)

@@ -11,7 +11,7 @@ namespace {
 
 using namespace std::string_literals;
 
-// The formats that are told by their text.
+// The formats that are recognised by their text.
 
 const std::string byteOrderMark = "\xEF\xBB\xBF";
 
