@@ -1,4 +1,4 @@
-"""A parent of the agent, for tests: starts it, talks to it, and keeps account of all that it says."""
+"""A parent of the agent, for tests. It starts the agent, sends commands, and accounts for every line of output."""
 
 import base64
 import json
@@ -7,11 +7,11 @@ import subprocess
 import threading
 import time
 
-PATIENCE = 60  # seconds, far beyond what a busy machine needs
+TIME_OUT = 60  # seconds; a busy machine needs far less
 
 
 class Failure(Exception):
-    """What was expected did not come about."""
+    """An expectation was not met."""
 
 
 def expect(condition, message):
@@ -24,7 +24,7 @@ def shortened(text, length=400):
 
 
 def is_soon(condition, seconds=5):
-    """For what nobody tells: looks again and again."""
+    """Polls the condition, for states that nothing announces. False after `seconds`."""
     end = time.monotonic() + seconds
     while not condition():
         if time.monotonic() >= end:
@@ -34,19 +34,19 @@ def is_soon(condition, seconds=5):
 
 
 def wait_until(condition, what):
-    expect(is_soon(condition, PATIENCE), f"this did not come: {what}")
+    expect(is_soon(condition, TIME_OUT), f"this did not come: {what}")
 
 
 class AgentSession:
-    """One run of the agent. Every line that it sends has to be accounted for: a reply by its request, an event by
-    `copied_by`. What is left over is a failure, at the next step at the latest."""
+    """One run of the agent. A request accounts for its reply, and `copied_by` or `made_file_by` for an event. Any other
+    line makes the next step fail, at the latest."""
 
     def __init__(self, program):
-        self.programs = program.parent  # where the other programs are, too
+        self.programs = program.parent  # the directory of all programs
         self._process = subprocess.Popen(
             [program], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        self._lines = []  # all that it said, in order
-        self._events = []  # those that are not accounted for
+        self._lines = []  # all output, in order
+        self._events = []  # events not yet accounted for
         self._replies = {}
         self._changed = threading.Condition()
         self._requests = 0
@@ -56,7 +56,7 @@ class AgentSession:
         for thread in self._threads:
             thread.start()
 
-    # ---- what it says
+    # ---- output
 
     def _read(self):
         for line in self._process.stdout:
@@ -79,17 +79,17 @@ class AgentSession:
         return "\n".join(lines + ([f"On standard error: {errors}"] if errors else []))
 
     def _wait(self, condition, message):
-        end = time.monotonic() + PATIENCE
+        end = time.monotonic() + TIME_OUT
         with self._changed:
             while not condition():
                 left = end - time.monotonic()
                 expect(left > 0 and self._process.poll() is None, message)
                 self._changed.wait(min(left, 1))
 
-    # ---- what is asked of it
+    # ---- commands
 
     def request(self, command, **fields):
-        """Sends a command, which has to succeed. Returns the reply."""
+        """Sends a command that must succeed. Returns the reply."""
         self._requests += 1
         number = self._requests
         line = json.dumps({"command": command, "request_id": number, **fields}) + "\n"
@@ -112,17 +112,17 @@ class AgentSession:
     def write_files(self, kind, *paths):
         self.request("write_files", kind=kind, paths=[str(path) for path in paths], marker="the test")
 
-    # ---- what it reports
+    # ---- events
 
     def expect_silence(self, during):
-        """It has not said anything that was not asked for."""
+        """Fails if the agent has sent an event that is not accounted for."""
         self.request("ping")
         with self._changed:
             expect(not self._events, f"unexpected {during}: " + shortened(json.dumps(self._events)))
 
     def copied_by(self, action):
-        """The event that describes what the action copied. There has to be exactly one, after its announcement.
-        Other contents may come before it, but none that can be described."""
+        """Returns the event that describes what the action copied. Exactly one such event must follow its announcement.
+        Announcements of other contents may come before."""
         self.expect_silence("before a copy")
         action()
         self._wait(lambda: any(self._is_more_than_announcement(event) for event in self._events),
@@ -154,7 +154,7 @@ class AgentSession:
         return self._paths(self.copied_by(action), "files")
 
     def exports_copied_by(self, action, kind="formats"):
-        """What the files hold that were exported, by their names."""
+        """Returns the contents of the exported files, by file name."""
         paths = self._paths(self.copied_by(action), kind)
         return {pathlib.Path(path).name: pathlib.Path(path).read_bytes() for path in paths}
 
@@ -164,7 +164,7 @@ class AgentSession:
         return event["paths"]
 
     def made_file_by(self, action):
-        """The sequence of the event that tells of a generated file. No change is reported with it."""
+        """Returns the sequence of the event that reports a generated file. No other event may come with it."""
         self.expect_silence("before a file is made")
         action()
         self._wait(lambda: self._events, "the agent tells of no file")
@@ -174,17 +174,17 @@ class AgentSession:
                "instead of one file: " + shortened(json.dumps(events)))
         return events[0]["sequence"]
 
-    # ---- its end
+    # ---- end
 
     def quit(self):
         self.expect_silence("in the end")
         self.request("quit")
         try:
-            status = self._process.wait(PATIENCE)
+            status = self._process.wait(TIME_OUT)
         except subprocess.TimeoutExpired:
             raise Failure("the agent does not end") from None
         for thread in self._threads:
-            thread.join(PATIENCE)
+            thread.join(TIME_OUT)
         expect(status == 0, f"the agent's exit status is {status}")
         expect(self._errors == b"", "the agent wrote to standard error")
 

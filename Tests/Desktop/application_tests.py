@@ -1,4 +1,4 @@
-"""What is tested with each application, and said on the way. Each function gets a running agent and an empty directory."""
+"""The tests of each application. Each function gets a running agent and an empty directory, and prints its results."""
 
 import json
 import pathlib
@@ -11,7 +11,7 @@ from pictures import make_png, read_png
 
 TEXT = "Voilà, déjà copié : 100 % « à la main » — ½ € 日本語 😀"
 LINES = f"{TEXT}\n\n\tun deuxième paragraphe\n"
-LONG = "".join(f"ligne {number} : {TEXT}\n" for number in range(12000))  # 1 MB: comes in increments
+LONG = "".join(f"ligne {number} : {TEXT}\n" for number in range(12000))  # 1 MB, enough for an incremental transfer
 HTML = "<p>Bonjour <b>tout le monde</b> : déjà</p>"
 RTF = r"{\rtf1\ansi\ansicpg1252 Bonjour {\b tout le monde} : d\'e9j\'e0\par}"
 PLAIN = "Bonjour tout le monde : déjà"
@@ -29,7 +29,7 @@ def same(name, got, wanted):
 
 
 def copied(what, result):
-    """Tells what an application offered, and what the agent made of it."""
+    """Prints the targets that an application offers and what the agent reported."""
     say(f"copied: {what}\n  offered: {', '.join(shortened(target, 40) for target in targets())}")
     if isinstance(result, dict):
         for name, content in sorted(result.items()):
@@ -44,8 +44,8 @@ def pasted(what, result):
 
 
 def press_until(condition, what, *presses):
-    """An application that is busy, or has only just opened its window, may lose keys: so they are pressed again.
-    Each press is a function of applications.sh with its arguments."""
+    """Presses the keys until the condition holds, because a busy application, or one that has just opened its window,
+    may lose some. Each press is a function of applications.sh with its arguments."""
     for _ in range(5):
         for press in presses:
             call(*press)
@@ -55,7 +55,7 @@ def press_until(condition, what, *presses):
 
 
 def formats_in(directory):
-    """A thing in three formats, as write_files wants it."""
+    """The same content in three formats, as arguments for write_files."""
     contents = {"text.html": HTML, "text.rtf": RTF, "text.txt": PLAIN}
     for name, content in contents.items():
         (directory / name).write_text(content, encoding="utf-8")
@@ -82,7 +82,7 @@ def contents_of(directory):
 
 
 def xterm(agent, directory):
-    # Its answer to the question for its state says that it has shown what came before.
+    # xterm answers the status request after it has shown all earlier output.
     ready = directory / "ready"
     window = open_window("xterm_open", f"stty -icanon -echo; printf '%s\\n\\033[5n' '{TEXT}'; head -c 4 >/dev/null; "
                          f"touch '{ready}'; exec cat >/dev/null")
@@ -100,8 +100,8 @@ def xterm(agent, directory):
 
 
 def xterm_select_first_line(window):
-    """From its beginning to that of the second line, with the mouse. (Of three clicks in a row the second selects a
-    word, which is a copy as well.)"""
+    """Drags the mouse from the start of the first line to the start of the second. A triple click would copy twice:
+    its second click selects a word."""
     call("clipboard_reset")
     call("window_focus", window)
     call("xdotool", "mousemove", "--sync", "--window", window, 2, 8, "mousedown", 1)
@@ -110,11 +110,11 @@ def xterm_select_first_line(window):
 
 
 def xterm_paste(what, directory, expected):
-    """The first bytes that a program in the terminal reads, as many as are expected."""
+    """Returns the first bytes that a program in the terminal reads, as many as expected."""
     ready, taken = directory / "ready", directory / "taken"
     ready.unlink()
     length = len(expected.encode())
-    # A terminal keeps lines of up to 4,095 bytes, or any bytes at all.
+    # In line mode, a terminal cuts lines at 4,095 bytes, so this uses byte mode.
     window = open_window("xterm_open", f"stty -icanon -echo; touch '{ready}'; exec head -c {length} >'{taken}'")
     wait_until(ready.exists, "the program in the terminal")
     call("xterm_paste", window)
@@ -141,7 +141,7 @@ def mousepad(agent, directory):
 
     def paste(what, expected):
         def is_saved():
-            # A paste takes its time, and what is saved before it has come is saved without it.
+            # The paste may not have arrived at the first save.
             call("press", window, "ctrl+s")
             return target.read_text(encoding="utf-8") == expected
         press_until(is_saved, f"{what} in the file", ["press", window, "ctrl+a", "ctrl+v"])
@@ -250,7 +250,7 @@ def writer(agent, directory):
     window = open_window("writer_open", source)
     exports = agent.exports_copied_by(lambda: call("copy_with", window, "ctrl+Home", "shift+End", "ctrl+c"))
     check_writer_text(copied("text", exports))
-    # The picture is the first object in the document.
+    # The picture is the document's first object.
     exports = agent.exports_copied_by(lambda: call("copy_with", window, "Home", "shift+F4", "ctrl+c"), "image")
     copied("a picture", exports)
     same("the picture copied", [read_png(content) for content in exports.values()], [(300, 200, PIXEL)])
@@ -289,7 +289,7 @@ def writer_pastes(agent, directory, window, target):
         same(what, paste(what), PLAIN)
         expect(is_bold(target), f"{what}: nothing is bold")
 
-    # A picture may stay in the file after it was replaced.
+    # A replaced picture may stay in the file.
     agent.write_image_data(make_png(31, 17, PIXEL))
     paste("a picture of the history")
     expect((31, 17, PIXEL) in pictures_in(target), f"the pictures: {pictures_in(target)}")

@@ -1,18 +1,18 @@
-# Bash functions that play a person at real applications: open them, select all, copy, paste, see what came. To be
-# sourced by a script that runs in a desktop of its own (see the program "desktop" beside this file).
+# Bash functions that use real applications as a person does: open them, select all, copy, paste, and read the result.
+# A script that runs on a desktop of its own sources this file (see the program "desktop" beside it).
 #
-# What waits gives up after a time far beyond what a busy machine needs, says what it waited for, and fails. An
-# application's window is what its function "..._open" leaves in WINDOW. Keys go to the window that has the focus,
-# which each function gives to the window that it is told.
+# A function that waits fails at its time-out and prints what it waited for. A busy machine needs far less time.
+# The functions "..._open" store the number of an application's window in WINDOW. The functions that press keys first
+# give the focus to their window.
 #
-# shellcheck shell=bash disable=SC2034 # WINDOW is for who calls
+# shellcheck shell=bash disable=SC2034 # callers use WINDOW
 
-APPLICATION_PATIENCE=${APPLICATION_PATIENCE:-60} # seconds
+APPLICATION_TIME_OUT=${APPLICATION_TIME_OUT:-60} # seconds
 WINDOW=
 
 # ---- waiting
 
-wait_until() { # SECONDS COMMAND...: until the command succeeds
+wait_until() { # SECONDS COMMAND...: repeats the command until it succeeds
   local end=$((SECONDS + $1))
   shift
   until "$@" >/dev/null 2>&1; do
@@ -26,13 +26,13 @@ wait_until() { # SECONDS COMMAND...: until the command succeeds
 
 # ---- windows
 
-windows_named() { # REGEX: of titles
+windows_named() { # TITLE-REGEX
   xdotool search --onlyvisible --name "$1"
 }
 
-window_open() { # REGEX: waits for a window with such a title; its number goes to WINDOW
+window_open() { # TITLE-REGEX: waits for a window with a matching title and stores its number in WINDOW
   WINDOW=
-  wait_until "$APPLICATION_PATIENCE" windows_named "$1" || return
+  wait_until "$APPLICATION_TIME_OUT" windows_named "$1" || return
   WINDOW=$(windows_named "$1" | tail -n 1)
 }
 
@@ -48,7 +48,7 @@ window_is_gone() { # WINDOW
   ! xdotool getwindowname "$1"
 }
 
-window_has_focus() { # WINDOW: also if the focus is in a child of it
+window_has_focus() { # WINDOW: also if a child window has the focus
   local window
   window=$(xdotool getwindowfocus -f) && [ "$window" = "$1" ] && return
   window=$(xdotool getactivewindow) && [ "$window" = "$1" ]
@@ -56,7 +56,7 @@ window_has_focus() { # WINDOW: also if the focus is in a child of it
 
 window_focus() { # WINDOW
   xdotool windowactivate "$1" || return
-  wait_until "$APPLICATION_PATIENCE" window_has_focus "$1"
+  wait_until "$APPLICATION_TIME_OUT" window_has_focus "$1"
 }
 
 press() { # WINDOW KEY...: for instance ctrl+a
@@ -76,20 +76,20 @@ file_state() { # FILE
   stat -c '%i %Y %.9Y %s' "$1" 2>/dev/null
 }
 
-file_has_changed() { # FILE STATE-OF-BEFORE
+file_has_changed() { # FILE FORMER-STATE
   local state
   state=$(file_state "$1") && [ -s "$1" ] && [ "$state" != "$2" ]
 }
 
-# In the place of everything that is in an editor's window, then saved.
+# Replaces the whole content of an editor's window by pasting, then saves.
 paste_and_save() { # WINDOW FILE
   local before
   before=$(file_state "$2")
   press "$1" ctrl+a ctrl+v ctrl+s || return
-  wait_until "$APPLICATION_PATIENCE" file_has_changed "$2" "$before"
+  wait_until "$APPLICATION_TIME_OUT" file_has_changed "$2" "$before"
 }
 
-# ---- the clipboard, seen by somebody else
+# ---- the clipboard, as another program sees it
 
 clipboard_targets() {
   timeout 5 xclip -selection clipboard -o -t TARGETS 2>/dev/null
@@ -103,7 +103,8 @@ clipboard_read() { # TARGET
   timeout 10 xclip -selection clipboard -o -t "$1" 2>/dev/null
 }
 
-# Nothing tells when an application has copied but that the content of before has gone. So this is put there first.
+# An application does not announce that it has copied. So this target is put on the clipboard first, and its absence
+# shows the copy.
 NOT_COPIED=application/x-nothing-was-copied-yet
 
 clipboard_reset() {
@@ -116,7 +117,7 @@ clipboard_is_new() {
   targets=$(clipboard_targets) && [ -n "$targets" ] && ! grep -qxF -e "$NOT_COPIED" <<<"$targets"
 }
 
-# Presses the keys, again if nothing comes of them: an application that has only just opened its window loses some.
+# Presses the keys until something is copied: an application that has just opened its window may lose keys.
 copy_with() { # WINDOW KEY...
   local attempt
   clipboard_reset || return
@@ -128,7 +129,7 @@ copy_with() { # WINDOW KEY...
   return 1
 }
 
-# ---- xterm: pastes what is text; copies what is selected with the mouse, three clicks for a line
+# ---- xterm: pastes text; copies what the mouse selects (three clicks select a line)
 
 xterm_open() { # SHELL-COMMAND
   local title="terminal $RANDOM$RANDOM"
@@ -145,7 +146,7 @@ xterm_copy_first_line() { # WINDOW
   clipboard_reset || return
   window_focus "$1" || return
   xdotool mousemove --sync --window "$1" 20 8 click --repeat 3 --delay 80 1
-  wait_until "$APPLICATION_PATIENCE" clipboard_is_new
+  wait_until "$APPLICATION_TIME_OUT" clipboard_is_new
 }
 
 # ---- mousepad: a small editor with GTK
@@ -159,7 +160,7 @@ mousepad_copy_all() { # WINDOW
   copy_with "$1" ctrl+a ctrl+c
 }
 
-mousepad_paste_and_save() { # WINDOW FILE: the one that was opened
+mousepad_paste_and_save() { # WINDOW FILE: the file opened in the window
   paste_and_save "$1" "$2"
 }
 
@@ -200,32 +201,32 @@ nautilus_folder() { # DIRECTORY
   nautilus --new-window "$1" >/dev/null 2>&1 </dev/null &
 }
 
-# GTK 2 tells of its focus only with these modules.
+# GTK 2 announces its focus only with these modules.
 pcmanfm_folder() { # DIRECTORY
   GTK_MODULES=gail:atk-bridge pcmanfm --no-desktop --new-win "$1" >/dev/null 2>&1 </dev/null &
 }
 
-folder_open() { # FILE-MANAGER DIRECTORY: whose name has to stand in the window's title
+folder_open() { # FILE-MANAGER DIRECTORY: the window's title must contain the directory's name
   "$1_folder" "$2"
   window_open "^(.*[ /])?$(basename "$2")( - .*)?\$"
 }
 
-panel_open() { # waits for the panel and its focus; its number goes to WINDOW
-  window_open '^Nommer avant de coller$' && wait_until "$APPLICATION_PATIENCE" window_has_focus "$WINDOW"
+panel_open() { # waits until the panel has the focus; stores its number in WINDOW
+  window_open '^Nommer avant de coller$' && wait_until "$APPLICATION_TIME_OUT" window_has_focus "$WINDOW"
 }
 
-panel_name() { # WINDOW NAME: in the place of what is there
+panel_name() { # WINDOW NAME: replaces the name in the field
   window_focus "$1" && xdotool key --clearmodifiers ctrl+a && xdotool type --delay 20 "$2"
 }
 
-# What the window shows, as one number.
+# Prints a checksum of what the window shows.
 window_picture() { # WINDOW
   import -window "$1" rgb:- | cksum
 }
 
 # ---- chromium
 
-# A profile of its own for each call. Software rendering; no sandbox, as root cannot have one.
+# Each call uses a new profile and software rendering. There is no sandbox, because Chromium refuses one for root.
 chromium_open() { # TITLE-REGEX FILE-OR-URL
   local profile
   profile=$(mktemp -d "$HOME/chromium.XXXXXX") || return
@@ -239,15 +240,15 @@ chromium_copy_all() { # WINDOW
   copy_with "$1" ctrl+a ctrl+c
 }
 
-# A page that is all picture, whatever its size.
-chromium_open_picture() { # FILE: absolute, without characters that mean something in a URL
+# Opens a page that a picture fills, whatever its size.
+chromium_open_picture() { # FILE: an absolute path without characters that are special in a URL
   local page=$HOME/picture.html
   printf '<!doctype html><title>picture</title><img src="file://%s" style="%s">' "$1" \
     'position: fixed; left: 0; top: 0; width: 100vw; height: 100vh' >"$page"
   chromium_open '^picture' "file://$page"
 }
 
-# "Copy image" in the menu of what is in the middle of the window: Y, in English. Needs a picture there.
+# Chooses "Copy image" in the context menu (its key is Y in English). The middle of the window must show a picture.
 chromium_copy_image() { # WINDOW
   local attempt WIDTH HEIGHT
   clipboard_reset || return
@@ -262,15 +263,15 @@ chromium_copy_image() { # WINDOW
   return 1
 }
 
-chromium_menu_is_open() { # WINDOW: menus are windows of the same process that no window manager sees
+chromium_menu_is_open() { # WINDOW: menus are windows of the same process that the window manager does not manage
   local count
   count=$(xdotool search --onlyvisible --pid "$(xdotool getwindowpid "$1")" | wc -l)
   [ "$count" -gt 1 ]
 }
 
-# A page that tells in its title what was pasted into it: "pasted", how many times, and a JSON text with the types that the page sees,
-# the texts among them, and of each file the name, the type and the size, of pictures also the sizes in pixels and the
-# colour of the first pixel.
+# Opens a page whose title reports each paste: "pasted", the number of pastes, and a JSON text. The JSON text holds the
+# types that the page sees, the texts, and the name, type and size of each file. For a picture it also holds the size in
+# pixels and the colour of the first pixel.
 chromium_open_paste_page() {
   local page=$HOME/paste.html
   cat >"$page" <<'PAGE'
@@ -306,7 +307,7 @@ PAGE
   chromium_open '^paste here' "file://$page"
 }
 
-chromium_paste() { # WINDOW of the page above: prints the JSON text
+chromium_paste() { # WINDOW: pastes into the page above and prints the JSON text
   local attempt before title
   before=$(window_title "$1")
   for attempt in 1 2 3 4 5; do
@@ -324,7 +325,7 @@ chromium_paste() { # WINDOW of the page above: prints the JSON text
 
 # ---- LibreOffice Writer
 
-# With a profile of its own, so that no other process takes the document over.
+# The profile is separate, so that no other process of the application takes over the document.
 writer_open() { # FILE
   soffice --writer --norestore --nologo --nofirststartwizard "-env:UserInstallation=file://$HOME/writer" "$1" \
     >/dev/null 2>&1 </dev/null &
@@ -335,53 +336,53 @@ writer_copy_all() { # WINDOW
   copy_with "$1" ctrl+a ctrl+c
 }
 
-# In the place of everything, again if nothing comes: a window that has only just opened loses its first paste.
-# Fails if nothing ever comes, as with a format that Writer does not take.
-writer_paste_and_save() { # WINDOW FILE: the one that was opened, .odt
+# Replaces the whole document by pasting. Repeats if nothing arrives: a window that has just opened may lose the first
+# paste. Fails if nothing ever arrives, as with a format that Writer does not take.
+writer_paste_and_save() { # WINDOW FILE.odt: the file opened in the window
   local attempt
   for attempt in 1 2 3; do
-    press "$1" ctrl+a x || return # stays where nothing can be pasted
+    press "$1" ctrl+a x || return # the x remains if nothing can be pasted
     paste_and_save "$1" "$2" || return
-    wait_until "$APPLICATION_PATIENCE" unzip -tqq "$2" || return
+    wait_until "$APPLICATION_TIME_OUT" unzip -tqq "$2" || return
     writer_has_content "$2" && return
     echo "Nothing was pasted into $2 at attempt $attempt" >&2
   done
   return 1
 }
 
-# Pictures alone do not count: one from before may outlive its deletion.
+# The x counts as no content even beside a picture: a deleted picture may still be in the file.
 writer_has_content() { # FILE.odt
   local text
   text=$(writer_text "$1" | tr -d '[:space:]')
   [ "$text" != x ] && [ -n "$text$(writer_pictures "$1")" ]
 }
 
-# To be called in the end: when it is killed, it leaves a socket in the directory for temporary files.
+# Call this at the end: a killed Writer would leave a socket in the temporary directory.
 writer_close() { # WINDOW
   local process
   process=$(xdotool getwindowpid "$1") && press "$1" ctrl+q || return
-  # Whoever reads what was copied as a link changes the document: "Don't Save", in English.
+  # A program that reads the copied content as a link changes the document. The key is that of "Don't Save" in English.
   wait_until 2 window_is_gone "$1" 2>/dev/null || xdotool key alt+n
-  wait_until "$APPLICATION_PATIENCE" process_has_ended "$process"
+  wait_until "$APPLICATION_TIME_OUT" process_has_ended "$process"
 }
 
-process_has_ended() { # PID: also if nobody has waited for it yet
+process_has_ended() { # PID: true also for a zombie
   ! readlink "/proc/$1/exe"
 }
 
-writer_text() { # FILE.odt: what stands in it, a line for each paragraph
+writer_text() { # FILE.odt: prints its text, one line for each paragraph
   unzip -p "$1" content.xml | sed -e 's/.*<office:text//' -e 's/^[^>]*>//' -e 's/<\/text:[ph][^>]*>/\n/g' -e 's/<[^>]*>//g'
 }
 
-writer_pictures() { # FILE.odt: the names of the pictures in it
+writer_pictures() { # FILE.odt: prints the names of its pictures
   unzip -Z1 "$1" 'Pictures/?*' 2>/dev/null
 }
 
-# An .odt file with this text in it, which the application makes itself.
+# The application itself converts the text to an .odt file.
 writer_new_file() { # FILE.odt HTML
   local source=${1%.odt}.html
   printf '<html><head><meta charset="utf-8"></head><body>%s</body></html>' "$2" >"$source"
-  timeout "$APPLICATION_PATIENCE" soffice "-env:UserInstallation=file://$HOME/writer" --headless \
+  timeout "$APPLICATION_TIME_OUT" soffice "-env:UserInstallation=file://$HOME/writer" --headless \
     --convert-to odt --outdir "$(dirname "$1")" "$source" >/dev/null 2>&1 </dev/null
   rm -f "$source"
   [ -s "$1" ]
@@ -400,11 +401,11 @@ gimp_copy_all() { # WINDOW
   copy_with "$1" ctrl+a ctrl+c
 }
 
-# Prints the new image's title, which ends with its size in pixels: "... 300x200 - GIMP", with a longer dash.
+# Prints the new image's title. It ends with the size in pixels: "... 300x200 - GIMP", with a longer dash.
 gimp_paste_as_new_image() { # WINDOW
   local before
   before=$(window_title "$1")
   press "$1" ctrl+shift+v || return
-  wait_until "$APPLICATION_PATIENCE" window_has_other_title "$1" "$before" || return
+  wait_until "$APPLICATION_TIME_OUT" window_has_other_title "$1" "$before" || return
   window_title "$1"
 }

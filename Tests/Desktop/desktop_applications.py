@@ -1,4 +1,4 @@
-"""The functions of applications.sh for Python: open, copy, paste as a person does it."""
+"""The functions of applications.sh for Python: open, copy and paste as a person does."""
 
 import pathlib
 import subprocess
@@ -19,15 +19,15 @@ def _run(script, function, arguments):
 
 
 def call(function, *arguments):
-    """What the function prints. A failure of it is one here."""
+    """Returns what the function prints. Raises Failure if it fails."""
     return _run('. "$0" && "$@"', function, arguments)
 
 
 def open_window(function, *arguments):
-    """The number of the window that the function opens."""
+    """Returns the number of the window that the function opens."""
     return _run('. "$0" && "$@" && echo "$WINDOW"', function, arguments).strip()
 
 
 def targets():
-    """What the owner of the clipboard offers now."""
+    """Returns the targets that the clipboard's owner offers."""
     return sorted(set(call("clipboard_targets").splitlines()))

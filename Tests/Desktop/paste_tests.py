@@ -1,5 +1,4 @@
-"""Pasting into file managers under a name, one test for each. Each function gets a running agent and an empty
-directory."""
+"""Tests of naming and pasting a file, one for each file manager. Each gets a running agent and an empty directory."""
 
 import contextlib
 import functools
@@ -15,18 +14,18 @@ from application_tests import say, same
 from desktop_applications import call, open_window
 from pictures import SIGNATURE, make_png
 
-HELD = 0.9  # seconds: the key repeats after 0.66
+HELD = 0.9  # seconds; the key repeats after 0.66
 MARK = "com.brennic.generated-file"
 PDF = b"%PDF-1.4\n1 0 obj <<>> endobj trailer <</Root 1 0 R>>\n%%EOF\n"
 TEXT = "Liste de courses : déjà\n\npain\nlait\n"
 PIXEL = (200, 30, 60)
-SECONDS_OF_REST = 0.5  # longer than the agent leaves between news of the focus and its questions about it
-MOST_USED_AT_REST = 0.01  # seconds of processor time: the least that is counted
-SECONDS_TO_SEE_NOTHING = 2  # several times what a panel or a pasted file takes to come
+SECONDS_OF_REST = 0.5  # longer than the agent's delay between a focus event and its query
+MOST_USED_AT_REST = 0.01  # seconds of processor time; the smallest unit that the kernel counts
+SECONDS_TO_SEE_NOTHING = 2  # several times what a panel or a pasted file needs to appear
 
 
 def copy(target, data):
-    """As another program. What it copied before is gone then."""
+    """Copies as another program does, which replaces its earlier content."""
     subprocess.run(["xclip", "-selection", "clipboard", "-t", target], input=data, stdout=subprocess.DEVNULL,
                    stderr=subprocess.DEVNULL, check=True)
 
@@ -41,7 +40,7 @@ def picture():
 
 
 def processor_time(process):
-    """What all threads of the process have used so far, in seconds."""
+    """Returns the processor time of all threads of the process, in seconds."""
     stat = pathlib.Path(f"/proc/{process}/stat").read_text()
     user, system = stat.rpartition(")")[2].split()[11:13]
     return (int(user) + int(system)) / os.sysconf("SC_CLK_TCK")
@@ -65,7 +64,7 @@ class Folder:
         return sorted(path.name for path in self.directory.iterdir())
 
     def focus(self):
-        """A file manager that got a shortcut with which it can do nothing may have opened a dialog to say so."""
+        """Activates the window. Escape closes a dialog that the file manager may have opened about a useless shortcut."""
         for _ in range(5):
             call("xdotool", "windowactivate", self.window)
             if is_soon(lambda: call("xdotool", "getactivewindow").strip() == self.window):
@@ -74,8 +73,8 @@ class Folder:
         raise Failure("the folder's window cannot be activated")
 
     def rest(self):
-        """Waits until the file manager has done what it was about: opened its window, pasted, drawn. Until then it
-        does not say at once where its focus is, and gets the shortcut itself."""
+        """Waits until the file manager is idle, after it has opened its window, pasted and drawn. A busy file manager may
+        not report its focus in time, and then gets the shortcut itself."""
         wait_until(lambda: self._processor_time_used(SECONDS_OF_REST) <= MOST_USED_AT_REST,
                    "the file manager to come to rest")
 
@@ -89,7 +88,7 @@ class Folder:
         call("xdotool", "key", "--delay", "50", *keys)
 
     def press_paste(self, seconds=0.1):
-        """As a person does who does not let go at once: it repeats. What came until it was released."""
+        """Holds the shortcut; it repeats if held long enough. Returns the panels that opened before the release."""
         self.focus()
         self.rest()
         call("xdotool", "keydown", "ctrl", "keydown", "v")
@@ -99,7 +98,7 @@ class Folder:
         return came
 
     def paste(self, seconds=0.1):
-        """Presses the shortcut, once. The panel's number."""
+        """Presses the shortcut once. Returns the panel's window number."""
         expect(not self.press_paste(seconds), "the panel came while the keys were held")
         expect(is_soon(lambda: windows() != [], 10), "no panel came")
         return open_window("panel_open")
@@ -129,15 +128,14 @@ def expect_nothing_new(folder, before, what):
 
 
 def generated_file():
-    """The one that is on the clipboard now."""
+    """Returns the path of the generated file on the clipboard."""
     same("the mark", clipboard(MARK), b"1")
     url = clipboard("text/uri-list").decode().strip()
     return pathlib.Path(urllib.parse.unquote(urllib.parse.urlparse(url).path))
 
 
 def paste_as(agent, folder, panel, name, full_name, data=None):
-    """Names what is to be pasted. Its bytes in the folder have to be those of the generated file, and `data` if
-    that is known."""
+    """Enters the name and pastes. The pasted file must hold the generated file's bytes, and `data` if given."""
     before = folder.names()
     agent.made_file_by(lambda: name_it(panel, name))
     target = folder.directory / full_name
@@ -158,7 +156,7 @@ def paste_as(agent, folder, panel, name, full_name, data=None):
     return target
 
 
-# ---- what is tested with every file manager
+# ---- tests of every file manager
 
 
 def pictures_text_and_documents(agent, folder):
@@ -174,7 +172,7 @@ def pictures_text_and_documents(agent, folder):
     expect(target.read_bytes().startswith(b"\xFF\xD8\xFF"), "the picture is no JPEG")
     same("its size in samples", len(pixels(target, "rgb")), 120 * 90 * 3)
 
-    # What is on the clipboard beside the file makes another one.
+    # The content beside the file becomes another file.
     panel = folder.hold_and_paste()
     paste_as(agent, folder, panel, "Encore", "Encore.jpg")
 
@@ -183,7 +181,7 @@ def pictures_text_and_documents(agent, folder):
     paste_as(agent, folder, panel, "Rapport", "Rapport.pdf", PDF)
     agent.copied_by(lambda: copy("UTF8_STRING", TEXT.encode()))
     folder.hold_and_paste()
-    # The name that is proposed is the first line without what a name may not hold.
+    # The proposed name is the first line without the characters that a name may not contain.
     agent.made_file_by(lambda: call("xdotool", "key", "Return"))
     target = folder.directory / "Liste de courses  déjà.txt"
     wait_until(target.exists, "the text's file")
@@ -217,7 +215,7 @@ def clipboard_changed_meanwhile(agent, folder):
 
 
 def in_a_text_field(agent, folder, *, path_keys=("ctrl+l",)):
-    """In the place where a path is typed, the shortcut is the user's own."""
+    """The shortcut passes in the field for a path."""
     other = folder.directory.with_name("autre-dossier")
     other.mkdir()
     agent.copied_by(lambda: copy("UTF8_STRING", str(other).encode()))
@@ -227,7 +225,7 @@ def in_a_text_field(agent, folder, *, path_keys=("ctrl+l",)):
 
     for _ in range(3):
         folder.press(*path_keys)
-        time.sleep(1.5)  # nobody tells when the field is there
+        time.sleep(1.5)  # nothing announces the field
         folder.press("ctrl+a")
         folder.press_paste()
         expect_no_panel("in a text field")
@@ -242,7 +240,7 @@ def in_a_text_field(agent, folder, *, path_keys=("ctrl+l",)):
 
 
 def copied_file(agent, folder, copy_it):
-    """Is the file manager's to paste."""
+    """The file manager itself pastes a copied file."""
     directory = folder.directory.with_name("source")
     directory.mkdir()
     file = directory / "un fichier.txt"
@@ -279,11 +277,11 @@ def every_manager(manager, agent, directory):
     return folder
 
 
-# ---- what is tested once
+# ---- tests of one file manager
 
 
 def alpha_stays(agent, folder):
-    """A picture that is transparent in places becomes a PNG."""
+    """A picture with an alpha channel becomes a PNG."""
     made = subprocess.run(["convert", "-size", "40x30", "xc:rgba(10,200,30,0.5)", "PNG32:-"], capture_output=True,
                           check=True).stdout
     agent.copied_by(lambda: copy("image/png", made))
@@ -293,7 +291,7 @@ def alpha_stays(agent, folder):
 
 
 def renaming(agent, folder):
-    """In the field for a file's new name, too, the shortcut is the user's own."""
+    """The shortcut passes in the field for a file's new name."""
     old = folder.directory / "un fichier.txt"
     new = folder.directory / "un autre nom"
     agent.copied_by(lambda: copy("UTF8_STRING", new.name.encode()))
@@ -302,7 +300,7 @@ def renaming(agent, folder):
             other.unlink()
     for _ in range(3):
         folder.press("ctrl+a", "F2")
-        time.sleep(1.5)  # nobody tells when the field is there
+        time.sleep(1.5)  # nothing announces the field
         call("xdotool", "key", "ctrl+a")
         call("xdotool", "keydown", "ctrl", "keydown", "v", "sleep", "0.1", "keyup", "v", "keyup", "ctrl")
         expect_no_panel("while renaming")
@@ -329,7 +327,7 @@ def switched_off_meanwhile(agent, folder):
 
 @contextlib.contextmanager
 def terminal(directory):
-    """The number of its window, and the file of what it gets."""
+    """Gives the number of the terminal's window and the file that records its input."""
     ready, taken = directory / "ready", directory / "taken"
     window = open_window("xterm_open", f"stty raw -echo; touch '{ready}'; exec cat >'{taken}'")
     wait_until(ready.exists, "the program in the terminal")
@@ -338,7 +336,7 @@ def terminal(directory):
 
 
 def other_programs(agent, folder, directory):
-    """Their shortcuts are never touched."""
+    """The shortcut passes in every other program."""
     agent.copied_by(lambda: copy("image/png", picture()))
     with terminal(directory) as (window, taken):
         for count in range(1, 6):
@@ -352,7 +350,7 @@ def other_programs(agent, folder, directory):
 
 
 def stopped_manager(agent, folder, directory):
-    """A file manager that hangs keeps nobody from typing, and gets its key."""
+    """A file manager that hangs does not block the keyboard, and it gets its key."""
     with terminal(directory) as (window, taken):
         folder.focus()
         os.kill(folder.process, signal.SIGSTOP)

@@ -1,4 +1,4 @@
-"""PNG files, as far as the tests make and read them: eight bits, no interlacing, no palette."""
+"""PNG files of the kind that the tests use: eight bits, no interlacing, no palette."""
 
 import random
 import struct
@@ -13,7 +13,7 @@ def _chunk(kind, data):
 
 
 def make_png(width, height, first_pixel):
-    """Colours by chance but for the first pixel, so that it cannot be compressed: 3 bytes per pixel."""
+    """A PNG of random colours after the first pixel. It does not compress and takes 3 bytes per pixel."""
     chance = random.Random(1)
     rows = bytearray(b"".join(b"\0" + chance.randbytes(3 * width) for _ in range(height)))
     rows[1:4] = bytes(first_pixel)
@@ -22,7 +22,7 @@ def make_png(width, height, first_pixel):
 
 
 def read_png(data):
-    """(width, height, the first pixel's red, green and blue)"""
+    """Returns (width, height, (red, green, blue) of the first pixel)."""
     if not data.startswith(SIGNATURE):
         raise ValueError("no PNG")
     position, compressed = len(SIGNATURE), b""
@@ -40,6 +40,6 @@ def read_png(data):
     channels = CHANNELS[colour]
     if len(rows) != height * (1 + width * channels):
         raise ValueError("a PNG that is cut off")
-    # Whatever the first row's filter, its first pixel stands there as it is.
+    # Every filter leaves the first pixel of the first row unchanged.
     pixel = rows[1:1 + channels]
     return width, height, tuple(pixel[:3]) if channels >= 3 else (pixel[0],) * 3
