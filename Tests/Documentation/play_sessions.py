@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 """Plays the sessions of a Markdown page against the real agent: play_sessions.py BIN_DIRECTORY PAGE
 
-A session is a fenced block marked "session". Each gets an agent and a pasteboard of its own. Lines:
+A session is a fenced block marked "session". Each session gets its own agent and pasteboard. Its lines:
 
     → text     sent to the agent
-    ← text     the agent's next line has to be the same JSON
+    ← text     the agent's next line must be the same JSON
     $ command  run by the shell, with the project's programs in its path
 
-What is sent may hold $TMPDIR; a string to be received may begin with "…", which stands for any path below it.
+A line to send may contain $TMPDIR. A string to receive may begin with "…", which stands for any path below $TMPDIR.
 """
 
 import json
@@ -20,7 +20,7 @@ import sys
 import tempfile
 import time
 
-DEADLINE = 60  # seconds; only ever waited for when something is wrong
+DEADLINE = 60  # seconds; reached only on failure
 
 
 def matches(actual, expected, directory):
@@ -43,7 +43,7 @@ class Session:
         self.environment = dict(
             os.environ, XDG_RUNTIME_DIR=directory, TMPDIR=directory, PATH=f"{programs}:{os.environ['PATH']}"
         )
-        self.environment.pop("DISPLAY", None)  # nobody's clipboard is to be played with
+        self.environment.pop("DISPLAY", None)  # keeps the sessions away from the user's clipboard
         self.received = b""
         self.agent = subprocess.Popen(
             [programs / "TavelClipboardAgent"],
@@ -53,7 +53,7 @@ class Session:
             bufsize=0,
             env=self.environment,
         )
-        # The directory appears when the agent has taken note of what is on the pasteboard at the start.
+        # The agent creates the directory after it has read the initial change count.
         deadline = time.monotonic() + DEADLINE
         while not list(pathlib.Path(directory).glob("tavel-clipboard-*")):
             assert time.monotonic() < deadline, "the agent does not start"
