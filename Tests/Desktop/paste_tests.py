@@ -64,7 +64,7 @@ class Folder:
         return sorted(path.name for path in self.directory.iterdir())
 
     def focus(self):
-        """Activates the window. Escape closes a dialog that the file manager may have opened about a useless shortcut."""
+        """Activates the window. Escape closes the dialog that a file manager may show after a useless shortcut."""
         for _ in range(5):
             call("xdotool", "windowactivate", self.window)
             if is_soon(lambda: call("xdotool", "getactivewindow").strip() == self.window):
@@ -73,8 +73,8 @@ class Folder:
         raise Failure("the folder's window cannot be activated")
 
     def rest(self):
-        """Waits until the file manager is idle, after it has opened its window, pasted and drawn. A busy file manager may
-        not report its focus in time, and then gets the shortcut itself."""
+        """Waits until the file manager is idle, after it has opened its window, pasted and drawn. A busy one may not
+        report its focus in time, and then gets the shortcut itself."""
         wait_until(lambda: self._processor_time_used(SECONDS_OF_REST) <= MOST_USED_AT_REST,
                    "the file manager to come to rest")
 
