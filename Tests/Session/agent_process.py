@@ -1,4 +1,4 @@
-"""One run of the agent, over pipes."""
+"""One run of the agent, controlled over pipes."""
 
 import collections
 import contextlib
@@ -16,7 +16,7 @@ _SHELL_BETWEEN = 'exec 3<&0; "$0" "$@" --parent-pid $$ <&3 3<&- & wait'
 
 
 def compact(message):
-    """A message as the agent writes it, but for the order of its keys."""
+    """Returns a message in the agent's own notation, except for the order of its keys."""
     return json.dumps(message, separators=(",", ":"), ensure_ascii=False).replace("/", "\\/")
 
 
@@ -30,18 +30,18 @@ _over = threading.Event()
 
 
 class AgentProcess:
-    """All that the agent says has to be taken, in its order: replies by `reply`, which sets aside the events that
-    come before, and events by `event`. Whatever is not as it should be is an AssertionError. For one thread, but for
-    `kill`."""
+    """A test must take every message of the agent in order: replies with `reply`, events with `event`. `reply` sets
+    aside the events that come before it. Every deviation raises AssertionError. Only `kill` may be called from another
+    thread."""
 
     def __init__(self, command, environment, below_shell=False):
-        """Below a shell, which is told to the agent as its parent, or below this process."""
+        """Starts the agent as a child of this process, or of a shell that the agent gets as its parent."""
         if below_shell:
             command = ["/bin/sh", "-c", _SHELL_BETWEEN, *command]
         self._below_shell = below_shell
         self._errors = tempfile.TemporaryFile()
         self._lines = queue.Queue()
-        self._events = collections.deque()  # that came before a reply
+        self._events = collections.deque()  # events that came before a reply
         self._requests = 1000
         with _running_lock:
             assert not _over.is_set(), "the tests are over"
@@ -52,15 +52,15 @@ class AgentProcess:
             self._reader.start()
             _running.add(self)
 
-    # ---- what it says
+    # ---- output
 
     def _read(self):
         for line in self._process.stdout:
             self._lines.put(line)
-        self._lines.put(b"")  # as it is nothing but the end
+        self._lines.put(b"")  # marks the end of the output
 
     def _line(self, seconds=PATIENCE):
-        """The next line; empty at the end of the output, which then is all that follows. None if none comes."""
+        """Returns the next line, b"" at the end of the output and ever after, or None at the time-out."""
         try:
             line = self._lines.get(timeout=seconds)
         except queue.Empty:
@@ -70,7 +70,7 @@ class AgentProcess:
         return line
 
     def _message(self, wanted, seconds=PATIENCE):
-        """None if none comes."""
+        """Returns the next message, or None at the time-out."""
         line = self._line(seconds)
         assert line != b"", f"the agent ended before {wanted} came; on standard error: {self.errors()}"
         return line and self._decoded(line)
@@ -85,7 +85,7 @@ class AgentProcess:
         return message
 
     def event_within(self, seconds):
-        """None if none comes."""
+        """Returns the next event, or None at the time-out."""
         if self._events:
             return self._events.popleft()
         message = self._message("an event", seconds)
@@ -112,13 +112,13 @@ class AgentProcess:
         return message
 
     def set_aside(self):
-        """The events that came before a reply and were not taken, which now they are."""
+        """Takes and returns the events that `reply` set aside."""
         events = list(self._events)
         self._events.clear()
         return events
 
     def said_within(self, seconds):
-        """Something that it says in that time, or has said and was not taken; None if there is nothing."""
+        """Returns output that was not taken or that comes in that time, as text; None if there is none."""
         if self._events:
             return shortened(compact(self._events[0]))
         line = self._line(seconds)
@@ -127,19 +127,19 @@ class AgentProcess:
         return line and shortened(line.decode(errors="replace"))
 
     def errors(self):
-        # From its beginning, which leaves alone where the agent goes on writing.
+        # Reads with an explicit offset, which leaves the position where the agent writes unchanged.
         return os.pread(self._errors.fileno(), 1 << 16, 0).decode(errors="replace")
 
-    # ---- what it is told
+    # ---- commands
 
     def send(self, text):
-        """In one write."""
+        """Sends the text in one write."""
         data = text if isinstance(text, bytes) else text.encode()
-        while data:  # again, if a signal came
+        while data:  # a signal may interrupt the write
             data = data[os.write(self._process.stdin.fileno(), data):]
 
     def request(self, command, **fields):
-        """The reply."""
+        """Sends a command and returns its reply."""
         self._requests += 1
         self.send(json.dumps({"command": command, "request_id": self._requests, **fields}) + "\n")
         return self.reply(self._requests)
@@ -147,16 +147,16 @@ class AgentProcess:
     def close_input(self):
         self._process.stdin.close()
 
-    # ---- its end
+    # ---- end
 
     def kill_shell(self):
-        """It is the agent's parent."""
+        """Kills the shell, which is the agent's parent."""
         assert self._below_shell
         self._process.kill()
         self._process.wait()
 
     def expect_end(self):
-        """Without another word, and with the status 0, where that can be seen."""
+        """The agent must end without further output, and with status 0 if it is our child."""
         line = self._line()
         assert line is not None, "the agent does not end"
         assert line == b"" and not self._events, "before the end: " + shortened(repr((line, self._events)))
@@ -165,15 +165,15 @@ class AgentProcess:
         assert self.errors() == "", "on standard error: " + self.errors()
 
     def kill(self):
-        """Leaves nothing of it. May be called at any time, and again."""
+        """Ends the agent and releases everything. May be called at any time and repeatedly."""
         with _running_lock:
             if self not in _running:
                 return
             _running.remove(self)
         has_ended = self._lines.queue and self._lines.queue[-1] == b""
         if self._below_shell and not has_ended:
-            with contextlib.suppress(ProcessLookupError, PermissionError):  # it has just ended
-                os.killpg(self._process.pid, signal.SIGKILL)  # the shell may be gone, the agent is not
+            with contextlib.suppress(ProcessLookupError, PermissionError):  # the group has just ended
+                os.killpg(self._process.pid, signal.SIGKILL)  # the shell may have ended before the agent
         self._process.kill()
         self._process.wait()
         self._reader.join(PATIENCE)
@@ -182,7 +182,7 @@ class AgentProcess:
 
 
 def kill_all():
-    """No other can be started from here on."""
+    """Kills all agents. No other can start afterwards."""
     _over.set()
     with _running_lock:
         agents = list(_running)

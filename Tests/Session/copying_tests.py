@@ -1,4 +1,4 @@
-"""What another application copies, and what the agent says of it."""
+"""Tests what the agent reports when another application copies."""
 
 import pathlib
 
@@ -8,7 +8,7 @@ from session_case import MARKER_TYPE, SessionCase, files_event, text_event
 LARGEST_TEXT = 4 * 1024 * 1024  # bytes
 TEXT_IGNORED = {"event": "log", "level": "warning", "message": "Texte presse-papiers ignoré (>4 Mio)"}
 
-# The two ways to write é, and what means something in an address.
+# The names cover both Unicode forms of é and the characters that are special in a URL.
 FILE_NAMES = ("two words.txt", "composed-\u00e9.txt", "decomposed-e\u0301.txt", "100%25.txt", "a#b?c&d.txt",
               "\U0001f600 'quoted'.txt")
 
@@ -73,8 +73,7 @@ class FileTests(SessionCase):
 
 
 class ExportTests(SessionCase):
-    """Each has an agent that has not exported before: where an export has just been at work, a content may be
-    announced twice."""
+    """Each test exports once, because the agent may announce a content twice right after another export."""
 
     def setUp(self):
         super().setUp()

@@ -9,7 +9,7 @@ def _chunk(kind, data):
 
 
 def make_png(width, height, rows=None):
-    """A picture in red, green and blue; `rows`, where it is given, is what is said to be its pixels."""
+    """Makes an RGB picture. `rows` replaces the pixel data and need not match the size."""
     if rows is None:
         rows = b"".join(
             b"\0" + bytes(value for x in range(width) for value in (x % 256, y % 256, (x * y) % 256))

@@ -1,4 +1,4 @@
-"""Where a run of the tests takes place, and what differs there."""
+"""The environments in which the tests run, and their differences."""
 
 import contextlib
 import os
@@ -11,19 +11,19 @@ import tempfile
 import time
 import unicodedata
 
-PATIENCE = 60  # seconds, far beyond what a busy machine needs
+PATIENCE = 60  # seconds; a busy machine needs far less
 
-# What the user's own desktop says must not reach the programs.
+# The programs must not see the user's own desktop.
 _DESKTOP_VARIABLES = ("DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_BUS_ADDRESS")
 
 
 class Place:
-    """`directory` is for the tests' files, `temporary_directory` is where programs put theirs, `environment` is
-    the programs', and `counted_once` says whether a new content moves the change count in one step for whoever
-    watches: elsewhere the cleared pasteboard may be seen before the content."""
+    """The tests put their files into `directory`. The programs run with `environment` and put their files into
+    `temporary_directory`. `counted_once` says whether a copy appears as one change; elsewhere the agent may see the
+    cleared pasteboard before the content."""
 
     counted_once = True
-    html_mark = b"\xef\xbb\xbf"  # what stands on the pasteboard before the HTML that the agent wrote
+    html_mark = b"\xef\xbb\xbf"  # precedes the HTML that the agent writes
 
     def __init__(self, directory):
         self.directory = directory
@@ -39,12 +39,12 @@ class Place:
 
     @staticmethod
     def written_paths(paths):
-        """What the paths are on the pasteboard, when the agent has written them."""
+        """Returns the paths in the form in which they are compared after the agent has written them."""
         return paths
 
 
 class X11(Place):
-    html_mark = b""  # there, browsers would take it for a character
+    html_mark = b""  # browsers on X11 would show it as a character
 
     def __init__(self, directory, display):
         super().__init__(directory)
@@ -62,7 +62,7 @@ class Mac(Place):
 
     @staticmethod
     def written_paths(paths):
-        """The system may take accents apart in the names that it is given: the files are the same ones."""
+        """macOS may decompose accents in file names; the names still denote the same files."""
         return [unicodedata.normalize("NFC", path) for path in paths]
 
 
@@ -79,9 +79,9 @@ def _first_line(descriptor):
 
 @contextlib.contextmanager
 def _x_server():
-    """The display of a server that nobody sees."""
+    """Starts an invisible X server and gives its display."""
     reading, writing = os.pipe()
-    # Should this process be killed, its server goes too.
+    # If this process is killed, the server ends too.
     server = subprocess.Popen(
         ["setpriv", "--pdeathsig", "TERM", "Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24",
          "-nolisten", "tcp", "-noreset"],
@@ -91,13 +91,13 @@ def _x_server():
         yield ":" + _first_line(reading)
     finally:
         os.close(reading)
-        server.terminate()  # and not killed: it removes its files
+        server.terminate()  # SIGTERM lets it remove its files
         server.wait(PATIENCE)
 
 
 @contextlib.contextmanager
 def _directory():
-    # The path as the system resolves it, which is what other programs may make of it.
+    # Other programs may resolve links in paths, so the tests use the resolved path.
     directory = pathlib.Path(tempfile.mkdtemp(prefix="session-test-")).resolve()
     try:
         yield directory

@@ -1,4 +1,4 @@
-"""What the tests have in common: an agent on a pasteboard of its own, and the other application there."""
+"""The base of all tests: an agent on a pasteboard of its own, and another application on that pasteboard."""
 
 import base64
 import os
@@ -14,10 +14,10 @@ from agent_process import AgentProcess, compact, shortened
 from places import PATIENCE
 
 MARKER_TYPE = "com.corvelle.tavelbridge.clipboard-origin-v1"
-TWO_LOOKS = 0.22  # seconds in which the agent looks at the pasteboard twice
-MISSED = 20  # seconds after which a content that was announced is not going to be described
+TWO_LOOKS = 0.22  # seconds; the agent polls twice in that time
+MISSED = 20  # seconds; a content announced so long ago will not be described any more
 
-# How many in a run may be necessary, by chance.
+# Limits how many copies a run may repeat because of the race in `described`.
 second_copies = threading.Semaphore(3)
 
 
@@ -35,10 +35,10 @@ def files_event(paths):
 
 
 class SessionCase(unittest.TestCase):
-    # Set before the tests run.
+    # session-test sets these before the tests run.
     agent_program = tool_program = place = None
 
-    # While a test looks which directory comes with its agent, no other may launch one.
+    # A test finds its agent's directory by comparing before and after, so only one agent starts at a time.
     launching = threading.Lock()
 
     def setUp(self):
@@ -55,13 +55,13 @@ class SessionCase(unittest.TestCase):
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=PATIENCE, env=self.place.environment)
 
     def tool(self, *arguments, content=b""):
-        """What it prints."""
+        """Runs the other application and returns its output."""
         result = self.run_tool(*arguments, content=content)
         self.assertEqual(result.returncode, 0, (arguments, result.stderr))
         return result.stdout
 
     def clear(self):
-        """Nothing is left in the server, nor in a process in the background."""
+        """Removes the content from the server and ends the background process that owns it."""
         self.run_tool("clear")
 
     def copy(self, *arguments, content=b""):
@@ -94,7 +94,7 @@ class SessionCase(unittest.TestCase):
         self.addCleanup(self.agent.kill)
 
     def start(self, below_shell=False):
-        """`sequence` is the last one that the agent told, from here on."""
+        """Starts the agent. From now on `sequence` is the last sequence that the agent reported."""
         with self.launching:
             before = self.place.export_directories()
             self.launch(*([] if below_shell else ["--parent-pid", str(os.getpid())]), below_shell=below_shell)
@@ -105,18 +105,18 @@ class SessionCase(unittest.TestCase):
         self.addCleanup(self.remove_exports)
 
     def remove_exports(self):
-        """Which the agent has done, if all went well."""
+        """Cleans up after a failed test; an agent that ends normally removes its own directory."""
         self.agent.kill()
         shutil.rmtree(self.export_directory, ignore_errors=True)
 
     def request(self, command, **fields):
-        """The reply, which has to be a success."""
+        """Sends a command that must succeed and returns its reply."""
         reply = self.agent.request(command, **fields)
         self.assertTrue(reply["ok"], f"{command}: {reply['reason']}")
         return reply
 
     def write(self, command, **fields):
-        """Writes, and takes note of the sequence, which moves."""
+        """Sends a writing command and stores its sequence, which must be a later one."""
         sequence = self.request(command, **fields)["sequence"]
         self.assertGreater(sequence, self.sequence)
         self.sequence = sequence
@@ -127,7 +127,7 @@ class SessionCase(unittest.TestCase):
         self.assertEqual((reply["ok"], reply["reason"], reply["sequence"]), wanted, shortened(str(fields)))
 
     def expect_silence(self):
-        """Nothing is said now, nor when the agent has looked at the pasteboard twice; and it has not changed."""
+        """The agent must send nothing for two polls, and the sequence must not move."""
         self.assertIsNone(self.agent.said_within(TWO_LOOKS))
         self.assertEqual(self.request("ping")["sequence"], self.sequence)
         self.assertIsNone(self.agent.said_within(0))
@@ -137,11 +137,11 @@ class SessionCase(unittest.TestCase):
         self.assertTrue(actual == wanted, f"{shortened(actual)} instead of {shortened(wanted)}")
 
     def described(self, marker=""):
-        """The event that follows the announcement of what was copied, without its sequence and marker."""
+        """Returns the event after the announcement of a copy, without its sequence and marker."""
         announcement = self.agent.event()
         following = self.agent.event_within(PATIENCE if self.place.counted_once else MISSED)
         if not self.place.counted_once and (following is None or following.get("kind") == "unsupported"):
-            # The agent looked when the pasteboard was cleared, and the content was not there yet.
+            # The agent polled after the clearing and before the content.
             self.expect_announcement(announcement, announcement.get("marker") and marker)
             announcement = following or self.copied_again()
             following = self.agent.event_within(PATIENCE)
@@ -153,15 +153,15 @@ class SessionCase(unittest.TestCase):
         return following
 
     def copied_again(self):
-        """The announcement of what is copied once more. Where a content that follows the clearing does not move
-        the change count, the agent does not see it."""
+        """Copies the same again and returns the announcement. The agent misses a content that follows the clearing
+        without moving the change count."""
         self.assertTrue(second_copies.acquire(blocking=False), "one more copy that is announced, but not described")
         print(f"note   {self.id()}: the agent saw only the clearing before a copy; copied again", flush=True)
         self.tool(*self.copied[0], content=self.copied[1])
         return self.agent.event()
 
     def expect_announcement(self, event, marker):
-        """Takes note of the sequence, which has to be a new one."""
+        """Stores the sequence, which must be a new one."""
         self.assertIs(type(event.get("sequence")), int, shortened(compact(event)))
         self.assertGreater(event["sequence"], self.sequence)
         self.sequence = event["sequence"]
@@ -169,12 +169,12 @@ class SessionCase(unittest.TestCase):
             event, {"event": "change", "kind": "unsupported", "marker": marker, "sequence": self.sequence})
 
     def expect_described(self, expected, marker=""):
-        """The new content is announced, then described so; then there is silence."""
+        """The agent must announce the new content, describe it as expected, and then send nothing."""
         self.expect_same(self.described(marker), expected)
         self.expect_silence()
 
     def exported(self, kind, marker=""):
-        """The files of the new content, in the order in which they are named."""
+        """Returns the exported files of the new content, in the event's order."""
         event = self.described(marker)
         paths = event.pop("paths", [])
         self.expect_same(event, {"event": "change", "kind": kind})
@@ -185,8 +185,8 @@ class SessionCase(unittest.TestCase):
         return [pathlib.Path(path) for path in paths]
 
     def discard(self):
-        """Discards the new content, and returns what the agent described of it before, in one event: a look may
-        have come before the command."""
+        """Discards the new content. Returns the event that described it, as a list: a poll may have come before the
+        command."""
         sequence = self.request("discard_pending")["sequence"]
         self.assertGreater(sequence, self.sequence)
         events = self.agent.set_aside()
@@ -206,7 +206,7 @@ class SessionCase(unittest.TestCase):
         self.assertEqual(oct(directory.lstat().st_mode), oct(0o040700), directory)
 
     def expect_gone(self):
-        """The agent has ended as it should, and left nothing."""
+        """The agent must have ended normally and removed its directory."""
         self.agent.expect_end()
         self.assertFalse(self.export_directory.exists(), "the agent's directory is still there")
 

@@ -1,4 +1,4 @@
-"""What the agent answers and how it ends."""
+"""Tests the agent's replies and its end."""
 
 from session_case import SessionCase, text_event
 
@@ -36,7 +36,7 @@ class CommandTests(SessionCase):
                      b'{"command":"ping","request_id":1,"x":"\\ud800"}',
                      b'{"command":"ping","request_id":1,"x":' + b"[" * 512 + b"]" * 512 + b"}"):
             self.agent.send(line + b"\n" + ping_line(2).encode())
-            self.agent.reply(2)  # and not to 1
+            self.agent.reply(2)  # request 1 gets no reply
         self.quit()
 
     def test_lines_are_read_as_documented(self):

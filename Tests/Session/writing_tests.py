@@ -1,4 +1,4 @@
-"""What the agent writes, and what another application finds."""
+"""Tests what another application finds after the agent has written."""
 
 from copying_tests import FILE_NAMES, LARGEST_TEXT
 from pictures import make_png
@@ -12,7 +12,7 @@ INVALID_HISTORY_IMAGE = "Image historique invalide"
 INVALID_TEXT = "Texte clipboard invalide"
 UNKNOWN_FORMAT = "Format clipboard inconnu"
 
-# It says that it has more pixels than a picture may.
+# Its header states more pixels than the agent allows.
 HUGE_PICTURE = make_png(60_000, 60_000, b"")
 
 
@@ -33,7 +33,7 @@ class WritingCase(SessionCase):
         self.assertEqual(self.place.written_paths(found), self.place.written_paths(wanted))
 
     def expect_not_reported(self):
-        """Nor is what comes later taken for what was written."""
+        """The agent must not report its own write, but must report the next copy."""
         self.expect_silence()
         self.copy_text("copied later")
         self.expect_described(text_event("copied later"))
@@ -123,7 +123,7 @@ class WritingTests(WritingCase):
 
 
 class RefusalTests(WritingCase):
-    """The content that is there, and its change count, stay as they are."""
+    """A refusal must keep the content and its change count."""
 
     def setUp(self):
         super().setUp()
