@@ -45,12 +45,12 @@ GdkAtom atom(const std::string& name) {
     throw std::runtime_error(what + ": " + reason);
 }
 
-/// What a request for a target gets: the target's group says which of these.
+/// The kind of data that a target delivers. Each target carries its kind as GTK's "info" value.
 enum Group : guint { Text, Html, Files, Raw };
 
 struct Offer {
     std::string text;
-    std::string bytes; // of HTML, or of a type of its own
+    std::string bytes; // HTML, or data of the peer's own type
     std::vector<std::string> paths;
 };
 
@@ -90,7 +90,8 @@ gboolean inputIsReadable(gint /*descriptor*/, GIOCondition /*condition*/, gpoint
 class GtkPeer : public Peer {
 public:
     GtkPeer() {
-        setenv("NO_AT_BRIDGE", "1", 1); // there may be no bus, and nobody needs to see this program
+        setenv("NO_AT_BRIDGE", "1",
+               1); // there may be no bus, and nobody needs this program's accessibility tree
         gdk_set_allowed_backends("x11");
         if (!gtk_init_check(nullptr, nullptr))
             throw std::runtime_error("Cannot open the display.");
@@ -202,14 +203,14 @@ private:
             throw std::runtime_error("The clipboard cannot be owned.");
     }
 
-    /// What sets text and pictures says nothing about success.
+    /// GTK's functions that set text and pictures report no failure, so this checks the owner.
     static void requireOwnership() {
         if (gdk_selection_owner_get(GDK_SELECTION_CLIPBOARD) == nullptr)
             throw std::runtime_error("The clipboard cannot be owned.");
     }
 
-    GtkClipboard* clipboard_ = nullptr; // GTK's
-    Offer offer_;                       // what the clipboard's function refers to
+    GtkClipboard* clipboard_ = nullptr; // owned by GTK
+    Offer offer_;                       // the clipboard's callback reads it
 };
 
 } // namespace

@@ -27,9 +27,9 @@ struct Misuse : std::runtime_error {
 
 struct Command {
     std::string_view name;
-    std::string_view parameters; // "..." behind the last: one or more of it
+    std::string_view parameters; // "..." after the last: one or more values
     std::size_t parameterCount;
-    std::function<bool(Peer&, const Arguments&)> run; // false: there is nothing to paste
+    std::function<bool(Peer&, const Arguments&)> run; // returns false if there is nothing to paste
 };
 
 std::string contentOf(const std::string& path) {
@@ -52,7 +52,7 @@ std::vector<std::string> absolute(const Arguments& paths) {
     return result;
 }
 
-/// The command for copying: announces the ownership and serves.
+/// Ends every copy command: announces the ownership and serves requestors without a time limit.
 bool serve(Peer& peer) {
     alarm(0);
     std::cout << "ready" << std::endl;

@@ -130,7 +130,7 @@ public:
 
 private:
     void offer(std::unique_ptr<QMimeData> data) {
-        clipboard_->setMimeData(data.release()); // which takes it over
+        clipboard_->setMimeData(data.release()); // takes ownership
         requireOwnership();
     }
 
@@ -139,12 +139,12 @@ private:
             throw std::runtime_error("The clipboard cannot be owned.");
     }
 
-    // Qt keeps references to these two.
+    // QGuiApplication keeps references to these two.
     int argumentCount_ = 1;
     char name_[8] = "qt-peer";
     char* arguments_[2] = {name_, nullptr};
     std::unique_ptr<QGuiApplication> application_;
-    QClipboard* clipboard_ = nullptr; // the application's
+    QClipboard* clipboard_ = nullptr; // owned by the application
 };
 
 } // namespace
