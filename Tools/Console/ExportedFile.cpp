@@ -15,10 +15,10 @@ namespace tavel {
 
 namespace {
 
-/// Nearly every picture tells its size within this many bytes.
+/// Nearly every picture has its size in pixels within this many bytes.
 constexpr std::size_t beginningBytes = std::size_t{64} * 1024;
 
-/// Some TIFF files tell the size at their end.
+/// Some TIFF files have the size in pixels at their end.
 constexpr std::size_t wholeBytes = maximumBytes(FormatKind::picture);
 
 std::optional<ImageHeader> readHeader(const std::string& path, std::size_t longest) {

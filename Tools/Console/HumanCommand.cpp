@@ -20,10 +20,10 @@ namespace tavel {
 
 namespace {
 
-/// More than the agent accepts, so that the user sees the agent refuse, but a size that memory can hold.
+/// Above the agent's limit, so that the user sees the agent's refusal, and still small enough for memory.
 constexpr std::size_t largestImageData = std::size_t{256} * 1024 * 1024;
 
-/// The origin marker of what the console writes; other agents report it with the change.
+/// The origin marker of the console's writes. Other agents report it with the change.
 constexpr std::string_view consoleMarker = "tavel-console";
 
 /// `Agent::send` sets the number.
@@ -72,7 +72,7 @@ using Paths = std::vector<std::string>;
 struct PathsCommand {
     std::string_view usage;
     std::size_t maximumPaths;
-    Wish (*wishFor)(const Paths& paths); // the paths are absolute
+    Wish (*wishFor)(const Paths& paths); // takes absolute paths
 };
 
 constexpr std::size_t anyNumber = std::string_view::npos;
@@ -106,7 +106,7 @@ Wish requestForPaths(std::string_view kind, const Paths& paths) {
                                                                 std::string(consoleMarker), std::nullopt}};
 }
 
-/// Checks first that the files can be read: the agent would not say why it cannot read one.
+/// Opens each file first, because the agent's refusal would not say why a file is unreadable.
 Wish requestForContents(std::string_view kind, const Paths& paths) {
     try {
         for (const std::string& path : paths)
@@ -155,7 +155,7 @@ Wish readImageData(std::string_view rest, const Places& places) {
 }
 
 Wish readText(std::string_view rest, const Places&) {
-    // Further blanks behind the separating one belong to the text.
+    // All blanks after the first, which separates, belong to the text.
     if (rest.size() <= 1)
         return wish::Mistake{"Usage: text TEXT"};
     return wish::Request{
@@ -212,7 +212,7 @@ std::filesystem::path currentDirectory() {
     return error ? std::filesystem::path("/") : directory;
 }
 
-/// The names of all formats, as lines of the help text that continue a sentence.
+/// The names of all formats, wrapped into lines of the help text.
 std::string formatNamesHelp() {
     constexpr std::size_t column = 17; // where the explanations of commands begin
     constexpr std::size_t longestLine = 92;

@@ -9,21 +9,21 @@
 
 namespace tavel {
 
-/// What a typed line asks for.
+/// The possible results of reading a typed line.
 namespace wish {
 
 struct Nothing {};
 
 struct Help {};
 
-/// The line cannot be carried out. `explanation` says why and how to write it.
+/// The line is invalid. `explanation` tells the user why, and the correct form.
 struct Mistake {
     std::string explanation;
 };
 
-/// A command for the agent, still without its number.
+/// A command for the agent. `Agent::send` sets its request number.
 struct Request {
-    std::string name; // the word that was typed
+    std::string name; // the command's word as the user typed it
     ClipboardCommand command;
 };
 
@@ -31,7 +31,7 @@ struct Request {
 
 using Wish = std::variant<wish::Nothing, wish::Help, wish::Mistake, wish::Request>;
 
-/// Where relative paths in a line start.
+/// The directories to which "~" and relative paths in a line refer.
 struct Places {
     std::filesystem::path workingDirectory;
     std::filesystem::path homeDirectory;
@@ -41,7 +41,7 @@ struct Places {
 
 Wish readHumanCommand(std::string_view line, const Places& places);
 
-/// The answer to `help`.
+/// The text that `help` prints.
 std::string humanCommandHelp();
 
 } // namespace tavel
