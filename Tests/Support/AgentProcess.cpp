@@ -218,10 +218,10 @@ std::vector<nlohmann::json> AgentProcess::remainingMessages() {
     return messages;
 }
 
-/// False if nothing came. The end of the output counts as coming.
-bool AgentProcess::readOutput(std::chrono::milliseconds patience) {
+/// Returns false at the time-out. The end of the output counts as output.
+bool AgentProcess::readOutput(std::chrono::milliseconds timeOut) {
     pollfd readable{output_.number(), POLLIN, 0};
-    if (poll(&readable, 1, static_cast<int>(patience.count())) <= 0)
+    if (poll(&readable, 1, static_cast<int>(timeOut.count())) <= 0)
         return false;
     const std::size_t before = received_.size();
     received_.resize(before + readSize_);

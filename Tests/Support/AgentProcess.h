@@ -114,7 +114,7 @@ private:
 
     static Pipe makePipe();
     void spawn(const Options& options, int input, int output);
-    bool readOutput(std::chrono::milliseconds patience);
+    bool readOutput(std::chrono::milliseconds timeOut);
     std::optional<std::string> takeLine();
     std::string errorOutput() const;
 

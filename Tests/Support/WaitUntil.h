@@ -6,10 +6,10 @@
 
 namespace tavel {
 
-/// Waits until `condition` holds, which is asked again and again. Throws when it does not within `patience`.
+/// Polls `condition` until it holds. Throws std::runtime_error if it does not hold within `limit`.
 template <typename Condition>
-void waitUntil(Condition condition, std::chrono::milliseconds patience) {
-    const auto end = std::chrono::steady_clock::now() + patience;
+void waitUntil(Condition condition, std::chrono::milliseconds limit) {
+    const auto end = std::chrono::steady_clock::now() + limit;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > end)
             throw std::runtime_error("What was waited for did not happen.");

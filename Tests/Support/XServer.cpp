@@ -89,9 +89,9 @@ void XServer::readDisplay(int numberPipe) {
     std::string number;
     for (char character = '\0'; character != '\n'; number += character) {
         pollfd readable{numberPipe, POLLIN, 0};
-        const auto patience =
+        const auto remaining =
             std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-        if (poll(&readable, 1, static_cast<int>(std::max<std::int64_t>(patience.count(), 0))) == 0)
+        if (poll(&readable, 1, static_cast<int>(std::max<std::int64_t>(remaining.count(), 0))) == 0)
             throw std::runtime_error("Xvfb does not start within " + std::to_string(deadline.count()) +
                                      " s.");
         if (read(numberPipe, &character, 1) != 1)

@@ -18,7 +18,7 @@ namespace tavel {
 
 namespace {
 
-constexpr std::chrono::seconds patience{30};
+constexpr std::chrono::seconds busTimeOut{30};
 
 /// Returns null without a bus at that address.
 GioPointer<GDBusConnection> tryToConnect(const std::string& address) {
@@ -86,7 +86,7 @@ void killAndAwait(pid_t process) {
     if (process <= 0)
         return;
     kill(process, SIGKILL);
-    waitUntil([process] { return hasEnded(process); }, patience);
+    waitUntil([process] { return hasEnded(process); }, busTimeOut);
 }
 
 } // namespace
@@ -95,7 +95,7 @@ GioPointer<GVariant> callOnBus(GDBusConnection* connection, const char* program,
                                const char* interface, const char* method, GVariant* arguments) {
     GioPointer<GVariant> reply(g_dbus_connection_call_sync(
         connection, program, path, interface, method, arguments, nullptr, G_DBUS_CALL_FLAGS_NONE,
-        static_cast<int>(std::chrono::milliseconds(patience).count()), nullptr, nullptr));
+        static_cast<int>(std::chrono::milliseconds(busTimeOut).count()), nullptr, nullptr));
     if (reply == nullptr)
         throw std::runtime_error(std::string("No reply to ") + method);
     return reply;
@@ -109,7 +109,7 @@ TestAccessibilityBus::TestAccessibilityBus(const std::filesystem::path& runtimeD
                       "--address=" + sessionAddress_},
                      {"DISPLAY=" + display, "XDG_RUNTIME_DIR=" + runtimeDirectory.string(),
                       "HOME=" + runtimeDirectory.string(), "PATH=/usr/bin:/bin", "GSETTINGS_BACKEND=memory"});
-    waitUntil([&] { return tryToConnect(sessionAddress_) != nullptr; }, patience);
+    waitUntil([&] { return tryToConnect(sessionAddress_) != nullptr; }, busTimeOut);
     start();
 }
 

@@ -12,10 +12,10 @@ namespace {
 /// A program that has lost the focus tells so just before another one tells that it has it.
 constexpr std::chrono::milliseconds settling{100};
 
-constexpr std::chrono::milliseconds farewellPatience{100};
+constexpr std::chrono::milliseconds farewellTimeOut{100};
 
-/// The bus may first have to be started.
-constexpr std::chrono::milliseconds addressPatience{600};
+/// Long enough for the bus to start first.
+constexpr std::chrono::milliseconds addressTimeOut{600};
 
 /// How often the focus may move while it is asked for.
 constexpr int mostRounds = 3;
@@ -29,7 +29,7 @@ std::unique_ptr<BusConnection> openAccessibilityBus(BusConnection::Clock::time_p
         return nullptr;
     const auto reply =
         sessionBus->call({"org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus"}, "GetAddress", nullptr, "(s)",
-                         std::min(end, BusConnection::Clock::now() + addressPatience));
+                         std::min(end, BusConnection::Clock::now() + addressTimeOut));
     if (reply == nullptr)
         return nullptr;
     const char* address = nullptr;
@@ -57,12 +57,12 @@ AccessibilityFocus::AccessibilityFocus(std::unique_ptr<BusConnection> bus, std::
 
 AccessibilityFocus::~AccessibilityFocus() {
     reminder_->end();
-    listener_.finish(Clock::now() + farewellPatience);
+    listener_.finish(Clock::now() + farewellTimeOut);
 }
 
 std::optional<std::uint32_t> AccessibilityFocus::focusedRole(std::int32_t process, Clock::time_point end,
-                                                             Clock::duration patience) {
-    const auto callEnd = [&] { return std::min(end, Clock::now() + patience); };
+                                                             Clock::duration callTimeOut) {
+    const auto callEnd = [&] { return std::min(end, Clock::now() + callTimeOut); };
     for (int round = 0; round < mostRounds; ++round) {
         const auto element = cache_->current();
         if (!element || !belongsTo(*element, process, callEnd()))

@@ -34,11 +34,11 @@ public:
     void search(std::int32_t process, Clock::time_point end) { searcher_.search(process, end); }
     void searchInBackground(std::int32_t process) { searcher_.request(process); }
 
-    /// The role of the focused element, by its number (AT-SPI, AtspiRole), if it is an element of that
-    /// process. Nothing without an answer. No call waits longer than `patience`, and nothing longer than
-    /// until `end`.
+    /// The role of the focused element (the number of an AtspiRole of AT-SPI), if the element belongs to that
+    /// process. nullopt if it does not, or without an answer. `callTimeOut` limits each call, and the
+    /// deadline `end` limits the whole query.
     std::optional<std::uint32_t> focusedRole(std::int32_t process, Clock::time_point end,
-                                             Clock::duration patience);
+                                             Clock::duration callTimeOut);
 
 private:
     AccessibilityFocus(std::unique_ptr<BusConnection> bus, std::function<void()> settled);

@@ -18,8 +18,9 @@ using Elements = std::vector<AccessibleElement>;
 constexpr unsigned int activeState = 1;
 constexpr unsigned int focusedState = 12;
 
-/// Of a walk: a program that does not answer at once is in no state to be looked through element by element.
-constexpr std::chrono::milliseconds callPatience{100};
+/// Limits each call of a walk. A program that does not answer at once is too busy for a walk over its
+/// elements.
+constexpr std::chrono::milliseconds callTimeOut{100};
 
 /// More than any file manager shows; a program could make them up without end.
 constexpr std::size_t mostElements = 4000;
@@ -37,7 +38,7 @@ public:
 
 private:
     bool isOver() const { return stop_.stop_requested() || Clock::now() >= end_; }
-    Clock::time_point walkCallEnd() const { return std::min(end_, Clock::now() + callPatience); }
+    Clock::time_point walkCallEnd() const { return std::min(end_, Clock::now() + callTimeOut); }
 
     GioPointer<GVariant> ask(const AccessibleElement& element, const char* interface, const char* method,
                              GVariant* arguments, const char* replyType, Clock::time_point end) const;

@@ -10,10 +10,10 @@ namespace tavel {
 
 namespace {
 
-/// Nothing waits for the search, but a result that took longer is probably out of date.
-constexpr std::chrono::seconds searchPatience{1};
+/// Nothing waits for a search in the background, but a later result is probably out of date.
+constexpr std::chrono::seconds searchTimeOut{1};
 
-constexpr std::chrono::milliseconds processPatience{40};
+constexpr std::chrono::milliseconds processTimeOut{40};
 
 } // namespace
 
@@ -34,7 +34,7 @@ void FocusSearcher::run(const std::stop_token& stop) {
                 return;
             process = std::exchange(request_, std::nullopt);
         }
-        search(*process, BusConnection::Clock::now() + searchPatience, stop);
+        search(*process, BusConnection::Clock::now() + searchTimeOut, stop);
     }
 }
 
@@ -43,7 +43,7 @@ void FocusSearcher::search(std::int32_t process, BusConnection::Clock::time_poin
     using Clock = BusConnection::Clock;
     const std::uint64_t newsCount = cache_->newsCount();
     const auto known = cache_->current();
-    if (known && bus_.processOf(known->program, std::min(end, Clock::now() + processPatience)) == process)
+    if (known && bus_.processOf(known->program, std::min(end, Clock::now() + processTimeOut)) == process)
         return;
     if (auto element = searchFocus(bus_, process, end, stop))
         cache_->found(std::move(*element), newsCount);

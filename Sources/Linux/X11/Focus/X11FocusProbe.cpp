@@ -9,17 +9,17 @@ namespace {
 
 using Clock = AccessibilityFocus::Clock;
 
-/// Together less than the second that following may take.
-constexpr std::chrono::milliseconds connectingPatience{700};
-constexpr std::chrono::milliseconds searchPatience{200};
+/// Together they stay below one second, the limit for switching the probe on.
+constexpr std::chrono::milliseconds connectingTimeOut{700};
+constexpr std::chrono::milliseconds searchTimeOut{200};
 
-/// Two questions, while a key waits.
-constexpr std::chrono::milliseconds callPatience{40};
-constexpr std::chrono::milliseconds rolePatience{80};
+/// For a pending key decision: the time-out of each of two calls, and of both together.
+constexpr std::chrono::milliseconds callTimeOut{40};
+constexpr std::chrono::milliseconds roleTimeOut{80};
 
-/// While none does. A file manager to which the focus has just come back, or which sees a new clipboard,
-/// draws and looks at that first; without an answer, what the user has named would not be pasted.
-constexpr std::chrono::milliseconds unhurriedPatience{500};
+/// For a query without a pending key decision. A file manager that has just got the focus back, or sees a new
+/// clipboard, answers only after its own work. Without an answer the named file would not be pasted.
+constexpr std::chrono::milliseconds unhurriedTimeOut{500};
 
 /// Process numbers come and go; those behind that many are not waited for any more.
 constexpr std::size_t mostSeenWindows = 64;
@@ -41,10 +41,10 @@ void X11FocusProbe::follow(bool on) {
     focus_.reset();
     if (!on)
         return;
-    focus_ = AccessibilityFocus::open([this] { lookForUntoldFocus(); }, Clock::now() + connectingPatience);
+    focus_ = AccessibilityFocus::open([this] { lookForUntoldFocus(); }, Clock::now() + connectingTimeOut);
     const auto active = activeWindow_.read();
     if (focus_ != nullptr && active && isFileManagerClass(active->className)) {
-        focus_->search(active->processIdentifier, Clock::now() + searchPatience);
+        focus_->search(active->processIdentifier, Clock::now() + searchTimeOut);
         // A file manager that is still busy with its start answers later, and should before the first key.
         focus_->searchInBackground(active->processIdentifier);
     }
@@ -74,20 +74,20 @@ std::optional<std::string> X11FocusProbe::focusedRole(std::int32_t processIdenti
 }
 
 std::optional<std::uint32_t> X11FocusProbe::hurriedRole(std::int32_t processIdentifier) {
-    const auto end = deadline_.limit(Clock::now() + rolePatience);
-    const auto role = focus_->focusedRole(processIdentifier, end, callPatience);
+    const auto end = deadline_.limit(Clock::now() + roleTimeOut);
+    const auto role = focus_->focusedRole(processIdentifier, end, callTimeOut);
     if (!role)
         focus_->searchInBackground(processIdentifier); // for the next time
     return role;
 }
 
 std::optional<std::uint32_t> X11FocusProbe::unhurriedRole(std::int32_t processIdentifier) {
-    const auto end = Clock::now() + unhurriedPatience;
-    if (const auto role = focus_->focusedRole(processIdentifier, end, unhurriedPatience))
+    const auto end = Clock::now() + unhurriedTimeOut;
+    if (const auto role = focus_->focusedRole(processIdentifier, end, unhurriedTimeOut))
         return role;
     // A program that has just come to the front may not have told yet.
     focus_->search(processIdentifier, end);
-    return focus_->focusedRole(processIdentifier, end, unhurriedPatience);
+    return focus_->focusedRole(processIdentifier, end, unhurriedTimeOut);
 }
 
 void X11FocusProbe::activate(std::int32_t processIdentifier) {
