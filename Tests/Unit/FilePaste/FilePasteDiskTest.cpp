@@ -1,5 +1,5 @@
 #include "Tests/Unit/FilePaste/FilePasteFixture.h"
-#include "Tests/Unit/Fixtures/ChildProcess.h"
+#include "Tests/Unit/Fixtures/ForkedFunction.h"
 #include "Tests/Unit/Fixtures/OwnMounts.h"
 #include "Tests/Unit/Support/WritingPrivateFile.h"
 

@@ -1,7 +1,7 @@
 #include "Support/FileUrl.h"
 #include "Support/ScopeExit.h"
 #include "Tests/Unit/FilePaste/FilePasteFixture.h"
-#include "Tests/Unit/Fixtures/ChildProcess.h"
+#include "Tests/Unit/Fixtures/ForkedFunction.h"
 #include "Tests/Unit/Fixtures/Random.h"
 #include "Tests/Unit/Support/WritingPrivateFile.h"
 

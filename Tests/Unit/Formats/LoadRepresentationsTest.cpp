@@ -3,7 +3,7 @@
 #include "Support/Error.h"
 #include "Support/ScopeExit.h"
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
-#include "Tests/Unit/Fixtures/ChildProcess.h"
+#include "Tests/Unit/Fixtures/ForkedFunction.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
 
 #include <gtest/gtest.h>

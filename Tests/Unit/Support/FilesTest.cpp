@@ -1,7 +1,7 @@
 #include "Support/Files.h"
 
 #include "Support/ScopeExit.h"
-#include "Tests/Unit/Fixtures/ChildProcess.h"
+#include "Tests/Unit/Fixtures/ForkedFunction.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "Tests/Unit/Fixtures/ChildProcess.h"
+#include "Tests/Unit/Fixtures/ForkedFunction.h"
 #include "Tests/Unit/Fixtures/OwnMounts.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
 #include "Tests/Unit/Support/WritingPrivateFile.h"

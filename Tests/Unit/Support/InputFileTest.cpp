@@ -1,7 +1,7 @@
 #include "Support/InputFile.h"
 
 #include "Support/FileError.h"
-#include "Tests/Unit/Fixtures/ChildProcess.h"
+#include "Tests/Unit/Fixtures/ForkedFunction.h"
 #include "Tests/Unit/Fixtures/Random.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
 

@@ -1,6 +1,6 @@
 #include "Support/Process.h"
 
-#include "Tests/Unit/Fixtures/ChildProcess.h"
+#include "Tests/Unit/Fixtures/ForkedFunction.h"
 #include "Tests/Unit/Fixtures/Pipe.h"
 
 #include <fcntl.h>
