@@ -1,10 +1,8 @@
 #include "Tests/Support/TestDirectory.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <fstream>
 #include <system_error>
 
@@ -20,19 +18,8 @@ void createPrivate(const std::filesystem::path& directory) {
 } // namespace
 
 TestDirectory::TestDirectory() {
-    // Without links, so that a test may compare the paths that a program reports.
-    std::string name =
-        std::filesystem::canonical(std::filesystem::temp_directory_path()) / "tavel-test-XXXXXX";
-    if (mkdtemp(name.data()) == nullptr)
-        throw std::system_error(errno, std::generic_category(), name);
-    path_ = name;
     createPrivate(runtimeDirectory());
     createPrivate(temporaryDirectory());
-}
-
-TestDirectory::~TestDirectory() {
-    std::error_code ignored; // a directory that stays behind makes no test wrong
-    std::filesystem::remove_all(path_, ignored);
 }
 
 std::map<std::string, std::optional<std::string>> TestDirectory::environment() const {
@@ -43,7 +30,7 @@ std::map<std::string, std::optional<std::string>> TestDirectory::environment() c
 
 std::filesystem::path TestDirectory::createFile(const std::filesystem::path& name,
                                                 const std::string& content) const {
-    std::filesystem::path file = path_ / name;
+    std::filesystem::path file = path() / name;
     std::filesystem::create_directories(file.parent_path());
     std::ofstream stream(file, std::ios::binary);
     stream.exceptions(std::ios::failbit | std::ios::badbit);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tests/Unit/Fixtures/ScratchDirectory.h"
+
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -12,13 +14,11 @@ namespace tavel {
 class TestDirectory {
 public:
     TestDirectory();
-    ~TestDirectory();
-    TestDirectory(const TestDirectory&) = delete;
-    TestDirectory& operator=(const TestDirectory&) = delete;
 
-    const std::filesystem::path& path() const { return path_; }
-    std::filesystem::path runtimeDirectory() const { return path_ / "runtime"; }     // mode 0700
-    std::filesystem::path temporaryDirectory() const { return path_ / "temporary"; } // mode 0700
+    /// Without links, so that a test may compare the paths that a program reports.
+    const std::filesystem::path& path() const { return directory_.path(); }
+    std::filesystem::path runtimeDirectory() const { return path() / "runtime"; }     // mode 0700
+    std::filesystem::path temporaryDirectory() const { return path() / "temporary"; } // mode 0700
 
     /// Where the programs that get `environment` keep their pasteboards. It may not exist.
     std::filesystem::path pasteboardStore() const { return runtimeDirectory() / "tavel-pasteboard"; }
@@ -32,7 +32,7 @@ public:
                                      const std::string& content = {}) const;
 
 private:
-    std::filesystem::path path_;
+    ScratchDirectory directory_;
 };
 
 } // namespace tavel

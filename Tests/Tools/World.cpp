@@ -1,27 +1,15 @@
 #include "Tests/Tools/World.h"
 
-#include <sys/stat.h>
-
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
-#include <system_error>
 
 namespace tavel {
 
-World::World() {
-    std::string name = (std::filesystem::temp_directory_path() / "tavel-tool-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr)
-        throw std::system_error(errno, std::generic_category(), name);
-    root_ = std::filesystem::canonical(name);
-    directory_ = root_ / "work";
+World::World() : directory_(root_.path() / "work") {
     std::filesystem::create_directory(directory_);
-    std::filesystem::create_directory(temporaryDirectory());
-    const std::filesystem::path runtime = root_ / "run";
-    if (mkdir(runtime.c_str(), 0700) != 0)
-        throw std::system_error(errno, std::generic_category(), runtime.string());
 
-    setVariable("XDG_RUNTIME_DIR", runtime.string());
+    setVariable("XDG_RUNTIME_DIR", root_.runtimeDirectory().string());
     setVariable("TMPDIR", temporaryDirectory().string());
     setVariable("HOME", directory_.string());
     setVariable("PATH", "/usr/bin:/bin");
@@ -32,11 +20,6 @@ World::World() {
     }
     setVariable("LC_ALL", "C.UTF-8");
     setVariable("TERM", "xterm");
-}
-
-World::~World() {
-    std::error_code ignored; // a test that locks files has failed already
-    std::filesystem::remove_all(root_, ignored);
 }
 
 void World::setVariable(const std::string& name, const std::string& value) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tests/Support/TestDirectory.h"
+
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -12,15 +14,12 @@ namespace tavel {
 class World {
 public:
     World();
-    ~World();
-    World(const World&) = delete;
-    World& operator=(const World&) = delete;
 
     /// The working directory of the programs.
     const std::filesystem::path& directory() const { return directory_; }
 
     /// The directory for the programs' temporary files.
-    std::filesystem::path temporaryDirectory() const { return root_ / "tmp"; }
+    std::filesystem::path temporaryDirectory() const { return root_.temporaryDirectory(); }
 
     /// The programs' environment, as "NAME=value".
     const std::vector<std::string>& environment() const { return environment_; }
@@ -34,7 +33,7 @@ public:
     std::string writeScript(const std::string& name, std::string_view lines) const;
 
 private:
-    std::filesystem::path root_;
+    TestDirectory root_;
     std::filesystem::path directory_;
     std::vector<std::string> environment_;
 };
