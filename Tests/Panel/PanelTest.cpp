@@ -63,7 +63,7 @@ void PanelTest::startWindowManager(int left, int bottom) {
     settings.replace(settings.find("<bottom>", place), std::string("<bottom>0").size(),
                      "<bottom>" + std::to_string(bottom));
     const auto file = directory_.createFile("openbox.xml", settings);
-    windowManager_ = std::make_unique<ChildProcess>(std::vector<std::string>{
+    windowManager_ = std::make_unique<TestProcess>(std::vector<std::string>{
         "/bin/sh", "-c", "DISPLAY=$0 HOME=$1 exec openbox --sm-disable --config-file $2 2>/dev/null",
         server_.display(), directory_.path().string(), file.string()});
     waitUntil([&] { return run("xprop -root _NET_SUPPORTING_WM_CHECK").find("0x") != std::string::npos; },
@@ -88,7 +88,7 @@ void PanelTest::startProgram(const std::map<std::string, std::string>& environme
     command.emplace_back(TAVEL_PANEL_PROGRAM);
     if (!panelProgram.empty())
         command.push_back(panelProgram);
-    program_ = std::make_unique<ChildProcess>(command);
+    program_ = std::make_unique<TestProcess>(command);
 }
 
 void PanelTest::killProgram() {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Tests/Store/ChildProcess.h"
 #include "Tests/Support/TestDirectory.h"
+#include "Tests/Support/TestProcess.h"
 #include "Tests/Support/WaitUntil.h"
 #include "Tests/Support/XServer.h"
 
@@ -124,8 +124,8 @@ protected:
 private:
     TestDirectory directory_;
     XServer server_;
-    std::unique_ptr<ChildProcess> windowManager_;
-    std::unique_ptr<ChildProcess> program_;
+    std::unique_ptr<TestProcess> windowManager_;
+    std::unique_ptr<TestProcess> program_;
 };
 
 } // namespace tavel

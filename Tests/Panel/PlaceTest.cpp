@@ -77,7 +77,7 @@ TEST_F(PanelPlace, aWindowManagerDoesNotEndTheProgramForAPanelThatHangs) {
 
 TEST_F(PanelPlace, takesTheFocusFromTheWindowThatHasIt) {
     openPanel();
-    const ChildProcess other(
+    const TestProcess other(
         {"/bin/sh", "-c", "DISPLAY=$0 exec xterm -T other -e cat 2>/dev/null", server().display()});
     const std::string window = windowTitled("other");
     for (int time = 0; time < 2; ++time) {

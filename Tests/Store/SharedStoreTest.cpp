@@ -28,11 +28,11 @@ TEST_F(SharedStore, countsEveryChangeOfTwoProgramsThatWriteAtOnce) {
     constexpr int timesEach = 200;
     const auto first = start({"write", "1", std::to_string(timesEach), "5000"});
     const auto second = start({"write", "2", std::to_string(timesEach), "70000"});
-    for (ChildProcess* const writer : {first.get(), second.get()})
+    for (TestProcess* const writer : {first.get(), second.get()})
         ASSERT_EQ(writer->nextLine(), "ready");
-    for (ChildProcess* const writer : {first.get(), second.get()})
+    for (TestProcess* const writer : {first.get(), second.get()})
         writer->sendLine("go");
-    for (ChildProcess* const writer : {first.get(), second.get()}) {
+    for (TestProcess* const writer : {first.get(), second.get()}) {
         EXPECT_EQ(writer->nextLine(), "done");
         EXPECT_EQ(writer->waitForExit(), 0);
     }
@@ -46,7 +46,7 @@ TEST_F(SharedStore, canBeMadeByProgramsThatStartAtOnce) {
     constexpr int programCount = 8;
     constexpr int rounds = 5;
     for (int round = 0; round < rounds; ++round) {
-        std::vector<std::unique_ptr<ChildProcess>> writers;
+        std::vector<std::unique_ptr<TestProcess>> writers;
         for (int writer = 1; writer <= programCount; ++writer)
             writers.push_back(start({"write", std::to_string(writer), "1", "100"}));
         for (const auto& writer : writers)
@@ -120,7 +120,7 @@ TEST_F(SharedStore, reusesTheSpaceOfContentsThatNobodySees) {
 TEST_F(SharedStore, takesBackTheSpaceThatKilledReadersHeld) {
     Rewriter rewrite(open());
     rewrite(10);
-    std::vector<std::unique_ptr<ChildProcess>> holders;
+    std::vector<std::unique_ptr<TestProcess>> holders;
     for (int index = 0; index < 5; ++index) {
         holders.push_back(start({"hold"}));
         ASSERT_EQ(holders.back()->nextLine(), "holding");

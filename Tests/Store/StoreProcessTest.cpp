@@ -17,10 +17,10 @@ std::unique_ptr<StorePasteboard> StoreProcessTest::open() const {
                                              pasteboardName);
 }
 
-std::unique_ptr<ChildProcess> StoreProcessTest::start(const std::vector<std::string>& role) const {
+std::unique_ptr<TestProcess> StoreProcessTest::start(const std::vector<std::string>& role) const {
     std::vector<std::string> commandLine{TAVEL_PASTEBOARD_WRITER, storeDirectory_, pasteboardName};
     commandLine.insert(commandLine.end(), role.begin(), role.end());
-    return std::make_unique<ChildProcess>(commandLine);
+    return std::make_unique<TestProcess>(commandLine);
 }
 
 std::filesystem::path StoreProcessTest::storeFile() const {

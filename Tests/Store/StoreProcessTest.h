@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Linux/Store/StorePasteboard.h"
-#include "Tests/Store/ChildProcess.h"
 #include "Tests/Store/StampedContent.h"
 #include "Tests/Support/TestDirectory.h"
+#include "Tests/Support/TestProcess.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +27,7 @@ protected:
     std::unique_ptr<StorePasteboard> open() const;
 
     /// Starts another program on the same pasteboard; PasteboardWriter.cpp describes the roles.
-    std::unique_ptr<ChildProcess> start(const std::vector<std::string>& role) const;
+    std::unique_ptr<TestProcess> start(const std::vector<std::string>& role) const;
 
     /// The length of the store's file, and the disk space that it takes.
     std::uint64_t storeBytes() const;

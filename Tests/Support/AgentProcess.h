@@ -1,12 +1,12 @@
 #pragma once
 
+#include "Tests/Support/TestProcess.h"
+
 #include <sys/types.h>
 
 #include <chrono>
 #include <cstddef>
-#include <cstdio>
 #include <map>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -18,11 +18,10 @@ namespace tavel {
 /// The real agent program, run as a child with this process as its parent. Killed with this object, which
 /// also fails the running test if the agent wrote anything to standard error: it never may.
 ///
-/// What waits gives up with an exception after a deadline far beyond what a busy machine needs. Used by one
-/// thread.
+/// Waits as TestProcess does. Used by one thread.
 class AgentProcess {
 public:
-    static constexpr std::chrono::seconds deadline{30};
+    static constexpr std::chrono::seconds deadline = TestProcess::deadline;
 
     struct Options {
         std::vector<std::string> arguments;
@@ -47,19 +46,19 @@ public:
     AgentProcess& operator=(const AgentProcess&) = delete;
 
     /// Of the agent, or of its launcher.
-    pid_t processIdentifier() const { return process_; }
+    pid_t processIdentifier() const { return process_.processIdentifier(); }
 
     /// Writes to the agent's input. Whenever that pipe is full, output is taken in, so that neither side
     /// waits for the other for ever. What an agent that is gone cannot take is lost.
-    void send(std::string_view bytes);
+    void send(std::string_view bytes) { process_.send(bytes); }
 
     /// Writes each byte only when the agent has read the one before.
     void sendByteByByte(std::string_view bytes);
 
-    void closeInput() { input_.close(); }
+    void closeInput() { process_.closeInput(); }
 
     /// Closes this side of the agent's output.
-    void closeOutput() { output_.close(); }
+    void closeOutput() { process_.closeOutput(); }
 
     /// The agent's next line without its line feed; nothing at the end of its output.
     std::optional<std::string> nextLine();
@@ -71,10 +70,10 @@ public:
     std::vector<nlohmann::json> remainingMessages();
 
     /// Reads at most so many bytes of the output at a time, from now on.
-    void setReadSize(std::size_t bytes) { readSize_ = bytes; }
+    void setReadSize(std::size_t bytes) { process_.setReadSize(bytes); }
 
     /// How much output lies in the pipe.
-    int unreadOutputBytes() const;
+    int unreadOutputBytes() const { return process_.unreadOutputBytes(); }
 
     /// Waits until the agent has read its input and each of its threads waits for something.
     void waitUntilIdle();
@@ -83,50 +82,10 @@ public:
     /// if the process ended by itself with the status 0.
     int waitForExit();
 
-    void signal(int number) const;
+    void signal(int number) const { process_.signal(number); }
 
 private:
-    class Descriptor {
-    public:
-        Descriptor() = default;
-        explicit Descriptor(int number) : number_(number) {}
-        ~Descriptor() { close(); }
-        Descriptor(Descriptor&& other) noexcept : number_(other.release()) {}
-        Descriptor& operator=(Descriptor&& other) noexcept;
-
-        int number() const { return number_; }
-        bool isOpen() const { return number_ >= 0; }
-        void close();
-        int release();
-
-    private:
-        int number_ = -1;
-    };
-
-    struct Pipe {
-        Descriptor readEnd;
-        Descriptor writeEnd;
-    };
-
-    struct FileCloser {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-
-    static Pipe makePipe();
-    void spawn(const Options& options, int input, int output);
-    bool readOutput(std::chrono::milliseconds timeOut);
-    std::optional<std::string> takeLine();
-    std::string errorOutput() const;
-
-    Descriptor input_;
-    Descriptor output_;
-    std::unique_ptr<std::FILE, FileCloser> errors_;
-    pid_t process_ = -1;
-    bool exited_ = false;
-    std::string received_;
-    std::size_t scanned_ = 0; // bytes of it that are known to hold no line feed
-    std::size_t readSize_ = std::size_t{256} * 1024;
-    bool endOfOutput_ = false;
+    TestProcess process_;
 };
 
 } // namespace tavel

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "Tests/Support/TestProcess.h"
 #include "Tests/Tools/World.h"
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,7 +18,8 @@ struct ToolResult {
     std::string errors;
 };
 
-/// A running program. Every wait has a time-out, and throws with the output so far when it passes.
+/// A running program, which is killed with this object. Every wait has a time-out, and throws with the output
+/// so far when it passes.
 class RunningTool {
 public:
     enum class Place { pipes, terminal };
@@ -26,17 +29,13 @@ public:
     static constexpr unsigned short terminalRows = 24;
 
     RunningTool(const World& world, const std::vector<std::string>& arguments, Place place = Place::pipes);
-    /// Kills the program if it is still running.
-    ~RunningTool();
-    RunningTool(const RunningTool&) = delete;
-    RunningTool& operator=(const RunningTool&) = delete;
 
     /// Queues the input, which the waiting calls below write.
-    void send(std::string_view input);
-    void closeInput();
-    void sendSignal(int number) const;
+    void send(std::string_view input) { process_.queue(input); }
+    void closeInput() { process_.closeInput(); }
+    void sendSignal(int number) const { process_.signal(number); }
 
-    pid_t processIdentifier() const { return process_; }
+    pid_t processIdentifier() const { return process_.processIdentifier(); }
 
     /// Waits for `text` in the output behind the match of the previous call. Returns the output from there to
     /// the end of `text`.
@@ -46,22 +45,7 @@ public:
     ToolResult finish();
 
 private:
-    void startOnPipes(const World& world, const std::vector<std::string>& arguments);
-    void startOnTerminal(const World& world, const std::vector<std::string>& arguments);
-    bool exchange();
-    void writeInput();
-    void readInto(std::string& target, int& descriptor);
-    [[noreturn]] void giveUp(const std::string& what) const;
-
-    pid_t process_ = 0;
-    int input_ = -1; // unused on a terminal, whose master descriptor is output_
-    int output_ = -1;
-    int errors_ = -1;
-    bool onTerminal_ = false;
-    bool closing_ = false;
-    std::string pendingInput_;
-    std::string outputText_;
-    std::string errorText_;
+    TestProcess process_;
     std::size_t seen_ = 0; // bytes of the output up to the end of the last match
 };
 

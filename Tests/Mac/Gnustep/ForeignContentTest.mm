@@ -1,6 +1,6 @@
 #include "Mac/MacPasteboard.h"
 #include "Platform/PasteboardTypes.h"
-#include "Tests/Store/ChildProcess.h"
+#include "Tests/Support/TestProcess.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ protected:
 
     /// Lets another program run to its end; gives the first line that it prints, or nothing.
     std::string elsewhere(const std::string& command, const std::vector<std::string>& arguments) const {
-        ChildProcess program(commandLine(command, arguments));
+        TestProcess program(commandLine(command, arguments));
         const auto line = program.nextLine();
         EXPECT_EQ(program.waitForExit(), 0);
         return line.value_or("");
@@ -115,7 +115,7 @@ TEST_F(ForeignContent, ofSeveralTypesThoseBehindTheFirstMayBeLeftOut) {
 }
 
 TEST_F(ForeignContent, whatAnotherProgramPromisedIsWaitedFor) {
-    ChildProcess program(commandLine("promise", {"public.utf8-plain-text", "made when asked for"}));
+    TestProcess program(commandLine("promise", {"public.utf8-plain-text", "made when asked for"}));
     ASSERT_EQ(program.nextLine(), "promised");
     EXPECT_EQ(pasteboard_.types(), std::vector{std::string(pasteboardType::string)});
     EXPECT_EQ(textOf(pasteboard_.string(pasteboardType::string)), "made when asked for");

@@ -1,6 +1,6 @@
 #include "Tests/Mac/Gnustep/PanelDesktop.h"
-#include "Tests/Store/ChildProcess.h"
 #include "Tests/Support/TestDirectory.h"
+#include "Tests/Support/TestProcess.h"
 #include "Tests/Support/WaitUntil.h"
 #include "Tests/Support/XServer.h"
 
@@ -45,8 +45,8 @@ public:
 private:
     TestDirectory directory_;
     XServer server_;
-    ChildProcess windowManager_{{"/bin/sh", "-c", "DISPLAY=$0 HOME=$1 exec openbox --sm-disable 2>/dev/null",
-                                 server_.display(), directory_.path().string()}};
+    TestProcess windowManager_{{"/bin/sh", "-c", "DISPLAY=$0 HOME=$1 exec openbox --sm-disable 2>/dev/null",
+                                server_.display(), directory_.path().string()}};
 };
 
 /// Runs this program with these arguments and returns its wait status.
