@@ -1,15 +1,19 @@
 """Shared by the measuring scripts: running an agent and reading its costs from the system."""
 
 import contextlib
-import json
 import pathlib
 import shutil
 import statistics
 import subprocess
+import sys
 import tempfile
 import time
 
-PROGRAMS = pathlib.Path(__file__).resolve().parent.parent / "build/bench/bin"
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+sys.path.append(str(ROOT / "Tests/Support"))
+from agent_process import AgentProcess  # noqa: E402
+
+PROGRAMS = ROOT / "build/bench/bin"
 
 
 def median_milliseconds(action, rounds):
@@ -23,19 +27,12 @@ def median_milliseconds(action, rounds):
 
 @contextlib.contextmanager
 def running_agent():
-    agent = subprocess.Popen([PROGRAMS / "TavelClipboardAgent"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+    agent = AgentProcess([PROGRAMS / "TavelClipboardAgent"])
     try:
         yield agent
+        agent.end()
     finally:
-        agent.stdin.close()
-        agent.wait()
-        agent.stdout.close()
-
-
-def request(agent, **command):
-    agent.stdin.write(json.dumps({"request_id": 1, **command}).encode() + b"\n")
-    agent.stdin.flush()
-    return json.loads(agent.stdout.readline())
+        agent.kill()
 
 
 def processor_milliseconds(pid):
@@ -58,8 +55,11 @@ def measure_start(rounds=40):
         subprocess.run([PROGRAMS / "empty-program"], check=True)
 
     def agent_to_first_reply():
+        # The thread and the file of AgentProcess would add a tenth to the time.
         agent = subprocess.Popen([PROGRAMS / "TavelClipboardAgent"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-        request(agent, command="ping")
+        agent.stdin.write(b'{"command":"ping","request_id":1}\n')
+        agent.stdin.flush()
+        agent.stdout.readline()
         started.append(agent)
 
     started = []
@@ -68,10 +68,11 @@ def measure_start(rounds=40):
     for process in started:
         process.stdin.close()
         process.wait()
+        process.stdout.close()
     print(f"start to first reply   {agent:7.2f} ms   {agent / empty:.2f} x an empty program ({empty:.2f} ms)")
 
 
-def measure_idling(seconds, prepare=lambda agent: request(agent, command="ping")):
+def measure_idling(seconds, prepare=lambda agent: agent.request("ping")):
     with running_agent() as agent:
         prepare(agent)
         before = processor_milliseconds(agent.pid)

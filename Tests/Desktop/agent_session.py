@@ -1,13 +1,11 @@
-"""A parent of the agent, for tests. It starts the agent, sends commands, and accounts for every line of output."""
+"""What the tests with real applications ask of the agent. They account for every line of its output."""
 
 import base64
 import json
 import pathlib
-import subprocess
-import threading
 import time
 
-TIME_OUT = 60  # seconds; a busy machine needs far less
+from agent_process import PATIENCE, AgentProcess, shortened
 
 
 class Failure(Exception):
@@ -17,10 +15,6 @@ class Failure(Exception):
 def expect(condition, message):
     if not condition:
         raise Failure(message)
-
-
-def shortened(text, length=400):
-    return text if len(text) <= length else f"{text[:length]}... ({len(text)} characters)"
 
 
 def is_soon(condition, seconds=5):
@@ -34,7 +28,7 @@ def is_soon(condition, seconds=5):
 
 
 def wait_until(condition, what):
-    expect(is_soon(condition, TIME_OUT), f"this did not come: {what}")
+    expect(is_soon(condition, PATIENCE), f"this did not come: {what}")
 
 
 class AgentSession:
@@ -43,61 +37,16 @@ class AgentSession:
 
     def __init__(self, program):
         self.programs = program.parent  # the directory of all programs
-        self._process = subprocess.Popen(
-            [program], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        self._lines = []  # all output, in order
-        self._events = []  # events not yet accounted for
-        self._replies = {}
-        self._changed = threading.Condition()
-        self._requests = 0
-        self._errors = b""
-        self._threads = [threading.Thread(target=self._read, daemon=True),
-                         threading.Thread(target=self._read_errors, daemon=True)]
-        for thread in self._threads:
-            thread.start()
-
-    # ---- output
-
-    def _read(self):
-        for line in self._process.stdout:
-            with self._changed:
-                self._lines.append(line.decode(errors="replace").rstrip("\n"))
-                message = json.loads(line)
-                if "event" in message:
-                    self._events.append(message)
-                else:
-                    self._replies[message["request_id"]] = message
-                self._changed.notify_all()
-
-    def _read_errors(self):
-        self._errors = self._process.stderr.read()
-
-    def output(self):
-        with self._changed:
-            lines = [shortened(line) for line in self._lines]
-        errors = self._errors.decode(errors="replace")
-        return "\n".join(lines + ([f"On standard error: {errors}"] if errors else []))
-
-    def _wait(self, condition, message):
-        end = time.monotonic() + TIME_OUT
-        with self._changed:
-            while not condition():
-                left = end - time.monotonic()
-                expect(left > 0 and self._process.poll() is None, message)
-                self._changed.wait(min(left, 1))
+        self._agent = AgentProcess([program])
+        self.output = self._agent.output
+        self.kill = self._agent.kill
 
     # ---- commands
 
     def request(self, command, **fields):
         """Sends a command that must succeed. Returns the reply."""
-        self._requests += 1
-        number = self._requests
-        line = json.dumps({"command": command, "request_id": number, **fields}) + "\n"
-        self._process.stdin.write(line.encode())
-        self._process.stdin.flush()
-        self._wait(lambda: number in self._replies, f"no reply to {command}")
-        reply = self._replies[number]
-        expect(reply["ok"] and reply["reason"] == "", f"{command} failed: {reply['reason']}")
+        reply = self._agent.request(command, **fields)
+        expect(reply["ok"], f"{command} failed: {reply['reason']}")
         return reply
 
     def prompt_for_names(self, wanted):
@@ -117,18 +66,24 @@ class AgentSession:
     def expect_silence(self, during):
         """Fails if the agent has sent an event that is not accounted for."""
         self.request("ping")
-        with self._changed:
-            expect(not self._events, f"unexpected {during}: " + shortened(json.dumps(self._events)))
+        events = self._agent.set_aside()
+        expect(not events, f"unexpected {during}: " + shortened(json.dumps(events)))
+
+    def _events_until(self, is_last):
+        """Takes the events up to the first for which `is_last` holds, and those that have come after it."""
+        events = [self._agent.event()]
+        while not is_last(events[-1]):
+            events.append(self._agent.event())
+        while (event := self._agent.event_within(0)) is not None:
+            events.append(event)
+        return events
 
     def copied_by(self, action):
         """Returns the event that describes what the action copied. Exactly one such event must follow its announcement.
         Announcements of other contents may come before."""
         self.expect_silence("before a copy")
         action()
-        self._wait(lambda: any(self._is_more_than_announcement(event) for event in self._events),
-                   "the agent describes nothing")
-        with self._changed:
-            events, self._events = self._events, []
+        events = self._events_until(self._is_more_than_announcement)
         *announcements, description = events
         wrong = [event for event in announcements if self._is_more_than_announcement(event)]
         expect(not wrong, "more than was copied is reported: " + shortened(json.dumps(events)))
@@ -167,9 +122,7 @@ class AgentSession:
         """Returns the sequence of the event that reports a generated file. No other event may come with it."""
         self.expect_silence("before a file is made")
         action()
-        self._wait(lambda: self._events, "the agent tells of no file")
-        with self._changed:
-            events, self._events = self._events, []
+        events = self._events_until(lambda event: True)
         expect(len(events) == 1 and events[0]["event"] == "file_renamed",
                "instead of one file: " + shortened(json.dumps(events)))
         return events[0]["sequence"]
@@ -179,15 +132,4 @@ class AgentSession:
     def quit(self):
         self.expect_silence("in the end")
         self.request("quit")
-        try:
-            status = self._process.wait(TIME_OUT)
-        except subprocess.TimeoutExpired:
-            raise Failure("the agent does not end") from None
-        for thread in self._threads:
-            thread.join(TIME_OUT)
-        expect(status == 0, f"the agent's exit status is {status}")
-        expect(self._errors == b"", "the agent wrote to standard error")
-
-    def kill(self):
-        self._process.kill()
-        self._process.wait()
+        self._agent.expect_end()

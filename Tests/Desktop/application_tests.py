@@ -5,9 +5,10 @@ import pathlib
 import re
 import zipfile
 
-from agent_session import Failure, expect, is_soon, shortened, wait_until
+from agent_process import shortened
+from agent_session import Failure, expect, is_soon, wait_until
 from desktop_applications import call, open_window, targets
-from pictures import make_png, read_png
+from pictures import make_random_png, read_png
 
 TEXT = "Voilà, déjà copié : 100 % « à la main » — ½ € 日本語 😀"
 LINES = f"{TEXT}\n\n\tun deuxième paragraphe\n"
@@ -193,7 +194,7 @@ def chromium(agent, directory):
     expect(re.search(r"<b\b[^>]*>tout le monde</b>", html) and "déjà" in html, f"the page's HTML: {html}")
 
     picture = directory / "picture.png"
-    picture.write_bytes(make_png(1000, 700, PIXEL))
+    picture.write_bytes(make_random_png(1000, 700, PIXEL))
     window = open_window("chromium_open_picture", picture)
     exports = copied("an image", agent.exports_copied_by(lambda: call("chromium_copy_image", window)))
     same("the formats of an image", sorted(exports), ["image.png", "text.html"])
@@ -216,7 +217,7 @@ def chromium_pastes(agent, directory, window, picture):
     agent.write_image_data(picture.read_bytes())
     check_chromium_picture(paste("a picture of the history"), (1000, 700))
     small = directory / "small.png"
-    small.write_bytes(make_png(31, 17, PIXEL))
+    small.write_bytes(make_random_png(31, 17, PIXEL))
     agent.write_files("image", small)
     check_chromium_picture(paste("a picture from a file"), (31, 17))
 
@@ -244,7 +245,7 @@ def check_chromium_picture(result, size):
 
 
 def writer(agent, directory):
-    (directory / "picture.png").write_bytes(make_png(300, 200, PIXEL))
+    (directory / "picture.png").write_bytes(make_random_png(300, 200, PIXEL))
     source = directory / "source.odt"
     call("writer_new_file", source, f'{HTML}<p><img src="file://{directory}/picture.png"></p>')
     window = open_window("writer_open", source)
@@ -290,10 +291,10 @@ def writer_pastes(agent, directory, window, target):
         expect(is_bold(target), f"{what}: nothing is bold")
 
     # A replaced picture may stay in the file.
-    agent.write_image_data(make_png(31, 17, PIXEL))
+    agent.write_image_data(make_random_png(31, 17, PIXEL))
     paste("a picture of the history")
     expect((31, 17, PIXEL) in pictures_in(target), f"the pictures: {pictures_in(target)}")
-    (directory / "other.png").write_bytes(make_png(1000, 700, PIXEL))
+    (directory / "other.png").write_bytes(make_random_png(1000, 700, PIXEL))
     agent.write_files("image", directory / "other.png")
     paste("a picture from a file")
     expect((1000, 700, PIXEL) in pictures_in(target), f"the pictures: {pictures_in(target)}")
@@ -320,8 +321,8 @@ def pictures_in(document):
 
 def gimp(agent, directory):
     picture, other = directory / "picture.png", directory / "other.png"
-    picture.write_bytes(make_png(300, 200, PIXEL))
-    other.write_bytes(make_png(31, 17, PIXEL))
+    picture.write_bytes(make_random_png(300, 200, PIXEL))
+    other.write_bytes(make_random_png(31, 17, PIXEL))
     window = open_window("gimp_open", picture)
 
     def copy(what, size):
@@ -336,7 +337,7 @@ def gimp(agent, directory):
         agent.expect_silence("after a paste")
 
     copy("a picture", (300, 200))
-    agent.write_image_data(make_png(1000, 700, PIXEL))
+    agent.write_image_data(make_random_png(1000, 700, PIXEL))
     paste("a picture of the history", (1000, 700))
     copy("the same", (1000, 700))
     agent.write_files("image", other)

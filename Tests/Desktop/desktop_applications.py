@@ -3,7 +3,8 @@
 import pathlib
 import subprocess
 
-from agent_session import Failure, shortened
+from agent_process import shortened
+from agent_session import Failure
 
 FUNCTIONS = pathlib.Path(__file__).with_name("applications.sh")
 

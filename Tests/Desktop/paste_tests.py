@@ -12,7 +12,7 @@ import urllib.parse
 from agent_session import Failure, expect, is_soon, wait_until
 from application_tests import say, same
 from desktop_applications import call, open_window
-from pictures import SIGNATURE, make_png
+from pictures import SIGNATURE, make_random_png
 
 HELD = 0.9  # seconds; the key repeats after 0.66
 MARK = "com.brennic.generated-file"
@@ -36,7 +36,7 @@ def clipboard(target):
 
 
 def picture():
-    return make_png(120, 90, PIXEL)
+    return make_random_png(120, 90, PIXEL)
 
 
 def processor_time(process):

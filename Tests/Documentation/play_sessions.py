@@ -14,13 +14,15 @@ import json
 import os
 import pathlib
 import re
-import select
 import subprocess
 import sys
-import tempfile
 import time
 
-DEADLINE = 60  # seconds; reached only on failure
+sys.dont_write_bytecode = True  # keeps the source directory clean
+sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "Support"))
+
+from agent_process import PATIENCE, AgentProcess, compact  # noqa: E402
+from scratch_places import environment_in, scratch_directory  # noqa: E402
 
 
 def matches(actual, expected, directory):
@@ -39,53 +41,31 @@ def matches(actual, expected, directory):
 
 class Session:
     def __init__(self, programs, directory):
-        self.directory = directory
-        self.environment = dict(
-            os.environ, XDG_RUNTIME_DIR=directory, TMPDIR=directory, PATH=f"{programs}:{os.environ['PATH']}"
-        )
-        self.environment.pop("DISPLAY", None)  # keeps the sessions away from the user's clipboard
-        self.received = b""
-        self.agent = subprocess.Popen(
-            [programs / "TavelClipboardAgent"],
-            stdin=subprocess.PIPE,
-            stdout=subprocess.PIPE,
-            stderr=subprocess.PIPE,
-            bufsize=0,
-            env=self.environment,
-        )
+        self.directory = str(directory)
+        self.environment = environment_in(directory, PATH=f"{programs}:{os.environ['PATH']}")
+        self.agent = AgentProcess([programs / "TavelClipboardAgent"], self.environment)
+
+    def start(self):
         # The agent creates the directory after it has read the initial change count.
-        deadline = time.monotonic() + DEADLINE
-        while not list(pathlib.Path(directory).glob("tavel-clipboard-*")):
+        deadline = time.monotonic() + PATIENCE
+        while not list(pathlib.Path(self.directory).glob("tavel-clipboard-*")):
             assert time.monotonic() < deadline, "the agent does not start"
             time.sleep(0.005)
 
     def play(self, line):
         if line.startswith("→ "):
-            self.agent.stdin.write(line[2:].replace("$TMPDIR", self.directory).encode() + b"\n")
+            self.agent.send(line[2:].replace("$TMPDIR", self.directory) + "\n")
         elif line.startswith("← "):
-            actual, expected = self.next_line(), json.loads(line[2:])
-            assert matches(json.loads(actual), expected, self.directory), f"got {actual.decode()}"
+            actual, expected = self.agent.message(), json.loads(line[2:])
+            assert matches(actual, expected, self.directory), f"got {compact(actual)}"
         elif line.startswith("$ "):
             subprocess.run(line[2:], shell=True, check=True, env=self.environment)
         else:
             raise AssertionError("this is no line of a session")
 
-    def next_line(self):
-        while b"\n" not in self.received:
-            ready, _, _ = select.select([self.agent.stdout], [], [], DEADLINE)
-            assert ready, "no answer"
-            chunk = os.read(self.agent.stdout.fileno(), 1 << 16)
-            assert chunk, "the agent has ended"
-            self.received += chunk
-        line, self.received = self.received.split(b"\n", 1)
-        return line
-
     def end(self):
-        self.agent.stdin.close()
-        rest, errors = self.received + self.agent.stdout.read(), self.agent.stderr.read()
-        assert not rest, f"unexpected: {rest.decode()}"
-        assert not errors, f"on standard error: {errors.decode()}"
-        assert self.agent.wait(DEADLINE) == 0, "the exit status is not 0"
+        self.agent.close_input()
+        self.agent.expect_end()
 
 
 def sessions_of(page):
@@ -99,15 +79,17 @@ def main():
     failures = played = 0
     for session_lines in sessions_of(page.read_text()):
         played += 1
-        with tempfile.TemporaryDirectory() as directory:
+        with scratch_directory() as directory:
             number, session = session_lines[0][0], Session(programs, directory)
             try:
+                session.start()
                 for number, line in session_lines:
                     session.play(line)
                 session.end()
             except (AssertionError, ValueError, subprocess.CalledProcessError) as error:
                 failures += 1
                 print(f"{page.name}:{number}: {error}")
+            finally:
                 session.agent.kill()
     print(f"{page.name}: {played} sessions, {failures} failed")
     sys.exit(1 if failures or not played else 0)

@@ -3,18 +3,11 @@
 import contextlib
 import os
 import pathlib
-import select
-import shutil
 import subprocess
 import sys
-import tempfile
-import time
 import unicodedata
 
-PATIENCE = 60  # seconds; a busy machine needs far less
-
-# The programs must not see the user's own desktop.
-_DESKTOP_VARIABLES = ("DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_BUS_ADDRESS")
+from scratch_places import environment_in, scratch_directory, x_server
 
 
 class Place:
@@ -29,10 +22,7 @@ class Place:
         self.directory = directory
         self.temporary_directory = directory / "temporary"
         self.temporary_directory.mkdir()
-        self.environment = dict(
-            os.environ, XDG_RUNTIME_DIR=str(directory), TMPDIR=str(self.temporary_directory))
-        for variable in _DESKTOP_VARIABLES:
-            self.environment.pop(variable, None)
+        self.environment = environment_in(directory, TMPDIR=str(self.temporary_directory))
 
     def export_directories(self):
         return set(self.temporary_directory.glob("tavel-clipboard-*"))
@@ -66,60 +56,21 @@ class Mac(Place):
         return [unicodedata.normalize("NFC", path) for path in paths]
 
 
-def _first_line(descriptor):
-    end, line = time.monotonic() + PATIENCE, b""
-    while not line.endswith(b"\n"):
-        ready, _, _ = select.select([descriptor], [], [], max(end - time.monotonic(), 0))
-        received = os.read(descriptor, 1) if ready else b""
-        if not received:
-            raise RuntimeError("Xvfb does not start. Is the package xvfb installed?")
-        line += received
-    return line[:-1].decode()
-
-
-@contextlib.contextmanager
-def _x_server():
-    """Starts an invisible X server and gives its display."""
-    reading, writing = os.pipe()
-    # If this process is killed, the server ends too.
-    server = subprocess.Popen(
-        ["setpriv", "--pdeathsig", "TERM", "Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24",
-         "-nolisten", "tcp", "-noreset"],
-        pass_fds=[writing], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    try:
-        os.close(writing)
-        yield ":" + _first_line(reading)
-    finally:
-        os.close(reading)
-        server.terminate()  # SIGTERM lets it remove its files
-        server.wait(PATIENCE)
-
-
-@contextlib.contextmanager
-def _directory():
-    # Other programs may resolve links in paths, so the tests use the resolved path.
-    directory = pathlib.Path(tempfile.mkdtemp(prefix="session-test-")).resolve()
-    try:
-        yield directory
-    finally:
-        shutil.rmtree(directory, ignore_errors=True)
-
-
 @contextlib.contextmanager
 def _headless():
-    with _directory() as directory:
+    with scratch_directory() as directory:
         yield Place(directory)
 
 
 @contextlib.contextmanager
 def _x11():
-    with _directory() as directory, _x_server() as display:
+    with scratch_directory() as directory, x_server() as display:
         yield X11(directory, display)
 
 
 @contextlib.contextmanager
 def _mac():
-    with _directory() as directory:
+    with scratch_directory() as directory:
         yield Mac(directory)
 
 

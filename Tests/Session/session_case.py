@@ -10,8 +10,7 @@ import threading
 import unittest
 import uuid
 
-from agent_process import AgentProcess, compact, shortened
-from places import PATIENCE
+from agent_process import PATIENCE, AgentProcess, compact, shortened
 
 MARKER_TYPE = "com.corvelle.tavelbridge.clipboard-origin-v1"
 TWO_LOOKS = 0.22  # seconds; the agent polls twice in that time

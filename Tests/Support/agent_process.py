@@ -1,4 +1,4 @@
-"""One run of the agent, controlled over pipes."""
+"""One run of the agent, controlled over its pipes as its parent does. All tests and measurements in Python use it."""
 
 import collections
 import contextlib
@@ -10,8 +10,9 @@ import subprocess
 import tempfile
 import threading
 
-from places import PATIENCE
+PATIENCE = 60  # seconds; a busy machine needs far less
 
+_LINES_SHOWN = 40  # the lines of output in a message about a failure
 _SHELL_BETWEEN = 'exec 3<&0; "$0" "$@" --parent-pid $$ <&3 3<&- & wait'
 
 
@@ -30,17 +31,19 @@ _over = threading.Event()
 
 
 class AgentProcess:
-    """A test must take every message of the agent in order: replies with `reply`, events with `event`. `reply` sets
-    aside the events that come before it. Every deviation raises AssertionError. Only `kill` may be called from another
-    thread."""
+    """Take every message of the agent in order: replies with `reply`, events with `event`, any of them with `message`
+    or `line`. `reply` sets aside the events that come before it. Every deviation and every time-out raises
+    AssertionError, which shows the last output. Only `kill` may be called from another thread."""
 
-    def __init__(self, command, environment, below_shell=False):
-        """Starts the agent as a child of this process, or of a shell that the agent gets as its parent."""
+    def __init__(self, command, environment=None, below_shell=False):
+        """Starts the agent as a child of this process, or of a shell that the agent gets as its parent. Without an
+        environment, it gets that of this process."""
         if below_shell:
             command = ["/bin/sh", "-c", _SHELL_BETWEEN, *command]
         self._below_shell = below_shell
         self._errors = tempfile.TemporaryFile()
         self._lines = queue.Queue()
+        self._taken = collections.deque(maxlen=_LINES_SHOWN)  # the last lines that left the queue
         self._events = collections.deque()  # events that came before a reply
         self._requests = 1000
         with _running_lock:
@@ -52,14 +55,19 @@ class AgentProcess:
             self._reader.start()
             _running.add(self)
 
+    @property
+    def pid(self):
+        return self._process.pid
+
     # ---- output
 
     def _read(self):
+        # Reads all the time, because the agent waits while its pipe is full.
         for line in self._process.stdout:
             self._lines.put(line)
         self._lines.put(b"")  # marks the end of the output
 
-    def _line(self, seconds=PATIENCE):
+    def _line_within(self, seconds):
         """Returns the next line, b"" at the end of the output and ever after, or None at the time-out."""
         try:
             line = self._lines.get(timeout=seconds)
@@ -67,48 +75,73 @@ class AgentProcess:
             return None
         if line == b"":
             self._lines.put(line)
+        else:
+            self._taken.append(line)
         return line
 
-    def _message(self, wanted, seconds=PATIENCE):
-        """Returns the next message, or None at the time-out."""
-        line = self._line(seconds)
-        assert line != b"", f"the agent ended before {wanted} came; on standard error: {self.errors()}"
-        return line and self._decoded(line)
+    def _expect(self, condition, deviation):
+        if not condition:
+            raise AssertionError(f"{deviation}\nThe last output of the agent:\n{self.output()}")
 
-    @staticmethod
-    def _decoded(line):
+    def output(self):
+        """Returns the last lines of output, taken or not, and what the agent wrote to standard error."""
+        with self._lines.mutex:
+            lines = [*self._taken, *self._lines.queue]
+        shown = [shortened(line.decode(errors="replace").rstrip("\n")) if line else "(the end)"
+                 for line in lines[-_LINES_SHOWN:]]
+        return "\n".join(shown + ([f"On standard error: {self.errors()}"] if self.errors() else []))
+
+    def errors(self):
+        # Reads with an explicit offset, which leaves the position where the agent writes unchanged.
+        return os.pread(self._errors.fileno(), 1 << 16, 0).decode(errors="replace")
+
+    def line(self, seconds=PATIENCE, wanted="a line"):
+        """Returns the next line as bytes, for measurements that decode it later."""
+        line = self._line_within(seconds)
+        self._expect(line is not None, f"{wanted} does not come within {seconds} s")
+        self._expect(line != b"", f"the agent ended before {wanted} came")
+        return line
+
+    def message(self, wanted="a message"):
+        return self._decoded(self.line(wanted=wanted))
+
+    def _decoded(self, line):
         text = line.decode()
-        assert text.endswith("\n"), "a line without its end: " + shortened(text)
+        self._expect(text.endswith("\n"), "a line without its end: " + shortened(text))
         message = json.loads(text)
-        assert isinstance(message, dict), "no object: " + shortened(text)
-        assert compact(message) + "\n" == text, "no compact line: " + shortened(text)
+        self._expect(isinstance(message, dict), "no object: " + shortened(text))
+        self._expect(compact(message) + "\n" == text, "no compact line: " + shortened(text))
         return message
 
     def event_within(self, seconds):
         """Returns the next event, or None at the time-out."""
         if self._events:
             return self._events.popleft()
-        message = self._message("an event", seconds)
-        assert message is None or "event" in message, "instead of an event: " + shortened(compact(message))
+        line = self._line_within(seconds)
+        if line is None:
+            return None
+        self._expect(line != b"", "the agent ended before an event came")
+        message = self._decoded(line)
+        self._expect("event" in message, "instead of an event: " + shortened(compact(message)))
         return message
 
     def event(self):
         event = self.event_within(PATIENCE)
-        assert event is not None, "an event does not come"
+        self._expect(event is not None, f"an event does not come within {PATIENCE} s")
         return event
 
     def reply(self, number):
         while True:
-            message = self._message(f"the reply to {number}")
-            assert message is not None, f"the reply to {number} does not come"
+            message = self.message(f"the reply to {number}")
             if "event" not in message:
                 break
             self._events.append(message)
-        assert message.keys() == {"request_id", "ok", "reason", "sequence"}, "no reply: " + compact(message)
-        assert type(message["ok"]) is bool and type(message["sequence"]) is int, "no reply: " + compact(message)
-        assert type(message["request_id"]) is int and message["request_id"] == number, (
-            f"instead of the reply to {number}: {compact(message)}")
-        assert message["ok"] == (message["reason"] == ""), "success with a reason, or none: " + compact(message)
+        shown = compact(message)
+        self._expect(message.keys() == {"request_id", "ok", "reason", "sequence"}, "no reply: " + shown)
+        self._expect(type(message["ok"]) is bool and type(message["sequence"]) is int, "no reply: " + shown)
+        self._expect(type(message["request_id"]) is int and message["request_id"] == number,
+                     f"instead of the reply to {number}: {shown}")
+        self._expect(message["ok"] == (message["reason"] == ""), "success with a reason, or none: " + shown)
         return message
 
     def set_aside(self):
@@ -121,14 +154,10 @@ class AgentProcess:
         """Returns output that was not taken or that comes in that time, as text; None if there is none."""
         if self._events:
             return shortened(compact(self._events[0]))
-        line = self._line(seconds)
+        line = self._line_within(seconds)
         if line == b"":
             return "(the end) " + self.errors()
         return line and shortened(line.decode(errors="replace"))
-
-    def errors(self):
-        # Reads with an explicit offset, which leaves the position where the agent writes unchanged.
-        return os.pread(self._errors.fileno(), 1 << 16, 0).decode(errors="replace")
 
     # ---- commands
 
@@ -157,12 +186,22 @@ class AgentProcess:
 
     def expect_end(self):
         """The agent must end without further output, and with status 0 if it is our child."""
-        line = self._line()
-        assert line is not None, "the agent does not end"
-        assert line == b"" and not self._events, "before the end: " + shortened(repr((line, self._events)))
+        line = self._line_within(PATIENCE)
+        self._expect(line is not None, "the agent does not end")
+        self._expect(line == b"" and not self._events, "before the end: " + shortened(repr((line, self._events))))
+        self._expect_status()
+
+    def end(self):
+        """Closes the input. The agent must end with status 0; what it still says does not matter."""
+        self.close_input()
+        self._reader.join(PATIENCE)
+        self._expect(not self._reader.is_alive(), "the agent does not end")
+        self._expect_status()
+
+    def _expect_status(self):
         status = self._process.wait(PATIENCE)
-        assert self._below_shell or status == 0, f"the exit status is {status}"
-        assert self.errors() == "", "on standard error: " + self.errors()
+        self._expect(self._below_shell or status == 0, f"the exit status is {status}")
+        self._expect(self.errors() == "", "the agent wrote to standard error")
 
     def kill(self):
         """Ends the agent and releases everything. May be called at any time and repeatedly."""

@@ -1,4 +1,4 @@
-"""PNG files of the kind that the tests use: eight bits, no interlacing, no palette."""
+"""PNG files of the kind that the tests and measurements use: eight bits, no interlacing, no palette."""
 
 import random
 import struct
@@ -12,13 +12,22 @@ def _chunk(kind, data):
     return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
 
 
-def make_png(width, height, first_pixel):
-    """A PNG of random colours after the first pixel. It does not compress and takes 3 bytes per pixel."""
+def make_png(width, height, rows=None):
+    """Makes an RGB picture. `rows` replaces the pixel data and need not match the size."""
+    if rows is None:
+        rows = b"".join(
+            b"\0" + bytes(value for x in range(width) for value in (x % 256, y % 256, (x * y) % 256))
+            for y in range(height))
+    return (SIGNATURE + _chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0)) +
+            _chunk(b"IDAT", zlib.compress(rows)) + _chunk(b"IEND", b""))
+
+
+def make_random_png(width, height, first_pixel):
+    """Makes an RGB picture of random colours after the first pixel. It does not compress: 3 bytes per pixel."""
     chance = random.Random(1)
     rows = bytearray(b"".join(b"\0" + chance.randbytes(3 * width) for _ in range(height)))
     rows[1:4] = bytes(first_pixel)
-    return (SIGNATURE + _chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0)) +
-            _chunk(b"IDAT", zlib.compress(bytes(rows), 1)) + _chunk(b"IEND", b""))
+    return make_png(width, height, bytes(rows))
 
 
 def read_png(data):
