@@ -1,5 +1,8 @@
 #include "Tests/X11/X11AgentTest.h"
 
+#include "Tests/Support/WaitUntil.h"
+#include "Tests/X11/ScriptedRequestor.h"
+
 #include <algorithm>
 #include <sstream>
 #include <utility>
@@ -41,8 +44,12 @@ RunningTool& X11AgentTest::startReady(const std::vector<std::string>& arguments)
 }
 
 void X11AgentTest::copyWithXclip(std::string_view content, const std::string& target) const {
+    ScriptedRequestor observer(server_.display());
+    const xcb_window_t before = observer.ownerOfClipboard();
     // xclip goes into the background and keeps its descriptors open, so a pipe to it would never end.
     outputOf({"sh", "-c", R"(xclip -selection clipboard -in -target "$0" >/dev/null 2>&1)", target}, content);
+    // The background process may send its request for the selection only after the first process has ended.
+    waitUntil([&] { return observer.ownerOfClipboard() != before; }, AgentProcess::deadline);
 }
 
 std::string X11AgentTest::pasteWithXclip(const std::string& target) const {
