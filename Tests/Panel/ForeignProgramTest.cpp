@@ -126,7 +126,7 @@ TEST_F(PanelForeignProgram, isNotListenedToAnyMoreWhenThePanelIsDestroyed) {
 }
 
 TEST_F(PanelForeignProgram, doesNotFillTheLog) {
-    startWithScript("head -c 1000000 /dev/zero | tr '\\0' '\\n' >&2\n"
+    startWithScript("head -c 50000 /dev/zero | tr '\\0' '\\n' >&2\n"
                     "yes complaint | head -n 20000 >&2\n" +
                     std::string(ready) + "exec sleep 1000\n");
     int complaints = 0;
