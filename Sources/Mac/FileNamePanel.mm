@@ -97,8 +97,8 @@ NSString* shown(std::string_view text) {
                          key:(NSString*)key
                         area:(const tavel::ScreenRectangle&)area {
     NSButton* const button = [NSButton buttonWithTitle:title target:self action:action];
-    [button
-        setBezelStyle:static_cast<NSBezelStyle>(1)]; // the push button; SDKs name the constant differently
+    // The push button; SDKs name the constant differently.
+    [button setBezelStyle:static_cast<NSBezelStyle>(1)];
     [button setKeyEquivalent:key];
     [button setFrame:rectangleOf(area)];
     return button;

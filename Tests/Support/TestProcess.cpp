@@ -209,7 +209,7 @@ void TestProcess::queue(std::string_view bytes) {
 void TestProcess::send(std::string_view bytes) {
     const auto end = Clock::now() + deadline;
     queue(bytes);
-    while (!pendingInput_.empty()) {
+    while (hasPendingInput()) {
         if (Clock::now() > end)
             giveUp("The program does not read its input");
         transfer(pollPeriod);
@@ -222,22 +222,24 @@ void TestProcess::closeInput() {
 }
 
 void TestProcess::writeInput() {
-    std::size_t done = 0;
-    while (input_.isOpen() && done < pendingInput_.size()) {
-        const ssize_t written =
-            write(input_.number(), pendingInput_.data() + done, pendingInput_.size() - done);
+    while (input_.isOpen() && hasPendingInput()) {
+        const ssize_t written = write(input_.number(), pendingInput_.data() + writtenInput_,
+                                      pendingInput_.size() - writtenInput_);
         if (written >= 0) {
-            done += static_cast<std::size_t>(written);
+            writtenInput_ += static_cast<std::size_t>(written);
         } else if (errno == EAGAIN) {
             break;
         } else if (errno == EPIPE || errno == EIO) { // EIO: of a terminal
-            done = pendingInput_.size();
+            writtenInput_ = pendingInput_.size();
         } else {
             checkErrno(errno == EINTR, "write");
         }
     }
-    pendingInput_.erase(0, done);
-    if (closesInput_ && pendingInput_.empty())
+    if (hasPendingInput())
+        return;
+    pendingInput_.clear(); // at the end only: moving what is left would take quadratic time
+    writtenInput_ = 0;
+    if (closesInput_)
         input_.close();
 }
 
@@ -254,7 +256,7 @@ void TestProcess::readInto(std::string& target, Descriptor& descriptor, std::siz
 }
 
 bool TestProcess::transfer(std::chrono::milliseconds timeOut) {
-    std::array<pollfd, 3> ends{{{pendingInput_.empty() ? -1 : input_.number(), POLLOUT, 0},
+    std::array<pollfd, 3> ends{{{hasPendingInput() ? input_.number() : -1, POLLOUT, 0},
                                 {output_.number(), POLLIN, 0},
                                 {errors_.number(), POLLIN, 0}}};
     const int ready = poll(ends.data(), ends.size(), static_cast<int>(timeOut.count()));
@@ -271,7 +273,7 @@ bool TestProcess::transfer(std::chrono::milliseconds timeOut) {
 }
 
 std::optional<std::string> TestProcess::nextLine() {
-    auto end = Clock::now() + deadline;
+    const auto end = Clock::now() + deadline;
     for (;;) {
         const std::size_t feed = receivedOutput_.find('\n', scanned_);
         if (feed != std::string::npos) {

@@ -146,6 +146,7 @@ private:
     void startOnPipes(const Options& options);
     void startOnTerminal(const Options& options);
     void spawn(const Options& options, SpawnActions& actions);
+    bool hasPendingInput() const { return writtenInput_ < pendingInput_.size(); }
     void writeInput();
     void readInto(std::string& target, Descriptor& descriptor, std::size_t size);
     [[noreturn]] void giveUp(const std::string& what) const;
@@ -157,6 +158,7 @@ private:
     Descriptor errors_;
     bool closesInput_ = false;
     std::string pendingInput_;
+    std::size_t writtenInput_ = 0; // bytes of `pendingInput_`
     std::string receivedOutput_;
     std::string receivedErrors_;
     std::size_t scanned_ = 0; // bytes of the output that are known to hold no line feed

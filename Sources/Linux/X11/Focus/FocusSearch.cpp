@@ -128,6 +128,8 @@ std::optional<AccessibleElement> Search::onlyClaimantInCache(const AccessibleEle
     const GioPointer<GVariant> items(g_variant_get_child_value(reply.get(), 0));
     std::optional<AccessibleElement> claimant;
     for (std::size_t index = 0; index < g_variant_n_children(items.get()); ++index) {
+        if (isOver()) // a program may list any number
+            return std::nullopt;
         const GioPointer<GVariant> item(g_variant_get_child_value(items.get(), index));
         if (!endsWithState(item.get(), focusedState))
             continue;

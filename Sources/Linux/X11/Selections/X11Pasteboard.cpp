@@ -132,10 +132,10 @@ std::optional<std::int64_t> X11Pasteboard::replaceWithItems(std::span<const Past
 }
 
 /// Takes the selection over with these items; without any that can be held, to clear it.
-std::optional<std::int64_t> X11Pasteboard::replace(const std::optional<Items>& items) {
+std::optional<std::int64_t> X11Pasteboard::replace(std::optional<Items> items) {
     owner_.assertCurrent();
     const bool isHeld = items && std::ranges::all_of(*items, canHoldAll);
-    const bool isOwner = selections_->own(selection_, isHeld ? *items : Items());
+    const bool isOwner = selections_->own(selection_, isHeld ? *std::move(items) : Items());
     return isHeld && isOwner ? std::optional(selection_.changeCount) : std::nullopt;
 }
 

@@ -37,7 +37,7 @@ private:
     using Items = pasteboardItems::Items;
 
     std::shared_ptr<const Items> ownContent();
-    std::optional<std::int64_t> replace(const std::optional<Items>& items);
+    std::optional<std::int64_t> replace(std::optional<Items> items);
     std::optional<Items> otherProgramsItems();
     std::optional<Bytes> otherProgramsData(std::string_view type);
     std::vector<std::string> otherProgramsFileUrls();
