@@ -44,10 +44,10 @@ CapturedFormats readFormats(Pasteboard& pasteboard, std::span<const std::string>
     return captured;
 }
 
-/// The offered types that stand in the table, in the pasteboard's order.
-std::string knownTypes(std::span<const std::string> types) {
+/// The types that the pasteboard offers now and that stand in the table, in the pasteboard's order.
+std::string knownTypes(Pasteboard& pasteboard) {
     std::string list;
-    for (const std::string& type : types) {
+    for (const std::string& type : pasteboard.types()) {
         if (std::ranges::find(clipboardFormats, type, &ClipboardFormat::type) != clipboardFormats.end())
             list.append(list.empty() ? "" : ", ").append(type);
     }
@@ -81,7 +81,7 @@ bool ClipboardWorker::captureFormats(std::span<const std::string> types, std::in
     CapturedFormats formats = readFormats(*pasteboard_, types);
     if (formats.empty()) {
         exportSlot_->release();
-        warn(messages::noReadableFormat(knownTypes(types)));
+        warn(messages::noReadableFormat(knownTypes(*pasteboard_)));
         return false;
     }
     platform_.eventLoop().runInBackground(
