@@ -60,8 +60,8 @@ private:
     Handlers handlers_;
     LineSplitter lines_;
     std::uint64_t lastRequestID_ = 0;
-    std::multimap<std::uint64_t, std::string>
-        outstanding_;      // names by number; the user may use a number twice
+    /// Names of commands by number. The user may use a number twice.
+    std::multimap<std::uint64_t, std::string> outstanding_;
     ChildProcess process_; // calls back into the members above, so it is destroyed first
 };
 
