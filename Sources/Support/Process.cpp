@@ -24,4 +24,9 @@ void reserveStandardDescriptors() {
         close(descriptor);
 }
 
+void disableCoreDumps() {
+    constexpr rlimit none{0, 0};
+    static_cast<void>(setrlimit(RLIMIT_CORE, &none)); // lowering a limit needs no privilege
+}
+
 } // namespace tavel

@@ -16,4 +16,8 @@ void lowerSchedulingPriority();
 /// as the pasteboard store, would become standard input or output.
 void reserveStandardDescriptors();
 
+/// Sets the limit of core dumps (RLIMIT_CORE) to 0, for good, for this process and those that it starts: a
+/// dump would hold what was copied. The process stays open to debuggers and /proc.
+void disableCoreDumps();
+
 } // namespace tavel

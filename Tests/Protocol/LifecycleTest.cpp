@@ -39,6 +39,15 @@ TEST_F(Lifecycle, runsAllThreadsAtNice10) {
                 testing::AllOf(testing::SizeIs(testing::Ge(2u)), testing::Each(10)));
 }
 
+TEST_F(Lifecycle, leavesNoCoreDump) {
+    AgentProcess::Options unlimited = options();
+    unlimited.launcher = {"/bin/sh", "-c", R"sh(ulimit -S -c "$(ulimit -H -c)"; exec "$0" "$@")sh"};
+    rlimit limit{1, 1};
+    ASSERT_EQ(prlimit(start(unlimited).processIdentifier(), RLIMIT_CORE, nullptr, &limit), 0);
+    EXPECT_EQ(limit.rlim_cur, 0U);
+    EXPECT_EQ(limit.rlim_max, 0U);
+}
+
 TEST_F(Lifecycle, saysNothingOfItsOwnAccord) {
     AgentProcess& agent = launch(options());
     agent.closeInput();

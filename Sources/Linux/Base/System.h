@@ -12,7 +12,8 @@ using Log = std::function<void(const std::string& message)>;
 /// Writes the message to the system log as an error of a user-level program (syslog(3)). Any thread.
 void writeToSystemLog(const std::string& message);
 
-/// The directory for the user's temporary files, as an absolute path. It may not exist.
+/// The directory for the user's temporary files: what TMPDIR names, if that is an absolute path in UTF-8 to a
+/// directory in which this process may make files, else /tmp.
 std::filesystem::path userTemporaryDirectory();
 
 } // namespace tavel

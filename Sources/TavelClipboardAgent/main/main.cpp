@@ -8,6 +8,7 @@
 #include <vector>
 
 int main(int argc, char** argv) {
+    tavel::disableCoreDumps();
     tavel::reserveStandardDescriptors();
     const std::vector<std::string> arguments(argv, argv + argc);
     // Neither is ever destroyed: the reader of commands may still be blocked, and use them, while the process

@@ -50,6 +50,17 @@ TEST(Process, lowersItsPriorityToNiceTen) {
               10);
 }
 
+TEST(Process, leavesNoCoreDump) {
+    EXPECT_EQ(exitStatusOf([] {
+                  disableCoreDumps();
+                  rlimit limit{1, 1};
+                  return getrlimit(RLIMIT_CORE, &limit) == 0 && limit.rlim_cur == 0 && limit.rlim_max == 0
+                             ? 0
+                             : 1;
+              }),
+              0);
+}
+
 /// The files at the descriptors 0 to 2 of a process.
 struct Standing {
     std::array<struct stat, 3> status{};
