@@ -33,15 +33,13 @@ bool isDirectory(const std::string& path) {
 bool createPrivateDirectory(const std::filesystem::path& path) {
     // parent_path of a path that ends in a slash only drops the slash.
     const std::filesystem::path directory = path.has_filename() ? path : path.parent_path();
-    std::error_code error;
-    if (directory.has_parent_path()) {
-        std::filesystem::create_directories(directory.parent_path(), error);
-        if (error) {
-            errno = error.value();
+    int status = mkdir(directory.c_str(), 0700);
+    if (status != 0 && errno == ENOENT && directory.has_parent_path()) {
+        if (!createPrivateDirectory(directory.parent_path()))
             return false;
-        }
+        status = mkdir(directory.c_str(), 0700);
     }
-    if (mkdir(directory.c_str(), 0700) == 0)
+    if (status == 0)
         return chmod(directory.c_str(), 0700) == 0; // an unusual umask may have removed rights of the owner
     if (errno != EEXIST)
         return false;

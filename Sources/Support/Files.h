@@ -12,8 +12,8 @@ bool fileExists(const std::string& path);
 /// Whether a directory exists at `path`. Follows links.
 bool isDirectory(const std::string& path);
 
-/// Creates the directory `path` with mode 0700, and its missing parents with the usual mode. Leaves an
-/// existing directory unchanged and returns true. False on any failure, with errno set.
+/// Creates the directory `path` and its missing parents with mode 0700. Leaves an existing directory
+/// unchanged and returns true. False on any failure, with errno set.
 bool createPrivateDirectory(const std::filesystem::path& path);
 
 /// Removes `directory` and its contents without following links. False on any failure.

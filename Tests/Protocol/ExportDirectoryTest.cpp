@@ -1,9 +1,11 @@
 #include "Tests/Protocol/AgentTest.h"
+#include "Tests/Support/WaitUntil.h"
 
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <csignal>
+#include <cstring>
 #include <set>
 
 namespace tavel {
@@ -133,19 +135,44 @@ TEST_F(ExportDirectory, isRemovedWithEverythingInItButNotWhatLinksLeadTo) {
     EXPECT_TRUE(fs::exists(elsewhere));
 }
 
-TEST_F(ExportDirectory, isTheOnlyOneThatIsRemoved) {
+TEST_F(ExportDirectory, goesWithTheNextAgentAfterAnyDeath) {
+    for (const int death : {SIGKILL, SIGTERM, SIGHUP, SIGINT, SIGABRT, SIGSEGV}) {
+        AgentProcess& killed = start();
+        const fs::path left = exportDirectories().at(0);
+        killed.signal(death);
+        killed.waitForExit();
+        EXPECT_TRUE(fs::exists(left)) << strsignal(death);
+        AgentProcess& next = start();
+        waitUntil([&] { return !fs::exists(left); }, AgentProcess::deadline);
+        EXPECT_EQ(exportDirectories().size(), 1U) << strsignal(death);
+        next.closeInput();
+        EXPECT_EQ(next.waitForExit(), 0);
+    }
+}
+
+TEST_F(ExportDirectory, staysWhileItsAgentLivesAndWhenItIsSomethingElse) {
     const fs::path other =
         directory_.temporaryDirectory() / "tavel-clipboard-00000000-0000-4000-8000-000000000000";
-    fs::create_directory(other);
+    directory_.createFile(other / "notes.txt");
+    fs::permissions(other, fs::perms::owner_all);
+    start();
+    const std::vector<fs::path> kept = exportDirectories();
+    EXPECT_EQ(kept.size(), 2U);
     AgentProcess& killed = start();
+    std::vector<fs::path> three = exportDirectories();
     killed.signal(SIGKILL);
     killed.waitForExit();
-    EXPECT_EQ(exportDirectories().size(), 2u);
-    AgentProcess& agent = start();
-    agent.closeInput();
-    EXPECT_EQ(agent.waitForExit(), 0);
-    EXPECT_EQ(exportDirectories().size(), 2u);
-    EXPECT_TRUE(fs::exists(other));
+    AgentProcess& next = start();
+    // Whatever order it goes through them in: the last one is gone, so the others were left.
+    waitUntil(
+        [&] {
+            return std::ranges::count_if(three, [](const fs::path& one) { return fs::exists(one); }) == 2;
+        },
+        AgentProcess::deadline);
+    next.closeInput();
+    EXPECT_EQ(next.waitForExit(), 0);
+    for (const fs::path& one : kept)
+        EXPECT_TRUE(fs::exists(one)) << one;
 }
 
 TEST_F(ExportDirectory, mayBeGoneAtTheEnd) {

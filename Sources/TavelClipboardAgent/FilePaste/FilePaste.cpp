@@ -57,8 +57,8 @@ constexpr auto pasteableTypes = [] {
 
 } // namespace
 
-FilePaste::FilePaste(Platform& platform, std::shared_ptr<Pasteboard> board, std::filesystem::path root,
-                     std::function<void(std::int64_t)> changed)
+FilePaste::FilePaste(Platform& platform, std::shared_ptr<Pasteboard> board,
+                     std::shared_ptr<ExportDirectory> root, std::function<void(std::int64_t)> changed)
     : platform_(platform), board_(std::move(board)), root_(std::move(root)), changed_(std::move(changed)) {}
 
 void FilePaste::configure(bool enabled) {

@@ -5,6 +5,7 @@
 #include "Support/Error.h"
 #include "Support/OwnerThread.h"
 #include "TavelClipboardAgent/FilePaste/FileNamePanel.h"
+#include "TavelClipboardAgent/main/ExportDirectory.h"
 
 #include <chrono>
 #include <cstdint>
@@ -31,7 +32,7 @@ public:
 
     /// Generated files go below `root`. After each publication, `changed` gets the pasteboard's new change
     /// count. `platform` must outlive this object. The keyboard is not tapped before `configure`.
-    FilePaste(Platform& platform, std::shared_ptr<Pasteboard> board, std::filesystem::path root,
+    FilePaste(Platform& platform, std::shared_ptr<Pasteboard> board, std::shared_ptr<ExportDirectory> root,
               std::function<void(std::int64_t)> changed);
 
     /// Switches the feature on or off. Switching off ends an interception that is in progress, and never
@@ -74,22 +75,22 @@ private:
     void finish(const std::shared_ptr<FileNamePanel>& panel, std::int32_t pid, std::int64_t sequence,
                 const Bytes& data, const std::optional<std::string>& name);
     std::optional<FileData> encodedImage();
-    void retain(const std::filesystem::path& directory);
+    void retain(PrivateDirectory directory);
     void postPasteShortcut();
     void logFailure(const Error& error);
 
     [[no_unique_address]] OwnerThread owner_;
     Platform& platform_;
     std::shared_ptr<Pasteboard> board_;
-    std::filesystem::path root_;
+    std::shared_ptr<ExportDirectory> root_;
     std::function<void(std::int64_t)> changed_;
     bool enabled_ = false;
     bool tapCreated_ = false;
-    std::int64_t generation_ = 0;           // counts how often the feature was switched off
-    bool busy_ = false;                     // an interception is in progress
-    std::optional<std::int64_t> swallowed_; // key code whose repeats and release are still to be swallowed
-    std::deque<std::filesystem::path> directories_; // of the retained generated files, oldest first
-    std::shared_ptr<FileNamePanel> panel_;          // while it is shown
+    std::int64_t generation_ = 0;              // counts how often the feature was switched off
+    bool busy_ = false;                        // an interception is in progress
+    std::optional<std::int64_t> swallowed_;    // key code whose repeats and release are still to be swallowed
+    std::deque<PrivateDirectory> directories_; // of the retained generated files, oldest first
+    std::shared_ptr<FileNamePanel> panel_;     // while it is shown
 };
 
 } // namespace tavel

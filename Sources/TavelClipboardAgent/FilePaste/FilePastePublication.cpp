@@ -1,16 +1,13 @@
 #include "Platform/PasteboardTypes.h"
 #include "Support/Error.h"
-#include "Support/FileError.h"
-#include "Support/Files.h"
-#include "Support/OutputFile.h"
 #include "Support/ScopeExit.h"
-#include "Support/Uuid.h"
 #include "TavelClipboardAgent/FilePaste/FileNames.h"
 #include "TavelClipboardAgent/FilePaste/FilePaste.h"
+#include "TavelClipboardAgent/main/ExportNames.h"
 
 #include <array>
-#include <cerrno>
 #include <string_view>
+#include <utility>
 
 namespace tavel {
 
@@ -53,16 +50,15 @@ std::optional<std::filesystem::path> FilePaste::publishGeneratedFile(std::int64_
     if (!isValidFileName(name))
         throw Error("Tavel", 5, "The file's name is not valid.");
     // A directory for each file, so that names never collide.
-    const std::filesystem::path directory = root_ / ("paste-" + makeUuid());
-    if (!createPrivateDirectory(directory))
-        throw FileError(FileError::Operation::write, errno, directory.string());
+    PrivateDirectory directory =
+        root_->directory(ExportDirectory::Missing::make)->makeDirectory(exportNames::newPaste());
     bool committed = false;
     const ScopeExit cleanUp([&] {
         if (!committed)
-            removeTree(directory);
+            directory.remove();
     });
-    const std::filesystem::path file = directory / name;
-    writePrivateFileAtomically(file, data.view());
+    directory.writeFileAtomically(name, data.view());
+    const std::filesystem::path file = directory.path() / name;
     if (board_->changeCount() != sequence)
         return std::nullopt;
     const std::array added{
@@ -72,15 +68,15 @@ std::optional<std::filesystem::path> FilePaste::publishGeneratedFile(std::int64_
     if (!board_->addTypes(added))
         throw Error("Tavel", 2, "The pasteboard does not take the file.");
     committed = true;
-    retain(directory);
+    retain(std::move(directory));
     changed_(board_->changeCount());
     return file;
 }
 
-void FilePaste::retain(const std::filesystem::path& directory) {
-    directories_.push_back(directory);
+void FilePaste::retain(PrivateDirectory directory) {
+    directories_.push_back(std::move(directory));
     while (directories_.size() > maximumDirectories) {
-        removeTree(directories_.front());
+        directories_.front().remove();
         directories_.pop_front();
     }
 }

@@ -3,8 +3,9 @@
 #include "Platform/UnavailablePasteboard.h"
 #include "Support/Error.h"
 #include "Support/Process.h"
-#include "Support/Uuid.h"
 #include "TavelClipboardAgent/main/CommandReader.h"
+#include "TavelClipboardAgent/main/ExportNames.h"
+#include "TavelClipboardAgent/main/LeftOvers.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -35,7 +36,7 @@ ClipboardWorker::ClipboardWorker(Platform& platform, Pipes pipes, std::int32_t p
                                  const std::optional<std::string>& pasteboardName)
     : platform_(platform), pipes_(pipes), pasteboard_(openPasteboard(platform, pasteboardName)),
       output_(pipes.output), exportDirectory_(std::make_shared<ExportDirectory>(
-                                 platform.temporaryDirectory() / ("tavel-clipboard-" + makeUuid()))),
+                                 platform.temporaryDirectory() / exportNames::newDirectory())),
       expectedParentPID_(parentPID) {
     lowerSchedulingPriority();
     previousChangeCount_ = pasteboard_->changeCount();
@@ -53,6 +54,7 @@ void ClipboardWorker::run() {
             alive->poll();
     });
     exportDirectory_->create();
+    loop.runInBackground([parent = exportDirectory_->path().parent_path()] { removeLeftOvers(parent); });
     while (!stopping_)
         loop.runOnce(longestWait);
     exportDirectory_->remove();
@@ -68,7 +70,7 @@ void ClipboardWorker::stop() {
 FilePaste& ClipboardWorker::filePaste() {
     owner_.assertCurrent();
     if (filePaste_ == nullptr) {
-        filePaste_ = std::make_shared<FilePaste>(platform_, pasteboard_, exportDirectory_->path(),
+        filePaste_ = std::make_shared<FilePaste>(platform_, pasteboard_, exportDirectory_,
                                                  [worker = weak_from_this()](std::int64_t changeCount) {
                                                      if (const auto alive = worker.lock())
                                                          alive->generatedFilePasted(changeCount);

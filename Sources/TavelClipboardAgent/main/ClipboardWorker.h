@@ -4,6 +4,7 @@
 #include "Support/OwnerThread.h"
 #include "TavelClipboardAgent/FilePaste/FilePaste.h"
 #include "TavelClipboardAgent/main/Export.h"
+#include "TavelClipboardAgent/main/ImageExport.h"
 #include "TavelClipboardAgent/main/Protocol/ClipboardCommand.h"
 #include "TavelClipboardAgent/main/Protocol/Output.h"
 
@@ -19,7 +20,6 @@
 namespace tavel {
 
 struct FormatExport;
-struct ImageExport;
 
 /// The one long-lived object of the agent: it watches the pasteboard, carries out the parent's commands and
 /// reports to the parent. Main thread only. Held by a shared_ptr, because everything that outlives a call
@@ -67,7 +67,7 @@ public:
     /// Sends a warning to the parent.
     void warn(std::string_view message);
 
-    const std::filesystem::path& exportDirectory() const { return exportDirectory_->path(); }
+    std::filesystem::path exportDirectory() const { return exportDirectory_->path(); }
 
     /// Whether a background job is running. It may outlast `run`.
     bool isExporting() const { return exportSlot_->isTaken(); }
@@ -120,8 +120,8 @@ private:
     bool stopping_ = false;
     std::int64_t exportGeneration_ = 0; // exports of an earlier generation are stale
     std::shared_ptr<ExportDirectory> exportDirectory_;
-    std::optional<std::filesystem::path> previousImage_;   // the picture published last
-    std::optional<std::filesystem::path> previousFormats_; // the formats directory published last
+    std::optional<ImageFile> previousImage_;            // the picture published last
+    std::shared_ptr<PrivateDirectory> previousFormats_; // the formats directory published last
     std::shared_ptr<ExportSlot> exportSlot_ = std::make_shared<ExportSlot>();
     std::int32_t expectedParentPID_;
 };

@@ -1,17 +1,15 @@
 #include "Platform/PasteboardTypes.h"
-#include "Support/Files.h"
-#include "Support/Uuid.h"
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/Formats/ValidRepresentation.h"
 #include "TavelClipboardAgent/Messages.h"
 #include "TavelClipboardAgent/main/ClipboardWorker.h"
+#include "TavelClipboardAgent/main/ExportNames.h"
 #include "TavelClipboardAgent/main/FormatExport.h"
 #include "TavelClipboardAgent/main/ImageExport.h"
 #include "TavelClipboardAgent/main/Images.h"
 #include "TavelClipboardAgent/main/Limits.h"
 
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 namespace tavel {
@@ -109,8 +107,7 @@ void ClipboardWorker::captureImage(std::span<const std::string> types, std::int6
             warn(messages::imageIgnored);
         return;
     }
-    ImageExport pending{{current, exportGeneration_, marker},
-                        exportDirectory_->path() / (makeUuid() + ".png")};
+    ImageExport pending{{current, exportGeneration_, marker}, {nullptr, exportNames::newPicture()}};
     platform_.eventLoop().runInBackground(
         [context = exportContext(), pending = std::move(pending), image = std::move(*image)] {
             exportImage(context, pending, image);
@@ -124,25 +121,24 @@ bool ClipboardWorker::isCurrent(const ExportOrigin& origin) {
 
 void ClipboardWorker::publishImage(const ImageExport& finished) {
     owner_.assertCurrent();
-    std::error_code ignored;
     if (!isCurrent(finished.origin)) {
-        std::filesystem::remove(finished.file, ignored);
+        finished.file.remove();
         return;
     }
     if (previousImage_)
-        std::filesystem::remove(*previousImage_, ignored);
+        previousImage_->remove();
     previousImage_ = finished.file;
-    emitExport(contentKind::image, {finished.file.string()}, finished.origin);
+    emitExport(contentKind::image, {finished.file.path().string()}, finished.origin);
 }
 
 void ClipboardWorker::publishFormats(const FormatExport& finished) {
     owner_.assertCurrent();
     if (!isCurrent(finished.origin)) {
-        static_cast<void>(removeTree(finished.directory));
+        static_cast<void>(finished.directory->remove());
         return;
     }
-    if (previousFormats_)
-        static_cast<void>(removeTree(*previousFormats_));
+    if (previousFormats_ != nullptr)
+        static_cast<void>(previousFormats_->remove());
     previousFormats_ = finished.directory;
     emitExport(contentKind::formats, finished.paths, finished.origin);
 }

@@ -1,17 +1,13 @@
 #include "TavelClipboardAgent/main/FormatExport.h"
 
 #include "Support/Error.h"
-#include "Support/FileError.h"
-#include "Support/Files.h"
-#include "Support/OutputFile.h"
 #include "Support/ScopeExit.h"
-#include "Support/Uuid.h"
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/Messages.h"
 #include "TavelClipboardAgent/main/ClipboardWorker.h"
+#include "TavelClipboardAgent/main/ExportNames.h"
 #include "TavelClipboardAgent/main/Images.h"
 
-#include <cerrno>
 #include <utility>
 
 namespace tavel {
@@ -46,21 +42,17 @@ void addPng(ImageCodec& codec, CapturedFormats& formats) {
         formats.emplace("image.png", std::move(*png));
 }
 
-/// False if the export directory has been removed. Throws Error.
-bool writeFormats(ExportDirectory& parent, const std::filesystem::path& directory,
+/// Makes the directory and the files in it. False if the export directory has been removed. Throws Error.
+bool writeFormats(ExportDirectory& parent, std::shared_ptr<PrivateDirectory>& directory,
                   const CapturedFormats& formats) {
     bool there = parent.whileThere([&] {
-        if (!createPrivateDirectory(directory))
-            throw FileError(FileError::Operation::write, errno, directory.string());
+        directory = std::make_shared<PrivateDirectory>(
+            parent.directory(ExportDirectory::Missing::make)->makeDirectory(exportNames::newFormats()));
     });
     // One file at a time, so that the removal at the agent's end waits for one file at most.
     for (auto one = formats.begin(); there && one != formats.end(); ++one)
-        there = parent.whileThere([&] { writePrivateFile(directory / one->first, one->second.view()); });
+        there = parent.whileThere([&] { directory->writeFile(std::string(one->first), one->second.view()); });
     return there;
-}
-
-void discard(const std::filesystem::path& directory) {
-    static_cast<void>(removeTree(directory));
 }
 
 } // namespace
@@ -70,12 +62,13 @@ void exportFormats(const ExportContext& context, const ExportOrigin& origin, Cap
         return; // the slot's owner is gone too
     const ScopeExit release([&] { context.slot->release(); });
     addPng(context.codec, formats);
-    FormatExport pending{origin, context.directory->path() / ("formats-" + makeUuid()), {}};
+    FormatExport pending{origin, nullptr, {}};
     try {
         if (!writeFormats(*context.directory, pending.directory, formats))
             return;
     } catch (const Error& error) {
-        discard(pending.directory);
+        if (pending.directory != nullptr)
+            static_cast<void>(pending.directory->remove());
         context.loop.post([worker = context.worker, message = messages::formatsNotPrepared(error)] {
             if (const auto alive = worker.lock())
                 alive->warn(message);
@@ -83,13 +76,13 @@ void exportFormats(const ExportContext& context, const ExportOrigin& origin, Cap
         return;
     }
     for (const auto& [name, content] : formats)
-        pending.paths.push_back((pending.directory / name).string());
+        pending.paths.push_back((pending.directory->path() / name).string());
     context.loop.post([worker = context.worker, pending] {
         // Deliberate: unlike a picture's file, the directory is removed if the worker is gone.
         if (const auto alive = worker.lock())
             alive->publishFormats(pending);
         else
-            discard(pending.directory);
+            static_cast<void>(pending.directory->remove());
     });
 }
 

@@ -3,8 +3,8 @@
 #include "Support/Bytes.h"
 #include "TavelClipboardAgent/main/Export.h"
 
-#include <filesystem>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,7 +17,7 @@ using CapturedFormats = std::map<std::string_view, Bytes>;
 /// An export of one clipboard's representations as files.
 struct FormatExport {
     ExportOrigin origin;
-    std::filesystem::path directory;
+    std::shared_ptr<PrivateDirectory> directory;
     std::vector<std::string> paths; // sorted by format name
 };
 

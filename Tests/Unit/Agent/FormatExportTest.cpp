@@ -123,6 +123,25 @@ TEST_F(FormatExporting, makesTheExportDirectoryWhenItIsMissing) {
     EXPECT_EQ(contentOf(publishedDirectory() / "text.html"), "a");
 }
 
+TEST_F(FormatExporting, announcesWhereTheFilesAreWhenALinkTookTheDirectorysPlace) {
+    const std::filesystem::path before = worker->exportDirectory();
+    std::filesystem::remove_all(before);
+    const std::filesystem::path elsewhere = platform.scratch / "elsewhere";
+    std::filesystem::create_directory(elsewhere);
+    std::filesystem::create_directory_symlink(elsewhere, before);
+    copyHtml();
+    const std::filesystem::path directory = publishedDirectory();
+    EXPECT_EQ(directory.parent_path(), worker->exportDirectory());
+    EXPECT_NE(directory.parent_path(), before);
+    EXPECT_EQ(contentOf(directory / "text.html"), "a");
+    EXPECT_TRUE(std::filesystem::is_empty(elsewhere));
+    copyPng(scriptedPicture(pngSignature, 2, 3));
+    static_cast<void>(polled());
+    const std::filesystem::path picture = pathsIn(finished(), "image").at(0);
+    EXPECT_EQ(picture.parent_path(), worker->exportDirectory());
+    EXPECT_TRUE(std::filesystem::exists(picture));
+}
+
 TEST_F(FormatExporting, warnsWhenTheDirectoryCannotBeMade) {
     // A file in place of the directory.
     std::filesystem::remove_all(worker->exportDirectory());

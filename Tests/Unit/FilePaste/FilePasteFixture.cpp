@@ -15,8 +15,9 @@ using namespace std::chrono_literals;
 FilePasteFixture::FilePasteFixture() {
     restoreFocus();
     pasteboard().copyFromOutside("Bonjour");
-    paste = std::make_shared<FilePaste>(platform, platform.pasteboard, root,
-                                        [this](std::int64_t count) { changes.push_back(count); });
+    paste =
+        std::make_shared<FilePaste>(platform, platform.pasteboard, std::make_shared<ExportDirectory>(root),
+                                    [this](std::int64_t count) { changes.push_back(count); });
 }
 
 void FilePasteFixture::restoreFocus() {

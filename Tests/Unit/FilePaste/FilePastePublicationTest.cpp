@@ -132,12 +132,13 @@ TEST_F(FilePastePublication, reportsTheNewChangeCountOnce) {
 
 TEST_F(FilePastePublication, reportsTheNewChangeCountAfterTheFileIsThere) {
     int told = 0;
-    paste = std::make_shared<FilePaste>(platform, platform.pasteboard, root, [&](std::int64_t) {
-        ++told;
-        ASSERT_EQ(files().size(), 1U);
-        EXPECT_EQ(readBack(files().front()), "Bonjour");
-        EXPECT_EQ(pasteboard().content("com.brennic.generated-file"), "1");
-    });
+    paste = std::make_shared<FilePaste>(
+        platform, platform.pasteboard, std::make_shared<ExportDirectory>(root), [&](std::int64_t) {
+            ++told;
+            ASSERT_EQ(files().size(), 1U);
+            EXPECT_EQ(readBack(files().front()), "Bonjour");
+            EXPECT_EQ(pasteboard().content("com.brennic.generated-file"), "1");
+        });
     ASSERT_TRUE(publish("a.txt"));
     EXPECT_EQ(told, 1);
 }

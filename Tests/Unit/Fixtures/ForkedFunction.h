@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <system_error>
@@ -31,6 +32,14 @@ inline void dropRootRights() {
     constexpr uid_t nobody = 65534;
     if (geteuid() == 0 && setuid(nobody) != 0)
         _exit(126);
+}
+
+/// The same, for a process that has to own this file or directory.
+inline void giveToNobodyAndBecomeNobody(const std::filesystem::path& path) {
+    constexpr uid_t nobody = 65534;
+    if (geteuid() == 0 && chown(path.c_str(), nobody, nobody) != 0)
+        _exit(125);
+    dropRootRights();
 }
 
 } // namespace tavel

@@ -82,9 +82,13 @@ TEST(CreatePrivateDirectory, givesTheOwnerAloneAllRightsUnderAnyUmask) {
 
 TEST(CreatePrivateDirectory, createsWhatIsMissingAboveIt) {
     const ScratchDirectory scratch;
-    EXPECT_TRUE(createUnder(0022, scratch / "a/b/c"));
-    EXPECT_EQ(modeOf(scratch / "a/b/c"), 0700U);
-    EXPECT_EQ(modeOf(scratch / "a/b"), 0755U);
+    for (const mode_t mask : {0000U, 0022U, 0777U}) {
+        const std::string first = std::to_string(mask);
+        EXPECT_TRUE(createUnder(mask, scratch / first / "b/c"));
+        EXPECT_EQ(modeOf(scratch / first / "b/c"), 0700U);
+        EXPECT_EQ(modeOf(scratch / first / "b"), 0700U);
+        EXPECT_EQ(modeOf(scratch / first), 0700U);
+    }
 }
 
 TEST(CreatePrivateDirectory, givesItsRightsToANameWithATrailingSlashToo) {

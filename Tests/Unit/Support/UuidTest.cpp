@@ -32,6 +32,25 @@ TEST(Uuid, isOfVersion4AndItsVariant) {
     }
 }
 
+TEST(Uuid, isToldFromOtherTexts) {
+    for (int round = 0; round < rounds; ++round)
+        ASSERT_TRUE(isUuid(makeUuid()));
+    const std::string uuid = "0123ABCD-4567-4EF0-89AB-CDEF01234567";
+    EXPECT_TRUE(isUuid(uuid));
+    for (std::size_t i = 0; i < uuid.size(); ++i) {
+        for (const char other : std::string_view("g/:@G`a \0", 10)) {
+            std::string changed = uuid;
+            changed[i] = other;
+            EXPECT_FALSE(isUuid(changed)) << changed;
+        }
+    }
+    EXPECT_FALSE(isUuid("0123ABCD-4567-1EF0-89AB-CDEF01234567")) << "another version";
+    EXPECT_FALSE(isUuid("0123ABCD-4567-4EF0-79AB-CDEF01234567")) << "another variant";
+    EXPECT_FALSE(isUuid(uuid.substr(1)));
+    EXPECT_FALSE(isUuid(uuid + "0"));
+    EXPECT_FALSE(isUuid(""));
+}
+
 TEST(Uuid, isNeverTheSameTwice) {
     std::set<std::string> seen;
     for (int round = 0; round < rounds; ++round)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Support/FileError.h"
-#include "Support/OutputFile.h"
+#include "Support/PrivateDirectory.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -16,11 +16,15 @@ namespace tavel {
 /// One of the two functions that write a private file.
 struct Writer {
     std::string_view name;
-    void (*write)(const std::filesystem::path& path, std::string_view content);
+    void (PrivateDirectory::*function)(const std::string& name, std::string_view content) const;
+
+    void write(const std::filesystem::path& path, std::string_view content) const {
+        (PrivateDirectory::open(path.parent_path()).*function)(path.filename().string(), content);
+    }
 };
 
-inline constexpr Writer directWriter{"directly", writePrivateFile};
-inline constexpr Writer atomicWriter{"atomically", writePrivateFileAtomically};
+inline constexpr Writer directWriter{"directly", &PrivateDirectory::writeFile};
+inline constexpr Writer atomicWriter{"atomically", &PrivateDirectory::writeFileAtomically};
 inline constexpr Writer writers[] = {directWriter, atomicWriter};
 
 /// The errno with which writing fails; 0 if it succeeds.
