@@ -13,6 +13,7 @@ target_compile_options(tavel_warnings INTERFACE
 if(TAVEL_SANITIZERS)
   add_compile_options(-fsanitize=${TAVEL_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${TAVEL_SANITIZERS})
+  add_compile_definitions(TAVEL_SANITIZED)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # This warning misses initialisations in instrumented code (GCC manual, -fsanitize=address).
     add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wno-maybe-uninitialized>)

@@ -1,8 +1,13 @@
 #include "Linux/X11/X11Reply.h"
+#include "Tests/Support/WaitUntil.h"
 #include "Tests/X11/X11AgentTest.h"
 
+#include <sys/wait.h>
 #include <xcb/xcb.h>
 
+#include <csignal>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 namespace tavel {
@@ -41,6 +46,15 @@ private:
 
 class FilePrompt : public X11AgentTest {
 protected:
+    /// Whether the process ignores the signal (proc(5), status, SigIgn: a bit for each, from the lowest).
+    static bool hasIgnored(int signal, const AgentProcess& agent) {
+        std::ifstream file("/proc/" + std::to_string(agent.processIdentifier()) + "/status");
+        const std::string status{std::istreambuf_iterator<char>(file), {}};
+        const std::string name = "SigIgn:\t";
+        const std::string digits = status.substr(status.find(name) + name.size(), 16);
+        return (std::stoull(digits, nullptr, 16) >> (signal - 1) & 1) != 0;
+    }
+
     Json prompt(bool on) {
         return request(agent(), {{"command", "configure_file_prompt"}, {"rename_prompt", on}});
     }
@@ -65,6 +79,21 @@ TEST_F(FilePrompt, takesTheShortcutFromNobody) {
     const OtherShortcut later(server_.display());
     EXPECT_EQ(prompt(false), success(0));
     EXPECT_EQ(prompt(true), success(0)) << "as what it was allowed once is not tried again";
+}
+
+/// The library for the bus ignores the signal for the whole process.
+TEST_F(FilePrompt, leavesTheBrokenPipeSignalToTheSystem) {
+    AgentProcess::Options withBus = x11Options();
+    withBus.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nonexistent";
+    AgentProcess& withPrompt = start(withBus);
+    EXPECT_EQ(request(withPrompt, {{"command", "configure_file_prompt"}, {"rename_prompt", true}}),
+              success(0));
+    waitUntil([&] { return hasIgnored(SIGPIPE, withPrompt); }, AgentProcess::deadline);
+    withPrompt.closeOutput();
+    withPrompt.send(pingLine(7));
+    const int status = withPrompt.waitForExit();
+    ASSERT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGPIPE);
 }
 
 TEST_F(FilePrompt, outlivesItsServer) {

@@ -1,5 +1,6 @@
 #include "TavelClipboardAgent/main/Protocol/Output.h"
 
+#include "Support/Process.h"
 #include "Tests/Unit/Fixtures/Pipe.h"
 #include "Tests/Unit/Fixtures/Signals.h"
 #include "Tests/Unit/Fixtures/TemporaryFile.h"
@@ -77,12 +78,35 @@ TEST(Output, neverMixesTheLinesOfTwoThreads) {
 }
 
 TEST(Output, dropsWhatCannotBeWritten) {
-    const SignalHandler ignore(SIGPIPE, SIG_IGN);
+    const Pipe pipe;
+    Output output(pipe.reader());
+    output.emit(message("lost"));
+    output.emit(message("lost too")); // the lock is free again
+}
+
+void emitToNobody() {
     Pipe pipe;
     pipe.closeReader();
     Output output(pipe.writer());
     output.emit(message("lost"));
-    output.emit(message("lost too")); // the lock is free again
+}
+
+TEST(Output, endsTheProcessWhenNobodyReads) {
+    EXPECT_EXIT(emitToNobody(), testing::KilledBySignal(SIGPIPE), "");
+}
+
+TEST(Output, endsTheProcessWhenNobodyReadsThoughALibraryIgnoresTheSignal) {
+    const SignalHandler ignore(SIGPIPE, SIG_IGN);
+    EXPECT_EXIT(emitToNobody(), testing::KilledBySignal(SIGPIPE), "");
+}
+
+void emitToNobodyWithTheSignalBlocked() {
+    blockBrokenPipeSignal();
+    emitToNobody();
+}
+
+TEST(Output, endsTheProcessWhenNobodyReadsThoughTheSignalIsBlocked) {
+    EXPECT_EXIT(emitToNobodyWithTheSignalBlocked(), testing::KilledBySignal(SIGPIPE), "");
 }
 
 } // namespace

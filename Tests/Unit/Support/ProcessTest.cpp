@@ -133,5 +133,91 @@ TEST(Process, putsTheNullDeviceOnEveryClosedStandardDescriptor) {
             << "closed: " << closed;
 }
 
+bool isPrivate(int descriptor) {
+    return descriptor > STDERR_FILENO && (fcntl(descriptor, F_GETFD) & FD_CLOEXEC) != 0;
+}
+
+/// The file at a descriptor that stood at the standard number before: the same, or the null device if that
+/// number was closed.
+bool leadsWhere(int descriptor, const Standing& before, std::size_t index) {
+    dup2(descriptor, static_cast<int>(index));
+    const Standing now = Standing::now();
+    return before.open.at(index) ? now.isSame(before, index) : now.isNullDevice(index);
+}
+
+constexpr int notInherited = 5;
+constexpr int notPrivate = 6;
+constexpr int elsewhere = 7;
+
+/// Closes each descriptor from 0 to 2 whose bit is set, puts an end of a pipe on the others, and takes them.
+int takeWithClosed(unsigned closed, const Pipe& pipe) {
+    for (int descriptor = 0; descriptor < 3; ++descriptor)
+        dup2(pipe.writer(), descriptor);
+    const int free = lowestFreeDescriptor();
+    for (int descriptor = 0; descriptor < 3; ++descriptor) {
+        if ((closed >> descriptor & 1U) != 0)
+            close(descriptor);
+    }
+    const Standing before = Standing::now();
+    const StandardPipes pipes = takeStandardPipes();
+    const Standing after = Standing::now();
+    for (int descriptor = 0; descriptor < 3; ++descriptor) {
+        if (!after.isNullDevice(static_cast<std::size_t>(descriptor)))
+            return changedOne;
+        if ((fcntl(descriptor, F_GETFL) & O_ACCMODE) != O_RDWR)
+            return notBothWays;
+        if ((fcntl(descriptor, F_GETFD) & FD_CLOEXEC) != 0)
+            return notInherited;
+    }
+    if (!isPrivate(pipes.input) || !isPrivate(pipes.output))
+        return notPrivate;
+    if (!leadsWhere(pipes.input, before, STDIN_FILENO) || !leadsWhere(pipes.output, before, STDOUT_FILENO))
+        return elsewhere;
+    close(pipes.input);
+    close(pipes.output);
+    return lowestFreeDescriptor() == free ? keptOpen : leaked;
+}
+
+TEST(Process, takesItsPipesAndPutsTheNullDeviceInTheirPlace) {
+    const Pipe pipe;
+    for (unsigned closed = 0; closed < 8; ++closed)
+        EXPECT_EQ(exitStatusOf([&] { return takeWithClosed(closed, pipe); }), keptOpen)
+            << "closed: " << closed;
+}
+
+TEST(Process, keepsItsPipesWhereTheyAreWithoutADescriptorToSpare) {
+    const Pipe pipe;
+    EXPECT_EQ(exitStatusOf([&] {
+                  for (int descriptor = 0; descriptor < 3; ++descriptor)
+                      dup2(pipe.writer(), descriptor);
+                  const Standing before = Standing::now();
+                  const rlimit onlyThree{3, 3};
+                  setrlimit(RLIMIT_NOFILE, &onlyThree);
+                  const StandardPipes pipes = takeStandardPipes();
+                  const Standing after = Standing::now();
+                  const bool same = after.isSame(before, 0) && after.isSame(before, 1);
+                  return same && pipes.input == STDIN_FILENO && pipes.output == STDOUT_FILENO ? 0 : 1;
+              }),
+              0);
+}
+
+/// Writes to a pipe that nobody reads. 0 if the write failed.
+int writeToNobody() {
+    Pipe pipe;
+    pipe.closeReader();
+    return write(pipe.writer(), "x", 1) < 0 && errno == EPIPE ? 0 : 1;
+}
+
+TEST(Process, survivesAWriteToNobodyOnceTheSignalIsBlocked) {
+    EXPECT_EXIT(_exit(writeToNobody()), testing::KilledBySignal(SIGPIPE), "");
+    EXPECT_EQ(exitStatusOf([] {
+                  blockBrokenPipeSignal();
+                  int ofThread = 1;
+                  std::thread([&] { ofThread = writeToNobody(); }).join();
+                  return ofThread + writeToNobody();
+              }),
+              0);
+}
+
 } // namespace
 } // namespace tavel

@@ -1,9 +1,11 @@
 #include "TavelClipboardAgent/main/Protocol/Output.h"
 
 #include "Support/Files.h"
+#include "Support/Process.h"
 #include "Support/Throughput.h"
 #include "TavelClipboardAgent/main/Protocol/Encoder.h"
 
+#include <cerrno>
 #include <cstddef>
 
 namespace tavel {
@@ -22,8 +24,9 @@ void Output::emit(const AgentMessage& message) {
     if (line->size() >= largeLineBytes)
         enlargePipe(descriptor_);
     const std::lock_guard guard(lock_);
-    // The end of standard input and the parent watch detect a parent that is gone, not this write.
-    static_cast<void>(writeAll(descriptor_, *line));
+    // Without a reader there is no parent left to serve.
+    if (!writeAll(descriptor_, *line) && errno == EPIPE)
+        endByBrokenPipeSignal();
 }
 
 } // namespace tavel

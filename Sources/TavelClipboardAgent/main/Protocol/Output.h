@@ -14,7 +14,7 @@ public:
 
     /// Writes the message as one line, without buffering. Blocks while the parent does not read. Drops a
     /// message that JSON cannot hold (a path that is not UTF-8), and one that cannot be written. Writing to a
-    /// closed pipe raises SIGPIPE, which the agent leaves at the system's default.
+    /// pipe that nobody reads ends the process by SIGPIPE, as it does by default (POSIX write).
     void emit(const AgentMessage& message);
 
 private:
