@@ -46,6 +46,14 @@ TEST_F(PanelForeignProgram, thatIsMissingIsNoPanel) {
     expectRefusal(missing + ": No such file or directory");
 }
 
+TEST_F(PanelForeignProgram, thatARelativePathNamesIsNoPanel) {
+    const auto file = directory().createFile("script", std::string("#!/bin/sh\n") + ready);
+    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+    const std::string relative = std::filesystem::relative(file);
+    startProgram({}, relative);
+    expectRefusal(relative + ": not an absolute path (is there no /proc?)");
+}
+
 TEST_F(PanelForeignProgram, thatEndsAtOnceIsNoPanel) {
     startWithScript("exit 3\n");
     expectRefusal("its program ended or said too much");

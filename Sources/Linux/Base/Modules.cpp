@@ -16,11 +16,17 @@ std::filesystem::path moduleDirectory() {
     return program.parent_path().parent_path() / "lib" / "tavel";
 }
 
+void requireAbsolute(const std::filesystem::path& path) {
+    if (!path.is_absolute())
+        throw std::runtime_error(path.string() + ": not an absolute path (is there no /proc?)");
+}
+
 std::filesystem::path modulePath(std::string_view name) {
     return moduleDirectory() / (std::string(name) + ".so");
 }
 
 void* loadModuleEntry(const std::filesystem::path& module, const char* entryName) {
+    requireAbsolute(module);
     // Never unloaded: GLib cannot unregister the types that the module's libraries registered.
     void* const library = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
     void* const entry = library == nullptr ? nullptr : dlsym(library, entryName);

@@ -1,5 +1,6 @@
 #include "Linux/Panel/PanelProcess.h"
 
+#include "Linux/Base/Modules.h"
 #include "Support/ScopeExit.h"
 
 #include <fcntl.h>
@@ -70,6 +71,7 @@ gboolean reap(gpointer process) {
 } // namespace
 
 PanelProcess::PanelProcess(const std::filesystem::path& program) {
+    requireAbsolute(program);
     Ends channel = makeSocket();
     Ends errors = makeSocket();
     start(program, channel.theirs.number(), errors.theirs.number());

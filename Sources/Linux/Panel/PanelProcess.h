@@ -12,7 +12,7 @@ namespace tavel {
 /// only.
 class PanelProcess {
 public:
-    /// Throws std::runtime_error with the reason if the program cannot be started.
+    /// Throws std::runtime_error with the reason if the program cannot be started, or its path is relative.
     explicit PanelProcess(const std::filesystem::path& program);
 
     /// Does not wait: if the process has not ended yet, GLib's default main context reaps it later.

@@ -1,0 +1,49 @@
+#include "Tests/Protocol/ExportTest.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace tavel {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A file system view of its own, for which any other user than root needs user namespaces.
+std::string ownView() {
+    return geteuid() == 0 ? "unshare --mount" : "unshare --mount --map-root-user";
+}
+
+class ForeignModule : public AgentTest {};
+
+/// Without /proc, a program does not know where it is. In its working directory may stand anybody's library.
+TEST_F(ForeignModule, isNotLoadedFromTheWorkingDirectory) {
+    const fs::path working = directory_.path() / "working";
+    fs::create_directories(working / "lib");
+    fs::copy(fs::path(TAVEL_AGENT_PROGRAM).parent_path().parent_path() / "lib" / "tavel",
+             working / "lib" / "tavel");
+    const std::string hideProc = "mount -t tmpfs none /proc";
+    if (std::system((ownView() + " sh -c '" + hideProc + "' 2>/dev/null").c_str()) != 0)
+        GTEST_SKIP() << "No file system can be mounted here, so the test cannot hide /proc.";
+
+    AgentProcess::Options lost = options();
+    lost.launcher = {"/bin/sh", "-c",
+                     "exec " + ownView() + " sh -c '" + hideProc + R"( && cd "$0" && exec "$@"' "$0" "$@")",
+                     working.string()};
+    AgentProcess& agent = start(lost);
+    const std::int64_t picture =
+        otherApplication().copy({{representation("public.png", readPicture("jpeg-baseline.jpg"))}});
+    EXPECT_EQ(agent.nextMessage(), announcement(picture));
+    waitForPolls();
+    const std::int64_t sequence = otherApplication().copyText("hi");
+    EXPECT_EQ(agent.nextMessage(), announcement(sequence)) << "as without the module, nothing is converted";
+    EXPECT_EQ(agent.nextMessage(), textEvent("aGk", 2, sequence));
+    const std::string loaded = contentOf("/proc/" + std::to_string(agent.processIdentifier()) + "/maps");
+    EXPECT_NE(loaded.find("TavelClipboardAgent"), std::string::npos);
+    EXPECT_EQ(loaded.find(working.string()), std::string::npos);
+}
+
+} // namespace
+
+} // namespace tavel
