@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace tavel {
 namespace {
@@ -29,6 +30,16 @@ std::optional<std::uint64_t> skipSubBlocks(const ImageFields& fields, std::uint6
 /// The size in bytes of the colour table that the flags of a GIF's screen or frame describe.
 std::uint64_t colourTableSize(std::uint64_t flags) {
     return (flags & 0x80) == 0 ? 0 : std::uint64_t{3} << ((flags & 7) + 1);
+}
+
+/// The GIF with a screen of exactly the size of its only frame, whose descriptor starts at that offset.
+Bytes onScreenOfItsSize(std::string_view gif, std::size_t frame) {
+    constexpr std::size_t screenSize = 6; // the offset of the width and height, of 2 bytes each
+    constexpr std::size_t placeSize = 4;  // left and top, before the frame's width and height
+    std::string alone(gif);
+    alone.replace(screenSize, 4, gif.substr(frame + 1 + placeSize, 4));
+    alone.replace(frame + 1, placeSize, placeSize, '\0');
+    return Bytes::adopt(std::move(alone));
 }
 
 /// The offset of the next marker, from `offset` on, that is not part of a JPEG's entropy-coded data.
@@ -102,8 +113,9 @@ std::optional<GifFrame> firstFrameOfGif(const Bytes& file) {
                 return static_cast<int>(fields.numberOrZero(offset + place, 2));
             };
             if (end)
-                return GifFrame{file.slice(0, static_cast<std::size_t>(*end)), side(1), side(3), side(5),
-                                side(7)};
+                return GifFrame{onScreenOfItsSize(file.view().substr(0, static_cast<std::size_t>(*end)),
+                                                  static_cast<std::size_t>(offset)),
+                                side(1), side(3), side(5), side(7)};
         }
         if (!end)
             return std::nullopt;

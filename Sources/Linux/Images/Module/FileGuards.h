@@ -12,15 +12,15 @@ namespace tavel {
 
 /// The first frame of a GIF, and its place on the screen in pixels.
 struct GifFrame {
-    Bytes file; // up to the end of that frame
+    Bytes file; // of this frame only, on a screen of exactly its size
     int left = 0;
     int top = 0;
     int width = 0;
     int height = 0;
 };
 
-/// The file up to the end of its first frame: decoders index all frames first. nullopt if that frame is cut
-/// short.
+/// The first frame by itself: decoders index all frames first, and libvips takes minutes to pass over a tall
+/// screen above a frame. nullopt if that frame is cut short.
 std::optional<GifFrame> firstFrameOfGif(const Bytes& file);
 
 /// The file, unless it has more than 100 scans: a decoder goes over the whole picture for each scan, even for

@@ -60,14 +60,15 @@ VipsImagePointer onTransparent(const VipsImagePointer& image, int left, int top,
         [&](VipsImage** out) { return vips_embed(withAlpha.get(), out, left, top, width, height, nullptr); });
 }
 
-/// Opens the first frame of a GIF on the GIF's screen, transparent where the frame does not reach. libnsgif
-/// corrects screen sizes that it finds implausible, so only the frame is taken from it.
+/// Opens the first frame of a GIF on the GIF's screen, transparent where the frame does not reach. The decoder
+/// sees the frame only: libnsgif corrects screen sizes that it finds implausible.
 std::optional<ImageSource> openGif(const Bytes& file, const ImageHeader& header) {
     const auto frame = firstFrameOfGif(file);
     if (!frame)
         return std::nullopt;
     ImageSource source{frame->file, load(vips_gifload_buffer, frame->file)};
-    if (source.image == nullptr || !isSmallEnough(source.image.get()))
+    if (source.image == nullptr || vips_image_get_width(source.image.get()) != frame->width ||
+        vips_image_get_height(source.image.get()) != frame->height || !isSmallEnough(source.image.get()))
         return std::nullopt;
     const auto width = static_cast<int>(header.width);
     const auto height = static_cast<int>(header.height);
@@ -76,8 +77,7 @@ std::optional<ImageSource> openGif(const Bytes& file, const ImageHeader& header)
     if (visibleWidth <= 0 || visibleHeight <= 0)
         return std::nullopt;
     source.image = vipsImage([&](VipsImage** out) {
-        return vips_crop(source.image.get(), out, frame->left, frame->top, visibleWidth, visibleHeight,
-                         nullptr);
+        return vips_crop(source.image.get(), out, 0, 0, visibleWidth, visibleHeight, nullptr);
     });
     if (source.image != nullptr && (visibleWidth < width || visibleHeight < height))
         source.image = onTransparent(source.image, frame->left, frame->top, width, height);
