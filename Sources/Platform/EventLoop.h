@@ -6,7 +6,9 @@
 namespace tavel {
 
 /// The main thread's event loop. Functions run on the thread that calls `runOnce`, one after the other, and
-/// never inside another function of the loop. They must not throw.
+/// never inside another function of the loop. One that throws std::exception is abandoned, as memory may run
+/// out anywhere; the others go on. An operation that takes a function throws std::bad_alloc if there is no
+/// memory for it; it has no other effect then.
 class EventLoop {
 public:
     using Function = std::function<void()>;
@@ -28,7 +30,8 @@ public:
     /// thread.
     virtual void repeat(std::chrono::milliseconds interval, Function function) = 0;
 
-    /// Runs `job` on a background thread. The process may end while it runs. Main thread.
+    /// Runs `job`, which must not throw, on a background thread. The process may end while it runs. Throws
+    /// std::system_error if the system has no further thread. Main thread.
     virtual void runInBackground(Function job) = 0;
 
     /// Ends the wait of the current or the next pass. Any thread.

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 namespace tavel {
 
@@ -49,14 +50,20 @@ InputFile::InputFile(const std::string& path, Links links) : path_(path) {
     if (failure == 0 && !S_ISREG(status.st_mode))
         failure = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
     if (failure != 0) {
-        close(descriptor_);
+        ::close(descriptor_);
         throw FileError(FileError::Operation::read, failure, path);
     }
     size_ = static_cast<std::size_t>(status.st_size);
 }
 
 InputFile::~InputFile() {
-    close(descriptor_);
+    if (descriptor_ >= 0)
+        ::close(descriptor_);
+}
+
+void InputFile::close() {
+    if (::close(std::exchange(descriptor_, -1)) != 0 && errno != EINTR)
+        throw FileError(FileError::Operation::read, errno, path_);
 }
 
 Bytes InputFile::read(std::size_t limit) {

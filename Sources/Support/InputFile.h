@@ -27,6 +27,10 @@ public:
     /// for the limit.
     Bytes read(std::size_t limit);
 
+    /// Closes the file. Some file systems report only here that what was read is not the file's content. The
+    /// destructor closes without a report. Nothing may be called afterwards.
+    void close();
+
 private:
     std::string path_;
     int descriptor_ = -1;

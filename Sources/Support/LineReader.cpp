@@ -51,7 +51,7 @@ public:
     char* bytes() { return bytes_.get(); }
     std::size_t capacity() const { return capacity_; }
 
-    /// Makes room for at least `capacity` bytes and keeps the first `used` bytes.
+    /// Makes room for at least `capacity` bytes and keeps the first `used` bytes. Throws std::bad_alloc.
     void grow(std::size_t capacity, std::size_t used) {
         if (capacity > largeCapacity)
             capacity = std::max(capacity, hugeCapacity);
@@ -59,6 +59,16 @@ public:
         std::memcpy(grown.get(), bytes_.get(), used);
         bytes_ = std::move(grown);
         capacity_ = capacity;
+    }
+
+    /// Gives back the room behind the first `used` bytes, which may move.
+    void shrink(std::size_t used) {
+        const std::size_t size = used + padding;
+        if (char* const shrunk = static_cast<char*>(std::realloc(bytes_.get(), size))) {
+            static_cast<void>(bytes_.release()); // realloc has freed or kept it
+            bytes_.reset(shrunk);
+            capacity_ = used;
+        }
     }
 
 private:
@@ -94,11 +104,32 @@ std::optional<LineReader::Line> LineReader::next() {
             return takeLine(position - lineStart_ - (carriageReturn ? 1 : 0), carriageReturn ? 2 : 1);
         }
         scanned_ = end_;
-        if (endOfInput_ || !fill()) {
+        if (end_ - lineStart_ > longestLineBytes) {
+            skipLine();
+        } else if (endOfInput_ || !fill()) {
             if (lineStart_ == end_)
                 return std::nullopt;
             return takeLine(end_ - lineStart_, 0);
         }
+    }
+}
+
+void LineReader::skipLine() {
+    for (;;) {
+        char* const bytes = buffer_->bytes();
+        const void* const feed = std::memchr(bytes + scanned_, '\n', end_ - scanned_);
+        if (feed != nullptr)
+            lineStart_ = static_cast<std::size_t>(static_cast<const char*>(feed) - bytes) + 1;
+        else
+            lineStart_ = end_;
+        end_ -= lineStart_;
+        std::memmove(bytes, bytes + lineStart_, end_);
+        std::memset(bytes + end_, 0, padding);
+        lineStart_ = scanned_ = 0;
+        if (buffer_->capacity() > largeCapacity)
+            buffer_->shrink(largeCapacity);
+        if (feed != nullptr || endOfInput_ || !fill())
+            return;
     }
 }
 
@@ -126,23 +157,28 @@ bool LineReader::fill() {
 }
 
 LineReader::Line LineReader::takeLine(std::size_t length, std::size_t terminatorLength) {
-    Line line{{buffer_->bytes() + lineStart_, length}, nullptr};
-    lineStart_ += length + terminatorLength;
-    scanned_ = lineStart_;
-    if (length < ownedLineBytes)
+    const std::size_t next = lineStart_ + length + terminatorLength;
+    Line line;
+    if (length < ownedLineBytes) {
+        line.text = {buffer_->bytes() + lineStart_, length};
+        lineStart_ = scanned_ = next;
         return line;
+    }
 
-    // The line keeps the buffer. The input behind it moves to a new one.
-    std::shared_ptr<Buffer> owner = std::move(buffer_);
-    const std::size_t rest = end_ - lineStart_;
-    buffer_ = std::make_unique<Buffer>();
-    if (rest > buffer_->capacity())
-        buffer_->grow(rest, 0);
-    std::memcpy(buffer_->bytes(), owner->bytes() + lineStart_, rest);
-    std::memset(buffer_->bytes() + rest, 0, padding);
+    // The line keeps the buffer. The input behind it moves to a new one. Whatever can throw comes first.
+    const std::size_t rest = end_ - next;
+    auto following = std::make_unique<Buffer>();
+    if (rest > following->capacity())
+        following->grow(rest, 0);
+    const std::shared_ptr<Buffer> owner(std::make_shared<Buffer>(std::move(*buffer_)));
+    std::memcpy(following->bytes(), owner->bytes() + next, rest);
+    std::memset(following->bytes() + rest, 0, padding);
+    owner->shrink(lineStart_ + length); // many such lines may wait
+    line.text = {owner->bytes() + lineStart_, length};
+    line.owner = owner;
+    buffer_ = std::move(following);
     lineStart_ = scanned_ = 0;
     end_ = rest;
-    line.owner = std::move(owner);
     return line;
 }
 

@@ -7,8 +7,8 @@
 
 namespace tavel {
 
-/// Splits the input of a descriptor into lines of any length. It scans each byte once and doubles its buffer,
-/// so a line of 90 MB costs little more than reading it. For one thread.
+/// Splits the input of a descriptor into lines of up to 4 GiB. It scans each byte once and doubles its
+/// buffer, so a line of 90 MB costs little more than reading it. For one thread.
 class LineReader {
 public:
     /// Bytes behind each line that may be read but not written, for parsers that read ahead with SIMD.
@@ -16,6 +16,9 @@ public:
 
     /// A line of at least this many bytes has a buffer of its own, see Line.
     static constexpr std::size_t ownedLineBytes = std::size_t{64} * 1024;
+
+    /// A longer line is skipped: the parser of JSON counts bytes in 32 bits.
+    static constexpr std::size_t longestLineBytes = 0xFFFF'FF00;
 
     struct Line {
         /// The line without its terminator (LF or CRLF). The caller may change these bytes.
@@ -32,8 +35,11 @@ public:
     LineReader& operator=(const LineReader&) = delete;
 
     /// Waits for the next line. The last line may lack its terminator. nullopt at the end of input and after
-    /// a read error.
+    /// a read error. Throws std::bad_alloc if there is no memory for the line; the next call tries again.
     std::optional<Line> next();
+
+    /// Reads to the end of the line that the next call of `next` would have given, without holding it.
+    void skipLine();
 
 private:
     class Buffer;

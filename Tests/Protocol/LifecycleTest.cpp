@@ -125,6 +125,21 @@ TEST_F(Lifecycle, answersWhatCameBeforeQuitFirst) {
     EXPECT_EQ(agent.waitForExit(), 0);
 }
 
+TEST_F(Lifecycle, leavesThePasteboardAloneAfterQuit) {
+    AgentProcess& agent = start();
+    // While the agent writes this text, it reads all the other commands.
+    std::string lines = R"({"command":"write_text","request_id":6,"marker":"","text_b64":")" +
+                        repeated("YWFh", 1'000'000) + "\"}\n" + R"({"command":"quit","request_id":7})" + "\n";
+    for (int command = 0; command < 20; ++command) {
+        lines += R"({"command":"write_text","request_id":8,"text_b64":"aGk","marker":""})"
+                 "\n";
+    }
+    agent.send(lines);
+    EXPECT_EQ(agent.remainingMessages(), (std::vector{pingReply(6, 1), pingReply(7, 1)}));
+    EXPECT_EQ(agent.waitForExit(), 0);
+    EXPECT_EQ(otherApplication().text().value_or("").size(), 3'000'000U);
+}
+
 TEST_F(Lifecycle, endsWithinALineOfInput) {
     AgentProcess& agent = start();
     agent.send(R"({"command":"quit","request_id":7})"

@@ -1,4 +1,5 @@
 #include "Tests/Protocol/AgentTest.h"
+#include "Tests/Support/WaitUntil.h"
 
 namespace tavel {
 
@@ -98,6 +99,53 @@ TEST_F(Output, reachesAParentThatStoppedReadingForAWhile) {
 
 TEST_F(Output, waitsForAStalledParentInNonBlockingModeToo) {
     expectRepliesAfterAStall(true);
+}
+
+TEST_F(Output, holdsOneContentAtMostForAParentThatDoesNotRead) {
+    AgentProcess::Options narrow = options();
+    narrow.outputPipeBytes = smallestPipe;
+    AgentProcess& agent = start(narrow);
+    constexpr std::uint64_t count = 1000;
+    sendPings(agent, count);
+    waitUntilStalled(agent);
+    std::vector<std::int64_t> sequences;
+    for (const char* text : {"aaa", "bbb", "ccc"}) {
+        sequences.push_back(otherApplication().copyText(text));
+        waitForPolls();
+    }
+    expectPingReplies(agent, count);
+    EXPECT_EQ(agent.nextMessage(), announcement(sequences[0]));
+    EXPECT_EQ(agent.nextMessage(), textEvent("YWFh", 3, sequences[0]));
+    EXPECT_EQ(agent.nextMessage(), announcement(sequences[2]));
+    EXPECT_EQ(agent.nextMessage(), textEvent("Y2Nj", 3, sequences[2]));
+    agent.send(pingLine(7));
+    EXPECT_EQ(agent.nextMessage(), pingReply(7, sequences[2]));
+}
+
+TEST_F(Output, carriesOutCommandsForAParentThatDoesNotRead) {
+    AgentProcess::Options narrow = options();
+    narrow.outputPipeBytes = smallestPipe;
+    AgentProcess& agent = start(narrow);
+    sendPings(agent, 1000);
+    waitUntilStalled(agent);
+    agent.send(R"({"command":"write_text","request_id":7,"text_b64":"aGk","marker":""})"
+               "\n");
+    waitUntil([this] { return otherApplication().text() == "hi"; }, AgentProcess::deadline);
+}
+
+TEST_F(Output, comesWholeThoughTheParentReadsItOnlyAfterTheEndOfInput) {
+    AgentProcess::Options narrow = options();
+    narrow.outputPipeBytes = smallestPipe;
+    AgentProcess& agent = start(narrow);
+    constexpr std::uint64_t count = 1000;
+    sendPings(agent, count);
+    agent.send(R"({"command":"quit","request_id":1000})"
+               "\n");
+    agent.closeInput();
+    waitUntil([this] { return exportDirectories().empty(); }, AgentProcess::deadline);
+    expectPingReplies(agent, count + 1);
+    EXPECT_EQ(agent.nextLine(), std::nullopt);
+    EXPECT_EQ(agent.waitForExit(), 0);
 }
 
 TEST_F(Output, keepsALargeMessageWholeInNonBlockingMode) {

@@ -1,4 +1,5 @@
 #include "Tests/Protocol/AgentTest.h"
+#include "Tests/Support/WaitUntil.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -50,6 +51,19 @@ TEST_F(ParentWatch, endsTheAgentWhenItsParentDies) {
     killShell(agent);
     // The agent was the last process with the output open.
     EXPECT_EQ(agent.nextLine(), std::nullopt);
+    EXPECT_TRUE(exportDirectories().empty());
+}
+
+TEST_F(ParentWatch, endsAnAgentWhoseOutputNobodyReads) {
+    AgentProcess& agent = startBelowShell("--parent-pid $$");
+    std::string lines;
+    for (std::uint64_t requestID = 0; requestID < 5000; ++requestID)
+        lines += pingLine(requestID);
+    agent.send(lines);
+    waitUntilStalled(agent);
+    agent.signal(SIGKILL); // the shell
+    // This process still holds both pipes, and reads nothing.
+    waitUntil([&] { return agent.isOutputAbandoned(); }, AgentProcess::deadline);
     EXPECT_TRUE(exportDirectories().empty());
 }
 

@@ -75,6 +75,9 @@ public:
     /// How much output lies in the pipe.
     int unreadOutputBytes() const { return process_.unreadOutputBytes(); }
 
+    /// Whether the agent has closed its output, or has ended, whatever of it is unread.
+    bool isOutputAbandoned() const { return process_.isOutputAbandoned(); }
+
     /// Waits until the agent has read its input and each of its threads waits for something.
     void waitUntilIdle();
 

@@ -298,6 +298,12 @@ int TestProcess::unreadOutputBytes() const {
     return unreadBytes(output_);
 }
 
+bool TestProcess::isOutputAbandoned() const {
+    pollfd readable{output_.number(), POLLIN, 0};
+    checkErrno(poll(&readable, 1, 0) >= 0, "poll");
+    return (readable.revents & POLLHUP) != 0;
+}
+
 void TestProcess::signal(int number) const {
     checkErrno(::kill(process_, number) == 0, "kill");
 }

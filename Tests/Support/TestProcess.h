@@ -98,6 +98,9 @@ public:
     int unreadInputBytes() const;
     int unreadOutputBytes() const;
 
+    /// Whether nobody holds the writing end of the output any more. What was written may still be unread.
+    bool isOutputAbandoned() const;
+
     void signal(int number) const;
 
     /// Ends the program with SIGKILL, unless it has ended. Does not wait for whatever else holds its output.

@@ -187,6 +187,17 @@ TEST_F(X11Targets, ofATextAreItsUsualNamesAndTheMarker) {
     EXPECT_EQ(pasteWithXclip(std::string(originMarkerType)), "from here");
 }
 
+TEST_F(X11Targets, areServedThoughTheParentDoesNotRead) {
+    AgentProcess& agent = start(x11Options());
+    request(agent, {{"command", "write_text"}, {"text_b64", "aGk"}, {"marker", "m"}});
+    std::string lines;
+    for (std::uint64_t requestID = 0; requestID < 5000; ++requestID)
+        lines += pingLine(requestID);
+    agent.send(lines);
+    waitUntilStalled(agent);
+    EXPECT_EQ(pasteWithXclip(), "hi");
+}
+
 TEST_F(X11Targets, ofFilesAreThoseOfTheFileManagers) {
     const std::string path = world_.write("a file", "");
     request(agent(),

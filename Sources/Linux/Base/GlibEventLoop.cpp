@@ -1,10 +1,24 @@
 #include "Linux/Base/GlibEventLoop.h"
 
+#include <exception>
 #include <memory>
 #include <thread>
 #include <utility>
 
 namespace tavel {
+
+namespace {
+
+/// An exception must not reach GLib's C code, which calls the functions.
+void run(const EventLoop::Function& function) {
+    try {
+        function();
+    } catch (const std::exception&) {
+        // The function is abandoned, as EventLoop promises.
+    }
+}
+
+} // namespace
 
 /// The event source that GLib queries before and after each wait.
 struct GlibEventLoop::PostSource {
@@ -94,7 +108,7 @@ void GlibEventLoop::runPosted() {
         stopRequested_ = false;
     }
     for (Function& function : ready)
-        std::exchange(function, nullptr)(); // releases its captures before the next function runs
+        run(std::exchange(function, nullptr)); // releases its captures before the next function runs
 }
 
 void GlibEventLoop::attachTimer(std::chrono::milliseconds delay, Function function, bool repeats) {
@@ -105,20 +119,27 @@ void GlibEventLoop::attachTimer(std::chrono::milliseconds delay, Function functi
         bool repeats;
     };
 
+    auto timer = std::make_unique<Timer>(Timer{this, nullptr, std::move(function), repeats});
     GSource* const source = g_timeout_source_new(static_cast<guint>(delay.count()));
+    try {
+        timers_.insert(source);
+    } catch (const std::bad_alloc&) {
+        g_source_unref(source);
+        throw;
+    }
+    timer->source = source;
     g_source_set_callback(
         source,
         [](gpointer data) -> gboolean {
             auto* const timer = static_cast<Timer*>(data);
-            timer->function();
+            run(timer->function);
             return timer->repeats ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
         },
-        new Timer{this, source, std::move(function), repeats},
+        timer.release(),
         [](gpointer data) {
             const std::unique_ptr<Timer> timer(static_cast<Timer*>(data));
             timer->loop->timers_.erase(timer->source);
         });
-    timers_.insert(source);
     g_source_attach(source, context_);
     g_source_unref(source);
 }

@@ -65,18 +65,18 @@ void FilePaste::configure(bool enabled) {
     owner_.assertCurrent();
     enabled_ = enabled;
     if (!enabled) {
+        busy_ = false;
+        ++generation_;
         if (tapCreated_)
             platform_.keyboardTap().setEnabled(false);
         if (panel_ != nullptr)
             std::exchange(panel_, nullptr)->hide();
-        busy_ = false;
-        ++generation_;
     } else if (tapCreated_) {
         platform_.keyboardTap().setEnabled(true);
     } else {
         tapCreated_ = platform_.keyboardTap().create([weak = weak_from_this()](const KeyEvent& event) {
             const auto self = weak.lock();
-            return self == nullptr ? KeyVerdict::pass : self->handle(event);
+            return self == nullptr ? KeyVerdict::pass : self->handleOrPass(event);
         });
         if (!tapCreated_) {
             enabled_ = false;
@@ -87,8 +87,17 @@ void FilePaste::configure(bool enabled) {
         platform_.focusProbe().follow(enabled);
 }
 
-KeyVerdict FilePaste::handle(const KeyEvent& event) {
+/// Without the memory to decide, the key passes.
+KeyVerdict FilePaste::handleOrPass(const KeyEvent& event) {
     owner_.assertCurrent();
+    try {
+        return handle(event);
+    } catch (const std::exception&) {
+        return KeyVerdict::pass;
+    }
+}
+
+KeyVerdict FilePaste::handle(const KeyEvent& event) {
     if (event.type == KeyEventType::tapDisabledByTimeout ||
         event.type == KeyEventType::tapDisabledByUserInput) {
         if (enabled_)
@@ -111,9 +120,9 @@ KeyVerdict FilePaste::handle(const KeyEvent& event) {
     const auto pid = processOfFocusedFileView();
     if (!pid || !holdsPasteableContent())
         return KeyVerdict::pass;
+    scheduleBegin(delayBeforePanel, *pid, board_->changeCount());
     busy_ = true;
     swallowed_ = keyCode::v;
-    scheduleBegin(delayBeforePanel, *pid, board_->changeCount());
     return KeyVerdict::swallow;
 }
 
@@ -162,16 +171,16 @@ bool FilePaste::isPasteShortcutHeld() {
 }
 
 void FilePaste::begin(std::int32_t pid, std::int64_t sequence) {
-    if (!enabled_ || board_->changeCount() != sequence || processOfFocusedFileView() != pid) {
-        busy_ = false;
-        return;
-    }
-    // A panel opened now would receive the keys' repeats.
-    if (isPasteShortcutHeld()) {
-        scheduleBegin(keyCheckInterval, pid, sequence);
-        return;
-    }
     try {
+        if (!enabled_ || board_->changeCount() != sequence || processOfFocusedFileView() != pid) {
+            busy_ = false;
+            return;
+        }
+        // A panel opened now would receive the keys' repeats.
+        if (isPasteShortcutHeld()) {
+            scheduleBegin(keyCheckInterval, pid, sequence);
+            return;
+        }
         const FileData content = fileData();
         const auto panel = makePanel(content);
         panel->setFinished([weak = weak_from_this(), weakPanel = std::weak_ptr(panel), pid, sequence,
@@ -184,6 +193,8 @@ void FilePaste::begin(std::int32_t pid, std::int64_t sequence) {
     } catch (const Error& error) {
         busy_ = false;
         logFailure(error);
+    } catch (const std::exception&) {
+        busy_ = false; // there is no memory for it
     }
 }
 
@@ -202,13 +213,17 @@ void FilePaste::finish(const std::shared_ptr<FileNamePanel>& panel, std::int32_t
         busy_ = false;
         return;
     }
-    FocusProbe& focus = platform_.focusProbe();
-    const auto frontmost = focus.frontmostApplication();
-    if (frontmost && frontmost->processIdentifier == getpid())
-        focus.activate(pid);
-    schedule(delayBeforePaste, [pid, sequence, data, chosen = *name](FilePaste& self) {
-        self.complete(pid, sequence, data, chosen);
-    });
+    try {
+        FocusProbe& focus = platform_.focusProbe();
+        const auto frontmost = focus.frontmostApplication();
+        if (frontmost && frontmost->processIdentifier == getpid())
+            focus.activate(pid);
+        schedule(delayBeforePaste, [pid, sequence, data, chosen = *name](FilePaste& self) {
+            self.complete(pid, sequence, data, chosen);
+        });
+    } catch (const std::exception&) {
+        busy_ = false; // there is no memory for it
+    }
 }
 
 void FilePaste::logFailure(const Error& error) {

@@ -64,6 +64,7 @@ private:
     /// The user data of the key events that the agent posts: "TAVP".
     static constexpr std::int64_t tag = 0x54415650;
 
+    KeyVerdict handleOrPass(const KeyEvent& event);
     KeyVerdict handle(const KeyEvent& event);
     bool holdsPasteableContent();
     std::optional<std::int32_t> processOfFocusedFileView();

@@ -68,8 +68,8 @@ std::optional<std::filesystem::path> FilePaste::publishGeneratedFile(std::int64_
     if (!board_->addTypes(added))
         throw Error("Tavel", 2, "The pasteboard does not take the file.");
     committed = true;
-    retain(std::move(directory));
     changed_(board_->changeCount());
+    retain(std::move(directory));
     return file;
 }
 

@@ -44,7 +44,9 @@ Bytes readWithin(const std::string& path, std::size_t budget) {
     }
     if (file->size() < 1 || file->size() > budget)
         fail(2, path + ": empty or too large");
-    return file->read(budget + 1); // one byte more shows that the file has grown
+    Bytes content = file->read(budget + 1); // one byte more shows that the file has grown
+    file->close();
+    return content;
 }
 
 Bytes withByteOrderMark(const Bytes& html) {

@@ -15,7 +15,8 @@ namespace tavel {
 ///
 /// The first unacceptable file throws Error in the domain "ClipboardFormats". Code 1: there is no path, or
 /// there are more paths than formats. Code 2: the file has a wrong or repeated name, a wrong kind or size, or
-/// cannot be opened. Code 3: its content is wrong. A failure while reading throws the system's error.
+/// cannot be opened. Code 3: its content is wrong. A failure while reading or closing throws the system's
+/// error.
 std::vector<Representation> loadRepresentations(std::span<const std::string> paths);
 
 } // namespace tavel

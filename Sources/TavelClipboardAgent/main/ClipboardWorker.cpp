@@ -21,6 +21,9 @@ constexpr auto pollInterval = 100ms;
 /// Bounds how long a stop could go unnoticed, should a platform's loop ever miss being woken.
 constexpr auto longestWait = 100ms;
 
+/// Parents below 2 are not watched: 1 is the parent of every orphan.
+constexpr std::int32_t smallestWatchedParent = 2;
+
 std::shared_ptr<Pasteboard> openPasteboard(Platform& platform, const std::optional<std::string>& name) {
     try {
         return platform.openPasteboard(name);
@@ -35,8 +38,9 @@ std::shared_ptr<Pasteboard> openPasteboard(Platform& platform, const std::option
 ClipboardWorker::ClipboardWorker(Platform& platform, Pipes pipes, std::int32_t parentPID,
                                  const std::optional<std::string>& pasteboardName)
     : platform_(platform), pipes_(pipes), pasteboard_(openPasteboard(platform, pasteboardName)),
-      output_(pipes.output), exportDirectory_(std::make_shared<ExportDirectory>(
-                                 platform.temporaryDirectory() / exportNames::newDirectory())),
+      output_(std::make_shared<Output>(pipes.output)),
+      exportDirectory_(
+          std::make_shared<ExportDirectory>(platform.temporaryDirectory() / exportNames::newDirectory())),
       expectedParentPID_(parentPID) {
     lowerSchedulingPriority();
     previousChangeCount_ = pasteboard_->changeCount();
@@ -46,25 +50,79 @@ void ClipboardWorker::run() {
     owner_.assertCurrent();
     platform_.becomeAccessory();
     EventLoop& loop = platform_.eventLoop();
-    loop.runInBackground([descriptor = pipes_.input, &loop, worker = weak_from_this()] {
-        readCommands(descriptor, loop, worker);
-    });
+    bool reading = startReading();
     loop.repeat(pollInterval, [worker = weak_from_this()] {
         if (const auto alive = worker.lock())
             alive->poll();
     });
     exportDirectory_->create();
-    loop.runInBackground([parent = exportDirectory_->path().parent_path()] { removeLeftOvers(parent); });
-    while (!stopping_)
+    startRemovingLeftOvers();
+    while (!stopping_) {
         loop.runOnce(longestWait);
+        reading = reading || startReading();
+    }
     exportDirectory_->remove();
     platform_.handOverContents();
+    finishOutput();
+}
+
+/// False if the system has no thread for it now.
+bool ClipboardWorker::startReading() {
+    EventLoop& loop = platform_.eventLoop();
+    try {
+        loop.runInBackground([descriptor = pipes_.input, &loop, worker = weak_from_this()] {
+            readCommands(descriptor, loop, worker);
+        });
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+/// What an agent left that was killed. Without a thread for it, a later agent does it.
+void ClipboardWorker::startRemovingLeftOvers() {
+    try {
+        platform_.eventLoop().runInBackground(
+            [parent = exportDirectory_->path().parent_path()] { removeLeftOvers(parent); });
+    } catch (const std::exception&) {
+        // Nothing depends on it.
+    }
+}
+
+bool ClipboardWorker::isParentLost() const {
+    return expectedParentPID_ >= smallestWatchedParent && parentProcessIdentifier() != expectedParentPID_;
+}
+
+/// Waits until the parent has taken all output or is gone.
+void ClipboardWorker::finishOutput() {
+    using Clock = std::chrono::steady_clock;
+    const bool isWatched = expectedParentPID_ >= smallestWatchedParent;
+    std::uint64_t progress = output_->progress();
+    Clock::time_point lastProgress = Clock::now();
+    while (!output_->waitUntilWritten(pollInterval) && !isParentLost()) {
+        // Serves other programs, and learns of the end of the input.
+        platform_.eventLoop().runOnce(0ms);
+        if (const std::uint64_t now = output_->progress(); now != progress) {
+            progress = now;
+            lastProgress = Clock::now();
+        }
+        if (!isWatched && inputEnded_ && Clock::now() - lastProgress >= pipes_.outputTimeOut)
+            return;
+    }
 }
 
 void ClipboardWorker::stop() {
     owner_.assertCurrent();
     stopping_ = true;
+    if (filePaste_ != nullptr)
+        filePaste_->configure(false); // cancels what it has scheduled
     platform_.eventLoop().stopWaiting();
+}
+
+void ClipboardWorker::endOfInput() {
+    owner_.assertCurrent();
+    inputEnded_ = true;
+    stop();
 }
 
 FilePaste& ClipboardWorker::filePaste() {
@@ -82,7 +140,7 @@ FilePaste& ClipboardWorker::filePaste() {
 void ClipboardWorker::generatedFilePasted(std::int64_t changeCount) {
     owner_.assertCurrent();
     previousChangeCount_ = changeCount;
-    output_.emit(event::FileRenamed{sequenceFrom(changeCount)});
+    reserve_.insist([&] { output_->emit(event::FileRenamed{sequenceFrom(changeCount)}); });
 }
 
 std::uint64_t ClipboardWorker::sequenceFrom(std::int64_t changeCount) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Platform.h"
+#include "Support/MemoryReserve.h"
 #include "Support/OwnerThread.h"
 #include "TavelClipboardAgent/FilePaste/FilePaste.h"
 #include "TavelClipboardAgent/main/Export.h"
@@ -8,6 +9,7 @@
 #include "TavelClipboardAgent/main/Protocol/ClipboardCommand.h"
 #include "TavelClipboardAgent/main/Protocol/Output.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -30,6 +32,9 @@ public:
     struct Pipes {
         int input;
         int output;
+        /// How long `run` waits at its end for a parent that takes nothing of the output, if nothing tells
+        /// that this parent is gone: it is not watched, and the input has ended.
+        std::chrono::milliseconds outputTimeOut = std::chrono::seconds(10);
     };
 
     /// Lowers the process's priority. The current content of the pasteboard is never reported. A pasteboard
@@ -39,17 +44,22 @@ public:
     ClipboardWorker(Platform& platform, Pipes pipes, std::int32_t parentPID,
                     const std::optional<std::string>& pasteboardName);
 
-    /// Serves the parent until the command "quit", the end of the input, or the parent's exit.
+    /// Serves the parent until the command "quit", the end of the input, or the parent's exit. Returns when
+    /// the parent has taken all output or is gone.
     void run();
 
-    /// Executes one command and sends exactly one reply.
+    /// Executes one command and sends exactly one reply. After `stop` it does nothing.
     void handle(ClipboardCommand command);
 
-    /// Reports the pasteboard's content if it has changed since the last call.
+    /// Reports the pasteboard's content if it has changed since the last call and the parent has taken the
+    /// last report.
     void poll();
 
-    /// Makes `run` return, for good.
+    /// Makes `run` return, for good. Nothing changes the pasteboard any more.
     void stop();
+
+    /// Notes that no command will come any more, and stops.
+    void endOfInput();
 
     /// Made on first use.
     FilePaste& filePaste();
@@ -61,22 +71,29 @@ public:
     // Background jobs post these calls when they are done. An export that is stale by then (the content has
     // changed, or the parent has discarded it) is deleted; a published one replaces the previous one.
 
-    void publishImage(const ImageExport& finished);
-    void publishFormats(const FormatExport& finished);
-
-    /// Sends a warning to the parent.
-    void warn(std::string_view message);
+    void publishImage(ImageExport finished);
+    void publishFormats(FormatExport finished);
 
     std::filesystem::path exportDirectory() const { return exportDirectory_->path(); }
 
     /// Whether a background job is running. It may outlast `run`.
     bool isExporting() const { return exportSlot_->isTaken(); }
 
+    /// Whether the parent has taken all output so far.
+    bool hasWrittenOutput() const { return output_->hasWritten(output_->queuedLines()); }
+
 private:
     /// The outcome of a command: the reason of its failure, or nullopt.
     using Result = std::optional<std::string>;
 
+    bool startReading();
+    void startRemovingLeftOvers();
+    bool isParentLost() const;
+    void finishOutput();
+
     // ClipboardWorkerCommands.cpp
+    template <typename Command>
+    void carryOut(Command& command);
     Result execute(const command::ConfigureFilePrompt& command);
     Result execute(const command::Ping& command);
     Result execute(const command::DiscardPending& command);
@@ -95,6 +112,8 @@ private:
     bool hasChangedSince(std::optional<std::uint64_t> expectedSequence);
 
     // ClipboardWorkerPoll.cpp
+    void capture(std::int64_t current);
+    void warn(std::string_view message);
     bool captureFiles(std::string_view marker, std::uint64_t sequence);
     void captureText(const Bytes& text, std::string_view marker, std::uint64_t sequence);
     std::optional<Bytes> offeredString(std::span<const std::string> types, std::string_view type);
@@ -103,8 +122,9 @@ private:
     bool captureFormats(std::span<const std::string> types, std::int64_t current, const std::string& marker);
     void captureImage(std::span<const std::string> types, std::int64_t current, const std::string& marker);
     void retryAtNextPoll(std::int64_t current);
+    bool startExport(std::int64_t current, EventLoop::Function job);
     ExportContext exportContext();
-    bool isCurrent(const ExportOrigin& origin);
+    bool isStillWanted(const ExportOrigin& origin);
     void emitExport(std::string_view kind, const std::vector<std::string>& paths, const ExportOrigin& origin);
 
     std::uint64_t sequence();
@@ -114,10 +134,13 @@ private:
     Platform& platform_;
     Pipes pipes_;
     std::shared_ptr<Pasteboard> pasteboard_;
-    Output output_;
+    std::shared_ptr<Output> output_;
+    MemoryReserve reserve_;
     std::int64_t previousChangeCount_ = 0; // last reported, or made by the agent
     std::shared_ptr<FilePaste> filePaste_;
+    std::uint64_t reportedLines_ = 0; // lines of output up to the end of the last report
     bool stopping_ = false;
+    bool inputEnded_ = false;
     std::int64_t exportGeneration_ = 0; // exports of an earlier generation are stale
     std::shared_ptr<ExportDirectory> exportDirectory_;
     std::optional<ImageFile> previousImage_;            // the picture published last

@@ -4,17 +4,58 @@
 
 namespace tavel {
 
+namespace {
+
+// The reason of a command that nothing but a lack of memory or threads has kept from being carried out.
+
+std::string_view refusalOf(const command::ConfigureFilePrompt&) {
+    return messages::pasteNotPermitted;
+}
+
+std::string_view refusalOf(const command::WriteText&) {
+    return messages::textWriteFailed;
+}
+
+std::string_view refusalOf(const command::WriteImageData&) {
+    return messages::imageWriteFailed;
+}
+
+std::string_view refusalOf(const command::WriteFiles& command) {
+    if (command.kind == contentKind::formats)
+        return messages::formatsWriteFailed;
+    return command.kind == contentKind::image ? messages::imageWriteFailed : messages::filesWriteFailed;
+}
+
+/// All others need hardly any memory.
+template <typename Command>
+std::string_view refusalOf(const Command&) {
+    return messages::unknownCommand;
+}
+
+} // namespace
+
 void ClipboardWorker::handle(ClipboardCommand command) {
     owner_.assertCurrent();
-    std::visit(
-        [this](auto& one) {
-            const Result failure = execute(one);
-            respond(one.requestID, !failure, failure.value_or(std::string()));
-        },
-        command);
+    if (stopping_)
+        return; // it was read together with "quit"
+    std::visit([this](auto& one) { carryOut(one); }, command);
     // After the reply, so that the parent reads it before the agent ends.
     if (std::holds_alternative<command::Quit>(command))
         stop();
+}
+
+template <typename Command>
+void ClipboardWorker::carryOut(Command& command) {
+    Result failure;
+    bool carriedOut = false;
+    try {
+        failure = execute(command);
+        carriedOut = true;
+    } catch (const std::exception&) {
+        // There is no memory or no thread for this command. The next one may need less.
+    }
+    const std::string_view reason = failure ? std::string_view(*failure) : std::string_view();
+    respond(command.requestID, carriedOut && !failure, carriedOut ? reason : refusalOf(command));
 }
 
 ClipboardWorker::Result ClipboardWorker::execute(const command::ConfigureFilePrompt& command) {
@@ -31,7 +72,7 @@ ClipboardWorker::Result ClipboardWorker::execute(const command::Ping&) {
 }
 
 ClipboardWorker::Result ClipboardWorker::execute(const command::DiscardPending&) {
-    previousChangeCount_ = pasteboard_->changeCount();
+    reserve_.insist([&] { previousChangeCount_ = pasteboard_->changeCount(); });
     ++exportGeneration_;
     return std::nullopt;
 }
@@ -45,7 +86,7 @@ ClipboardWorker::Result ClipboardWorker::execute(const command::Unknown&) {
 }
 
 void ClipboardWorker::respond(std::uint64_t requestID, bool ok, std::string_view reason) {
-    output_.emit(Reply{requestID, ok, std::string(reason), sequence()});
+    reserve_.insist([&] { output_->emit(Reply{requestID, ok, std::string(reason), sequence()}); });
 }
 
 } // namespace tavel

@@ -1,4 +1,5 @@
 #include "Platform/PasteboardTypes.h"
+#include "Support/ScopeExit.h"
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/Formats/ValidRepresentation.h"
 #include "TavelClipboardAgent/Messages.h"
@@ -10,6 +11,7 @@
 #include "TavelClipboardAgent/main/Limits.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace tavel {
@@ -33,7 +35,12 @@ CapturedFormats readFormats(Pasteboard& pasteboard, std::span<const std::string>
     for (const ClipboardFormat& format : clipboardFormats) {
         if (!pasteboardType::isOffered(types, format.type))
             continue;
-        auto content = readFormat(pasteboard, format);
+        std::optional<Bytes> content;
+        try {
+            content = readFormat(pasteboard, format);
+        } catch (const std::bad_alloc&) {
+            continue; // too large for the memory; a smaller one may still fit
+        }
         if (!content || !validRepresentation(format.name, content->view()) || content->size() > room)
             continue;
         room -= content->size();
@@ -61,7 +68,20 @@ void ClipboardWorker::retryAtNextPoll(std::int64_t current) {
 }
 
 ExportContext ClipboardWorker::exportContext() {
-    return {weak_from_this(), exportSlot_, exportDirectory_, platform_.imageCodec(), platform_.eventLoop()};
+    return {weak_from_this(),       exportSlot_,           exportDirectory_,
+            platform_.imageCodec(), platform_.eventLoop(), output_};
+}
+
+/// Starts the job of an export, which takes over the slot. Without a thread for it, the next poll treats the
+/// content as new, and the slot stays the caller's.
+bool ClipboardWorker::startExport(std::int64_t current, EventLoop::Function job) {
+    try {
+        platform_.eventLoop().runInBackground(std::move(job));
+        return true;
+    } catch (const std::exception&) {
+        retryAtNextPoll(current);
+        return false;
+    }
 }
 
 /// Whether the content has rich formats; their export has then started, or waits for the slot.
@@ -76,13 +96,18 @@ bool ClipboardWorker::captureFormats(std::span<const std::string> types, std::in
         retryAtNextPoll(current);
         return true;
     }
+    bool started = false;
+    const ScopeExit release([&] {
+        if (!started)
+            exportSlot_->release();
+    });
     CapturedFormats formats = readFormats(*pasteboard_, types);
     if (formats.empty()) {
-        exportSlot_->release();
         warn(messages::noReadableFormat(knownTypes(*pasteboard_)));
         return false;
     }
-    platform_.eventLoop().runInBackground(
+    started = startExport(
+        current,
         [context = exportContext(), origin = ExportOrigin{current, exportGeneration_, marker},
          formats = std::move(formats)]() mutable { exportFormats(context, origin, std::move(formats)); });
     return true;
@@ -94,6 +119,11 @@ void ClipboardWorker::captureImage(std::span<const std::string> types, std::int6
         retryAtNextPoll(current);
         return;
     }
+    bool started = false;
+    const ScopeExit release([&] {
+        if (!started)
+            exportSlot_->release();
+    });
     std::optional<Bytes> image;
     for (const std::string_view type : plainPictureTypes) {
         if (!image && pasteboardType::isOffered(types, type))
@@ -102,51 +132,56 @@ void ClipboardWorker::captureImage(std::span<const std::string> types, std::int6
     const bool usable =
         image && image->size() <= maximumImageBytes && validImage(platform_.imageCodec(), *image);
     if (!usable) {
-        exportSlot_->release();
         if (image)
             warn(messages::imageIgnored);
         return;
     }
     ImageExport pending{{current, exportGeneration_, marker}, {nullptr, exportNames::newPicture()}};
-    platform_.eventLoop().runInBackground(
-        [context = exportContext(), pending = std::move(pending), image = std::move(*image)] {
-            exportImage(context, pending, image);
-        });
+    started = startExport(current, [context = exportContext(), pending = std::move(pending),
+                                    image = std::move(*image)] { exportImage(context, pending, image); });
 }
 
 /// Whether the exported content is still on the pasteboard and has not been discarded.
-bool ClipboardWorker::isCurrent(const ExportOrigin& origin) {
-    return pasteboard_->changeCount() == origin.changeCount && exportGeneration_ == origin.generation;
+bool ClipboardWorker::isStillWanted(const ExportOrigin& origin) {
+    if (stopping_ || exportGeneration_ != origin.generation)
+        return false;
+    bool isCurrent = false;
+    reserve_.insist([&] { isCurrent = pasteboard_->changeCount() == origin.changeCount; });
+    return isCurrent;
 }
 
-void ClipboardWorker::publishImage(const ImageExport& finished) {
+void ClipboardWorker::publishImage(ImageExport finished) {
     owner_.assertCurrent();
-    if (!isCurrent(finished.origin)) {
-        finished.file.remove();
+    if (!isStillWanted(finished.origin)) {
+        reserve_.insist([&] { finished.file.remove(); });
         return;
     }
     if (previousImage_)
-        previousImage_->remove();
-    previousImage_ = finished.file;
-    emitExport(contentKind::image, {finished.file.path().string()}, finished.origin);
+        reserve_.insist([&] { previousImage_->remove(); });
+    previousImage_ = std::move(finished.file);
+    std::vector<std::string> paths;
+    reserve_.insist([&] { paths = {previousImage_->path().string()}; });
+    emitExport(contentKind::image, paths, finished.origin);
 }
 
-void ClipboardWorker::publishFormats(const FormatExport& finished) {
+void ClipboardWorker::publishFormats(FormatExport finished) {
     owner_.assertCurrent();
-    if (!isCurrent(finished.origin)) {
-        static_cast<void>(finished.directory->remove());
+    if (!isStillWanted(finished.origin)) {
+        reserve_.insist([&] { finished.directory->remove(); });
         return;
     }
     if (previousFormats_ != nullptr)
-        static_cast<void>(previousFormats_->remove());
-    previousFormats_ = finished.directory;
+        reserve_.insist([&] { previousFormats_->remove(); });
+    previousFormats_ = std::move(finished.directory);
     emitExport(contentKind::formats, finished.paths, finished.origin);
 }
 
 void ClipboardWorker::emitExport(std::string_view kind, const std::vector<std::string>& paths,
                                  const ExportOrigin& origin) {
-    output_.emit(
-        event::PathsChange{std::string(kind), paths, origin.marker, sequenceFrom(origin.changeCount)});
+    reserve_.insist([&] {
+        output_->emit(
+            event::PathsChange{std::string(kind), paths, origin.marker, sequenceFrom(origin.changeCount)});
+    });
 }
 
 } // namespace tavel

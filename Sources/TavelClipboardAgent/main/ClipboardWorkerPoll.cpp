@@ -1,5 +1,4 @@
 #include "Platform/PasteboardTypes.h"
-#include "Support/Process.h"
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/Messages.h"
 #include "TavelClipboardAgent/main/ClipboardWorker.h"
@@ -10,9 +9,6 @@
 namespace tavel {
 
 namespace {
-
-/// Parents below 2 are not watched: 1 is the parent of every orphan.
-constexpr std::int32_t smallestWatchedParent = 2;
 
 bool isTooLarge(const std::vector<std::string>& paths) {
     if (paths.size() > maximumFileCount)
@@ -27,15 +23,32 @@ bool isTooLarge(const std::vector<std::string>& paths) {
 
 void ClipboardWorker::poll() {
     owner_.assertCurrent();
-    if (expectedParentPID_ >= smallestWatchedParent && parentProcessIdentifier() != expectedParentPID_) {
+    if (stopping_)
+        return;
+    if (isParentLost()) {
         stop();
         return;
     }
-    const std::int64_t current = pasteboard_->noticedChangeCount();
-    if (current == previousChangeCount_)
+    reserve_.refill();
+    output_->startWriting();
+    // What waits for a parent that does not read is one report at most. The content that is there when the
+    // parent reads again is reported then.
+    if (!output_->hasWritten(reportedLines_))
         return;
-    previousChangeCount_ = current;
+    try {
+        const std::int64_t current = pasteboard_->noticedChangeCount();
+        if (current == previousChangeCount_)
+            return;
+        capture(current);
+    } catch (const std::exception&) {
+        // There is no memory for this content. If it was announced, it stays without a description, like a
+        // content that cannot be read; if not, the next tick tries again.
+    }
+    reportedLines_ = output_->queuedLines();
+}
 
+/// Reports the content with that change count.
+void ClipboardWorker::capture(std::int64_t current) {
     const std::uint64_t sequence = sequenceFrom(current);
     // The announcement needs the marker. Data of a type that is not offered is never requested: even such a
     // request can block, or make the system ask the user.
@@ -43,7 +56,8 @@ void ClipboardWorker::poll() {
     const auto markerValue = offeredString(types, markerType);
     const std::string marker(markerValue ? markerValue->view() : std::string_view());
     // Before the content is read, which can take time: the parent learns at once that something has changed.
-    output_.emit(event::Announcement{marker, sequence});
+    output_->emit(event::Announcement{marker, sequence});
+    previousChangeCount_ = current;
 
     if (captureFiles(marker, sequence))
         return;
@@ -66,7 +80,7 @@ bool ClipboardWorker::captureFiles(std::string_view marker, std::uint64_t sequen
         warn(messages::selectionTooLarge);
         return true;
     }
-    output_.emit(
+    output_->emit(
         event::PathsChange{std::string(contentKind::files), std::move(paths), std::string(marker), sequence});
     return true;
 }
@@ -76,12 +90,11 @@ void ClipboardWorker::captureText(const Bytes& text, std::string_view marker, st
         warn(messages::textTooLarge);
         return;
     }
-    output_.emit(event::TextChange{text, std::string(marker), sequence});
+    output_->emit(event::TextChange{text, std::string(marker), sequence});
 }
 
 void ClipboardWorker::warn(std::string_view message) {
-    owner_.assertCurrent();
-    output_.emit(event::Log{std::string(logLevel::warning), std::string(message)});
+    output_->emit(event::Log{std::string(logLevel::warning), std::string(message)});
 }
 
 std::optional<Bytes> ClipboardWorker::offeredString(std::span<const std::string> types,

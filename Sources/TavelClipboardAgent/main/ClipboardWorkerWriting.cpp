@@ -65,7 +65,7 @@ std::optional<Bytes> readImageFile(ImageCodec& codec, const std::string& path) {
         auto image = file.read(maximumImageBytes + 1); // one byte more, to detect a file that has grown
         return image.size() <= maximumImageBytes && validImage(codec, image) ? std::optional(std::move(image))
                                                                              : std::nullopt;
-    } catch (const Error&) {
+    } catch (const std::exception&) {
         return std::nullopt;
     }
 }
@@ -109,7 +109,7 @@ ClipboardWorker::Result ClipboardWorker::writeFormats(const command::WriteFiles&
     PasteboardItem item;
     try {
         item = loadRepresentations(command.paths);
-    } catch (const Error&) {
+    } catch (const std::exception&) {
         return std::string(messages::invalidFormats);
     }
     // Loading can take long.

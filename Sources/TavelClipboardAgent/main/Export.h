@@ -4,6 +4,7 @@
 #include "Platform/ImageCodec.h"
 #include "TavelClipboardAgent/main/ExportDirectory.h"
 #include "TavelClipboardAgent/main/ExportSlot.h"
+#include "TavelClipboardAgent/main/Protocol/Output.h"
 
 #include <cstdint>
 #include <memory>
@@ -28,6 +29,7 @@ struct ExportContext {
     std::shared_ptr<ExportDirectory> directory;
     ImageCodec& codec;
     EventLoop& loop;
+    std::shared_ptr<Output> output;
 };
 
 } // namespace tavel

@@ -1,6 +1,7 @@
 #include "TavelClipboardAgent/main/FormatExport.h"
 
 #include "Support/Error.h"
+#include "Support/MemoryReserve.h"
 #include "Support/ScopeExit.h"
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/Messages.h"
@@ -8,6 +9,8 @@
 #include "TavelClipboardAgent/main/ExportNames.h"
 #include "TavelClipboardAgent/main/Images.h"
 
+#include <cerrno>
+#include <new>
 #include <utility>
 
 namespace tavel {
@@ -37,9 +40,13 @@ void addPng(ImageCodec& codec, CapturedFormats& formats) {
     const Bytes* const picture = formats.contains("image.png") ? nullptr : pictureIn(formats);
     if (picture == nullptr)
         return;
-    auto png = pngImage(codec, *picture);
-    if (png && totalBytes(formats) + png->size() <= maximumFormatsBytes)
-        formats.emplace("image.png", std::move(*png));
+    try {
+        auto png = pngImage(codec, *picture);
+        if (png && totalBytes(formats) + png->size() <= maximumFormatsBytes)
+            formats.emplace("image.png", std::move(*png));
+    } catch (const std::bad_alloc&) {
+        // The picture is too large for the memory. The other files may still be written.
+    }
 }
 
 /// Makes the directory and the files in it. False if the export directory has been removed. Throws Error.
@@ -55,35 +62,48 @@ bool writeFormats(ExportDirectory& parent, std::shared_ptr<PrivateDirectory>& di
     return there;
 }
 
+/// Throws Error, and std::exception if there is no memory.
+void writeAndPost(const ExportContext& context, FormatExport& pending, const CapturedFormats& formats) {
+    if (!writeFormats(*context.directory, pending.directory, formats))
+        return;
+    for (const auto& [name, content] : formats)
+        pending.paths.push_back((pending.directory->path() / name).string());
+    context.loop.post([worker = context.worker, pending]() mutable {
+        // Deliberate: unlike a picture's file, the directory is removed if the worker is gone.
+        if (const auto alive = worker.lock())
+            alive->publishFormats(std::move(pending));
+        else
+            static_cast<void>(pending.directory->remove());
+    });
+}
+
+/// Not posted to the main thread: the parent still gets it if the agent is about to end.
+void warn(Output& output, const Error& error) {
+    output.emit(event::Log{std::string(logLevel::warning), messages::formatsNotPrepared(error)});
+}
+
 } // namespace
 
 void exportFormats(const ExportContext& context, const ExportOrigin& origin, CapturedFormats formats) {
     if (context.worker.expired())
         return; // the slot's owner is gone too
     const ScopeExit release([&] { context.slot->release(); });
-    addPng(context.codec, formats);
+    MemoryReserve reserve;
     FormatExport pending{origin, nullptr, {}};
-    try {
-        if (!writeFormats(*context.directory, pending.directory, formats))
-            return;
-    } catch (const Error& error) {
+    const auto discard = [&] {
         if (pending.directory != nullptr)
-            static_cast<void>(pending.directory->remove());
-        context.loop.post([worker = context.worker, message = messages::formatsNotPrepared(error)] {
-            if (const auto alive = worker.lock())
-                alive->warn(message);
-        });
-        return;
+            pending.directory->remove();
+    };
+    try {
+        addPng(context.codec, formats);
+        writeAndPost(context, pending, formats);
+    } catch (const Error& error) {
+        reserve.insist(discard);
+        reserve.insist([&] { warn(*context.output, error); });
+    } catch (const std::exception&) {
+        reserve.insist(discard);
+        reserve.insist([&] { warn(*context.output, Error("NSPOSIXErrorDomain", ENOMEM, "no memory")); });
     }
-    for (const auto& [name, content] : formats)
-        pending.paths.push_back((pending.directory->path() / name).string());
-    context.loop.post([worker = context.worker, pending] {
-        // Deliberate: unlike a picture's file, the directory is removed if the worker is gone.
-        if (const auto alive = worker.lock())
-            alive->publishFormats(pending);
-        else
-            static_cast<void>(pending.directory->remove());
-    });
 }
 
 } // namespace tavel

@@ -4,24 +4,60 @@
 
 #include <unistd.h>
 
+#include <chrono>
+#include <exception>
+#include <optional>
 #include <string>
+#include <thread>
 #include <vector>
+
+namespace {
+
+using Worker = std::shared_ptr<tavel::ClipboardWorker>;
+
+/// nullopt if there is no memory or no thread for the agent now.
+std::optional<Worker> makeWorker(const tavel::StandardPipes& pipes, int argc, char** argv) {
+    try {
+        const std::vector<std::string> arguments(argv, argv + argc);
+        auto platform = tavel::makePlatform();
+        auto worker = std::make_shared<tavel::ClipboardWorker>(
+            *platform, tavel::ClipboardWorker::Pipes{pipes.input, pipes.output}, tavel::parentPID(arguments),
+            tavel::testPasteboardName(arguments));
+        static_cast<void>(platform.release()); // never destroyed, see below
+        return worker;
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+/// Tries for five seconds; meanwhile the parent's commands wait in the pipe.
+std::optional<Worker> makeWorkerWithinTime(const tavel::StandardPipes& pipes, int argc, char** argv) {
+    constexpr int attempts = 50;
+    constexpr std::chrono::milliseconds pause{100};
+    for (int attempt = 1; attempt < attempts; ++attempt) {
+        if (auto worker = makeWorker(pipes, argc, argv))
+            return worker;
+        std::this_thread::sleep_for(pause);
+    }
+    return makeWorker(pipes, argc, argv);
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     tavel::disableCoreDumps();
     const tavel::StandardPipes pipes = tavel::takeStandardPipes();
     tavel::blockBrokenPipeSignal();
     tavel::refuseNewPrivileges();
-    const std::vector<std::string> arguments(argv, argv + argc);
-    // Neither is ever destroyed: the reader of commands may still be blocked, and use them, while the process
-    // ends.
-    static auto& platform = *tavel::makePlatform().release();
-    static auto& worker = *new std::shared_ptr(std::make_shared<tavel::ClipboardWorker>(
-        platform, tavel::ClipboardWorker::Pipes{pipes.input, pipes.output}, tavel::parentPID(arguments),
-        tavel::testPasteboardName(arguments)));
-    worker->run();
+    // Neither the platform nor the worker is ever destroyed: the reader of commands may still be blocked, and
+    // use them, while the process ends.
+    static std::optional<Worker>& made = *new std::optional<Worker>(makeWorkerWithinTime(pipes, argc, argv));
+    if (!made)
+        return 0;
+    tavel::ClipboardWorker& worker = **made;
+    worker.run();
     // A job may be deep in an image library, whose static objects must not be destroyed under it.
-    if (worker->isExporting())
+    if (worker.isExporting())
         _exit(0);
     return 0;
 }

@@ -107,6 +107,17 @@ TEST_F(ClipboardWorkerFilePrompt, tellsTheParentOfTheFileThatWasPasted) {
     EXPECT_EQ(pasteboard().changeCount(), 43);
 }
 
+TEST_F(ClipboardWorkerFilePrompt, pastesNothingAfterQuit) {
+    becomeReady();
+    openPanel();
+    confirm("a");
+    EXPECT_EQ(replyTo(command::Quit{8}), success(8, 42));
+    platform.loop.advance(150ms);
+    EXPECT_TRUE(platform.tap.posted.empty());
+    EXPECT_EQ(messages(), std::vector<Json>());
+    EXPECT_EQ(pasteboard().changeCount(), 42);
+}
+
 TEST_F(ClipboardWorkerFilePrompt, doesNotReportThePastedFileAsAChange) {
     becomeReady();
     openPanel();

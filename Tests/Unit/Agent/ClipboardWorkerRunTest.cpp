@@ -1,12 +1,14 @@
 #include "Platform/PasteboardTypes.h"
 #include "Support/Files.h"
 #include "Tests/Unit/Agent/WorkerFixture.h"
+#include "Tests/Unit/Fixtures/Signals.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -69,6 +71,45 @@ TEST_F(ClipboardWorkerRun, endsAfterQuit) {
     worker->run();
     EXPECT_EQ(messages(), std::vector<Json>{success(1, 41)});
     EXPECT_EQ(platform.loop.passes(), 1U);
+}
+
+TEST_F(ClipboardWorkerRun, handlesNothingAfterQuit) {
+    makeWorker();
+    sendAll("{\"command\":\"quit\",\"request_id\":1}\n"
+            "{\"command\":\"write_text\",\"request_id\":2,\"text_b64\":\"aGk\",\"marker\":\"\"}\n"
+            "{\"command\":\"discard_pending\",\"request_id\":3}\n");
+    planReading();
+    worker->run();
+    EXPECT_EQ(messages(), std::vector<Json>{success(1, 41)});
+    EXPECT_EQ(pasteboard().calls(), std::vector<std::string>());
+}
+
+TEST_F(ClipboardWorkerRun, readsCommandsAsSoonAsThereIsAThread) {
+    makeWorker();
+    sendAll("{\"command\":\"ping\",\"request_id\":1}\n");
+    platform.loop.refuseJobs(4); // one of them removes left-overs
+    for (int pass = 0; pass < 3; ++pass)
+        platform.loop.planPass([this] { EXPECT_EQ(platform.loop.heldBackgroundJobs(), 0U); });
+    planReading();
+    worker->run();
+    EXPECT_EQ(messages(), std::vector<Json>{success(1, 41)});
+}
+
+TEST_F(ClipboardWorkerRun, endsThoughNobodyReadsItsOutputAndNothingTellsThatTheParentIsGone) {
+    const SignalHandler ignore(SIGPIPE, SIG_IGN);
+    Pipe unread;
+    worker = std::make_shared<ClipboardWorker>(
+        platform, ClipboardWorker::Pipes{commands.reader(), unread.writer(), 300ms}, 0, std::nullopt);
+    sendAll("{\"command\":\"ping\",\"request_id\":1}\n");
+    platform.loop.planPass([this] {
+        pasteboard().copyFromOutside(std::string(3'000'000, 'a')); // more than the pipe holds
+        worker->poll();
+    });
+    planReading();
+    worker->run();
+    EXPECT_FALSE(worker->hasWrittenOutput());
+    unread.closeReader();
+    flush(); // the writing thread gives up
 }
 
 TEST_F(ClipboardWorkerRun, endsWhenItIsStopped) {

@@ -153,6 +153,24 @@ TEST_F(FormatExporting, warnsWhenTheDirectoryCannotBeMade) {
     EXPECT_EQ(contentOf(publishedDirectory() / "text.html"), "a");
 }
 
+TEST_F(FormatExporting, comesBackInTheNextTickWhenThereIsNoThread) {
+    copyHtml();
+    platform.loop.refuseJobs(1);
+    EXPECT_EQ(polled(), Events{announcement(42)});
+    EXPECT_FALSE(worker->isExporting());
+    EXPECT_EQ(contentOf(publishedDirectory() / "text.html"), "a");
+}
+
+TEST_F(FormatExporting, warnsAlsoWhenTheMainLoopHasEnded) {
+    std::filesystem::remove_all(worker->exportDirectory());
+    writeFile(worker->exportDirectory(), "a");
+    copyHtml();
+    static_cast<void>(polled());
+    platform.loop.runBackgroundJobs(); // and not what it posts
+    EXPECT_EQ(messages(),
+              Events{warning("Presse-papiers : échec de préparation des formats (NSCocoaErrorDomain:512).")});
+}
+
 TEST_F(FormatExporting, makesNothingAfterTheEnd) {
     copyHtml();
     static_cast<void>(polled());

@@ -188,6 +188,25 @@ TEST_F(ImageCapture, comesBackInTheNextTickWhileAnotherExportRuns) {
     EXPECT_EQ(polled(), Events());
 }
 
+TEST_F(ImageCapture, comesBackInTheNextTickWhenThereIsNoThread) {
+    copyPng(png());
+    platform.loop.refuseJobs(2);
+    EXPECT_EQ(polled(), Events{announcement(42)});
+    EXPECT_FALSE(worker->isExporting());
+    EXPECT_EQ(polled(), Events{announcement(42)});
+    EXPECT_EQ(contentOf(publishedFile()), png());
+}
+
+TEST_F(ImageCapture, publishesNothingAfterQuit) {
+    copyPng(png());
+    static_cast<void>(polled());
+    platform.loop.runBackgroundJobs();
+    EXPECT_EQ(replyTo(command::Quit{7}), success(7, 42));
+    platform.loop.runPosted();
+    EXPECT_EQ(messages(), Events());
+    EXPECT_EQ(exported(), Names());
+}
+
 TEST_F(ImageCapture, keepsTheSlotUntilTheFileIsWritten) {
     copyPng(png(1, 1));
     EXPECT_EQ(polled(), Events{announcement(42)});

@@ -1,14 +1,18 @@
 #include "TavelClipboardAgent/main/Protocol/Output.h"
 
 #include "Support/Process.h"
+#include "Tests/Support/WaitUntil.h"
 #include "Tests/Unit/Fixtures/Pipe.h"
 #include "Tests/Unit/Fixtures/Signals.h"
 #include "Tests/Unit/Fixtures/TemporaryFile.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <future>
 #include <string>
 #include <thread>
@@ -17,6 +21,8 @@
 
 namespace tavel {
 namespace {
+
+constexpr std::chrono::seconds deadline(30);
 
 AgentMessage message(const std::string& text) {
     return event::Log{"warning", text};
@@ -27,12 +33,14 @@ std::string lineWith(const std::string& escapedText) {
     return R"({"event":"log","level":"warning","message":")" + escapedText + "\"}\n";
 }
 
-TEST(Output, writesEachMessageAsOneLineAtOnce) {
+TEST(Output, writesEachMessageAsOneLine) {
     const TemporaryFile file;
     Output output(file.descriptor());
     output.emit(message("a\nb"));
+    ASSERT_TRUE(output.waitUntilWritten(deadline));
     EXPECT_EQ(file.contentFrom(0), lineWith(R"(a\nb)"));
     output.emit(message("c"));
+    ASSERT_TRUE(output.waitUntilWritten(deadline));
     EXPECT_EQ(file.contentFrom(0), lineWith(R"(a\nb)") + lineWith("c"));
 }
 
@@ -42,6 +50,7 @@ TEST(Output, writesNothingOfAMessageThatIsNotValid) {
     output.emit(message("caf\xE9"));
     EXPECT_EQ(file.contentFrom(0), "");
     output.emit(message("café"));
+    ASSERT_TRUE(output.waitUntilWritten(deadline));
     EXPECT_EQ(file.contentFrom(0), lineWith("café"));
 }
 
@@ -61,6 +70,7 @@ TEST(Output, neverMixesTheLinesOfTwoThreads) {
     }
     for (std::thread& thread : threads)
         thread.join();
+    ASSERT_TRUE(output.waitUntilWritten(deadline));
     pipe.closeWriter();
 
     const std::string text = received.get();
@@ -81,7 +91,52 @@ TEST(Output, dropsWhatCannotBeWritten) {
     const Pipe pipe;
     Output output(pipe.reader());
     output.emit(message("lost"));
-    output.emit(message("lost too")); // the lock is free again
+    output.emit(message("lost too"));
+    EXPECT_TRUE(output.waitUntilWritten(deadline));
+}
+
+TEST(Output, neverWaitsForAReader) {
+    constexpr std::size_t length = 2'000'000; // more than the pipe holds when it is enlarged
+    Pipe pipe;
+    Output output(pipe.writer());
+    for (const char letter : {'a', 'b', 'c'})
+        output.emit(message(std::string(length, letter)));
+    EXPECT_EQ(output.queuedLines(), 3U);
+    EXPECT_FALSE(output.hasWritten(1));
+    EXPECT_FALSE(output.waitUntilWritten(std::chrono::milliseconds(1)));
+
+    auto received = std::async(std::launch::async, [&pipe] { return pipe.drain(); });
+    ASSERT_TRUE(output.waitUntilWritten(deadline));
+    EXPECT_TRUE(output.hasWritten(3));
+    pipe.closeWriter();
+    EXPECT_TRUE(received.get() == lineWith(std::string(length, 'a')) + lineWith(std::string(length, 'b')) +
+                                      lineWith(std::string(length, 'c')));
+}
+
+TEST(Output, tellsAReaderThatIsSlowFromNone) {
+    Pipe pipe;
+    Output output(pipe.writer());
+    output.emit(message(std::string(3'000'000, 'a')));
+    std::array<char, 65536> piece{};
+    const std::uint64_t before = output.progress();
+    const auto isMoving = [&] { return output.progress() > before + 20; };
+    for (int reads = 0; reads < 30; ++reads)
+        ASSERT_GT(read(pipe.reader(), piece.data(), piece.size()), 0);
+    waitUntil(isMoving, deadline);
+    EXPECT_FALSE(output.hasWritten(1));
+    auto rest = std::async(std::launch::async, [&pipe] { return pipe.drain(); });
+    ASSERT_TRUE(output.waitUntilWritten(deadline));
+    pipe.closeWriter();
+}
+
+TEST(Output, writesWhatWaitsBeforeItsEnd) {
+    const TemporaryFile file;
+    {
+        Output output(file.descriptor());
+        output.emit(message("a"));
+        output.emit(message("b"));
+    }
+    EXPECT_EQ(file.contentFrom(0), lineWith("a") + lineWith("b"));
 }
 
 void emitToNobody() {

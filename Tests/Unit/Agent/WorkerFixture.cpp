@@ -1,6 +1,9 @@
 #include "Tests/Unit/Agent/WorkerFixture.h"
 
+#include "Tests/Support/WaitUntil.h"
+
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace tavel {
@@ -11,8 +14,14 @@ void WorkerFixture::makeWorker(std::int32_t parentPID, const std::optional<std::
 }
 
 std::vector<nlohmann::json> WorkerFixture::polled() {
+    flush(); // as long as output waits, the worker does not report
     worker->poll();
     return messages();
+}
+
+void WorkerFixture::flush() const {
+    if (worker != nullptr)
+        waitUntil([this] { return worker->hasWrittenOutput(); }, std::chrono::seconds(30));
 }
 
 std::vector<nlohmann::json> WorkerFixture::finished() {
@@ -22,6 +31,7 @@ std::vector<nlohmann::json> WorkerFixture::finished() {
 }
 
 std::vector<nlohmann::json> WorkerFixture::messages() {
+    flush();
     const std::string text = output.contentFrom(seen_);
     seen_ += text.size();
     std::vector<Json> messages;

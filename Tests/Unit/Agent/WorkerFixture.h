@@ -33,6 +33,9 @@ protected:
     /// Runs the held background jobs and what they post; returns the messages.
     std::vector<Json> finished();
 
+    /// Waits until the worker's output is written.
+    void flush() const;
+
     /// The messages since the last call.
     std::vector<Json> messages();
 

@@ -3,7 +3,9 @@
 #include "Support/ScopeExit.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace tavel {
@@ -50,6 +52,10 @@ void ManualEventLoop::repeat(std::chrono::milliseconds interval, Function functi
 }
 
 void ManualEventLoop::runInBackground(Function job) {
+    if (refusedJobs_ > 0) {
+        --refusedJobs_;
+        throw std::system_error(EAGAIN, std::generic_category(), "no thread");
+    }
     backgroundJobs_.push_back(std::move(job));
 }
 

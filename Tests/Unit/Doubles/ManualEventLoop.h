@@ -37,6 +37,9 @@ public:
     /// Runs the background jobs that are waiting, and removes them.
     void runBackgroundJobs();
 
+    /// The next so many background jobs get no thread.
+    void refuseJobs(std::size_t jobs) { refusedJobs_ = jobs; }
+
     std::size_t heldBackgroundJobs() const { return backgroundJobs_.size(); }
 
     /// Plans a step for one of the next passes of `runOnce`, in the order of planning.
@@ -60,6 +63,7 @@ private:
     std::chrono::milliseconds now_{0};
     std::vector<Timer> timers_;
     std::vector<Function> backgroundJobs_;
+    std::size_t refusedJobs_ = 0;
     std::deque<Function> plannedPasses_;
     std::size_t passes_ = 0;
     std::size_t idlePasses_ = 0;

@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -222,6 +223,23 @@ TEST(InputFile, tellsWhyAPathNamesNothing) {
     EXPECT_EQ(error->operation(), FileError::Operation::read);
     EXPECT_EQ(error->path(), file + "2");
     EXPECT_EQ(error->description(), file + "2: " + std::strerror(ENOENT));
+}
+
+TEST(InputFile, tellsThatItCannotBeClosed) {
+    const ScratchDirectory scratch;
+    const std::string file = scratch.makeFile("file").string();
+    const int next = dup(STDIN_FILENO); // a file gets the lowest free descriptor
+    close(next);
+    InputFile input(file, Links::refuse);
+    ASSERT_EQ(close(next), 0);
+    try {
+        input.close();
+        FAIL() << "It closed what was closed already.";
+    } catch (const FileError& error) {
+        EXPECT_EQ(error.code(), EBADF);
+        EXPECT_EQ(error.operation(), FileError::Operation::read);
+        EXPECT_EQ(error.path(), file);
+    }
 }
 
 TEST(InputFile, tellsThatItMayNotBeRead) {

@@ -256,6 +256,23 @@ TEST(LineReader, lendsALineThatMayBeChanged) {
     }
 }
 
+TEST(LineReader, skipsTheNextLineWhateverItsLength) {
+    for (const std::size_t length : {0U, 1U, 65'535U, 65'536U, 1'000'000U, 9'000'000U}) {
+        const std::string line(length, 'a');
+        const TemporaryFile file("first\n" + line + "\nthird\n\n" + line + "\n" + line);
+        LineReader reader(file.descriptor());
+        EXPECT_EQ(textOf(*reader.next()), "first");
+        reader.skipLine();
+        EXPECT_EQ(textOf(*reader.next()), "third");
+        EXPECT_EQ(textOf(*reader.next()), "");
+        EXPECT_TRUE(textOf(*reader.next()) == line);
+        reader.skipLine();
+        EXPECT_FALSE(reader.next());
+        reader.skipLine();
+        EXPECT_FALSE(reader.next());
+    }
+}
+
 TEST(LineReader, takesAReadErrorForTheEnd) {
     const Pipe pipe;
     LineReader reader(pipe.writer()); // cannot be read from

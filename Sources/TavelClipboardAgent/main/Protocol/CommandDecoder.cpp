@@ -7,6 +7,7 @@
 #include <simdjson.h>
 
 #include <cstring>
+#include <new>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -18,6 +19,7 @@ namespace {
 namespace ondemand = simdjson::ondemand;
 
 static_assert(LineReader::padding >= simdjson::SIMDJSON_PADDING);
+static_assert(LineReader::longestLineBytes <= simdjson::SIMDJSON_MAXSIZE_BYTES);
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
@@ -27,9 +29,10 @@ constexpr int maximumDepth = 512;
 /// The parser's tables grow with the longest line. They are freed after a line above this size.
 constexpr std::size_t keptParserBytes = std::size_t{1} << 20;
 
-/// The values of the keys that commands use; nullopt if absent or of another type.
+/// The values of the keys that commands use; nullopt if absent or of another type, and if there is no memory
+/// for the value: every command needs those that take memory, so it is then refused with a reason of its own.
 struct Fields {
-    std::optional<std::string> command;
+    std::optional<std::string_view> command; // in the line
     std::optional<std::uint64_t> requestID;
     std::optional<bool> renamePrompt;
     std::optional<Base64Text> textBase64;
@@ -101,7 +104,7 @@ private:
             if (strings != nullptr && type != ondemand::json_type::string)
                 strings->reset();
             if (strings != nullptr && strings->has_value())
-                (*strings)->emplace_back(scalar->text);
+                append(*strings, scalar->text);
         }
         return true;
     }
@@ -151,7 +154,7 @@ private:
 
     void storeScalar(std::string_view key, const Scalar& scalar) {
         if (key == jsonKey::command)
-            fields_.command = stringOf(scalar);
+            fields_.command = viewOf(scalar);
         else if (key == jsonKey::requestID)
             fields_.requestID = unsignedOf(scalar);
         else if (key == jsonKey::renamePrompt)
@@ -217,17 +220,37 @@ private:
         return unescaped({raw, length});
     }
 
+    static std::optional<std::string_view> viewOf(const Scalar& scalar) {
+        return scalar.type == ondemand::json_type::string ? std::optional(scalar.text) : std::nullopt;
+    }
+
     static std::optional<std::string> stringOf(const Scalar& scalar) {
-        return scalar.type == ondemand::json_type::string ? std::optional<std::string>(scalar.text)
-                                                          : std::nullopt;
+        try {
+            return scalar.type == ondemand::json_type::string ? std::optional<std::string>(scalar.text)
+                                                              : std::nullopt;
+        } catch (const std::bad_alloc&) {
+            return std::nullopt;
+        }
     }
 
     std::optional<Base64Text> payloadOf(const Scalar& scalar) const {
         if (scalar.type != ondemand::json_type::string)
             return std::nullopt;
-        if (line_.owner == nullptr)
+        if (line_.owner != nullptr)
+            return Base64Text(line_.owner, writable(scalar.text));
+        try {
             return Base64Text::copyOf(scalar.text);
-        return Base64Text(line_.owner, writable(scalar.text));
+        } catch (const std::bad_alloc&) {
+            return std::nullopt;
+        }
+    }
+
+    static void append(std::optional<std::vector<std::string>>& strings, std::string_view text) {
+        try {
+            strings->emplace_back(text);
+        } catch (const std::bad_alloc&) {
+            strings.reset();
+        }
     }
 
     /// A boolean counts as 1 or 0.
@@ -249,7 +272,7 @@ private:
 };
 
 ClipboardCommand commandFrom(Fields fields) {
-    const std::string& name = *fields.command;
+    const std::string_view name = *fields.command;
     const std::uint64_t requestID = *fields.requestID;
     if (name == commandName::configureFilePrompt)
         return command::ConfigureFilePrompt{requestID, fields.renamePrompt.value_or(false)};
@@ -277,7 +300,7 @@ public:
     ondemand::parser simdjson;
 };
 
-CommandDecoder::CommandDecoder() : parser_(std::make_unique<Parser>()) {}
+CommandDecoder::CommandDecoder() = default;
 
 CommandDecoder::~CommandDecoder() = default;
 
@@ -286,14 +309,19 @@ std::optional<ClipboardCommand> CommandDecoder::decode(const LineReader::Line& l
     if (text.starts_with(byteOrderMark)) // RFC 8259, section 8.1 allows a parser to ignore it
         text.remove_prefix(byteOrderMark.size());
 
+    if (parser_ == nullptr)
+        parser_ = std::make_unique<Parser>();
     std::optional<Fields> fields;
     ondemand::document document;
     const simdjson::padded_string_view padded(text, text.size() + LineReader::padding);
     // Checks the encoding, the quotes and the characters of the whole line.
-    if (parser_->simdjson.iterate(padded).get(document) == simdjson::SUCCESS)
+    const simdjson::error_code error = parser_->simdjson.iterate(padded).get(document);
+    if (error == simdjson::MEMALLOC)
+        throw std::bad_alloc();
+    if (error == simdjson::SUCCESS)
         fields = LineWalker(line).walk(document);
     if (text.size() > keptParserBytes)
-        parser_ = std::make_unique<Parser>();
+        parser_.reset();
 
     if (!fields || !fields->command || !fields->requestID)
         return std::nullopt;
