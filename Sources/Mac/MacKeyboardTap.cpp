@@ -106,7 +106,8 @@ KeyVerdict MacKeyboardTap::verdictOf(CGEventType type, CGEventRef event) const {
     if (event == nullptr) // possible when the system disabled the tap
         return handler_({*kind});
     return handler_({*kind, CGEventGetIntegerValueField(event, kCGKeyboardEventKeycode),
-                     CGEventGetFlags(event), CGEventGetIntegerValueField(event, kCGEventSourceUserData)});
+                     CGEventGetFlags(event), CGEventGetIntegerValueField(event, kCGEventSourceUserData),
+                     CGEventGetIntegerValueField(event, kCGKeyboardEventAutorepeat) != 0});
 }
 
 } // namespace tavel

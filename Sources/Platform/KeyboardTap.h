@@ -15,6 +15,7 @@ struct KeyEvent {
     std::int64_t keyCode = 0;
     std::uint64_t flags = 0;   // the modifiers that are held, among other bits
     std::int64_t userData = 0; // set by the poster of a synthetic event; 0 for a real key
+    bool isRepeat = false;     // of a keyDown: the key is held, and repeats by itself
 };
 
 namespace keyCode {
@@ -35,8 +36,9 @@ enum class KeyVerdict { pass, swallow };
 /// Sees the keys that the user types in other programs, before those programs do. Main thread only.
 class KeyboardTap {
 public:
-    /// Decides for one event; the keyboard is frozen until it returns. Runs on the main thread, in the event
-    /// loop or during a call of this interface.
+    /// Decides for one event; the keyboard is frozen until it returns, or until the system waits no longer
+    /// and lets the key pass. An event tapDisabledByTimeout follows then, at once if the late verdict was to
+    /// swallow the key. Runs on the main thread, in the event loop or during a call of this interface.
     using Handler = std::function<KeyVerdict(const KeyEvent&)>;
 
     virtual ~KeyboardTap() = default;
@@ -45,7 +47,8 @@ public:
     /// keyboard to tap); the caller may then try again. Not called again once it has succeeded.
     virtual bool create(Handler handler) = 0;
 
-    /// Enables or disables a created tap. A key that was swallowed is swallowed until its release.
+    /// Enables or disables a created tap. A key that was swallowed is swallowed until its release,
+    /// which a disabled tap may not see.
     virtual void setEnabled(bool enabled) = 0;
 
     /// Whether the key is down now.

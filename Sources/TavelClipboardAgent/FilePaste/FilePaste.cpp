@@ -65,12 +65,9 @@ void FilePaste::configure(bool enabled) {
     owner_.assertCurrent();
     enabled_ = enabled;
     if (!enabled) {
-        busy_ = false;
-        ++generation_;
         if (tapCreated_)
             platform_.keyboardTap().setEnabled(false);
-        if (panel_ != nullptr)
-            std::exchange(panel_, nullptr)->hide();
+        endInterception();
     } else if (tapCreated_) {
         platform_.keyboardTap().setEnabled(true);
     } else {
@@ -87,6 +84,13 @@ void FilePaste::configure(bool enabled) {
         platform_.focusProbe().follow(enabled);
 }
 
+void FilePaste::endInterception() {
+    busy_ = false;
+    ++generation_;
+    if (panel_ != nullptr)
+        std::exchange(panel_, nullptr)->hide();
+}
+
 /// Without the memory to decide, the key passes.
 KeyVerdict FilePaste::handleOrPass(const KeyEvent& event) {
     owner_.assertCurrent();
@@ -98,8 +102,16 @@ KeyVerdict FilePaste::handleOrPass(const KeyEvent& event) {
 }
 
 KeyVerdict FilePaste::handle(const KeyEvent& event) {
+    const bool followsInterception = std::exchange(hasJustIntercepted_, false);
     if (event.type == KeyEventType::tapDisabledByTimeout ||
         event.type == KeyEventType::tapDisabledByUserInput) {
+        if (followsInterception && event.type == KeyEventType::tapDisabledByTimeout) {
+            // The verdict came too late and the file manager has got the shortcut. A panel would paste a
+            // second time. The repeats and the release belong to the press.
+            endInterception();
+            swallowed_.reset();
+            passUntilReleased();
+        }
         if (enabled_)
             platform_.keyboardTap().setEnabled(true);
         return KeyVerdict::pass;
@@ -107,11 +119,14 @@ KeyVerdict FilePaste::handle(const KeyEvent& event) {
     if (event.userData == tag) // the agent posted it
         return KeyVerdict::pass;
     if (swallowed_ == event.keyCode) {
+        // A disabled tap has missed the release if the key is pressed anew.
+        const bool isNewPress = event.type == KeyEventType::keyDown && !event.isRepeat;
+        if (isNewPress || event.type == KeyEventType::keyUp)
+            swallowed_.reset();
         // Deliberate: also after the feature was switched off. No program may see a release without its
         // press.
-        if (event.type == KeyEventType::keyUp)
-            swallowed_.reset();
-        return KeyVerdict::swallow;
+        if (!isNewPress)
+            return KeyVerdict::swallow;
     }
     const bool isPasteShortcut = event.type == KeyEventType::keyDown && event.keyCode == keyCode::v &&
                                  (event.flags & examinedFlags) == keyFlag::command;
@@ -122,6 +137,7 @@ KeyVerdict FilePaste::handle(const KeyEvent& event) {
         return KeyVerdict::pass;
     scheduleBegin(delayBeforePanel, *pid, board_->changeCount());
     busy_ = true;
+    hasJustIntercepted_ = true;
     swallowed_ = keyCode::v;
     return KeyVerdict::swallow;
 }
@@ -155,13 +171,19 @@ void FilePaste::scheduleBegin(std::chrono::milliseconds delay, std::int32_t pid,
 }
 
 void FilePaste::schedule(std::chrono::milliseconds delay, const std::function<void(FilePaste&)>& step) {
-    // Deliberate: switching the feature off cancels what is scheduled, even if it is switched on again at
-    // once. Otherwise two interceptions could run at the same time.
+    // Deliberate: ending an interception cancels what is scheduled, even if the next one begins at once.
+    // Otherwise two interceptions could run at the same time.
     platform_.eventLoop().postAfter(delay, [weak = weak_from_this(), generation = generation_, step] {
         const auto self = weak.lock();
         if (self != nullptr && self->generation_ == generation)
             step(*self);
     });
+}
+
+void FilePaste::passUntilReleased() {
+    busy_ = platform_.keyboardTap().isKeyDown(keyCode::v);
+    if (busy_)
+        schedule(keyCheckInterval, [](FilePaste& self) { self.passUntilReleased(); });
 }
 
 bool FilePaste::isPasteShortcutHeld() {

@@ -66,6 +66,8 @@ private:
 
     KeyVerdict handleOrPass(const KeyEvent& event);
     KeyVerdict handle(const KeyEvent& event);
+    void endInterception();
+    void passUntilReleased();
     bool holdsPasteableContent();
     std::optional<std::int32_t> processOfFocusedFileView();
     void begin(std::int32_t pid, std::int64_t sequence);
@@ -87,8 +89,9 @@ private:
     std::function<void(std::int64_t)> changed_;
     bool enabled_ = false;
     bool tapCreated_ = false;
-    std::int64_t generation_ = 0;              // counts how often the feature was switched off
-    bool busy_ = false;                        // an interception is in progress
+    std::int64_t generation_ = 0;              // counts how often interceptions were ended from outside
+    bool busy_ = false;                        // an interception is in progress; the shortcut passes
+    bool hasJustIntercepted_ = false;          // the tap has reported nothing since
     std::optional<std::int64_t> swallowed_;    // key code whose repeats and release are still to be swallowed
     std::deque<PrivateDirectory> directories_; // of the retained generated files, oldest first
     std::shared_ptr<FileNamePanel> panel_;     // while it is shown

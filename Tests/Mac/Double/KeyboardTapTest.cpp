@@ -91,6 +91,15 @@ TEST_F(DoubledKeyboardTap, reportsKeyCodeFlagsAndUserData) {
     EXPECT_EQ(seen_[1].userData, -1);
 }
 
+TEST_F(DoubledKeyboardTap, tellsARepeatFromAPress) {
+    ASSERT_TRUE(create());
+    EXPECT_EQ(passTaps({kCGEventKeyDown, 9, 0, 0, 0}), Passage::passed);
+    EXPECT_EQ(passTaps({kCGEventKeyDown, 9, 0, 0, 1}), Passage::passed);
+    ASSERT_EQ(seen_.size(), 2U);
+    EXPECT_FALSE(seen_[0].isRepeat);
+    EXPECT_TRUE(seen_[1].isRepeat);
+}
+
 /// The double ends the program if the event was released, retained or replaced.
 TEST_F(DoubledKeyboardTap, passesOrSwallowsEventsAsTheHandlerSays) {
     ASSERT_TRUE(create(KeyVerdict::swallow));

@@ -150,6 +150,8 @@ void CGEventTapEnable(CFMachPortRef tap, bool enable) {
 int64_t CGEventGetIntegerValueField(CGEventRef event, CGEventField field) {
     const QuartzEvent& content = objectAt<Event>(event).content;
     switch (field) {
+    case kCGKeyboardEventAutorepeat:
+        return content.autorepeat;
     case kCGKeyboardEventKeycode:
         return content.keyCode;
     case kCGEventSourceUserData:

@@ -23,6 +23,7 @@ struct QuartzEvent {
     std::int64_t keyCode = 0;
     CGEventFlags flags = 0;
     std::int64_t userData = 0;
+    std::int64_t autorepeat = 0; // 1 if the key is held
     bool operator==(const QuartzEvent&) const = default;
 };
 

@@ -80,7 +80,7 @@ TEST_F(FilePasteBeginning, waitsForTheKeysWithoutATimeOut) {
     EXPECT_EQ(press(), KeyVerdict::swallow);
     wait(std::chrono::hours(1));
     EXPECT_TRUE(platform.panels.empty());
-    EXPECT_EQ(press(), KeyVerdict::swallow);
+    EXPECT_EQ(repeat(), KeyVerdict::swallow);
     platform.tap.keysDown = {55};
     EXPECT_EQ(release(), KeyVerdict::swallow);
     wait(1s);

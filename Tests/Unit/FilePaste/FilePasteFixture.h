@@ -37,6 +37,8 @@ protected:
 
     KeyVerdict type(const KeyEvent& event) { return platform.tap.handler(event); }
     KeyVerdict press(std::int64_t key = 9) { return type({KeyEventType::keyDown, key, command, 0}); }
+    KeyVerdict repeat() { return type({KeyEventType::keyDown, 9, command, 0, true}); }
+    KeyVerdict timeOut() { return type({KeyEventType::tapDisabledByTimeout}); }
     KeyVerdict release(std::int64_t key = 9) { return type({KeyEventType::keyUp, key, command, 0}); }
 
     /// Types the shortcut. True if the feature took it.

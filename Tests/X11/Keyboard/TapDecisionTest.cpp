@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace tavel {
@@ -82,6 +83,8 @@ TEST_F(TapDecision, aSwallowedKeyIsReportedUntilItIsReleased) {
     EXPECT_EQ(seenPresses(), seen_.size() - 1);
     EXPECT_EQ(seen_.back().type, up);
     EXPECT_EQ(seen_.back().flags, 0) << "Control was released before";
+    EXPECT_FALSE(seen_.front().isRepeat);
+    EXPECT_EQ(std::ranges::count(seen_, true, &KeyEvent::isRepeat), std::ssize(seen_) - 2);
     EXPECT_THAT(desktop_.received(window, pcKey::v), IsEmpty());
 }
 

@@ -46,6 +46,13 @@ KeyEvent keyEvent(KeyEventType type, std::uint16_t modifiers) {
     return {type, keyCode::v, keyFlagsOf(modifiers), 0};
 }
 
+/// A held key repeats without releases in between (KeyboardConnection), so a press before its release is one.
+KeyEvent repeatEvent(std::uint16_t modifiers) {
+    KeyEvent event = keyEvent(KeyEventType::keyDown, modifiers);
+    event.isRepeat = true;
+    return event;
+}
+
 template <typename Event>
 const Event& as(const xcb_generic_event_t& event) {
     return reinterpret_cast<const Event&>(event);
@@ -188,7 +195,7 @@ void KeyTapThread::pressed(const xcb_key_press_event_t& key) {
         // grab silently, it is a new press and has frozen the keyboard.
         allow(XCB_ALLOW_ASYNC_KEYBOARD, key);
         if (key.detail == held_->code)
-            listener_.report(keyEvent(KeyEventType::keyDown, key.state));
+            listener_.report(repeatEvent(key.state));
         return;
     }
     if (askFor(key) == KeyVerdict::pass) {

@@ -30,6 +30,7 @@ enum CGEventType : uint32_t {
 };
 
 enum CGEventField : uint32_t {
+    kCGKeyboardEventAutorepeat = 8,
     kCGKeyboardEventKeycode = 9,
     kCGEventSourceUserData = 42,
 };
