@@ -1,10 +1,10 @@
 #include "Linux/X11/Focus/FocusListener.h"
 
+#include "Linux/X11/Focus/AccessibleMessages.h"
 #include "Linux/X11/Focus/FilterHandover.h"
 
 #include <algorithm>
 #include <array>
-#include <string_view>
 #include <utility>
 
 namespace tavel {
@@ -27,38 +27,15 @@ struct Recipient {
     std::function<void()> noticed;
 };
 
-std::string_view text(const char* maybeNull) {
-    return maybeNull == nullptr ? std::string_view() : maybeNull;
-}
-
-bool tellsActivation(GDBusMessage* message) {
-    const std::string_view member = text(g_dbus_message_get_member(message));
-    return text(g_dbus_message_get_interface(message)) == "org.a11y.atspi.Event.Window" &&
-           (member == "Activate" || member == "activate");
-}
-
-bool tellsFocus(GDBusMessage* message) {
-    return text(g_dbus_message_get_interface(message)) == "org.a11y.atspi.Event.Object" &&
-           text(g_dbus_message_get_member(message)) == "StateChanged" &&
-           text(g_dbus_message_get_arg0(message)) == "focused";
-}
-
 /// False if no toolkit sends such an event.
 bool takeFocusNews(GDBusMessage* message, FocusCache& cache) {
-    GVariant* const body = g_dbus_message_get_body(message);
-    const char* const sender = g_dbus_message_get_sender(message);
-    const char* const path = g_dbus_message_get_path(message);
-    // The values behind the second number differ between toolkits.
-    if (body == nullptr || sender == nullptr || path == nullptr ||
-        !g_variant_is_of_type(body, G_VARIANT_TYPE("(siiv*)")))
+    auto news = focusNewsIn(message);
+    if (!news)
         return false;
-    std::int32_t hasFocus = 0;
-    g_variant_get_child(body, 1, "i", &hasFocus);
-    AccessibleElement element{sender, path};
-    if (hasFocus != 0)
-        cache.gained(std::move(element));
+    if (news->hasFocus)
+        cache.gained(std::move(news->element));
     else
-        cache.lost(element);
+        cache.lost(news->element);
     return true;
 }
 
@@ -67,7 +44,7 @@ GDBusMessage* filter(GDBusConnection*, GDBusMessage* message, gboolean incoming,
         return message;
     const FilterHandover::Scope scope(handover);
     const Recipient& recipient = *static_cast<const Recipient*>(data);
-    if (tellsActivation(message) || (tellsFocus(message) && takeFocusNews(message, *recipient.cache)))
+    if (tellsActivation(message) || takeFocusNews(message, *recipient.cache))
         recipient.noticed();
     return message;
 }

@@ -1,5 +1,6 @@
 #include "Linux/X11/Focus/FocusSearch.h"
 
+#include "Linux/X11/Focus/AccessibleMessages.h"
 #include "Linux/X11/Focus/AccessibleRoles.h"
 
 #include <algorithm>
@@ -14,20 +15,9 @@ namespace {
 using Clock = BusConnection::Clock;
 using Elements = std::vector<AccessibleElement>;
 
-/// AT-SPI, AtspiStateType: bits of a mask.
-constexpr unsigned int activeState = 1;
-constexpr unsigned int focusedState = 12;
-
 /// Limits each call of a walk. A program that does not answer at once is too busy for a walk over its
 /// elements.
 constexpr std::chrono::milliseconds callTimeOut{100};
-
-/// More than any file manager shows; a program could make them up without end.
-constexpr std::size_t mostElements = 4000;
-
-/// AT-SPI, Cache.xml: of each element its address, its application's and its parent's, its index, its number
-/// of children, interfaces, name, role, description and states.
-constexpr const char* cachedItemsType = "(a((so)(so)(so)iiassusau))";
 
 class Search {
 public:
@@ -62,35 +52,9 @@ GioPointer<GVariant> Search::ask(const AccessibleElement& element, const char* i
                      end, stop_);
 }
 
-/// Of a reply that holds a list of them.
-Elements elementsIn(GVariant* reply) {
-    Elements elements;
-    if (reply == nullptr)
-        return elements;
-    GVariantIter* list = nullptr;
-    g_variant_get(reply, "(a(so))", &list);
-    const GioPointer<GVariantIter> owned(list);
-    const char* program = nullptr;
-    const char* path = nullptr;
-    while (g_variant_iter_next(list, "(&s&o)", &program, &path) != FALSE)
-        elements.push_back({program, path});
-    return elements;
-}
-
 Elements Search::children(const AccessibleElement& element, Clock::time_point end) const {
     return elementsIn(
         ask(element, "org.a11y.atspi.Accessible", "GetChildren", nullptr, "(a(so))", end).get());
-}
-
-/// Whether the states that are the last child of that tuple include this one.
-bool endsWithState(GVariant* tuple, unsigned int state) {
-    // 64 bits, the lower half first.
-    const GioPointer<GVariant> halves(g_variant_get_child_value(tuple, g_variant_n_children(tuple) - 1));
-    if (g_variant_n_children(halves.get()) == 0)
-        return false;
-    std::uint32_t lower = 0;
-    g_variant_get_child(halves.get(), 0, "u", &lower);
-    return (lower >> state & 1U) != 0;
 }
 
 bool Search::isInState(const AccessibleElement& element, unsigned int state, Clock::time_point end) const {
@@ -125,22 +89,7 @@ std::optional<AccessibleElement> Search::onlyClaimantInCache(const AccessibleEle
     const auto reply = ask(cache, "org.a11y.atspi.Cache", "GetItems", nullptr, cachedItemsType, end_);
     if (reply == nullptr)
         return std::nullopt;
-    const GioPointer<GVariant> items(g_variant_get_child_value(reply.get(), 0));
-    std::optional<AccessibleElement> claimant;
-    for (std::size_t index = 0; index < g_variant_n_children(items.get()); ++index) {
-        if (isOver()) // a program may list any number
-            return std::nullopt;
-        const GioPointer<GVariant> item(g_variant_get_child_value(items.get(), index));
-        if (!endsWithState(item.get(), focusedState))
-            continue;
-        if (claimant)
-            return std::nullopt;
-        const char* program = nullptr;
-        const char* path = nullptr;
-        g_variant_get_child(item.get(), 0, "(&s&o)", &program, &path);
-        claimant = AccessibleElement{program, path};
-    }
-    return claimant;
+    return onlyFocusedOf(reply.get(), [this] { return isOver(); });
 }
 
 /// What the toolkit itself lists as focused; nothing if it cannot.
@@ -164,13 +113,15 @@ std::optional<Elements> Search::claimants(const AccessibleElement& window) const
 
 /// In depth, from the last to the first.
 std::optional<AccessibleElement> Search::walk(Elements windows) const {
-    Elements ahead = std::move(windows);
+    Elements ahead = std::move(windows); // never more than are looked at in all
     for (std::size_t seen = 0; !ahead.empty() && seen < mostElements && !isOver(); ++seen) {
         const AccessibleElement element = std::move(ahead.back());
         ahead.pop_back();
         if (isInState(element, focusedState, walkCallEnd()))
             return element;
-        std::ranges::move(children(element, walkCallEnd()), std::back_inserter(ahead));
+        Elements below = children(element, walkCallEnd());
+        below.resize(std::min(below.size(), mostElements - std::min(mostElements, ahead.size())));
+        std::ranges::move(below, std::back_inserter(ahead));
     }
     return std::nullopt;
 }
