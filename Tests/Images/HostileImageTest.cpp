@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 
 namespace tavel {
@@ -64,6 +65,23 @@ TEST(HostileImage, refusesSizesThatTheDataContradict) {
     std::string bmp = readPicture("bmp-24.bmp");
     EXPECT_FALSE(throughPng(bmp.replace(18, 8, little(5000, 4) + little(6000, 4))));
     EXPECT_FALSE(throughPng(greyTiff(100, 100).substr(0, 5000)));
+}
+
+/// A GIF with one frame of black pixels, of which most are missing.
+std::string gifWithFrame(unsigned width, unsigned height, unsigned left, unsigned top, unsigned frameWidth,
+                         unsigned frameHeight) {
+    return "GIF89a" + little(width, 2) + little(height, 2) + "\x80\0\0"s + "\0\0\0\xFF\xFF\xFF"s + "\x2C"s +
+           little(left, 2) + little(top, 2) + little(frameWidth, 2) + little(frameHeight, 2) +
+           "\0\x02\x02\x44\x01\0;"s;
+}
+
+TEST(HostileImage, doesNotPassOverATallScreenAboveAGifFrame) {
+    // Takes a quarter of a second; libvips' way from the top of the screen to this frame takes 40 seconds.
+    const auto start = std::chrono::steady_clock::now();
+    const auto png = throughPng(gifWithFrame(100, 65'535, 0, 65'534, 1, 489));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15));
+    ASSERT_TRUE(png);
+    EXPECT_EQ(png->height, 65'535U);
 }
 
 TEST(HostileImage, readsOnlyTheFirstOfManyGifFrames) {

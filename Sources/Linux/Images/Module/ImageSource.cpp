@@ -60,8 +60,8 @@ VipsImagePointer onTransparent(const VipsImagePointer& image, int left, int top,
         [&](VipsImage** out) { return vips_embed(withAlpha.get(), out, left, top, width, height, nullptr); });
 }
 
-/// Opens the first frame of a GIF on the GIF's screen, transparent where the frame does not reach. The decoder
-/// sees the frame only: libnsgif corrects screen sizes that it finds implausible.
+/// Opens the first frame of a GIF on the GIF's screen, transparent where the frame does not reach. The
+/// decoder sees the frame only: libnsgif corrects screen sizes that it finds implausible.
 std::optional<ImageSource> openGif(const Bytes& file, const ImageHeader& header) {
     const auto frame = firstFrameOfGif(file);
     if (!frame)

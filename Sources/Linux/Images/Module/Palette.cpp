@@ -1,14 +1,17 @@
 #include "Linux/Images/Module/Palette.h"
 
 #include <algorithm>
-#include <array>
 #include <unordered_map>
 
 namespace tavel {
 namespace {
 
-/// Samples in memory order; missing ones are 0.
-using Colour = std::array<std::uint8_t, 4>;
+/// Up to four samples of 8 bits, the first one in the lowest bits.
+using Colour = std::uint32_t;
+
+std::uint8_t sampleOf(Colour colour, std::size_t band) {
+    return static_cast<std::uint8_t>(colour >> 8 * band);
+}
 
 /// Numbers the colours in the order of their first use.
 class ColourTable {
@@ -16,21 +19,14 @@ public:
     explicit ColourTable(std::size_t capacity) : capacity_(capacity) {}
 
     /// The colour's number; nullopt if the table is full.
-    std::optional<std::uint8_t> index(const Colour& colour) {
-        if (!colours_.empty() && colour == last_)
-            return lastIndex_;
-        const std::uint32_t key =
-            static_cast<std::uint32_t>(colour[0]) | static_cast<std::uint32_t>(colour[1]) << 8 |
-            static_cast<std::uint32_t>(colour[2]) << 16 | static_cast<std::uint32_t>(colour[3]) << 24;
-        const auto [entry, isNew] = indices_.try_emplace(key, static_cast<std::uint8_t>(colours_.size()));
+    std::optional<std::uint8_t> index(Colour colour) {
+        const auto [entry, isNew] = indices_.try_emplace(colour, static_cast<std::uint8_t>(colours_.size()));
         if (isNew) {
             if (colours_.size() == capacity_)
                 return std::nullopt;
             colours_.push_back(colour);
         }
-        last_ = colour;
-        lastIndex_ = entry->second;
-        return lastIndex_;
+        return entry->second;
     }
 
     const std::vector<Colour>& colours() const { return colours_; }
@@ -38,34 +34,53 @@ public:
 private:
     std::size_t capacity_;
     std::vector<Colour> colours_;
-    std::unordered_map<std::uint32_t, std::uint8_t> indices_;
-    Colour last_{};
-    std::uint8_t lastIndex_ = 0;
+    std::unordered_map<Colour, std::uint8_t> indices_;
 };
 
-std::optional<std::vector<std::uint8_t>> indexAll(const RowLayout& layout,
-                                                  std::span<const std::uint8_t> pixels, ColourTable& table) {
-    std::vector<std::uint8_t> indices(layout.width * layout.height);
-    const std::uint8_t* sample = pixels.data();
-    Colour colour{};
-    for (std::uint8_t& target : indices) {
-        std::copy_n(sample, layout.bands, colour.begin());
-        sample += layout.bands;
+template <std::size_t Bands>
+Colour colourAt(const std::uint8_t* sample) {
+    Colour colour = 0;
+    for (std::size_t band = 0; band < Bands; ++band)
+        colour |= static_cast<Colour>(sample[band]) << 8 * band;
+    return colour;
+}
+
+/// Looks each colour up once for all its neighbours to the right that are the same.
+template <std::size_t Bands>
+std::optional<std::vector<std::uint8_t>> indexAll(std::span<const std::uint8_t> pixels, ColourTable& table) {
+    std::vector<std::uint8_t> indices(pixels.size() / Bands);
+    const std::uint8_t* const samples = pixels.data();
+    for (std::size_t i = 0; i < indices.size();) {
+        const Colour colour = colourAt<Bands>(samples + i * Bands);
         const auto index = table.index(colour);
         if (!index)
             return std::nullopt;
-        target = *index;
+        do
+            indices[i++] = *index;
+        while (i < indices.size() && colourAt<Bands>(samples + i * Bands) == colour);
     }
     return indices;
 }
 
+std::optional<std::vector<std::uint8_t>> indexAll(std::size_t bands, std::span<const std::uint8_t> pixels,
+                                                  ColourTable& table) {
+    switch (bands) {
+    case 1:
+        return indexAll<1>(pixels, table);
+    case 3:
+        return indexAll<3>(pixels, table);
+    default:
+        return indexAll<4>(pixels, table);
+    }
+}
+
 /// The palette holds the red, green and blue samples, and `alphas` the fourth ones.
 void describePalette(const std::vector<Colour>& colours, std::size_t bands, PngHeader& header) {
-    for (const Colour& colour : colours) {
+    for (const Colour colour : colours) {
         for (std::size_t i = 0; i < 3; ++i)
-            header.palette += static_cast<char>(colour[i]);
+            header.palette += static_cast<char>(sampleOf(colour, i));
         if (bands == 4)
-            header.alphas += static_cast<char>(colour[3]);
+            header.alphas += static_cast<char>(sampleOf(colour, 3));
     }
     header.colour = PngColour::palette;
     header.depth = colours.size() <= 2 ? 1 : colours.size() <= 4 ? 2 : colours.size() <= 16 ? 4 : 8;
@@ -76,11 +91,11 @@ void describePalette(const std::vector<Colour>& colours, std::size_t bands, PngH
 bool describeGreys(const std::vector<Colour>& greys, PngHeader& header, std::vector<std::uint8_t>& indices) {
     for (const unsigned depth : {1U, 2U, 4U}) {
         const unsigned step = 255U / ((1U << depth) - 1U);
-        if (!std::ranges::all_of(greys, [step](const Colour& grey) { return grey[0] % step == 0; }))
+        if (!std::ranges::all_of(greys, [step](Colour grey) { return grey % step == 0; }))
             continue;
         header.depth = depth;
         for (std::uint8_t& index : indices)
-            index = static_cast<std::uint8_t>(greys[index][0] / step);
+            index = static_cast<std::uint8_t>(greys[index] / step);
         return true;
     }
     return false;
@@ -95,6 +110,11 @@ std::vector<std::uint8_t> pack(const std::vector<std::uint8_t>& indices, const P
     auto index = indices.begin();
     for (std::size_t y = 0; y < header.height; ++y) {
         std::uint8_t* const row = packed.data() + y * rowSize + 1;
+        if (perByte == 1) {
+            std::copy_n(index, header.width, row);
+            index += static_cast<std::ptrdiff_t>(header.width);
+            continue;
+        }
         for (std::size_t x = 0; x < header.width; ++x) {
             const std::size_t shift = 8 - header.depth * (x % perByte + 1);
             row[x / perByte] = static_cast<std::uint8_t>(row[x / perByte] | *index++ << shift);
@@ -111,7 +131,7 @@ std::optional<IndexedPixels> indexPixels(const RowLayout& layout, std::span<cons
         return std::nullopt; // PNG has no smaller form of grey with alpha that stays grey
     const bool isGrey = layout.bands == 1;
     ColourTable table(isGrey ? 16 : 256);
-    auto indices = indexAll(layout, pixels, table);
+    auto indices = indexAll(layout.bands, pixels, table);
     if (!indices)
         return std::nullopt;
     IndexedPixels result{header, {}};
