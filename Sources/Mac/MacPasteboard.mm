@@ -33,17 +33,19 @@ NSString* _Nullable nameFrom(const std::string& name) {
 
 /// Nil if the text cannot be a type.
 NSString* _Nullable typeFrom(std::string_view type) {
-    return type.empty() ? nil : stringFromUtf8(type);
+    return pasteboardType::isReadableName(type) ? stringFromUtf8(type) : nil;
 }
 
-std::vector<std::string> stringsOf(NSArray<NSString*>* _Nullable objects) {
-    std::vector<std::string> strings;
-    strings.reserve([objects count]);
+std::vector<std::string> typeNamesOf(NSArray<NSString*>* _Nullable objects) {
+    std::vector<std::string> names;
     for (NSString* object in objects) {
-        if (auto string = utf8FromString(object))
-            strings.push_back(std::move(*string));
+        if (names.size() == pasteboardType::mostTypes)
+            break;
+        auto name = utf8Beginning(object, pasteboardType::longestNameBytes);
+        if (name && pasteboardType::isReadableName(*name))
+            names.push_back(std::move(*name));
     }
-    return strings;
+    return names;
 }
 
 NSArray<NSString*>* typesOf(std::span<const Representation> representations) {
@@ -113,49 +115,57 @@ std::int64_t MacPasteboard::noticedChangeCount() {
 
 std::vector<std::string> MacPasteboard::types() {
     owner_.assertCurrent();
-    return unlessRaised(std::vector<std::string>(), [&] { return stringsOf([pasteboard_.get() types]); });
+    return unlessRaised(std::vector<std::string>(), [&] { return typeNamesOf([pasteboard_.get() types]); });
 }
 
-std::optional<Bytes> MacPasteboard::string(std::string_view type) {
+std::optional<Bytes> MacPasteboard::string(std::string_view type, std::size_t limit) {
     owner_.assertCurrent();
     return unlessRaised(std::optional<Bytes>(), [&]() -> std::optional<Bytes> {
         // stringForType: may join the texts of all items under other types, too.
         if (type != pasteboardType::string) {
-            auto first = data(type);
-            return first && isUtf8(first->view()) ? first : std::nullopt;
+            auto first = wholeData(type);
+            return first && isUtf8(first->view()) ? std::optional(first->slice(0, limit + 1)) : std::nullopt;
         }
         NSString* const named = typeFrom(type);
-        auto text = named == nil ? std::nullopt : utf8FromString([pasteboard_.get() stringForType:named]);
+        auto text =
+            named == nil ? std::nullopt : utf8Beginning([pasteboard_.get() stringForType:named], limit);
         if (!text)
             return std::nullopt;
-        return Bytes::adopt(std::move(*text));
+        return Bytes::adopt(std::move(*text)).slice(0, limit + 1);
     });
 }
 
-std::optional<Bytes> MacPasteboard::data(std::string_view type) {
+std::optional<Bytes> MacPasteboard::data(std::string_view type, std::size_t limit) {
     owner_.assertCurrent();
     return unlessRaised(std::optional<Bytes>(), [&]() -> std::optional<Bytes> {
-        NSString* const named = typeFrom(type);
-        NSData* const found = named == nil ? nil : [pasteboard_.get() dataForType:named];
-        if (found == nil)
-            return std::nullopt;
-        return bytesSharing(found);
+        const auto whole = wholeData(type);
+        return whole ? std::optional(whole->slice(0, limit + 1)) : std::nullopt;
     });
 }
 
-std::vector<std::string> MacPasteboard::filePaths() {
+/// The system hands a value over as a whole, whatever its size. Shares its buffer.
+std::optional<Bytes> MacPasteboard::wholeData(std::string_view type) {
+    NSString* const named = typeFrom(type);
+    NSData* const found = named == nil ? nil : [pasteboard_.get() dataForType:named];
+    if (found == nil)
+        return std::nullopt;
+    return bytesSharing(found);
+}
+
+FileList MacPasteboard::files(const FileListLimit& limit) {
     owner_.assertCurrent();
-    return unlessRaised(std::vector<std::string>(), [&] {
+    return unlessRaised(FileList(), [&] {
         NSDictionary* const filesOnly =
             [NSDictionary dictionaryWithObject:[NSNumber numberWithBool:YES]
                                         forKey:NSPasteboardURLReadingFileURLsOnlyKey];
-        std::vector<std::string> paths;
+        FileListBuilder files(limit);
         for (NSURL* url in [pasteboard_.get() readObjectsForClasses:[NSArray arrayWithObject:[NSURL class]]
                                                             options:filesOnly]) {
-            if (auto path = pathOfFileUrl(url))
-                paths.push_back(std::move(*path));
+            auto path = pathOfFileUrl(url);
+            if (path && !files.addPath(std::move(*path)))
+                break;
         }
-        return paths;
+        return files.take();
     });
 }
 
@@ -186,34 +196,38 @@ std::optional<std::int64_t> MacPasteboard::replaceWithItems(std::span<const Past
 }
 
 /// Clears the pasteboard and lets `write` fill it. The system refuses what is written if another program has
-/// cleared the pasteboard meanwhile.
+/// cleared the pasteboard meanwhile; what is written keeps the change count of the clearing.
 std::optional<std::int64_t> MacPasteboard::replace(const std::function<bool(NSPasteboard* _Nonnull)>& write) {
     owner_.assertCurrent();
-    const bool written = unlessRaised(false, [&] {
+    return unlessRaised(std::optional<std::int64_t>(), [&]() -> std::optional<std::int64_t> {
         NSPasteboard* const pasteboard = pasteboard_.get();
         if (pasteboard == nil)
-            return false;
-        [pasteboard clearContents];
-        return write(pasteboard);
+            return std::nullopt;
+        lastCount_ = [pasteboard clearContents];
+        const std::int64_t count = lastCount_;
+        return write(pasteboard) ? std::optional(count) : std::nullopt;
     });
-    return written ? std::optional(changeCount()) : std::nullopt;
 }
 
 /// The added types are texts that describe the content (its file's URL, the mark of a generated file).
-bool MacPasteboard::addTypes(std::span<const Representation> representations) {
+std::optional<std::int64_t> MacPasteboard::addTypes(std::span<const Representation> representations) {
     owner_.assertCurrent();
-    return unlessRaised(false, [&] {
+    return unlessRaised(std::optional<std::int64_t>(), [&]() -> std::optional<std::int64_t> {
         NSArray<NSString*>* const types = typesOf(representations);
         if ([types count] == 0 || [types count] != representations.size() ||
-            [[pasteboard_.get() types] count] == 0 || [pasteboard_.get() addTypes:types owner:nil] == 0)
-            return false;
+            [[pasteboard_.get() types] count] == 0)
+            return std::nullopt;
+        const std::int64_t count = [pasteboard_.get() addTypes:types owner:nil];
+        if (count == 0)
+            return std::nullopt;
+        lastCount_ = count;
         bool firstIsThere = false;
         for (const Representation& one : representations) {
             const bool isThere = setStringOf(pasteboard_.get(), one.data.view(), one.type);
             if (&one == representations.data())
                 firstIsThere = isThere;
         }
-        return firstIsThere;
+        return firstIsThere ? std::optional(count) : std::nullopt;
     });
 }
 

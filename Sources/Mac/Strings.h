@@ -2,6 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,5 +15,9 @@ NSString* _Nullable stringFromUtf8(std::string_view text) NS_RETURNS_NOT_RETAINE
 
 /// The string in UTF-8. nullopt for nil, and for a string with an unpaired surrogate.
 std::optional<std::string> utf8FromString(NSString* _Nullable string);
+
+/// As `utf8FromString`, but of a string that takes more than `limit` bytes only a beginning, which does so as
+/// well. The rest is not converted.
+std::optional<std::string> utf8Beginning(NSString* _Nullable string, std::size_t limit);
 
 } // namespace tavel

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Platform/FileList.h"
 #include "Support/Bytes.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -36,6 +38,10 @@ struct PasteboardValue {
 /// The change count never goes back. It moves by one when anybody replaces the content or adds types to it.
 ///
 /// A pasteboard that cannot be reached holds nothing and refuses every write; no operation throws.
+///
+/// Another program decides how large its content is. So whoever reads states a limit in bytes. Of a longer
+/// value the result is the first `limit` + 1 bytes, which show that it is too long and are good for nothing
+/// else: they may end within a character. A platform that receives a value in parts keeps no more than that.
 class Pasteboard {
 public:
     virtual ~Pasteboard() = default;
@@ -47,21 +53,22 @@ public:
     /// lags behind `changeCount` by no more than the event loop does: for polling.
     virtual std::int64_t noticedChangeCount() = 0;
 
-    /// The types of all items, each once, in the order in which they first occur.
+    /// The types of all items, each once, in the order in which they first occur. At most
+    /// `pasteboardType::mostTypes`; a type whose name exceeds `pasteboardType::longestNameBytes` is left out.
     virtual std::vector<std::string> types() = 0;
 
     /// The text under `type`, in UTF-8 without a terminator. Of public.utf8-plain-text the texts of all items
     /// that have it, joined by line feeds; of any other type the first item's. nullopt if no item has the
     /// type, or if its data is no text. Another program may have to deliver the data: the call blocks until
     /// it has done so or the platform's time limit has passed.
-    virtual std::optional<Bytes> string(std::string_view type) = 0;
+    virtual std::optional<Bytes> string(std::string_view type, std::size_t limit) = 0;
 
     /// The data under `type` of the first item that has it. Can block like `string`.
-    virtual std::optional<Bytes> data(std::string_view type) = 0;
+    virtual std::optional<Bytes> data(std::string_view type, std::size_t limit) = 0;
 
-    /// The paths that the items' file URLs name, in item order. An item without a file URL, or whose URL
+    /// The files that the items' file URLs name, in item order. An item without a file URL, or whose URL
     /// names no local path in UTF-8, is left out. Can block like `string`.
-    virtual std::vector<std::string> filePaths() = 0;
+    virtual FileList files(const FileListLimit& limit) = 0;
 
     /// Whether an item may hold this representation at all. Tells before anything is replaced that writing it
     /// would fail, as far as the platform can tell.
@@ -69,7 +76,7 @@ public:
 
     /// Replaces the content with one item that has these values, which are written one after the other; of
     /// two values of one type the item keeps the second. Without values the pasteboard is cleared. Gives the
-    /// change count of the new content.
+    /// change count of the new content: that of this write, also if another program has written since.
     ///
     /// The replacement is one change: where the platform can, other programs see the content from before or
     /// the one from after. nullopt if the platform refuses a value or the write fails. The pasteboard is then
@@ -81,9 +88,10 @@ public:
     virtual std::optional<std::int64_t> replaceWithItems(std::span<const PasteboardItem> items) = 0;
 
     /// Adds types to the first item of the current content, whoever wrote it; everything else stays. This
-    /// makes a new content: the change count moves. False if the first of them was not added: there is no
-    /// item, or the platform refused. A platform may then still fail to add others, without saying.
-    virtual bool addTypes(std::span<const Representation> representations) = 0;
+    /// makes a new content, whose change count is returned as by `replaceWithValues`. nullopt if the first of
+    /// them was not added: there is no item, or the platform refused. A platform may then still fail to add
+    /// others, without saying.
+    virtual std::optional<std::int64_t> addTypes(std::span<const Representation> representations) = 0;
 };
 
 } // namespace tavel

@@ -14,15 +14,15 @@ std::vector<std::string> UnavailablePasteboard::types() {
     return {};
 }
 
-std::optional<Bytes> UnavailablePasteboard::string(std::string_view) {
+std::optional<Bytes> UnavailablePasteboard::string(std::string_view, std::size_t) {
     return std::nullopt;
 }
 
-std::optional<Bytes> UnavailablePasteboard::data(std::string_view) {
+std::optional<Bytes> UnavailablePasteboard::data(std::string_view, std::size_t) {
     return std::nullopt;
 }
 
-std::vector<std::string> UnavailablePasteboard::filePaths() {
+FileList UnavailablePasteboard::files(const FileListLimit&) {
     return {};
 }
 
@@ -38,8 +38,8 @@ std::optional<std::int64_t> UnavailablePasteboard::replaceWithItems(std::span<co
     return std::nullopt;
 }
 
-bool UnavailablePasteboard::addTypes(std::span<const Representation>) {
-    return false;
+std::optional<std::int64_t> UnavailablePasteboard::addTypes(std::span<const Representation>) {
+    return std::nullopt;
 }
 
 } // namespace tavel

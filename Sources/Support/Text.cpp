@@ -2,10 +2,27 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
+#include <cstddef>
+
 namespace tavel {
 
 bool isUtf8(std::string_view bytes) {
     return simdjson::validate_utf8(bytes.data(), bytes.size());
+}
+
+std::string_view withoutPartialCharacter(std::string_view text) {
+    constexpr std::size_t longestPart = 3;
+    for (std::size_t length = 1; length <= std::min(longestPart, text.size()); ++length) {
+        const auto byte = static_cast<unsigned char>(text[text.size() - length]);
+        if (byte < 0x80)
+            break; // a character of its own
+        if (byte < 0xC0)
+            continue; // a byte in the middle of a character
+        const std::size_t wanted = byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+        return wanted > length ? text.substr(0, text.size() - length) : text;
+    }
+    return text;
 }
 
 } // namespace tavel

@@ -9,6 +9,10 @@ namespace tavel {
 /// above U+10FFFF). The empty text is.
 bool isUtf8(std::string_view bytes);
 
+/// The text without the beginning of a character at its end. A text in UTF-8 that was cut anywhere becomes
+/// UTF-8 again; at most three bytes go.
+std::string_view withoutPartialCharacter(std::string_view text);
+
 /// The character, an ASCII capital in lower case. Does not depend on the locale.
 constexpr char asciiLowerCase(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;

@@ -1,5 +1,6 @@
 #include "Platform/PasteboardTypes.h"
 #include "Tests/Conformance/PasteboardConformance.h"
+#include "Tests/Support/ReadingLimits.h"
 
 #include <array>
 #include <functional>
@@ -14,7 +15,7 @@ TEST_P(PasteboardConformance, aFreshPasteboardIsEmpty) {
         EXPECT_TRUE(pasteboard->types().empty());
         EXPECT_EQ(textOf(*pasteboard), std::nullopt);
         EXPECT_EQ(dataOf(*pasteboard, someType), std::nullopt);
-        EXPECT_TRUE(pasteboard->filePaths().empty());
+        EXPECT_TRUE(pasteboard->files(everyFile).paths.empty());
     }
 }
 
@@ -62,9 +63,9 @@ TEST_P(PasteboardConformance, readingDoesNotMoveTheChangeCount) {
     const std::int64_t before = ours->changeCount();
     for (Pasteboard* const pasteboard : {ours.get(), theirs.get()}) {
         EXPECT_FALSE(pasteboard->types().empty());
-        EXPECT_TRUE(pasteboard->string(pasteboardType::string));
-        EXPECT_TRUE(pasteboard->data(pasteboardType::string));
-        EXPECT_TRUE(pasteboard->filePaths().empty());
+        EXPECT_TRUE(pasteboard->string(pasteboardType::string, ample));
+        EXPECT_TRUE(pasteboard->data(pasteboardType::string, ample));
+        EXPECT_TRUE(pasteboard->files(everyFile).paths.empty());
     }
     EXPECT_EQ(ours->changeCount(), before);
     EXPECT_EQ(theirs->changeCount(), before);

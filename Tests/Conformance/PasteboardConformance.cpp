@@ -2,6 +2,7 @@
 
 #include "Platform/PasteboardTypes.h"
 #include "Support/Uuid.h"
+#include "Tests/Support/ReadingLimits.h"
 
 #include <algorithm>
 #include <random>
@@ -61,11 +62,11 @@ PasteboardItem PasteboardConformance::fileUrlItem(std::string_view url) {
 }
 
 std::optional<std::string> PasteboardConformance::dataOf(Pasteboard& pasteboard, std::string_view type) {
-    return stringFrom(pasteboard.data(type));
+    return stringFrom(pasteboard.data(type, ample));
 }
 
 std::optional<std::string> PasteboardConformance::textOf(Pasteboard& pasteboard, std::string_view type) {
-    return stringFrom(pasteboard.string(type));
+    return stringFrom(pasteboard.string(type, ample));
 }
 
 std::optional<std::string> PasteboardConformance::textOf(Pasteboard& pasteboard) {

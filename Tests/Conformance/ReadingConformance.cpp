@@ -1,5 +1,6 @@
 #include "Platform/PasteboardTypes.h"
 #include "Tests/Conformance/PasteboardConformance.h"
+#include "Tests/Support/ReadingLimits.h"
 
 #include <filesystem>
 
@@ -103,8 +104,8 @@ TEST_P(PasteboardConformance, dataKeepsEveryByteValue) {
 
 TEST_P(PasteboardConformance, typesAreAnyIdentifiers) {
     const std::vector<std::string> identifiers{"net.example.unheard-of", "NET.EXAMPLE.UNHEARD-OF", "x",
-                                               "net.example." + std::string(1000, 'l'),
-                                               "net.example." + std::string(1000, 'l') + "2"};
+                                               "net.example." + std::string(200, 'l'),
+                                               "net.example." + std::string(200, 'l') + "2"};
     Values values;
     for (const std::string& identifier : identifiers)
         values.push_back(dataValue(identifier, "of " + identifier));
@@ -119,13 +120,14 @@ TEST_P(PasteboardConformance, filePathsComeInItemOrder) {
                            {representation(someType, "in between"),
                             representation(pasteboardType::fileUrl, "file:///tmp/ant")},
                            fileUrlItem("file:///tmp/zebra")});
-    EXPECT_EQ(theirs->filePaths(), (std::vector<std::string>{"/tmp/zebra", "/tmp/ant", "/tmp/zebra"}));
+    EXPECT_EQ(theirs->files(everyFile).paths,
+              (std::vector<std::string>{"/tmp/zebra", "/tmp/ant", "/tmp/zebra"}));
 }
 
 TEST_P(PasteboardConformance, filePathsArePercentDecoded) {
     copyItems(*ours, Items{fileUrlItem("file:///tmp/two%20words%25"), fileUrlItem("file:///tmp/caf%C3%A9"),
                            fileUrlItem("file:///tmp/a%2fb"), fileUrlItem("file://localhost/tmp/here")});
-    EXPECT_EQ(theirs->filePaths(),
+    EXPECT_EQ(theirs->files(everyFile).paths,
               (std::vector<std::string>{"/tmp/two words%", "/tmp/caf\xC3\xA9", "/tmp/a/b", "/tmp/here"}));
 }
 
@@ -133,7 +135,7 @@ TEST_P(PasteboardConformance, aDirectorysPathEndsWithoutASlash) {
     const std::string directory = std::filesystem::temp_directory_path();
     copyItems(*ours, Items{fileUrlItem("file:///nowhere/folder/"), fileUrlItem("file://" + directory + "/"),
                            fileUrlItem("file:///")});
-    EXPECT_EQ(theirs->filePaths(), (std::vector<std::string>{"/nowhere/folder", directory, "/"}));
+    EXPECT_EQ(theirs->files(everyFile).paths, (std::vector<std::string>{"/nowhere/folder", directory, "/"}));
 }
 
 TEST_P(PasteboardConformance, whatNamesNoLocalPathIsLeftOutOfTheFilePaths) {
@@ -142,7 +144,7 @@ TEST_P(PasteboardConformance, whatNamesNoLocalPathIsLeftOutOfTheFilePaths) {
                     fileUrlItem("file://elsewhere.example.net/tmp/file"), fileUrlItem("file:///tmp/kept"),
                     fileUrlItem("file:///tmp/not-utf8-%FF"), fileUrlItem("file:///tmp/cut-at-%00-here"),
                     fileUrlItem(""), fileUrlItem("/tmp/no-url")});
-    EXPECT_EQ(theirs->filePaths(), std::vector<std::string>{"/tmp/kept"});
+    EXPECT_EQ(theirs->files(everyFile).paths, std::vector<std::string>{"/tmp/kept"});
 }
 
 } // namespace tavel

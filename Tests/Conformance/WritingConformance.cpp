@@ -1,5 +1,6 @@
 #include "Platform/PasteboardTypes.h"
 #include "Tests/Conformance/PasteboardConformance.h"
+#include "Tests/Support/ReadingLimits.h"
 
 #include <atomic>
 #include <chrono>
@@ -43,7 +44,7 @@ TEST_P(PasteboardConformance, aNewContentReplacesTheWholeOldOne) {
     copyText(*ours, "new");
     EXPECT_EQ(theirs->types(), std::vector{std::string(pasteboardType::string)});
     EXPECT_EQ(textOf(*theirs), "new");
-    EXPECT_TRUE(theirs->filePaths().empty());
+    EXPECT_TRUE(theirs->files(everyFile).paths.empty());
 
     copyItems(*ours, Items{{representation(someType, "newer")}});
     EXPECT_EQ(theirs->types(), std::vector{std::string(someType)});
@@ -121,7 +122,7 @@ TEST_P(PasteboardConformance, tenThousandItemsOfTwoTypesAreReadBack) {
     copyItems(*ours, items);
     EXPECT_EQ(theirs->types(),
               (std::vector{std::string(pasteboardType::fileUrl), std::string(pasteboardType::string)}));
-    EXPECT_TRUE(theirs->filePaths() == paths);
+    EXPECT_TRUE(theirs->files(everyFile).paths == paths);
     EXPECT_TRUE(textOf(*theirs) == texts);
     EXPECT_EQ(textOf(*theirs, pasteboardType::fileUrl), "file:///tmp/file%200");
 
@@ -138,7 +139,7 @@ TEST_P(PasteboardConformance, payloadsAroundEveryThresholdAreReadBackEqual) {
                                    64 * kibibyte, 64 * kibibyte + 1, 4 * mebibyte}) {
         const Bytes payload = patternOf(size, ++seed);
         copyData(*ours, payload, pasteboardType::png);
-        const auto read = theirs->data(pasteboardType::png);
+        const auto read = theirs->data(pasteboardType::png, ample);
         ASSERT_TRUE(read);
         EXPECT_EQ(read->size(), size);
         EXPECT_TRUE(read->view() == payload.view()) << size << " bytes";
@@ -159,7 +160,7 @@ TEST_P(PasteboardConformance, largeTextsAreReadBackEqual) {
 TEST_P(PasteboardConformance, aPayloadOf128MebibytesIsReadBackEqual) {
     const Bytes payload = patternOf(128 * mebibyte, 128);
     copyItems(*ours, Items{{{std::string(pasteboardType::png), payload}, representation(markerType, "m")}});
-    const auto read = theirs->data(pasteboardType::png);
+    const auto read = theirs->data(pasteboardType::png, ample);
     ASSERT_TRUE(read);
     EXPECT_TRUE(read->view() == payload.view());
     EXPECT_EQ(textOf(*theirs, markerType), "m");
@@ -169,7 +170,7 @@ TEST_P(PasteboardConformance, dataReadStaysWhatItWasWhenTheContentIsReplaced) {
     for (const std::size_t size : {std::size_t{100}, 64 * kibibyte, mebibyte}) {
         const Bytes payload = patternOf(size, 1);
         copyData(*ours, payload, someType);
-        const auto read = theirs->data(someType);
+        const auto read = theirs->data(someType, ample);
         ASSERT_TRUE(read);
         for (std::uint32_t round = 2; round < 8; ++round)
             copyData(*theirs, patternOf(size, round), someType);
@@ -181,8 +182,8 @@ TEST_P(PasteboardConformance, dataReadOutlivesThePasteboard) {
     const Bytes small = patternOf(100, 1);
     const Bytes large = patternOf(mebibyte, 2);
     copyItems(*ours, Items{{{std::string(someType), small}, {std::string(otherType), large}}});
-    const auto readSmall = theirs->data(someType);
-    const auto readLarge = theirs->data(otherType);
+    const auto readSmall = theirs->data(someType, ample);
+    const auto readLarge = theirs->data(otherType, ample);
     ours.reset();
     theirs.reset();
     backend.reset();
@@ -209,10 +210,10 @@ TEST_P(PasteboardConformance, saysThatItCannotHoldATypeWithoutANameAndStaysAsItI
 TEST_P(PasteboardConformance, dataReadCanBeWrittenBack) {
     const Bytes payload = patternOf(mebibyte, 3);
     copyData(*ours, payload, someType);
-    const auto read = theirs->data(someType);
+    const auto read = theirs->data(someType, ample);
     ASSERT_TRUE(read);
     copyData(*theirs, *read, otherType);
-    const auto readAgain = ours->data(otherType);
+    const auto readAgain = ours->data(otherType, ample);
     ASSERT_TRUE(readAgain);
     EXPECT_TRUE(readAgain->view() == payload.view());
 }
@@ -236,7 +237,7 @@ TEST_P(ReplacementIsolationConformance, otherProgramsSeeEachContentWhole) {
             const std::int64_t count = observed->changeCount();
             const auto types = observed->types();
             const auto text = textOf(*observed);
-            const auto data = observed->data(someType);
+            const auto data = observed->data(someType, ample);
             const auto marker = textOf(*observed, markerType);
             if (observed->changeCount() != count)
                 continue; // the readings may be of two contents

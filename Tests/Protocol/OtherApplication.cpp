@@ -1,6 +1,7 @@
 #include "Tests/Protocol/OtherApplication.h"
 
 #include "Linux/Store/StoreDirectory.h"
+#include "Tests/Support/ReadingLimits.h"
 
 #include <stdexcept>
 
@@ -71,7 +72,7 @@ std::vector<std::vector<TypeAndData>> OtherApplication::content(const Pasteboard
 }
 
 std::optional<std::string> OtherApplication::text(const PasteboardName& name) const {
-    const auto text = StorePasteboard(environment_, name).string("public.utf8-plain-text");
+    const auto text = StorePasteboard(environment_, name).string("public.utf8-plain-text", ample);
     return text ? std::optional<std::string>(text->view()) : std::nullopt;
 }
 

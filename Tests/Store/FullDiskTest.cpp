@@ -1,6 +1,7 @@
 #include "Platform/PasteboardTypes.h"
 #include "Support/Error.h"
 #include "Tests/Store/StoreProcessTest.h"
+#include "Tests/Support/ReadingLimits.h"
 #include "Tests/Unit/Fixtures/OwnMounts.h"
 
 #include <fcntl.h>
@@ -88,7 +89,7 @@ TEST_F(FullDisk, typesThatDoNotFitLeaveTheContentAsItWas) {
         pasteboard->addTypes(std::vector<Representation>{{"net.example.large", payload(2 * diskBytes)}}));
     EXPECT_EQ(pasteboard->changeCount(), count);
     EXPECT_EQ(pasteboard->types(), std::vector{std::string(someType)});
-    EXPECT_EQ(pasteboard->string(someType)->view(), "there");
+    EXPECT_EQ(pasteboard->string(someType, ample)->view(), "there");
     expectWritable(*pasteboard);
 }
 

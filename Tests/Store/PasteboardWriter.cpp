@@ -3,6 +3,7 @@
 #include "Linux/Store/StorePasteboard.h"
 #include "Support/Error.h"
 #include "Tests/Store/StampedContent.h"
+#include "Tests/Support/ReadingLimits.h"
 
 #include <poll.h>
 #include <unistd.h>
@@ -104,7 +105,7 @@ int watch(Pasteboard& pasteboard, Arguments arguments) {
 }
 
 int hold(Pasteboard& pasteboard, Arguments) {
-    const auto held = pasteboard.data(stampedPayloadType);
+    const auto held = pasteboard.data(stampedPayloadType, ample);
     const auto stamp = held ? stampOfPayload(held->view()) : std::nullopt;
     if (!stamp)
         return fail("there is no whole content to hold");

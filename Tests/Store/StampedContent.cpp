@@ -1,5 +1,7 @@
 #include "Tests/Store/StampedContent.h"
 
+#include "Tests/Support/ReadingLimits.h"
+
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -48,8 +50,8 @@ std::optional<Stamp> stampOfPayload(std::string_view payload) {
 StampedReading readStamped(Pasteboard& pasteboard) {
     for (;;) {
         StampedReading reading{pasteboard.changeCount(), std::nullopt};
-        const auto payload = pasteboard.data(stampedPayloadType);
-        const auto tail = pasteboard.data(stampedTailType);
+        const auto payload = pasteboard.data(stampedPayloadType, ample);
+        const auto tail = pasteboard.data(stampedTailType, ample);
         if (pasteboard.changeCount() != reading.changeCount)
             continue;
         if (payload && tail) {

@@ -6,6 +6,7 @@
 #include "Support/Error.h"
 #include "Support/ScopeExit.h"
 #include "Tests/Store/EnvironmentVariable.h"
+#include "Tests/Support/ReadingLimits.h"
 #include "Tests/Support/TestDirectory.h"
 
 #include <gmock/gmock.h>
@@ -157,7 +158,7 @@ TEST_F(StoreDirectory, isWhereThePlatformKeepsItsPasteboards) {
     const auto second = platform.openPasteboard("name");
     const PasteboardItem item{{"net.example.some", Bytes::copyOf("text")}};
     ASSERT_TRUE(first->replaceWithItems({&item, 1}));
-    EXPECT_TRUE(second->data("net.example.some"));
+    EXPECT_TRUE(second->data("net.example.some", ample));
     EXPECT_EQ(modeOf(scratch_.pasteboardStore()), 0700U);
     EXPECT_TRUE(platform.openPasteboard(std::nullopt)->types().empty());
 }

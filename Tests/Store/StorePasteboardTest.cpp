@@ -2,6 +2,7 @@
 
 #include "Platform/PasteboardTypes.h"
 #include "Support/Error.h"
+#include "Tests/Support/ReadingLimits.h"
 #include "Tests/Support/TestDirectory.h"
 
 #include <gtest/gtest.h>
@@ -48,13 +49,13 @@ TEST_F(HeadlessPasteboardStore, keepsContentAndChangeCountWhenItIsClosed) {
     }
     StorePasteboard pasteboard(openEnvironment(), "name");
     EXPECT_EQ(pasteboard.changeCount(), count);
-    EXPECT_EQ(pasteboard.string(someType)->view(), "kept");
+    EXPECT_EQ(pasteboard.string(someType, ample)->view(), "kept");
 }
 
 TEST_F(HeadlessPasteboardStore, dataReadMayBeLetGoOnAnyThread) {
     StorePasteboard pasteboard(openEnvironment(), "name");
     ASSERT_TRUE(replace(pasteboard, largePayload('a')));
-    auto read = pasteboard.data(someType);
+    auto read = pasteboard.data(someType, ample);
     ASSERT_TRUE(read);
     bool equal = false;
     std::thread([&, taken = std::move(*read)]() mutable {
@@ -75,7 +76,7 @@ TEST_F(HeadlessPasteboardStore, theChangeCountDoesNotGoBackWhenTooMuchIsBeingRea
 
     // Each holds a snapshot of the store; there are about 1,000 reader slots.
     std::vector<Bytes> held;
-    while (const auto read = pasteboard.data(someType)) {
+    while (const auto read = pasteboard.data(someType, ample)) {
         held.push_back(*read);
         ASSERT_LT(held.size(), 5000U) << "the number of slots has no limit";
     }
@@ -86,7 +87,7 @@ TEST_F(HeadlessPasteboardStore, theChangeCountDoesNotGoBackWhenTooMuchIsBeingRea
     EXPECT_EQ(polled.changeCount(), count + 1);
     held.clear();
     EXPECT_TRUE(replace(pasteboard, largePayload('b')));
-    EXPECT_TRUE(polled.data(someType));
+    EXPECT_TRUE(polled.data(someType, ample));
 }
 
 TEST_F(HeadlessPasteboardStore, whoseFileIsNoStoreIsRefusedAndLeftAsItIs) {

@@ -1,6 +1,7 @@
 #include "Platform/UnavailablePasteboard.h"
 
 #include "Platform/PasteboardTypes.h"
+#include "Tests/Support/ReadingLimits.h"
 
 #include <gtest/gtest.h>
 
@@ -33,9 +34,9 @@ TEST(UnavailablePasteboard, isEmptyAndNeverChanges) {
     EXPECT_EQ(pasteboard.changeCount(), before);
     EXPECT_EQ(pasteboard.noticedChangeCount(), before);
     EXPECT_TRUE(pasteboard.types().empty());
-    EXPECT_FALSE(pasteboard.string(pasteboardType::string));
-    EXPECT_FALSE(pasteboard.data(pasteboardType::string));
-    EXPECT_TRUE(pasteboard.filePaths().empty());
+    EXPECT_FALSE(pasteboard.string(pasteboardType::string, ample));
+    EXPECT_FALSE(pasteboard.data(pasteboardType::string, ample));
+    EXPECT_TRUE(pasteboard.files(everyFile).paths.empty());
 }
 
 } // namespace tavel

@@ -1,3 +1,4 @@
+#include "Tests/Support/ReadingLimits.h"
 #include "Tests/X11/ScriptedOwner.h"
 #include "Tests/X11/X11Peers.h"
 
@@ -107,7 +108,7 @@ TEST_F(ForeignContent, uriListIsReadWithoutCommentsInAnyLineEnding) {
                      "# two files\r\nfile:///etc/passwd\r\n\r\n#\r\nfile:///tmp/a%20b\nfile:///c\0"s);
     owner.take();
     EXPECT_THAT(peers.board().types(), ElementsAre("public.file-url"));
-    EXPECT_THAT(peers.board().filePaths(), ElementsAre("/etc/passwd", "/tmp/a b", "/c"));
+    EXPECT_THAT(peers.board().files(everyFile).paths, ElementsAre("/etc/passwd", "/tmp/a b", "/c"));
 }
 
 TEST_F(ForeignContent, uriListNamesThisMachinesFilesAlone) {
@@ -117,34 +118,34 @@ TEST_F(ForeignContent, uriListNamesThisMachinesFilesAlone) {
                                           "/own\r\nfile://another.example/theirs\r\nhttps://example.org/x\r\n"
                                           "file://localhost/local\r\nno uri\r\n");
     owner.take();
-    EXPECT_THAT(peers.board().filePaths(), ElementsAre("/own", "/local"));
+    EXPECT_THAT(peers.board().files(everyFile).paths, ElementsAre("/own", "/local"));
 }
 
 TEST_F(ForeignContent, copiedFilesOfFileManagersAreFilesOnTheirOwn) {
     owner.offerValue("x-special/gnome-copied-files", "copy\nfile:///a\nfile:///b%C3%A0");
     owner.take();
     EXPECT_THAT(peers.board().types(), ElementsAre("public.file-url"));
-    EXPECT_THAT(peers.board().filePaths(), ElementsAre("/a", "/bà"));
+    EXPECT_THAT(peers.board().files(everyFile).paths, ElementsAre("/a", "/bà"));
     owner.offerValue("x-special/mate-copied-files", "cut\nfile:///a\n");
     owner.take();
-    EXPECT_THAT(peers.board().filePaths(), ElementsAre("/a"));
+    EXPECT_THAT(peers.board().files(everyFile).paths, ElementsAre("/a"));
     owner.offerValue("x-special/nautilus-clipboard",
                      "x-special/nautilus-clipboard\ncopy\nfile:///a\nfile:///b\n");
     owner.take();
-    EXPECT_THAT(peers.board().filePaths(), ElementsAre("/a", "/b"));
+    EXPECT_THAT(peers.board().files(everyFile).paths, ElementsAre("/a", "/b"));
 }
 
 TEST_F(ForeignContent, filesWhoseListIsRefusedAreReadFromTheFileManagersForm) {
     owner.offer({"text/uri-list", "x-special/gnome-copied-files"});
     owner.on("x-special/gnome-copied-files", owner.value("x-special/gnome-copied-files", "copy\nfile:///a"));
     owner.take();
-    EXPECT_THAT(peers.board().filePaths(), ElementsAre("/a"));
+    EXPECT_THAT(peers.board().files(everyFile).paths, ElementsAre("/a"));
 }
 
 TEST_F(ForeignContent, fileListOfRubbishNamesNoFiles) {
     owner.offerValue("text/uri-list", distinctBytes(100'000) + "\0\xFF\r\n\n\r#\r\nfile:\r\nfile://\r\n%"s);
     owner.take();
-    EXPECT_THAT(peers.board().filePaths(), IsEmpty());
+    EXPECT_THAT(peers.board().files(everyFile).paths, IsEmpty());
 }
 
 // Each program serves the other while it waits for the other's value.
@@ -159,8 +160,8 @@ TEST_F(ForeignContent, ofTwoProgramsThatReadEachOtherAtOnceArrivesAtBoth) {
     EXPECT_TRUE(ours->replaceWithItems({&picture, 1}));
     EXPECT_TRUE(theirSecond->replaceWithItems({&picture, 1}));
     std::optional<Bytes> read;
-    std::thread reading([&] { read = theirs->data("public.png"); });
-    const auto readHere = ourSecond->data("public.png");
+    std::thread reading([&] { read = theirs->data("public.png", ample); });
+    const auto readHere = ourSecond->data("public.png", ample);
     reading.join();
     EXPECT_TRUE(readHere && readHere->view() == bytes);
     EXPECT_TRUE(read && read->view() == bytes);

@@ -1,3 +1,4 @@
+#include "Tests/Support/ReadingLimits.h"
 #include "Tests/Support/WaitUntil.h"
 #include "Tests/X11/ScriptedOwner.h"
 #include "Tests/X11/ScriptedRequestor.h"
@@ -26,7 +27,7 @@ void expectNothing(X11Peers& peers, std::int64_t count) {
     EXPECT_THAT(board.types(), IsEmpty());
     EXPECT_EQ(peers.text(), std::nullopt);
     EXPECT_EQ(peers.data("public.png"), std::nullopt);
-    EXPECT_THAT(board.filePaths(), IsEmpty());
+    EXPECT_THAT(board.files(everyFile).paths, IsEmpty());
     EXPECT_EQ(board.changeCount(), count);
     const PasteboardValue value{"public.utf8-plain-text", PasteboardValue::Form::text, Bytes::copyOf("text")};
     EXPECT_FALSE(board.replaceWithValues({&value, 1}));

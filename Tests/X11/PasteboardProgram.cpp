@@ -47,16 +47,16 @@ public:
         return answer<std::vector<std::string>>([](Pasteboard& board) { return board.types(); });
     }
 
-    std::optional<Bytes> string(std::string_view type) override {
-        return answer<std::optional<Bytes>>([&](Pasteboard& board) { return board.string(type); });
+    std::optional<Bytes> string(std::string_view type, std::size_t limit) override {
+        return answer<std::optional<Bytes>>([&](Pasteboard& board) { return board.string(type, limit); });
     }
 
-    std::optional<Bytes> data(std::string_view type) override {
-        return answer<std::optional<Bytes>>([&](Pasteboard& board) { return board.data(type); });
+    std::optional<Bytes> data(std::string_view type, std::size_t limit) override {
+        return answer<std::optional<Bytes>>([&](Pasteboard& board) { return board.data(type, limit); });
     }
 
-    std::vector<std::string> filePaths() override {
-        return answer<std::vector<std::string>>([](Pasteboard& board) { return board.filePaths(); });
+    FileList files(const FileListLimit& limit) override {
+        return answer<FileList>([&](Pasteboard& board) { return board.files(limit); });
     }
 
     bool canHold(const Representation& representation) override {
@@ -73,8 +73,9 @@ public:
             [&](Pasteboard& board) { return board.replaceWithItems(items); });
     }
 
-    bool addTypes(std::span<const Representation> representations) override {
-        return answer<bool>([&](Pasteboard& board) { return board.addTypes(representations); });
+    std::optional<std::int64_t> addTypes(std::span<const Representation> representations) override {
+        return answer<std::optional<std::int64_t>>(
+            [&](Pasteboard& board) { return board.addTypes(representations); });
     }
 
 private:

@@ -1,3 +1,5 @@
+#include "Platform/PasteboardTypes.h"
+#include "Tests/Support/ReadingLimits.h"
 #include "Tests/X11/ScriptedOwner.h"
 #include "Tests/X11/X11Peers.h"
 
@@ -115,35 +117,35 @@ TEST_F(TargetList, withTheSameTargetsAgainHasEachOnce) {
     EXPECT_THAT(peers.board().types(), ElementsAre("public.utf8-plain-text", "public.png"));
 }
 
-TEST_F(TargetList, of100000TargetsIsNoneAndTheNextContentIsReadAsAlways) {
-    owner.on("TARGETS", owner.atoms("ATOM", std::vector<xcb_atom_t>(100'000, owner.atom("UTF8_STRING"))));
+TEST_F(TargetList, of100000TargetsIsReadAsFarAsTypesAreTaken) {
+    std::vector<xcb_atom_t> targets(1'015, owner.atom("UTF8_STRING"));
+    targets.push_back(owner.atom("image/png"));
+    targets.resize(100'000, owner.atom("text/html"));
+    owner.on("TARGETS", owner.atoms("ATOM", targets));
     take();
-    EXPECT_THAT(peers.board().types(), IsEmpty());
-    owner.offerValue("UTF8_STRING", "text");
-    owner.take();
+    EXPECT_THAT(peers.board().types(), ElementsAre("public.utf8-plain-text", "public.png"));
     EXPECT_EQ(peers.text(), "text");
 }
 
-TEST_F(TargetList, ofTheMostTargetsThatAreTakenIsReadAsItIs) {
-    constexpr std::size_t most = 16'384;
-    std::vector<xcb_atom_t> targets;
-    std::vector<xcb_intern_atom_cookie_t> asked;
-    for (std::size_t i = 0; i < most; ++i) {
-        const std::string name = "application/x-target-" + std::to_string(i);
-        asked.push_back(
-            xcb_intern_atom(owner.connection(), 0, static_cast<std::uint16_t>(name.size()), name.data()));
+TEST_F(TargetList, losesTheTargetPastTheMostThatAreTaken) {
+    const auto names = [](std::size_t count) {
+        std::vector<std::string> all;
+        for (std::size_t i = 0; i < count; ++i)
+            all.push_back("application/x-target-" + std::to_string(i));
+        return all;
+    };
+    for (const std::size_t count : {pasteboardType::mostTypes, pasteboardType::mostTypes + 1}) {
+        owner.offer(names(count));
+        owner.take();
+        EXPECT_EQ(peers.board().types(), names(pasteboardType::mostTypes));
     }
-    for (const auto cookie : asked) {
-        xcb_intern_atom_reply_t* const reply = xcb_intern_atom_reply(owner.connection(), cookie, nullptr);
-        targets.push_back(reply->atom);
-        std::free(reply);
-    }
-    owner.on("TARGETS", owner.atoms("ATOM", targets));
-    take();
-    const auto types = peers.board().types();
-    ASSERT_EQ(types.size(), most);
-    EXPECT_EQ(types.front(), "application/x-target-0");
-    EXPECT_EQ(types.back(), "application/x-target-16383");
+}
+
+TEST_F(TargetList, losesATargetWithALongerNameThanTypesHave) {
+    const std::string longest(pasteboardType::longestNameBytes, 'l');
+    owner.offer({longest + "l", std::string(65'535, 'l'), longest});
+    owner.take();
+    EXPECT_THAT(peers.board().types(), ElementsAre(longest));
 }
 
 // Counts requests by their sequence numbers. Reading its own content costs the program no more requests than
@@ -161,7 +163,8 @@ TEST_F(TargetList, andValuesOfTheProgramsOwnContentAreAskedOfNobody) {
         EXPECT_EQ(requestsOf([this] { EXPECT_EQ(peers.text(), "own"); }), ofSynchronizing);
         EXPECT_EQ(requestsOf([this] { EXPECT_FALSE(peers.board().types().empty()); }), ofSynchronizing);
         EXPECT_EQ(requestsOf([this] { EXPECT_TRUE(peers.data("public.utf8-plain-text")); }), ofSynchronizing);
-        EXPECT_EQ(requestsOf([this] { EXPECT_TRUE(peers.board().filePaths().empty()); }), ofSynchronizing);
+        EXPECT_EQ(requestsOf([this] { EXPECT_TRUE(peers.board().files(everyFile).paths.empty()); }),
+                  ofSynchronizing);
     });
 }
 

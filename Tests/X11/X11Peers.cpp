@@ -1,6 +1,7 @@
 #include "Tests/X11/X11Peers.h"
 
 #include "Platform/PasteboardTypes.h"
+#include "Tests/Support/ReadingLimits.h"
 
 #include <cstdint>
 
@@ -21,12 +22,12 @@ X11Peers::X11Peers(const TransferTimeOuts& timeOuts)
     : program_(server_.display(), timeOuts), board_(program_.open(std::nullopt)) {}
 
 std::optional<std::string> X11Peers::text() {
-    const auto text = board_->string(pasteboardType::string);
+    const auto text = board_->string(pasteboardType::string, ample);
     return text ? std::optional<std::string>(text->view()) : std::nullopt;
 }
 
 std::optional<std::string> X11Peers::data(std::string_view type) {
-    const auto data = board_->data(type);
+    const auto data = board_->data(type, ample);
     return data ? std::optional<std::string>(data->view()) : std::nullopt;
 }
 

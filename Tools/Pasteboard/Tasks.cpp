@@ -20,6 +20,10 @@ namespace tavel {
 
 namespace {
 
+/// More than this, in bytes or in files, would only fill the memory of a tool that prints it.
+constexpr std::size_t largestContent = std::size_t{512} << 20;
+constexpr FileListLimit mostFiles{1'000'000, largestContent};
+
 [[noreturn]] void fail(const std::string& description) {
     throw Error("Tavel", 1, description);
 }
@@ -68,11 +72,14 @@ public:
 
     void operator()(const task::Paste& paste) {
         // `string` joins the texts of all items; `data` reads only the first.
-        auto content = paste.type == pasteboardType::string ? pasteboard_.string(paste.type) : std::nullopt;
+        auto content = paste.type == pasteboardType::string ? pasteboard_.string(paste.type, largestContent)
+                                                            : std::nullopt;
         if (!content)
-            content = pasteboard_.data(paste.type);
+            content = pasteboard_.data(paste.type, largestContent);
         if (!content)
             fail("there is nothing of the type " + paste.type + " on the pasteboard");
+        if (content->size() > largestContent)
+            fail("what is on the pasteboard is larger than 512 MiB");
         if (!paste.forced && isatty(output_) != 0 && !isText(content->view()))
             fail("what is on the pasteboard is not text, and a terminal could take it for orders; send it "
                  "to a file, or use --force");
@@ -80,10 +87,12 @@ public:
     }
 
     void operator()(const task::PasteFiles&) {
-        const std::vector<std::string> paths = pasteboard_.filePaths();
-        if (paths.empty())
+        const FileList files = pasteboard_.files(mostFiles);
+        if (!files.isComplete)
+            fail("there are more than a million files on the pasteboard");
+        if (files.paths.empty())
             fail("there are no files on the pasteboard");
-        writeLines(paths);
+        writeLines(files.paths);
     }
 
     void operator()(const task::Types&) { writeLines(pasteboard_.types()); }

@@ -16,8 +16,11 @@ namespace {
 constexpr std::string_view bigEndianMark("\xFE\xFF", 2);
 constexpr std::string_view littleEndianMark("\xFF\xFE", 2);
 constexpr char escape = '\x1B';
+constexpr std::size_t longestTerminator = 4;
 
-Bytes withoutTrailingZeros(const Bytes& bytes) {
+Bytes withoutTrailingZeros(const Bytes& bytes, bool isCut) {
+    if (isCut)
+        return bytes; // the zeros are followed by something else
     const std::size_t last = bytes.view().find_last_not_of('\0');
     return bytes.slice(0, last == std::string_view::npos ? 0 : last + 1);
 }
@@ -46,10 +49,20 @@ std::optional<Bytes> fromLatin1(const Bytes& text) {
 
 } // namespace
 
+std::size_t largestPlainTextValue(std::size_t limit) {
+    return limit + longestTerminator;
+}
+
+std::size_t largestHtmlValue(std::size_t limit) {
+    return bigEndianMark.size() + 2 * limit + longestTerminator;
+}
+
 std::optional<Bytes> plainTextOf(const SelectionValue& value) {
     if (value.format != 8)
         return std::nullopt;
-    Bytes text = withoutTrailingZeros(value.bytes);
+    Bytes text = withoutTrailingZeros(value.bytes, value.isCut);
+    if (value.isCut)
+        text = text.slice(0, withoutPartialCharacter(text.view()).size());
     if (saysUtf8(value.type))
         return text;
     if (value.type == targetName::compoundText) {
@@ -69,9 +82,9 @@ Bytes htmlOf(const SelectionValue& value) {
         // Drops an odd last byte: half of a terminating zero that the owner included.
         const std::string_view text = bytes.substr(bigEndianMark.size(), (bytes.size() - 2) / 2 * 2);
         if (const auto html = converted(text, isBigEndian ? "UTF-16BE" : "UTF-16LE", "UTF-8"))
-            return withoutTrailingZeros(*html);
+            return withoutTrailingZeros(*html, value.isCut);
     }
-    return withoutTrailingZeros(value.bytes);
+    return withoutTrailingZeros(value.bytes, value.isCut);
 }
 
 std::optional<Bytes> latin1Of(const Bytes& text) {

@@ -7,9 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <iterator>
-#include <limits>
 
 namespace tavel::targetName {
 
@@ -120,8 +118,8 @@ std::optional<std::string> typeOf(std::string_view target) {
 }
 
 bool canBeType(std::string_view type) {
-    return !type.empty() && type.size() <= std::numeric_limits<std::uint16_t>::max() &&
-           type.find('\0') == std::string_view::npos && typeOf(type) == type;
+    return pasteboardType::isReadableName(type) && type.find('\0') == std::string_view::npos &&
+           typeOf(type) == type;
 }
 
 } // namespace tavel::targetName

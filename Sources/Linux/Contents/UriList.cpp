@@ -22,16 +22,15 @@ std::string_view trimmed(std::string_view line) {
     return line.substr(first, line.find_last_not_of(blanks) - first + 1);
 }
 
-/// The lines that are not blank, trimmed.
-std::vector<std::string> linesOf(std::string_view text) {
-    std::vector<std::string> lines;
+/// Visits the lines that are not blank, trimmed. Collects none: a list may have millions.
+void visitLines(std::string_view text, const UriVisitor& visit) {
     while (!text.empty()) {
         const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
-        if (const std::string_view line = trimmed(text.substr(0, end)); !line.empty())
-            lines.emplace_back(line);
+        const std::string_view line = trimmed(text.substr(0, end));
+        if (!line.empty() && !visit(line))
+            return;
         text.remove_prefix(std::min(end + 1, text.size()));
     }
-    return lines;
 }
 
 } // namespace
@@ -50,19 +49,16 @@ std::string copiedFilesOf(std::span<const std::string> urls) {
     return text;
 }
 
-std::vector<std::string> urisInList(std::string_view list) {
-    std::vector<std::string> lines = linesOf(list);
-    std::erase_if(lines, [](const std::string& line) { return line.starts_with('#'); });
-    return lines;
+void visitUrisInList(std::string_view list, const UriVisitor& visit) {
+    visitLines(list, [&](std::string_view line) { return line.starts_with('#') || visit(line); });
 }
 
-std::vector<std::string> urisInCopiedFiles(std::string_view text) {
-    std::vector<std::string> lines = linesOf(text);
-    const auto isHeading = [](const std::string& line) {
-        return std::ranges::find(headings, std::string_view(line)) != headings.end();
-    };
-    lines.erase(lines.begin(), std::ranges::find_if_not(lines, isHeading));
-    return lines;
+void visitUrisInCopiedFiles(std::string_view text, const UriVisitor& visit) {
+    bool isInHeadings = true;
+    visitLines(text, [&](std::string_view line) {
+        isInHeadings = isInHeadings && std::ranges::find(headings, line) != headings.end();
+        return isInHeadings || visit(line);
+    });
 }
 
 std::string withoutOwnHost(std::string_view uri, std::string_view hostName) {

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace tavel {
 
@@ -15,11 +15,16 @@ std::string uriListOf(std::span<const std::string> urls);
 /// name.
 std::string copiedFilesOf(std::span<const std::string> urls);
 
-/// The URIs in a text/uri-list without its comments. Accepts any line ends, and zero bytes at the end.
-std::vector<std::string> urisInList(std::string_view list);
+/// Visits a URI of a list. False ends the visits.
+using UriVisitor = std::function<bool(std::string_view uri)>;
 
-/// The URIs in the format of x-special/gnome-copied-files and its variants, for copied and for cut files.
-std::vector<std::string> urisInCopiedFiles(std::string_view text);
+/// Visits the URIs in a text/uri-list in their order, without its comments. Accepts any line ends, and zero
+/// bytes at the end.
+void visitUrisInList(std::string_view list, const UriVisitor& visit);
+
+/// Visits the URIs in the format of x-special/gnome-copied-files and its variants, for copied and for cut
+/// files.
+void visitUrisInCopiedFiles(std::string_view text, const UriVisitor& visit);
 
 /// Removes the host from a file URL that names this machine, as some programs write URLs of local files (RFC
 /// 8089, 2). Returns any other URI unchanged.

@@ -2,7 +2,6 @@
 
 #include "Platform/PasteboardItems.h"
 #include "Platform/PasteboardTypes.h"
-#include "Support/FileUrl.h"
 #include "Support/Text.h"
 
 #include <algorithm>
@@ -16,9 +15,22 @@ namespace {
 /// Payloads up to this size are copied: cheaper than holding a snapshot for them.
 constexpr std::size_t copiedBytes = std::size_t{64} * 1024;
 
-/// A type needs a name, or nobody could ask for it.
 bool isAcceptable(std::span<const Representation> representations) {
-    return std::ranges::none_of(representations, [](const auto& one) { return one.type.empty(); });
+    return std::ranges::all_of(representations,
+                               [](const auto& one) { return pasteboardType::isReadableName(one.type); });
+}
+
+/// The texts joined by line feeds, but no more than `limit` + 1 bytes.
+Bytes joined(std::span<const std::string_view> texts, std::size_t limit) {
+    std::string joined;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        if (i > 0)
+            joined += '\n';
+        joined.append(texts[i].substr(0, limit + 1 - joined.size()));
+        if (joined.size() > limit)
+            break;
+    }
+    return Bytes::adopt(std::move(joined));
 }
 
 bool putItem(StoredContent& content, std::uint32_t item, const PasteboardItem& representations) {
@@ -35,7 +47,9 @@ struct StorePasteboard::View {
     std::shared_ptr<LmdbSnapshot> snapshot;
     std::optional<StoredContent> content;
 
-    Bytes share(std::string_view data) const {
+    /// The first `limit` + 1 bytes at most.
+    Bytes share(std::string_view data, std::size_t limit) const {
+        data = data.substr(0, limit + 1);
         if (data.size() <= copiedBytes)
             return Bytes::copyOf(data);
         return {snapshot, data.data(), data.size()};
@@ -81,63 +95,56 @@ std::vector<std::string> StorePasteboard::types() {
         return types;
     std::unordered_set<std::string_view> seen;
     current.content->forEach([&](const StoredContent::Entry& entry) {
-        if (seen.insert(entry.type).second)
+        if (pasteboardType::isReadableName(entry.type) && seen.insert(entry.type).second)
             types.emplace_back(entry.type);
-        return true;
+        return types.size() < pasteboardType::mostTypes;
     });
     return types;
 }
 
-std::optional<Bytes> StorePasteboard::string(std::string_view type) {
-    if (type != pasteboardType::string) {
-        auto text = data(type);
-        return text && isUtf8(text->view()) ? text : std::nullopt;
-    }
+std::optional<Bytes> StorePasteboard::string(std::string_view type, std::size_t limit) {
     const View current = view();
     if (!current.content)
         return std::nullopt;
+    const bool joinsItems = type == pasteboardType::string;
     std::vector<std::string_view> texts;
+    std::size_t bytes = 0;
     current.content->forEach([&](const StoredContent::Entry& entry) {
-        if (entry.type == type && isUtf8(entry.data))
+        if (entry.type != type)
+            return true;
+        if (isUtf8(entry.data)) {
             texts.push_back(entry.data);
-        return true;
+            bytes += entry.data.size() + 1;
+        }
+        return joinsItems && bytes <= limit + 1;
     });
     if (texts.empty())
         return std::nullopt;
-    if (texts.size() == 1)
-        return current.share(texts.front());
-    std::string joined(texts.front());
-    for (const std::string_view text : std::span(texts).subspan(1))
-        joined.append("\n").append(text);
-    return Bytes::adopt(std::move(joined));
+    return texts.size() == 1 ? current.share(texts.front(), limit) : joined(texts, limit);
 }
 
-std::optional<Bytes> StorePasteboard::data(std::string_view type) {
+std::optional<Bytes> StorePasteboard::data(std::string_view type, std::size_t limit) {
     std::optional<Bytes> found;
     const View current = view();
     if (!current.content)
         return found;
     current.content->forEach([&](const StoredContent::Entry& entry) {
         if (entry.type == type)
-            found = current.share(entry.data);
+            found = current.share(entry.data, limit);
         return !found;
     });
     return found;
 }
 
-std::vector<std::string> StorePasteboard::filePaths() {
-    std::vector<std::string> paths;
+FileList StorePasteboard::files(const FileListLimit& limit) {
+    FileListBuilder files(limit);
     const View current = view();
     if (!current.content)
-        return paths;
+        return files.take();
     current.content->forEach([&](const StoredContent::Entry& entry) {
-        if (entry.type == pasteboardType::fileUrl) {
-            if (auto path = pathFromFileUrl(entry.data))
-                paths.push_back(std::move(*path));
-        }
-        return true;
+        return entry.type != pasteboardType::fileUrl || files.addUrl(entry.data);
     });
-    return paths;
+    return files.take();
 }
 
 bool StorePasteboard::canHold(const Representation& representation) {
@@ -183,20 +190,19 @@ bool StorePasteboard::write(const std::function<bool(StoredContent&)>& change) {
     return change(content) && transaction->commit();
 }
 
-bool StorePasteboard::addTypes(std::span<const Representation> representations) {
+std::optional<std::int64_t> StorePasteboard::addTypes(std::span<const Representation> representations) {
     if (representations.empty() || !isAcceptable(representations))
-        return false;
-    bool hasItem = false;
+        return std::nullopt;
+    std::optional<std::int64_t> count;
     const bool written = write([&](StoredContent& content) {
-        hasItem = content.itemCount() > 0;
-        if (!hasItem)
+        if (content.itemCount() == 0)
             return true;
-        return content.setChangeCount(content.changeCount() + 1) &&
-               std::ranges::all_of(representations, [&](const auto& one) {
+        count = content.changeCount() + 1;
+        return content.setChangeCount(*count) && std::ranges::all_of(representations, [&](const auto& one) {
                    return content.putOnFirstItem(one.type, one.data.view());
                });
     });
-    return hasItem && written;
+    return written ? count : std::nullopt;
 }
 
 } // namespace tavel

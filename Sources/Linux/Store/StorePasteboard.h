@@ -22,13 +22,13 @@ public:
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override { return changeCount(); }
     std::vector<std::string> types() override;
-    std::optional<Bytes> string(std::string_view type) override;
-    std::optional<Bytes> data(std::string_view type) override;
-    std::vector<std::string> filePaths() override;
+    std::optional<Bytes> string(std::string_view type, std::size_t limit) override;
+    std::optional<Bytes> data(std::string_view type, std::size_t limit) override;
+    FileList files(const FileListLimit& limit) override;
     bool canHold(const Representation& representation) override;
     std::optional<std::int64_t> replaceWithValues(std::span<const PasteboardValue> values) override;
     std::optional<std::int64_t> replaceWithItems(std::span<const PasteboardItem> items) override;
-    bool addTypes(std::span<const Representation> representations) override;
+    std::optional<std::int64_t> addTypes(std::span<const Representation> representations) override;
 
 private:
     struct View;

@@ -1,5 +1,7 @@
 #include "Linux/X11/X11Connection.h"
 
+#include "Platform/PasteboardTypes.h"
+
 #include <poll.h>
 #include <xcb/xfixes.h>
 
@@ -11,7 +13,14 @@ namespace tavel {
 namespace {
 
 /// Bounds the memory that other programs can make this process use with ever new names.
-constexpr std::size_t mostRememberedAtoms = 4096;
+constexpr std::size_t mostRememberedAtoms = 1024;
+
+/// No longer name is of use. The server has names of up to 65,535 bytes.
+constexpr std::size_t longestAtomName = pasteboardType::longestNameBytes;
+
+/// How many names are on their way at once: two megabytes if each has the server's largest length, and one
+/// round trip for the types of an ordinary program.
+constexpr std::size_t namesAtOnce = 32;
 
 /// Some requestors, such as xsel, read no more of a property and ignore the rest.
 constexpr std::size_t largestCommonPropertyBytes = 4'000'000;
@@ -108,22 +117,32 @@ std::vector<xcb_atom_t> X11Connection::atoms(std::span<const std::string> names)
 
 std::vector<std::string> X11Connection::atomNames(std::span<const xcb_atom_t> atoms) {
     std::vector<std::string> found;
+    while (!atoms.empty()) {
+        const auto some = atoms.first(std::min(atoms.size(), namesAtOnce));
+        appendNames(found, some);
+        atoms = atoms.subspan(some.size());
+    }
+    return found;
+}
+
+void X11Connection::appendNames(std::vector<std::string>& names, std::span<const xcb_atom_t> atoms) {
     std::vector<std::pair<std::size_t, xcb_get_atom_name_cookie_t>> asked;
+    const std::size_t first = names.size();
     for (const xcb_atom_t atom : atoms) {
         const auto known = names_.find(atom);
-        found.push_back(known != names_.end() ? known->second : std::string());
+        names.push_back(known != names_.end() ? known->second : std::string());
         if (known == names_.end())
-            asked.emplace_back(found.size() - 1, xcb_get_atom_name(connection_, atom));
+            asked.emplace_back(names.size() - 1, xcb_get_atom_name(connection_, atom));
     }
     for (const auto& [position, cookie] : asked) {
         const auto reply = awaitReply(connection_, cookie, xcb_get_atom_name_reply);
         if (reply == nullptr)
             continue;
-        found[position].assign(xcb_get_atom_name_name(reply.get()),
-                               static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get())));
-        remember(found[position], atoms[position]);
+        const auto length = static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get()));
+        if (length <= longestAtomName)
+            names[position].assign(xcb_get_atom_name_name(reply.get()), length);
+        remember(names[position], atoms[position - first]);
     }
-    return found;
 }
 
 void X11Connection::remember(const std::string& name, xcb_atom_t atom) {
@@ -131,8 +150,9 @@ void X11Connection::remember(const std::string& name, xcb_atom_t atom) {
         names_.clear();
         atoms_.clear();
     }
-    atoms_[name] = atom;
     names_[atom] = name;
+    if (!name.empty())
+        atoms_[name] = atom;
 }
 
 void X11Connection::dispatchEvents() {

@@ -65,8 +65,9 @@ public:
     /// trip for a new name.
     xcb_atom_t atom(std::string_view name);
 
-    /// The atoms of the names, or the names of the atoms. One round trip for all new ones together. A number
-    /// that is no atom has the empty name.
+    /// The atoms of the names, or the names of the atoms. One round trip for all new ones together, but for
+    /// names of atoms one for each 32 of them. A number that is no atom has the empty name, and so has an
+    /// atom whose name is too long for a type.
     std::vector<xcb_atom_t> atoms(std::span<const std::string> names);
     std::vector<std::string> atomNames(std::span<const xcb_atom_t> atoms);
 
@@ -99,6 +100,7 @@ private:
     using Event = X11Reply<xcb_generic_event_t>;
 
     void dispatch(Event event);
+    void appendNames(std::vector<std::string>& names, std::span<const xcb_atom_t> atoms);
     void remember(const std::string& name, xcb_atom_t atom);
 
     xcb_connection_t* connection_;

@@ -147,8 +147,9 @@ bool FilePaste::holdsPasteableContent() {
     // was made from beside it.
     const std::vector<std::string> types = board_->types();
     if (pasteboardType::isOffered(types, pasteboardType::fileUrl)) {
-        const auto mark =
-            pasteboardType::isOffered(types, alternative) ? board_->string(alternative) : std::nullopt;
+        const auto mark = pasteboardType::isOffered(types, alternative)
+                              ? board_->string(alternative, alternativeValue.size())
+                              : std::nullopt;
         if (!mark || mark->view() != alternativeValue)
             return false;
     }

@@ -31,7 +31,7 @@ std::optional<FilePaste::FileData> unchangedContent(Pasteboard& board) {
     for (const ClipboardFormat& format : clipboardFormats) {
         if (format.pasting != FilePasting::asItIs && format.pasting != FilePasting::asItIsIfValid)
             continue;
-        auto data = board.data(format.type);
+        auto data = board.data(format.type, maximumBytes(format.kind));
         if (data && isPastedAsItIs(format, *data))
             return FilePaste::FileData{*std::move(data), std::string(format.fileExtensions.front())};
     }
@@ -40,7 +40,7 @@ std::optional<FilePaste::FileData> unchangedContent(Pasteboard& board) {
 
 std::optional<Bytes> plainPicture(Pasteboard& board) {
     for (const std::string_view type : plainPictureTypes) {
-        if (auto data = board.data(type))
+        if (auto data = board.data(type, maximumImageBytes))
             return data;
     }
     return std::nullopt;
@@ -59,7 +59,7 @@ FilePaste::FileData FilePaste::fileData() {
         return *std::move(content);
     if (auto image = encodedImage())
         return *std::move(image);
-    const auto text = board_->string(pasteboardType::string);
+    const auto text = board_->string(pasteboardType::string, maximumTextBytes);
     if (text && fits(FormatKind::text, *text))
         return {*text, "txt"};
     throw Error("Tavel", 4, "Nothing on the pasteboard can become a file.");

@@ -65,10 +65,11 @@ std::optional<std::filesystem::path> FilePaste::publishGeneratedFile(std::int64_
         Representation{std::string(pasteboardType::fileUrl), Bytes::adopt(platform_.fileUrl(file.string()))},
         Representation{std::string(alternative), Bytes::copyOf(alternativeValue)},
     };
-    if (!board_->addTypes(added))
+    const auto changeCount = board_->addTypes(added);
+    if (!changeCount)
         throw Error("Tavel", 2, "The pasteboard does not take the file.");
     committed = true;
-    changed_(board_->changeCount());
+    changed_(*changeCount);
     retain(std::move(directory));
     return file;
 }

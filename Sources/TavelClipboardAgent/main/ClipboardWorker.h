@@ -116,7 +116,8 @@ private:
     void warn(std::string_view message);
     bool captureFiles(std::string_view marker, std::uint64_t sequence);
     void captureText(const Bytes& text, std::string_view marker, std::uint64_t sequence);
-    std::optional<Bytes> offeredString(std::span<const std::string> types, std::string_view type);
+    std::optional<Bytes> offeredString(std::span<const std::string> types, std::string_view type,
+                                       std::size_t limit);
 
     // ClipboardWorkerExports.cpp
     bool captureFormats(std::span<const std::string> types, std::int64_t current, const std::string& marker);

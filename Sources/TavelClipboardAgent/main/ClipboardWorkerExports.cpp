@@ -23,9 +23,10 @@ bool isExtra(const ClipboardFormat& format) {
     return format.type != pasteboardType::png && format.type != pasteboardType::string;
 }
 
-std::optional<Bytes> readFormat(Pasteboard& pasteboard, const ClipboardFormat& format) {
+std::optional<Bytes> readFormat(Pasteboard& pasteboard, const ClipboardFormat& format, std::size_t room) {
+    const std::size_t limit = std::min(maximumBytes(format.kind), room);
     const bool isText = format.type == pasteboardType::string;
-    return isText ? pasteboard.string(format.type) : pasteboard.data(format.type);
+    return isText ? pasteboard.string(format.type, limit) : pasteboard.data(format.type, limit);
 }
 
 /// Every representation that is offered, valid, and fits beside those before it.
@@ -37,11 +38,11 @@ CapturedFormats readFormats(Pasteboard& pasteboard, std::span<const std::string>
             continue;
         std::optional<Bytes> content;
         try {
-            content = readFormat(pasteboard, format);
+            content = readFormat(pasteboard, format, room);
         } catch (const std::bad_alloc&) {
             continue; // too large for the memory; a smaller one may still fit
         }
-        if (!content || !validRepresentation(format.name, content->view()) || content->size() > room)
+        if (!content || content->size() > room || !validRepresentation(format.name, content->view()))
             continue;
         room -= content->size();
         captured.emplace(format.name, std::move(*content));
@@ -127,7 +128,7 @@ void ClipboardWorker::captureImage(std::span<const std::string> types, std::int6
     std::optional<Bytes> image;
     for (const std::string_view type : plainPictureTypes) {
         if (!image && pasteboardType::isOffered(types, type))
-            image = pasteboard_->data(type);
+            image = pasteboard_->data(type, maximumImageBytes);
     }
     const bool usable =
         image && image->size() <= maximumImageBytes && validImage(platform_.imageCodec(), *image);

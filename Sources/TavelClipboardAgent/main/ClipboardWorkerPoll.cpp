@@ -8,19 +8,6 @@
 
 namespace tavel {
 
-namespace {
-
-bool isTooLarge(const std::vector<std::string>& paths) {
-    if (paths.size() > maximumFileCount)
-        return true;
-    std::size_t bytes = 0;
-    for (const std::string& path : paths)
-        bytes += path.size();
-    return bytes > maximumFilePathBytes;
-}
-
-} // namespace
-
 void ClipboardWorker::poll() {
     owner_.assertCurrent();
     if (stopping_)
@@ -53,8 +40,9 @@ void ClipboardWorker::capture(std::int64_t current) {
     // The announcement needs the marker. Data of a type that is not offered is never requested: even such a
     // request can block, or make the system ask the user.
     const std::vector<std::string> types = pasteboard_->types();
-    const auto markerValue = offeredString(types, markerType);
-    const std::string marker(markerValue ? markerValue->view() : std::string_view());
+    const auto markerValue = offeredString(types, markerType, maximumMarkerBytes);
+    const bool isMarker = markerValue && markerValue->size() <= maximumMarkerBytes;
+    const std::string marker(isMarker ? markerValue->view() : std::string_view());
     // Before the content is read, which can take time: the parent learns at once that something has changed.
     output_->emit(event::Announcement{marker, sequence});
     previousChangeCount_ = current;
@@ -66,22 +54,22 @@ void ClipboardWorker::capture(std::int64_t current) {
     // A picture is never replaced by the text beside it, not even one that cannot be read.
     if (pasteboardType::isAnyOffered(types, plainPictureTypes))
         captureImage(types, current, marker);
-    else if (const auto text = offeredString(types, pasteboardType::string))
+    else if (const auto text = offeredString(types, pasteboardType::string, maximumTextBytes))
         captureText(*text, marker, sequence);
 }
 
 /// Whether the content is a selection of files, reported or too large. Asks also without public.file-url
 /// among the types: a platform may read file URLs from other types.
 bool ClipboardWorker::captureFiles(std::string_view marker, std::uint64_t sequence) {
-    std::vector<std::string> paths = pasteboard_->filePaths();
-    if (paths.empty())
-        return false;
-    if (isTooLarge(paths)) {
+    FileList files = pasteboard_->files(captureFileLimit);
+    if (!files.isComplete) {
         warn(messages::selectionTooLarge);
         return true;
     }
-    output_->emit(
-        event::PathsChange{std::string(contentKind::files), std::move(paths), std::string(marker), sequence});
+    if (files.paths.empty())
+        return false;
+    output_->emit(event::PathsChange{std::string(contentKind::files), std::move(files.paths),
+                                     std::string(marker), sequence});
     return true;
 }
 
@@ -97,9 +85,9 @@ void ClipboardWorker::warn(std::string_view message) {
     output_->emit(event::Log{std::string(logLevel::warning), std::string(message)});
 }
 
-std::optional<Bytes> ClipboardWorker::offeredString(std::span<const std::string> types,
-                                                    std::string_view type) {
-    return pasteboardType::isOffered(types, type) ? pasteboard_->string(type) : std::nullopt;
+std::optional<Bytes> ClipboardWorker::offeredString(std::span<const std::string> types, std::string_view type,
+                                                    std::size_t limit) {
+    return pasteboardType::isOffered(types, type) ? pasteboard_->string(type, limit) : std::nullopt;
 }
 
 } // namespace tavel

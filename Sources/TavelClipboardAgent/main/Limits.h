@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/FileList.h"
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 
 #include <cstddef>
@@ -24,7 +25,11 @@ inline constexpr std::size_t maximumFileCount = 10'000;
 /// The largest selection of files that is captured, in UTF-8 bytes of their paths: 2 MiB.
 inline constexpr std::size_t maximumFilePathBytes = 2'097'152;
 
-/// The longest origin marker that a command may carry, in UTF-8 bytes.
+/// Both together, for a pasteboard that is read.
+inline constexpr FileListLimit captureFileLimit{maximumFileCount, maximumFilePathBytes};
+
+/// The longest origin marker that a command may carry, in UTF-8 bytes. A longer one on the pasteboard is not
+/// the parent's and counts as none.
 inline constexpr std::size_t maximumMarkerBytes = 512;
 
 /// The pasteboard type of the parent's origin marker, which the agent writes beside the parent's content.

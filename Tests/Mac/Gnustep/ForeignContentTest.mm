@@ -1,5 +1,6 @@
 #include "Mac/MacPasteboard.h"
 #include "Platform/PasteboardTypes.h"
+#include "Tests/Support/ReadingLimits.h"
 #include "Tests/Support/TestProcess.h"
 
 #include <gtest/gtest.h>
@@ -47,10 +48,10 @@ TEST_F(ForeignContent, whatAnotherProgramCopiedIsReadAfterItsEnd) {
     EXPECT_EQ(pasteboard_.changeCount(), before + 1);
     EXPECT_EQ(pasteboard_.types(),
               (std::vector<std::string>{"net.example.some", "public.utf8-plain-text", "public.file-url"}));
-    EXPECT_EQ(textOf(pasteboard_.data(someType)), "some");
-    EXPECT_EQ(textOf(pasteboard_.string(someType)), "some");
-    EXPECT_EQ(textOf(pasteboard_.string(pasteboardType::string)), "caf\xC3\xA9");
-    EXPECT_EQ(pasteboard_.filePaths(), std::vector<std::string>{"/nowhere/two words"});
+    EXPECT_EQ(textOf(pasteboard_.data(someType, ample)), "some");
+    EXPECT_EQ(textOf(pasteboard_.string(someType, ample)), "some");
+    EXPECT_EQ(textOf(pasteboard_.string(pasteboardType::string, ample)), "caf\xC3\xA9");
+    EXPECT_EQ(pasteboard_.files(everyFile).paths, std::vector<std::string>{"/nowhere/two words"});
 }
 
 TEST_F(ForeignContent, anotherProgramFindsWhatTheFirstItemsHave) {
@@ -68,7 +69,7 @@ TEST_F(ForeignContent, ofFormattedTextTooTheFirstItemsAloneIsRead) {
     ASSERT_TRUE(pasteboard_.replaceWithItems(items));
     NSString* const joined = [MacPasteboard::named(name_) stringForType:@"public.rtf"];
     EXPECT_TRUE([joined isEqualToString:@"{\\rtf1 first}\n{\\rtf1 second}"]) << "which the system joins";
-    EXPECT_EQ(textOf(pasteboard_.string("public.rtf")), "{\\rtf1 first}");
+    EXPECT_EQ(textOf(pasteboard_.string("public.rtf", ample)), "{\\rtf1 first}");
 }
 
 TEST_F(ForeignContent, aNewContentTakesThePlaceOfWhatAnotherProgramCopied) {
@@ -108,8 +109,8 @@ TEST_F(ForeignContent, ofSeveralTypesThoseBehindTheFirstMayBeLeftOut) {
     EXPECT_TRUE(
         pasteboard_.addTypes(std::vector{Representation{"net.example.marker", Bytes::copyOf("marker")},
                                          Representation{"net.example.other", Bytes::copyOf("\xFF")}}));
-    EXPECT_EQ(textOf(pasteboard_.data("net.example.marker")), "marker");
-    EXPECT_FALSE(pasteboard_.data("net.example.other"));
+    EXPECT_EQ(textOf(pasteboard_.data("net.example.marker", ample)), "marker");
+    EXPECT_FALSE(pasteboard_.data("net.example.other", ample));
     EXPECT_FALSE(pasteboard_.addTypes(std::vector{Representation{"net.example.third", Bytes::copyOf("\xFF")},
                                                   Representation{"net.example.fourth", Bytes::copyOf("4")}}));
 }
@@ -118,13 +119,13 @@ TEST_F(ForeignContent, whatAnotherProgramPromisedIsWaitedFor) {
     TestProcess program(commandLine("promise", {"public.utf8-plain-text", "made when asked for"}));
     ASSERT_EQ(program.nextLine(), "promised");
     EXPECT_EQ(pasteboard_.types(), std::vector{std::string(pasteboardType::string)});
-    EXPECT_EQ(textOf(pasteboard_.string(pasteboardType::string)), "made when asked for");
+    EXPECT_EQ(textOf(pasteboard_.string(pasteboardType::string, ample)), "made when asked for");
 }
 
 TEST_F(ForeignContent, largeDataGoToAndComeFromAnotherProgram) {
     const std::size_t size = 30 * mebibyte; // what a plain program of GNUstep's can copy is less than 32 MiB
     elsewhere("fill", {"net.example.some", std::to_string(size)});
-    const auto theirs = pasteboard_.data(someType);
+    const auto theirs = pasteboard_.data(someType, ample);
     ASSERT_TRUE(theirs);
     std::string expected(size, '\0');
     std::iota(expected.begin(), expected.end(), '\0');

@@ -1,6 +1,7 @@
 #include "Mac/MacPasteboard.h"
 #include "Platform/PasteboardTypes.h"
 #include "Tests/Mac/Gnustep/PasteboardServer.h"
+#include "Tests/Support/ReadingLimits.h"
 
 #include <gtest/gtest.h>
 #include <objc/runtime.h>
@@ -59,7 +60,7 @@ bool writesData(MacPasteboard& pasteboard) {
 
 bool addsType(MacPasteboard& pasteboard) {
     const Representation added = some("net.example.added");
-    return pasteboard.addTypes({&added, 1});
+    return pasteboard.addTypes({&added, 1}).has_value();
 }
 
 /// A pasteboard of this object's own, which holds all that can be asked for.
@@ -74,10 +75,10 @@ void expectThatItHoldsNothingAndRefusesEveryWrite(MacPasteboard& pasteboard, std
     EXPECT_EQ(pasteboard.changeCount(), lastCount) << "which never goes back";
     EXPECT_EQ(pasteboard.noticedChangeCount(), lastCount);
     EXPECT_TRUE(pasteboard.types().empty());
-    EXPECT_FALSE(pasteboard.string(pasteboardType::string));
-    EXPECT_FALSE(pasteboard.string(someType));
-    EXPECT_FALSE(pasteboard.data(someType));
-    EXPECT_TRUE(pasteboard.filePaths().empty());
+    EXPECT_FALSE(pasteboard.string(pasteboardType::string, ample));
+    EXPECT_FALSE(pasteboard.string(someType, ample));
+    EXPECT_FALSE(pasteboard.data(someType, ample));
+    EXPECT_TRUE(pasteboard.files(everyFile).paths.empty());
     EXPECT_FALSE(writesText(pasteboard));
     EXPECT_FALSE(writesData(pasteboard));
     EXPECT_FALSE(writesItem(pasteboard));
@@ -98,11 +99,11 @@ TEST(RefusingPasteboard, whatRaisesAnExceptionIsAnsweredAsIfNothingWereThere) {
     };
     answersNothing(@selector(types), [&] { return !pasteboard.types().empty(); });
     answersNothing(@selector(stringForType:),
-                   [&] { return pasteboard.string(pasteboardType::string).has_value(); });
-    answersNothing(@selector(dataForType:), [&] { return pasteboard.string(someType).has_value(); });
-    answersNothing(@selector(dataForType:), [&] { return pasteboard.data(someType).has_value(); });
+                   [&] { return pasteboard.string(pasteboardType::string, ample).has_value(); });
+    answersNothing(@selector(dataForType:), [&] { return pasteboard.string(someType, ample).has_value(); });
+    answersNothing(@selector(dataForType:), [&] { return pasteboard.data(someType, ample).has_value(); });
     answersNothing(@selector(readObjectsForClasses:options:),
-                   [&] { return !pasteboard.filePaths().empty(); });
+                   [&] { return !pasteboard.files(everyFile).paths.empty(); });
     answersNothing(@selector(clearContents), [&] { return writesText(pasteboard); });
     answersNothing(@selector(clearContents), [&] { return writesItem(pasteboard); });
     answersNothing(@selector(setString:forType:), [&] { return writesText(pasteboard); });
@@ -124,7 +125,7 @@ TEST(RefusingPasteboard, aClearingThatFailsLeavesThePasteboardAndItsCount) {
         EXPECT_FALSE(writesItem(pasteboard));
     }
     EXPECT_EQ(pasteboard.changeCount(), before);
-    EXPECT_TRUE(pasteboard.data(pasteboardType::string)) << "which only the old content has";
+    EXPECT_TRUE(pasteboard.data(pasteboardType::string, ample)) << "which only the old content has";
 }
 
 TEST(RefusingPasteboard, aCountThatCannotBeReadIsTheLastOne) {
@@ -135,7 +136,8 @@ TEST(RefusingPasteboard, aCountThatCannotBeReadIsTheLastOne) {
     const Raising raising(pasteboardMethod(@selector(changeCount)));
     EXPECT_EQ(pasteboard.changeCount(), before);
     EXPECT_EQ(pasteboard.noticedChangeCount(), before);
-    EXPECT_EQ(pasteboard.replaceWithItems({}), before) << "the write is done, whatever its count is";
+    EXPECT_EQ(pasteboard.replaceWithItems({}), before + 1) << "a write gives its count itself";
+    EXPECT_EQ(pasteboard.changeCount(), before + 1) << "the count never goes back";
 }
 
 TEST(RefusingPasteboard, whatFollowsARefusedValueIsNotWritten) {
@@ -148,7 +150,7 @@ TEST(RefusingPasteboard, whatFollowsARefusedValueIsNotWritten) {
     };
     const Raising raising(pasteboardMethod(@selector(setString:forType:)));
     EXPECT_FALSE(pasteboard.replaceWithValues(values));
-    EXPECT_FALSE(pasteboard.data(someType));
+    EXPECT_FALSE(pasteboard.data(someType, ample));
     EXPECT_TRUE(pasteboard.types().empty()) << "the clearing holds";
 }
 
@@ -157,7 +159,7 @@ TEST(RefusingPasteboard, anItemThatRaisesIsRefused) {
     fill(pasteboard);
     const Raising raising(class_getInstanceMethod([NSPasteboardItem class], @selector(setData:forType:)));
     EXPECT_FALSE(pasteboard.canHold(some(someType)));
-    EXPECT_TRUE(pasteboard.data(someType)) << "what was there still is";
+    EXPECT_TRUE(pasteboard.data(someType, ample)) << "what was there still is";
     EXPECT_FALSE(writesItem(pasteboard));
     EXPECT_TRUE(pasteboard.types().empty()) << "the clearing holds";
 }
@@ -189,7 +191,7 @@ TEST(RefusingPasteboard, aPasteboardThatCouldNotBeOpenedHoldsNothing) {
 TEST(RefusingPasteboard, aPasteboardWhoseServerIsGoneHoldsNothing) {
     MacPasteboard pasteboard(name);
     fill(pasteboard);
-    const Bytes read = pasteboard.data(someType).value();
+    const Bytes read = pasteboard.data(someType, ample).value();
     const std::int64_t lastCount = pasteboard.changeCount();
     PasteboardServer::ofTheTests().stop();
     expectThatItHoldsNothingAndRefusesEveryWrite(pasteboard, lastCount);

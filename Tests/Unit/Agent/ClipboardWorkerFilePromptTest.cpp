@@ -1,3 +1,4 @@
+#include "Tests/Support/ReadingLimits.h"
 #include "Tests/Unit/Agent/WorkerFixture.h"
 
 #include <gtest/gtest.h>
@@ -144,7 +145,7 @@ TEST_F(ClipboardWorkerFilePrompt, makesTheFileInTheDirectoryForExports) {
     openPanel();
     confirm("a");
     platform.loop.advance(150ms);
-    const std::vector<std::string> paths = pasteboard().filePaths();
+    const std::vector<std::string> paths = pasteboard().files(everyFile).paths;
     ASSERT_EQ(paths.size(), 1U);
     const std::filesystem::path directory = std::filesystem::path(paths.front()).parent_path();
     EXPECT_TRUE(directory.filename().string().starts_with("paste-"));

@@ -59,7 +59,7 @@ TEST_F(ClipboardWorkerPoll, announcesAChangeBeforeItLooksAtTheContent) {
     Events announced;
     pasteboard().copyFromOutside("a");
     pasteboard().onCall([&](const std::string& call) {
-        if (call == "filePaths")
+        if (call == "files")
             announced = messages();
     });
     const Events after = polled();
@@ -187,24 +187,55 @@ TEST_F(ClipboardWorkerPoll, looksForNothingElseInASelectionThatIsTooLarge) {
     EXPECT_EQ(polled(), (Events{announcement(42), warning(selectionWarning)}));
 }
 
+TEST_F(ClipboardWorkerPoll, takesAMarkerUpToItsLimitAndALongerOneForNone) {
+    const std::string longest(maximumMarkerBytes, 'm');
+    const auto copyMarked = [this](const std::string& marker) {
+        pasteboard().changeFromOutside(
+            {{representation(pasteboardType::string, "a"), representation(markerType, marker)}});
+    };
+    copyMarked(longest);
+    EXPECT_EQ(polled(), (Events{announcement(42, longest), textEvent("YQ", 1, 42, longest)}));
+    copyMarked(longest + "m");
+    EXPECT_EQ(polled(), (Events{announcement(43), textEvent("YQ", 1, 43)}));
+}
+
+TEST_F(ClipboardWorkerPoll, readsNoMoreOfEachTypeThanItPassesOn) {
+    pasteboard().changeFromOutside(
+        {{representation(pasteboardType::string, "a"), representation(markerType, "m")}});
+    static_cast<void>(polled());
+    EXPECT_EQ(pasteboard().limitOf(markerType), 512U);
+    EXPECT_EQ(pasteboard().limitOf(pasteboardType::string), 4'194'304U);
+
+    pasteboard().changeFromOutside({{representation(pasteboardType::tiff, "no picture")}});
+    static_cast<void>(polled());
+    EXPECT_EQ(pasteboard().limitOf(pasteboardType::tiff), 134'217'728U);
+
+    pasteboard().changeFromOutside({{representation("public.html", "<p>"), representation("public.png", "p"),
+                                     representation(pasteboardType::string, "a")}});
+    static_cast<void>(polled());
+    EXPECT_EQ(pasteboard().limitOf("public.html"), 4'194'304U);
+    EXPECT_EQ(pasteboard().limitOf(pasteboardType::string), 4'194'304U);
+    EXPECT_EQ(pasteboard().limitOf(pasteboardType::png), 134'217'728U);
+}
+
 TEST_F(ClipboardWorkerPoll, asksForTheTypesOnceAndOnlyForStringsThatAreOffered) {
     using Calls = std::vector<std::string>;
     pasteboard().copyFromOutside("a");
     static_cast<void>(polled());
-    EXPECT_EQ(pasteboard().calls(), (Calls{"types", "filePaths", "string public.utf8-plain-text"}));
+    EXPECT_EQ(pasteboard().calls(), (Calls{"types", "files", "string public.utf8-plain-text"}));
 
     pasteboard().changeFromOutside({{representation(markerType, "m")}});
     pasteboard().forgetCalls();
     static_cast<void>(polled());
     EXPECT_EQ(pasteboard().calls(),
-              (Calls{"types", "string com.corvelle.tavelbridge.clipboard-origin-v1", "filePaths"}));
+              (Calls{"types", "string com.corvelle.tavelbridge.clipboard-origin-v1", "files"}));
 }
 
 TEST_F(ClipboardWorkerPoll, reportsAChangeThatHappensWhileItReads) {
     pasteboard().copyFromOutside("a");
     bool changed = false;
     pasteboard().onCall([&](const std::string& call) {
-        if (call == "filePaths" && !std::exchange(changed, true))
+        if (call == "files" && !std::exchange(changed, true))
             pasteboard().copyFromOutside("b");
     });
     static_cast<void>(polled());

@@ -1,3 +1,4 @@
+#include "Tests/Support/ReadingLimits.h"
 #include "Tests/Unit/Agent/ExportFixture.h"
 
 #include <memory>
@@ -81,7 +82,7 @@ TEST_F(ImageCapture, sharesThePasteboardsBufferWithTheJob) {
     const Bytes content = Bytes::adopt(png());
     pasteboard().changeFromOutside({{{std::string(pasteboardType::png), content}}});
     static_cast<void>(polled());
-    EXPECT_EQ(pasteboard().data(pasteboardType::png)->data(), content.data());
+    EXPECT_EQ(pasteboard().data(pasteboardType::png, ample)->data(), content.data());
     EXPECT_EQ(contentOf(pathsIn(finished(), "image").at(0)), png());
 }
 

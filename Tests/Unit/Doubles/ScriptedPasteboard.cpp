@@ -49,8 +49,9 @@ std::vector<std::string> ScriptedPasteboard::types() {
     return types;
 }
 
-std::optional<Bytes> ScriptedPasteboard::string(std::string_view type) {
+std::optional<Bytes> ScriptedPasteboard::string(std::string_view type, std::size_t limit) {
     record(call("string", type));
+    limits_.insert_or_assign(std::string(type), limit);
     if (withheld_.contains(type))
         return std::nullopt;
     std::optional<std::string> text;
@@ -65,27 +66,26 @@ std::optional<Bytes> ScriptedPasteboard::string(std::string_view type) {
     }
     if (!text || !isUtf8(*text))
         return std::nullopt;
-    return Bytes::adopt(std::move(*text));
+    return Bytes::adopt(std::move(*text)).slice(0, limit + 1);
 }
 
-std::optional<Bytes> ScriptedPasteboard::data(std::string_view type) {
+std::optional<Bytes> ScriptedPasteboard::data(std::string_view type, std::size_t limit) {
     record(call("data", type));
+    limits_.insert_or_assign(std::string(type), limit);
     if (withheld_.contains(type))
         return std::nullopt;
     const Representation* const found = find(items_, type);
-    return found == nullptr ? std::nullopt : std::optional(found->data);
+    return found == nullptr ? std::nullopt : std::optional(found->data.slice(0, limit + 1));
 }
 
-std::vector<std::string> ScriptedPasteboard::filePaths() {
-    record("filePaths");
-    std::vector<std::string> paths;
+FileList ScriptedPasteboard::files(const FileListLimit& limit) {
+    record("files");
+    FileListBuilder files(limit);
     for (const PasteboardItem& item : items_) {
-        const Representation* const url = find(item, pasteboardType::fileUrl);
-        auto path = url == nullptr ? std::nullopt : pathFromFileUrl(url->data.view());
-        if (path)
-            paths.push_back(std::move(*path));
+        if (const Representation* const url = find(item, pasteboardType::fileUrl))
+            files.addUrl(url->data.view());
     }
-    return paths;
+    return files.take();
 }
 
 bool ScriptedPasteboard::canHold(const Representation& representation) {
@@ -115,17 +115,25 @@ std::optional<std::int64_t> ScriptedPasteboard::replace(Operation operation,
         std::ranges::any_of(items, [&](const PasteboardItem& item) { return isRefused(operation, item); }))
         return std::nullopt;
     items_ = std::move(items);
-    return changeCount_;
+    return written();
 }
 
-bool ScriptedPasteboard::addTypes(std::span<const Representation> representations) {
+/// The change count of a write.
+std::int64_t ScriptedPasteboard::written() {
+    const std::int64_t count = changeCount_;
+    if (writeObserver_)
+        writeObserver_();
+    return count;
+}
+
+std::optional<std::int64_t> ScriptedPasteboard::addTypes(std::span<const Representation> representations) {
     record("addTypes");
     if (items_.empty() || isRefused(Operation::addTypes, representations))
-        return false;
+        return std::nullopt;
     ++changeCount_;
     for (const Representation& added : representations)
         pasteboardItems::putOnFirstItem(items_, added.type, added.data);
-    return true;
+    return written();
 }
 
 void ScriptedPasteboard::changeFromOutside(std::vector<PasteboardItem> items) {
@@ -156,6 +164,11 @@ void ScriptedPasteboard::refuseNothing() {
 std::optional<std::string> ScriptedPasteboard::content(std::string_view type) const {
     const Representation* const found = items_.empty() ? nullptr : find(items_.front(), type);
     return found == nullptr ? std::nullopt : std::optional<std::string>(found->data.view());
+}
+
+std::size_t ScriptedPasteboard::limitOf(std::string_view type) const {
+    const auto found = limits_.find(type);
+    return found == limits_.end() ? 0 : found->second;
 }
 
 void ScriptedPasteboard::record(std::string call) {

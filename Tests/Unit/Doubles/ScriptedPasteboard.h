@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -24,13 +25,13 @@ public:
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override { return changeCount(); }
     std::vector<std::string> types() override;
-    std::optional<Bytes> string(std::string_view type) override;
-    std::optional<Bytes> data(std::string_view type) override;
-    std::vector<std::string> filePaths() override;
+    std::optional<Bytes> string(std::string_view type, std::size_t limit) override;
+    std::optional<Bytes> data(std::string_view type, std::size_t limit) override;
+    FileList files(const FileListLimit& limit) override;
     bool canHold(const Representation& representation) override;
     std::optional<std::int64_t> replaceWithValues(std::span<const PasteboardValue> values) override;
     std::optional<std::int64_t> replaceWithItems(std::span<const PasteboardItem> items) override;
-    bool addTypes(std::span<const Representation> representations) override;
+    std::optional<std::int64_t> addTypes(std::span<const Representation> representations) override;
 
     // For tests; none of it is recorded in `calls`.
 
@@ -52,11 +53,17 @@ public:
     /// The observer runs after each reading of the change count.
     void onCountRead(std::function<void()> observer) { countObserver_ = std::move(observer); }
 
+    /// The observer runs after each write that succeeds, before the writer has its result.
+    void onWritten(std::function<void()> observer) { writeObserver_ = std::move(observer); }
+
     /// Every call but those of `changeCount`, oldest first: the operation's name and, where there is one, the
     /// type. The values of `replaceWithValues` follow in their order, each with its form and type.
     const std::vector<std::string>& calls() const { return calls_; }
 
     void forgetCalls() { calls_.clear(); }
+
+    /// The limit with which the type was read last; 0 if it never was.
+    std::size_t limitOf(std::string_view type) const;
 
     const std::vector<PasteboardItem>& items() const { return items_; }
 
@@ -69,6 +76,7 @@ private:
     void record(std::string call);
     bool isRefused(Operation operation, std::string_view type) const;
     bool isRefused(Operation operation, std::span<const Representation> representations) const;
+    std::int64_t written();
     std::optional<std::int64_t> replace(Operation operation, std::vector<PasteboardItem> items);
 
     std::vector<PasteboardItem> items_;
@@ -76,8 +84,10 @@ private:
     std::set<std::pair<Operation, std::string>> refusals_;
     std::set<std::string, std::less<>> withheld_;
     std::vector<std::string> calls_;
+    std::map<std::string, std::size_t, std::less<>> limits_;
     std::function<void(const std::string& call)> observer_;
     std::function<void()> countObserver_;
+    std::function<void()> writeObserver_;
 };
 
 } // namespace tavel

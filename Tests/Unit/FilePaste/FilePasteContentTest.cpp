@@ -193,5 +193,13 @@ TEST_F(FilePasteContent, isNoTextThatIsNotUtf8) {
     EXPECT_EQ(fileOf({representation("public.utf8-plain-text", "\xFF")}), "Tavel 4");
 }
 
+TEST_F(FilePasteContent, isReadNoFurtherThanItCanBecomeAFile) {
+    EXPECT_EQ(fileOf({representation("net.example.other", "x")}), "Tavel 4");
+    for (const std::string_view type : {"com.adobe.pdf", "com.compuserve.gif", "public.svg-image",
+                                        "org.webmproject.webp", "public.jpeg", "public.png", "public.tiff"})
+        EXPECT_EQ(pasteboard().limitOf(type), mostImageBytes) << type;
+    EXPECT_EQ(pasteboard().limitOf("public.utf8-plain-text"), mostTextBytes);
+}
+
 } // namespace
 } // namespace tavel

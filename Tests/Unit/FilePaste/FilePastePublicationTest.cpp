@@ -1,5 +1,6 @@
 #include "Support/FileUrl.h"
 #include "Support/ScopeExit.h"
+#include "Tests/Support/ReadingLimits.h"
 #include "Tests/Unit/FilePaste/FilePasteFixture.h"
 #include "Tests/Unit/Fixtures/ForkedFunction.h"
 #include "Tests/Unit/Fixtures/Random.h"
@@ -109,7 +110,7 @@ TEST_F(FilePastePublication, addsTheFileToTheContent) {
     EXPECT_EQ(pasteboard().content("public.file-url"),
               "file://" + file->parent_path().string() + "/%C3%89t%C3%A9%201.txt#platform");
     EXPECT_EQ(pasteboard().content("com.brennic.generated-file"), "1");
-    EXPECT_EQ(pasteboard().filePaths(), std::vector{file->string()});
+    EXPECT_EQ(pasteboard().files(everyFile).paths, std::vector{file->string()});
     ASSERT_EQ(pasteboard().items().size(), 1U);
     EXPECT_EQ(pasteboard().items().front().size(), 4U) << "and nothing else";
 }
@@ -128,6 +129,14 @@ TEST_F(FilePastePublication, reportsTheNewChangeCountOnce) {
     EXPECT_EQ(changes, std::vector{before + 1});
     ASSERT_TRUE(publish("b.txt"));
     EXPECT_EQ(changes, (std::vector{before + 1, before + 2}));
+}
+
+TEST_F(FilePastePublication, reportsItsOwnChangeAndNotACopyThatFollowsAtOnce) {
+    const std::int64_t before = pasteboard().changeCount();
+    pasteboard().onWritten([this] { pasteboard().copyFromOutside("copied since"); });
+    ASSERT_TRUE(publish("a.txt"));
+    EXPECT_EQ(changes, std::vector{before + 1});
+    EXPECT_EQ(pasteboard().changeCount(), before + 2);
 }
 
 TEST_F(FilePastePublication, reportsTheNewChangeCountAfterTheFileIsThere) {
@@ -230,7 +239,7 @@ TEST_F(FilePastePublication, replacesTheFormerFileOfTheSameContent) {
     const fs::path first = publish("a.txt").value();
     const fs::path second = publish("a.txt").value();
     EXPECT_NE(first, second);
-    EXPECT_EQ(pasteboard().filePaths(), std::vector{second.string()});
+    EXPECT_EQ(pasteboard().files(everyFile).paths, std::vector{second.string()});
     EXPECT_EQ(pasteboard().content("public.utf8-plain-text"), "Bonjour");
 }
 

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tavel {
 namespace {
@@ -171,6 +173,21 @@ TEST(EqualsIgnoringAsciiCase, comparesTheWholeTexts) {
     EXPECT_FALSE(equalsIgnoringAsciiCase("file:", "file"));
     EXPECT_FALSE(equalsIgnoringAsciiCase("[", "{")); // as far apart as a capital and its small letter
     EXPECT_FALSE(equalsIgnoringAsciiCase("\xC3\x89", "\xC3\xA9")); // É and é
+}
+
+TEST(Text, thatWasCutLosesOnlyThePartOfACharacter) {
+    const std::string whole = "a\u00E9\u20AC\U0001F600"; // characters of one to four bytes
+    const std::vector<std::size_t> ends{0, 1, 1, 3, 3, 3, 6, 6, 6, 6, 10};
+    for (std::size_t size = 0; size <= whole.size(); ++size)
+        EXPECT_EQ(withoutPartialCharacter(std::string_view(whole).substr(0, size)),
+                  whole.substr(0, ends[size]))
+            << size;
+}
+
+TEST(Text, thatIsNoUtf8LosesAtMostThreeBytes) {
+    for (const std::string_view text : {"\x80\x80\x80\x80", "a\xF0\x80\x80\x80", "a\x80", "\xFF\x41"})
+        EXPECT_EQ(withoutPartialCharacter(text), text);
+    EXPECT_EQ(withoutPartialCharacter("a\xFF"), "a");
 }
 
 } // namespace

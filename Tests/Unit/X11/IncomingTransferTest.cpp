@@ -117,29 +117,47 @@ TEST(IncomingTransfer, takesExactlyTheLimit) {
     EXPECT_EQ(inTwo.takeValue().view(), std::string(limit, 'x'));
 }
 
-TEST(IncomingTransfer, refusesOneByteMoreThanTheLimit) {
-    IncomingTransfer inOne(limit, incremental);
-    inOne.received(part(std::string(limit + 1, 'x')));
-    EXPECT_EQ(inOne.state(), State::over);
-    EXPECT_TRUE(inOne.takeValue().empty());
+TEST(IncomingTransfer, cutsAValueOneByteBehindTheLimit) {
+    for (const std::size_t excess : {1, 2, 1000}) {
+        IncomingTransfer inOne(limit, incremental);
+        inOne.received(part(std::string(limit + excess, 'x')));
+        EXPECT_EQ(inOne.state(), State::cut);
+        EXPECT_TRUE(inOne.isOver());
+        EXPECT_EQ(inOne.takeValue().view(), std::string(limit + 1, 'x'));
+        EXPECT_EQ(inOne.state(), State::over);
+        EXPECT_TRUE(inOne.takeValue().empty());
 
-    IncomingTransfer inTwo(limit, incremental);
-    inTwo.received(part(std::string(limit, 'x'), 1));
-    EXPECT_EQ(inTwo.state(), State::arriving);
-    inTwo.received(part("x"));
-    EXPECT_EQ(inTwo.state(), State::over);
-    EXPECT_TRUE(inTwo.takeValue().empty());
+        IncomingTransfer inTwo(limit, incremental);
+        inTwo.received(part(std::string(limit, 'x'), excess));
+        EXPECT_EQ(inTwo.state(), State::arriving);
+        inTwo.received(part(std::string(excess, 'x')));
+        EXPECT_TRUE(inTwo.isOver());
+        EXPECT_EQ(inTwo.takeValue().view(), std::string(limit + 1, 'x'));
+    }
 }
 
-TEST(IncomingTransfer, failsWhereTheLimitIsPassedAndIsOverWithTheRest) {
+TEST(IncomingTransfer, isCutWhereTheLimitIsPassedAndIsOverWithTheRest) {
     IncomingTransfer transfer(limit, incremental);
+    EXPECT_EQ(transfer.room(), limit + 1);
     transfer.received(part(std::string(limit + 1, 'x'), 4));
-    EXPECT_EQ(transfer.state(), State::failed);
+    EXPECT_EQ(transfer.state(), State::cut);
+    EXPECT_TRUE(transfer.letsThrough());
     EXPECT_FALSE(transfer.isOver());
     EXPECT_FALSE(transfer.expectsIncrement());
     transfer.received(part("rest"));
+    EXPECT_TRUE(transfer.isOver());
+    EXPECT_EQ(transfer.takeValue().view(), std::string(limit + 1, 'x'));
     EXPECT_EQ(transfer.state(), State::over);
-    EXPECT_TRUE(transfer.takeValue().empty());
+}
+
+TEST(IncomingTransfer, keepsTheBeginningOfACutValueWhatsoeverFollows) {
+    for (const PropertyPart& late : {part("other"), part("", 2), noProperty(), part("x", 0, otherType)}) {
+        IncomingTransfer transfer(limit, incremental);
+        transfer.received(part(std::string(limit + 1, 'x'), 4));
+        transfer.abandon();
+        transfer.received(late);
+        EXPECT_EQ(transfer.takeValue().view(), std::string(limit + 1, 'x'));
+    }
 }
 
 TEST(IncomingTransfer, takesOnlyNothingWithALimitOfZero) {
@@ -149,7 +167,7 @@ TEST(IncomingTransfer, takesOnlyNothingWithALimitOfZero) {
 
     IncomingTransfer something(0, incremental);
     something.received(part("x"));
-    EXPECT_EQ(something.state(), State::over);
+    EXPECT_EQ(something.state(), State::cut);
 }
 
 TEST(IncomingTransfer, failsWhenTheTypeChangesBetweenParts) {
@@ -204,7 +222,7 @@ TEST(IncomingTransfer, countsTheBytesOfWiderFormats) {
 
         IncomingTransfer isTooLong(7, incremental);
         isTooLong.received(part("abcdefgh", 0, utf8, format));
-        EXPECT_EQ(isTooLong.state(), State::over) << format;
+        EXPECT_EQ(isTooLong.state(), State::cut) << format;
     }
 }
 

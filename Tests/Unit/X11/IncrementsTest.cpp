@@ -145,26 +145,37 @@ TEST(Increments, reachTheLimitInOne) {
     EXPECT_EQ(transfer.takeValue().view(), std::string(limit, 'x'));
 }
 
-TEST(Increments, failOneBytePastTheLimitAndAreLetThrough) {
+TEST(Increments, areCutOneBytePastTheLimitAndLetThrough) {
     IncomingTransfer transfer = announced();
     transfer.received(part(std::string(limit, 'x')));
     EXPECT_EQ(transfer.state(), State::increments);
-    transfer.received(part("x"));
-    EXPECT_EQ(transfer.state(), State::failed);
+    EXPECT_EQ(transfer.room(), 1U);
+    transfer.received(part("y"));
+    EXPECT_EQ(transfer.state(), State::cut);
+    EXPECT_TRUE(transfer.hasValue());
+    EXPECT_EQ(transfer.room(), 0U);
     EXPECT_FALSE(transfer.isOver());
     EXPECT_TRUE(transfer.expectsIncrement());
     transfer.received(part("more"));
-    EXPECT_EQ(transfer.state(), State::failed);
+    EXPECT_EQ(transfer.state(), State::cut);
     transfer.received(lastIncrement());
-    EXPECT_EQ(transfer.state(), State::over);
+    EXPECT_TRUE(transfer.isOver());
     EXPECT_FALSE(transfer.expectsIncrement());
-    EXPECT_TRUE(transfer.takeValue().empty());
+    EXPECT_EQ(transfer.takeValue().view(), std::string(limit, 'x') + "y");
+    EXPECT_EQ(transfer.state(), State::over);
 }
 
-TEST(Increments, failWhenOneIsLongerThanTheLimit) {
+TEST(Increments, areLetThroughAfterTheirBeginningWasTaken) {
     IncomingTransfer transfer = announced();
-    transfer.received(part(std::string(limit + 1, 'x')));
-    EXPECT_EQ(transfer.state(), State::failed);
+    transfer.received(part(std::string(limit + 5, 'x')));
+    EXPECT_EQ(transfer.state(), State::cut);
+    EXPECT_EQ(transfer.takeValue().view(), std::string(limit + 1, 'x'));
+    EXPECT_FALSE(transfer.isOver());
+    EXPECT_TRUE(transfer.expectsIncrement());
+    transfer.received(part("more"));
+    transfer.received(lastIncrement());
+    EXPECT_EQ(transfer.state(), State::over);
+    EXPECT_TRUE(transfer.takeValue().empty());
 }
 
 TEST(Increments, failWhenOneHasAnotherType) {
@@ -233,7 +244,7 @@ TEST(Increments, comeInWiderFormats) {
         IncomingTransfer isTooLong = announced(7);
         isTooLong.received(part("abcd", 0, utf8, format));
         isTooLong.received(part("efgh", 0, utf8, format));
-        EXPECT_EQ(isTooLong.state(), State::failed) << format;
+        EXPECT_EQ(isTooLong.state(), State::cut) << format;
     }
 }
 

@@ -12,7 +12,7 @@ namespace tavel {
 
 /// Prints a state in messages of GoogleTest.
 inline void PrintTo(IncomingTransfer::State state, std::ostream* stream) {
-    constexpr std::array names{"requested", "arriving", "increments", "complete", "failed", "over"};
+    constexpr std::array names{"requested", "arriving", "increments", "complete", "cut", "failed", "over"};
     *stream << names.at(static_cast<std::size_t>(state));
 }
 

@@ -112,5 +112,22 @@ TEST(Html, isNotGuessedToBeUtf16WithoutAMark) {
     EXPECT_EQ(html(bigEndian(u"<b>")), std::string("\0<\0b\0>", 6));
 }
 
+TEST(SelectionHtml, thatWasCutStaysLongerThanItsReaderTakes) {
+    constexpr std::size_t limit = 10;
+    const std::size_t received = largestHtmlValue(limit) + 1;
+    std::string utf16 = "\xFF\xFE";
+    while (utf16.size() < received)
+        utf16 += (utf16.size() % 2 == 0) ? 'x' : '\0';
+    for (const std::string& bytes : {std::string(received, 'x'), std::string(received, '\0'), utf16})
+        EXPECT_GT(htmlOf({"text/html", "text/html", 8, Bytes::copyOf(bytes), true}).size(), limit);
+}
+
+TEST(SelectionHtml, ofTheLimitInUtf16IsReceivedWholeWithItsMarkAndTerminator) {
+    constexpr std::size_t limit = 3;
+    const std::string bytes("\xFF\xFEx\0y\0z\0\0\0", 10);
+    ASSERT_LE(bytes.size(), largestHtmlValue(limit));
+    EXPECT_EQ(htmlOf({"text/html", "text/html", 8, Bytes::copyOf(bytes)}).view(), "xyz");
+}
+
 } // namespace
 } // namespace tavel

@@ -1,10 +1,13 @@
 #include "Linux/Contents/SelectionText.h"
 
+#include "Support/Text.h"
+
 #include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tavel {
@@ -196,6 +199,32 @@ TEST(Latin1, canBeEmpty) {
 TEST(Latin1, givesBackWhatItHolds) {
     const std::string text = "déjà vu, «ça»";
     EXPECT_EQ(plain("STRING", "STRING", latin1(text).value()), text);
+}
+
+TEST(SelectionText, thatWasCutStaysLongerThanItsReaderTakes) {
+    constexpr std::size_t limit = 10;
+    const std::size_t received = largestPlainTextValue(limit) + 1;
+    for (const auto& [type, bytes] : std::vector<std::pair<std::string, std::string>>{
+             {"UTF8_STRING", std::string(received, 'x')},
+             {"UTF8_STRING", std::string(received, '\0')},
+             {"UTF8_STRING", std::string(received - 3, 'x') + "\xF0\x9F\x98"},
+             {"STRING", std::string(received, '\xE9')},
+             {"COMPOUND_TEXT", std::string(received, 'x')},
+             {"unknown", std::string(received - 1, 'x') + "\xC3"}}) {
+        const auto text = plainTextOf({type, type, 8, Bytes::copyOf(bytes), true});
+        ASSERT_TRUE(text) << type;
+        EXPECT_GT(text->size(), limit) << type;
+        EXPECT_TRUE(isUtf8(text->view())) << type;
+    }
+}
+
+TEST(SelectionText, ofTheLimitIsReceivedWholeWithATerminator) {
+    constexpr std::size_t limit = 10;
+    const std::string text(limit, 'x');
+    const std::string withTerminator = text + std::string(4, '\0');
+    EXPECT_EQ(withTerminator.size(), largestPlainTextValue(limit));
+    const SelectionValue value{"UTF8_STRING", "UTF8_STRING", 8, Bytes::copyOf(withTerminator)};
+    EXPECT_EQ(plainTextOf(value)->view(), text);
 }
 
 } // namespace

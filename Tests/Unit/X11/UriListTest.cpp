@@ -11,6 +11,18 @@ namespace {
 
 using Uris = std::vector<std::string>;
 
+Uris urisInList(std::string_view list) {
+    Uris uris;
+    visitUrisInList(list, [&](std::string_view uri) { return uris.emplace_back(uri), true; });
+    return uris;
+}
+
+Uris urisInCopiedFiles(std::string_view text) {
+    Uris uris;
+    visitUrisInCopiedFiles(text, [&](std::string_view uri) { return uris.emplace_back(uri), true; });
+    return uris;
+}
+
 const Uris two{"file:///a", "file:///b%20c"};
 
 TEST(UriList, endsEachLineInCarriageReturnAndLineFeed) {

@@ -8,7 +8,7 @@ IncomingTransfer::IncomingTransfer(std::size_t limit, std::uint32_t incrementalT
     : limit_(limit), incrementalType_(incrementalType) {}
 
 void IncomingTransfer::refused() {
-    if (state_ == State::requested || failed())
+    if (state_ == State::requested || state_ == State::failed)
         state_ = State::over;
 }
 
@@ -31,9 +31,10 @@ void IncomingTransfer::received(const PropertyPart& part) {
 }
 
 void IncomingTransfer::receivedWhole(const PropertyPart& part) {
-    if (part.type == 0 || failed()) {
+    if (part.type == 0 && !isCut())
         fail();
-        state_ = State::over;
+    if (part.type == 0 || letsThrough()) {
+        end();
         return;
     }
     if (state_ == State::requested) {
@@ -48,7 +49,7 @@ void IncomingTransfer::receivedWhole(const PropertyPart& part) {
     }
     keep(part);
     if (part.remaining == 0)
-        state_ = failed() ? State::over : State::complete;
+        end();
 }
 
 void IncomingTransfer::receivedIncrement(const PropertyPart& part) {
@@ -59,25 +60,35 @@ void IncomingTransfer::receivedIncrement(const PropertyPart& part) {
         format_ = part.format;
     }
     if (part.bytes.empty() && part.remaining == 0)
-        state_ = failed() ? State::over : State::complete;
+        end();
     else
         keep(part);
 }
 
-/// Appends the part. Fails if its type or format differ from those before, or if it exceeds the limit.
+/// Appends the part, up to one byte more than the limit. Fails if its type or format differ from those
+/// before.
 void IncomingTransfer::keep(const PropertyPart& part) {
-    if (failed())
+    if (letsThrough())
         return;
-    const bool belongs = part.type == type_ && part.format == format_;
-    if (!belongs || part.bytes.size() > limit_ - buffer_.size()) {
+    if (part.type != type_ || part.format != format_) {
         fail();
         return;
     }
-    buffer_.append(part.bytes.view());
+    buffer_.append(part.bytes.view().substr(0, room()));
+    if (buffer_.size() > limit_)
+        state_ = State::cut;
+}
+
+/// The owner has sent everything.
+void IncomingTransfer::end() {
+    if (isCut())
+        cutIsOver_ = true;
+    else
+        state_ = state_ == State::failed ? State::over : State::complete;
 }
 
 void IncomingTransfer::abandon() {
-    if (!isOver())
+    if (!isOver() && !isCut())
         fail();
 }
 
@@ -88,6 +99,8 @@ void IncomingTransfer::fail() {
 }
 
 Bytes IncomingTransfer::takeValue() {
+    if (isCut())
+        state_ = cutIsOver_ ? State::over : State::failed;
     if (whole_)
         return *std::exchange(whole_, std::nullopt);
     return std::exchange(buffer_, {}).take();

@@ -23,6 +23,12 @@ constexpr std::size_t partBytes = std::size_t{4} << 20;
 
 constexpr std::size_t unitBytes = 4; // the unit of GetProperty's offsets and lengths
 
+/// What to read of a property that holds more: no more than is kept.
+std::size_t nextPartBytes(const IncomingTransfer& transfer) {
+    const std::size_t keptUnits = (transfer.room() + unitBytes - 1) / unitBytes;
+    return std::min(partBytes, keptUnits * unitBytes);
+}
+
 } // namespace
 
 SelectionReader::SelectionReader(X11Connection& connection)
@@ -85,10 +91,9 @@ bool SelectionReader::isInUse(xcb_atom_t property) const {
 
 std::optional<SelectionReader::Answer>
 SelectionReader::wait(Position transfer, Clock::duration inactivityTimeOut, Clock::time_point deadline) {
-    using State = IncomingTransfer::State;
     InactivityDeadline inactivity(inactivityTimeOut, Clock::now(), deadline);
     std::size_t received = 0;
-    while (!transfer->state.isOver() && transfer->state.state() != State::failed) {
+    while (!transfer->state.isOver() && !transfer->state.letsThrough()) {
         const bool gotEvents = connection_.waitForEvents(inactivity.end());
         if (transfer->state.receivedBytes() != received) {
             received = transfer->state.receivedBytes();
@@ -99,12 +104,15 @@ SelectionReader::wait(Position transfer, Clock::duration inactivityTimeOut, Cloc
         if (Clock::now() >= deadline)
             transfer->state.abandon();
     }
-    if (transfer->state.state() == State::failed)
-        return std::nullopt; // the transfer stays in the list until the owner has finished
+    IncomingTransfer& state = transfer->state;
     std::optional<Answer> answer;
-    if (transfer->state.state() == State::complete)
-        answer = {transfer->state.type(), transfer->state.format(), transfer->state.takeValue()};
-    transfers_.erase(transfer);
+    if (state.hasValue()) {
+        const bool isCut = state.isCut();
+        answer = {state.type(), state.format(), state.takeValue(), isCut};
+    }
+    // Otherwise the transfer stays in the list until the owner has finished.
+    if (state.isOver())
+        transfers_.erase(transfer);
     return answer;
 }
 
@@ -173,11 +181,11 @@ void SelectionReader::handlePropertyChange(const xcb_property_notify_event_t& ch
     takeIn(*transfer);
 }
 
-/// Reads the property in parts. The server deletes it with its last part.
+/// Reads the property in parts, as far as the value is kept. The server deletes it with its last part.
 void SelectionReader::takeIn(Transfer& transfer) {
     std::size_t offset = 0;
-    while (transfer.state.state() != IncomingTransfer::State::failed) {
-        const PropertyPart part = readPart(transfer, offset, partBytes);
+    while (!transfer.state.letsThrough()) {
+        const PropertyPart part = readPart(transfer, offset, nextPartBytes(transfer.state));
         try {
             transfer.state.received(part);
         } catch (const std::bad_alloc&) {

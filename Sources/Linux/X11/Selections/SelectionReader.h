@@ -24,19 +24,20 @@ public:
         xcb_atom_t selection;
         xcb_atom_t target;
         xcb_timestamp_t time;
-        std::size_t limit; // bytes; a larger value is refused
+        std::size_t limit; // bytes; of a larger value the answer is a beginning
     };
 
     struct Answer {
         xcb_atom_t type;
         int format;
         Bytes bytes;
+        bool isCut; // more than the limit came: these are the first `limit` + 1 bytes
     };
 
     explicit SelectionReader(X11Connection& connection);
 
-    /// Asks for one target and waits for its value. nullopt on refusal, malformed or oversized data, owner
-    /// exit, inactivity for `inactivityTimeOut`, and at `deadline`.
+    /// Asks for one target and waits for its value. nullopt on refusal, malformed data, owner exit,
+    /// inactivity for `inactivityTimeOut`, and at `deadline`.
     std::optional<Answer> read(const Request& request, Clock::duration inactivityTimeOut,
                                Clock::time_point deadline);
 

@@ -22,11 +22,33 @@ bool canHoldAll(std::span<const Representation> representations) {
                                [](const auto& one) { return targetName::canBeType(one.type); });
 }
 
+/// The most bytes of one value, and of all together, that this process takes over from another program to
+/// add types to its content. A value past that is left behind.
+constexpr std::size_t largestTakenOver = std::size_t{128} << 20;
+constexpr std::size_t mostTakenOver = 2 * largestTakenOver;
+constexpr FileListLimit mostFilesTakenOver{10'000, std::size_t{2} << 20};
+
+/// Comments before the first URL of a list.
+constexpr std::size_t commentBytes = 4096;
+
+std::size_t largestValue(std::string_view type, std::size_t limit) {
+    if (type == pasteboardType::string)
+        return largestPlainTextValue(limit);
+    return type == "public.html" ? largestHtmlValue(limit) : limit;
+}
+
 /// The value as data of the type; nullopt if it is malformed for that type.
 std::optional<Bytes> dataFrom(const SelectionValue& value, std::string_view type) {
     if (type == pasteboardType::string)
         return plainTextOf(value);
     return type == "public.html" ? htmlOf(value) : value.bytes;
+}
+
+void visitUris(const SelectionValue& list, const UriVisitor& visit) {
+    if (list.target == targetName::uriList)
+        visitUrisInList(list.bytes.view(), visit);
+    else
+        visitUrisInCopiedFiles(list.bytes.view(), visit);
 }
 
 } // namespace
@@ -55,11 +77,16 @@ std::shared_ptr<const X11Pasteboard::Items> X11Pasteboard::ownContent() {
 }
 
 std::vector<std::string> X11Pasteboard::types() {
-    if (const auto own = ownContent())
-        return pasteboardItems::types(*own);
+    if (const auto own = ownContent()) {
+        std::vector<std::string> types = pasteboardItems::types(*own);
+        types.resize(std::min(types.size(), pasteboardType::mostTypes));
+        return types;
+    }
     std::vector<std::string> types;
     std::unordered_set<std::string> seen;
     for (const std::string& target : selections_->targets(selection_)) {
+        if (types.size() == pasteboardType::mostTypes)
+            break;
         auto type = targetName::typeOf(target);
         if (type && seen.insert(*type).second)
             types.push_back(std::move(*type));
@@ -67,56 +94,73 @@ std::vector<std::string> X11Pasteboard::types() {
     return types;
 }
 
-std::optional<Bytes> X11Pasteboard::string(std::string_view type) {
-    if (const auto own = ownContent())
-        return pasteboardItems::string(*own, type);
-    auto text = otherProgramsData(type);
-    return text && isUtf8(text->view()) ? text : std::nullopt;
-}
-
-std::optional<Bytes> X11Pasteboard::data(std::string_view type) {
+std::optional<Bytes> X11Pasteboard::string(std::string_view type, std::size_t limit) {
     const auto own = ownContent();
-    return own != nullptr ? pasteboardItems::data(*own, type) : otherProgramsData(type);
+    const auto text = own != nullptr ? pasteboardItems::string(*own, type) : otherProgramsData(type, limit);
+    const bool isText =
+        text && isUtf8(text->size() > limit ? withoutPartialCharacter(text->view()) : text->view());
+    return isText ? std::optional(text->slice(0, limit + 1)) : std::nullopt;
 }
 
-std::vector<std::string> X11Pasteboard::filePaths() {
+std::optional<Bytes> X11Pasteboard::data(std::string_view type, std::size_t limit) {
     const auto own = ownContent();
-    std::vector<std::string> paths;
-    for (const std::string& url :
-         own != nullptr ? pasteboardItems::fileUrls(*own) : otherProgramsFileUrls()) {
-        if (auto path = pathFromFileUrl(url))
-            paths.push_back(std::move(*path));
-    }
-    return paths;
+    const auto data = own != nullptr ? pasteboardItems::data(*own, type) : otherProgramsData(type, limit);
+    return data ? std::optional(data->slice(0, limit + 1)) : std::nullopt;
 }
 
-std::optional<Bytes> X11Pasteboard::otherProgramsData(std::string_view type) {
-    if (type == pasteboardType::fileUrl) {
-        const std::vector<std::string> urls = otherProgramsFileUrls();
-        return urls.empty() ? std::nullopt : std::optional(Bytes::copyOf(urls.front()));
+FileList X11Pasteboard::files(const FileListLimit& limit) {
+    FileListBuilder files(limit);
+    if (const auto own = ownContent()) {
+        for (const std::string& url : pasteboardItems::fileUrls(*own))
+            files.addUrl(url);
+    } else if (auto list = otherProgramsUriList(largestUrlBytes(limit))) {
+        // Whole names of a URI that was cut still show whether it names a file.
+        if (list->isCut)
+            list->bytes = list->bytes.slice(0, list->bytes.view().rfind('/') + 1);
+        visitUris(*list,
+                  [&](std::string_view uri) { return files.addUrl(withoutOwnHost(uri, g_get_host_name())); });
+        if (list->isCut)
+            files.noteLostRest();
     }
+    return files.take();
+}
+
+/// May return more than the limit.
+std::optional<Bytes> X11Pasteboard::otherProgramsData(std::string_view type, std::size_t limit) {
+    if (type == pasteboardType::fileUrl)
+        return otherProgramsFileUrl(limit);
     for (const std::string& target : targetName::giving(type, selections_->targets(selection_))) {
-        const auto value = selections_->read(selection_, target);
+        const auto value = selections_->read(selection_, target, largestValue(type, limit));
         if (auto data = value ? dataFrom(*value, type) : std::nullopt)
             return data;
     }
     return std::nullopt;
 }
 
-std::vector<std::string> X11Pasteboard::otherProgramsFileUrls() {
+/// The first URL of the list.
+std::optional<Bytes> X11Pasteboard::otherProgramsFileUrl(std::size_t limit) {
+    const auto list = otherProgramsUriList(limit + commentBytes);
+    if (!list)
+        return std::nullopt;
+    std::string_view first;
+    visitUris(*list, [&](std::string_view uri) {
+        first = uri;
+        return false;
+    });
+    const bool isCut = list->isCut && first.end() == list->bytes.view().end();
+    if (first.empty() || (isCut && first.size() <= limit))
+        return std::nullopt;
+    return Bytes::adopt(withoutOwnHost(first, g_get_host_name()));
+}
+
+std::optional<SelectionValue> X11Pasteboard::otherProgramsUriList(std::size_t limit) {
     for (const std::string& target :
          targetName::giving(pasteboardType::fileUrl, selections_->targets(selection_))) {
-        const auto value = selections_->read(selection_, target);
-        if (!value || value->format != 8)
-            continue;
-        const std::string_view text = value->bytes.view();
-        std::vector<std::string> uris =
-            target == targetName::uriList ? urisInList(text) : urisInCopiedFiles(text);
-        std::ranges::transform(uris, uris.begin(),
-                               [](const std::string& uri) { return withoutOwnHost(uri, g_get_host_name()); });
-        return uris;
+        auto value = selections_->read(selection_, target, limit);
+        if (value && value->format == 8)
+            return value;
     }
-    return {};
+    return std::nullopt;
 }
 
 bool X11Pasteboard::canHold(const Representation& representation) {
@@ -135,41 +179,57 @@ std::optional<std::int64_t> X11Pasteboard::replaceWithItems(std::span<const Past
 std::optional<std::int64_t> X11Pasteboard::replace(std::optional<Items> items) {
     owner_.assertCurrent();
     const bool isHeld = items && std::ranges::all_of(*items, canHoldAll);
-    const bool isOwner = selections_->own(selection_, isHeld ? *std::move(items) : Items());
-    return isHeld && isOwner ? std::optional(selection_.changeCount) : std::nullopt;
+    const auto changeCount = selections_->own(selection_, isHeld ? *std::move(items) : Items());
+    return isHeld ? changeCount : std::nullopt;
 }
 
-bool X11Pasteboard::addTypes(std::span<const Representation> representations) {
+std::optional<std::int64_t> X11Pasteboard::addTypes(std::span<const Representation> representations) {
     if (representations.empty() || !canHoldAll(representations))
-        return false;
+        return std::nullopt;
     const auto own = ownContent();
     auto items = own != nullptr ? std::optional(*own) : otherProgramsItems();
     if (!items || items->empty())
-        return false;
+        return std::nullopt;
     for (const Representation& one : representations)
         pasteboardItems::putOnFirstItem(*items, one.type, one.data);
     return selections_->own(selection_, std::move(*items));
 }
 
-/// Everything that the other program delivers of its content. nullopt if the content was replaced
-/// meanwhile.
+/// Everything that the other program delivers of its content, within the limits. nullopt if the content was
+/// replaced meanwhile, or has more files than the limit.
 std::optional<X11Pasteboard::Items> X11Pasteboard::otherProgramsItems() {
     const std::int64_t countBefore = selection_.changeCount;
     Items items;
+    std::size_t room = mostTakenOver;
     for (const std::string& type : types()) {
-        if (type == pasteboardType::fileUrl)
-            continue;
-        if (const auto data = otherProgramsData(type))
-            pasteboardItems::putOnFirstItem(items, type, *data);
+        if (type != pasteboardType::fileUrl)
+            takeOver(items, type, room);
     }
-    bool isFirst = true;
-    for (const std::string& url : otherProgramsFileUrls()) {
-        if (std::exchange(isFirst, false))
-            pasteboardItems::putOnFirstItem(items, pasteboardType::fileUrl, Bytes::copyOf(url));
-        else
-            items.push_back({{std::string(pasteboardType::fileUrl), Bytes::copyOf(url)}});
-    }
-    return selection_.changeCount == countBefore ? std::optional(std::move(items)) : std::nullopt;
+    const auto list = otherProgramsUriList(largestUrlBytes(mostFilesTakenOver));
+    if (list && list->isCut)
+        return std::nullopt;
+    std::size_t files = 0;
+    if (list)
+        visitUris(*list, [&](std::string_view uri) {
+            const Bytes url = Bytes::adopt(withoutOwnHost(uri, g_get_host_name()));
+            if (files++ == 0)
+                pasteboardItems::putOnFirstItem(items, pasteboardType::fileUrl, url);
+            else
+                items.push_back({{std::string(pasteboardType::fileUrl), url}});
+            return files <= mostFilesTakenOver.files;
+        });
+    const bool isWhole = files <= mostFilesTakenOver.files && selection_.changeCount == countBefore;
+    return isWhole ? std::optional(std::move(items)) : std::nullopt;
+}
+
+/// Adds the other program's data of that type to the first item, if there is room for it.
+void X11Pasteboard::takeOver(Items& items, std::string_view type, std::size_t& room) {
+    const std::size_t limit = std::min(largestTakenOver, room);
+    const auto data = otherProgramsData(type, limit);
+    if (!data || data->size() > limit)
+        return;
+    room -= data->size();
+    pasteboardItems::putOnFirstItem(items, type, *data);
 }
 
 } // namespace tavel

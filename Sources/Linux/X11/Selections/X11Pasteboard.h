@@ -25,13 +25,13 @@ public:
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override;
     std::vector<std::string> types() override;
-    std::optional<Bytes> string(std::string_view type) override;
-    std::optional<Bytes> data(std::string_view type) override;
-    std::vector<std::string> filePaths() override;
+    std::optional<Bytes> string(std::string_view type, std::size_t limit) override;
+    std::optional<Bytes> data(std::string_view type, std::size_t limit) override;
+    FileList files(const FileListLimit& limit) override;
     bool canHold(const Representation& representation) override;
     std::optional<std::int64_t> replaceWithValues(std::span<const PasteboardValue> values) override;
     std::optional<std::int64_t> replaceWithItems(std::span<const PasteboardItem> items) override;
-    bool addTypes(std::span<const Representation> representations) override;
+    std::optional<std::int64_t> addTypes(std::span<const Representation> representations) override;
 
 private:
     using Items = pasteboardItems::Items;
@@ -39,8 +39,10 @@ private:
     std::shared_ptr<const Items> ownContent();
     std::optional<std::int64_t> replace(std::optional<Items> items);
     std::optional<Items> otherProgramsItems();
-    std::optional<Bytes> otherProgramsData(std::string_view type);
-    std::vector<std::string> otherProgramsFileUrls();
+    void takeOver(Items& items, std::string_view type, std::size_t& room);
+    std::optional<Bytes> otherProgramsData(std::string_view type, std::size_t limit);
+    std::optional<Bytes> otherProgramsFileUrl(std::size_t limit);
+    std::optional<SelectionValue> otherProgramsUriList(std::size_t limit);
 
     [[no_unique_address]] OwnerThread owner_;
     std::shared_ptr<X11Selections> selections_;

@@ -16,11 +16,10 @@ namespace tavel {
 
 namespace {
 
-/// Room for 16,384 targets, far more than any program offers.
-constexpr std::size_t largestTargetListBytes = std::size_t{64} * 1024;
-
-/// Four times the largest payload that the agent passes on.
-constexpr std::size_t largestValueBytes = std::size_t{512} << 20;
+/// Besides its types an owner offers targets of the protocol.
+constexpr std::size_t mostProtocolTargets = 16;
+constexpr std::size_t largestTargetListBytes =
+    (pasteboardType::mostTypes + mostProtocolTargets) * sizeof(xcb_atom_t);
 
 /// The attempts to take a selection that other programs take at the same moment.
 constexpr int mostAttempts = 3;
@@ -58,7 +57,7 @@ X11Selection& X11Selections::selection(const std::optional<std::string>& pastebo
     return selection;
 }
 
-bool X11Selections::own(X11Selection& selection, Items items) {
+std::optional<std::int64_t> X11Selections::own(X11Selection& selection, Items items) {
     const auto content = std::make_shared<const Items>(std::move(items));
     for (int attempt = 0; attempt < mostAttempts && !connection_->isLost(); ++attempt) {
         const xcb_timestamp_t now = connection_->fetchTime();
@@ -66,43 +65,51 @@ bool X11Selections::own(X11Selection& selection, Items items) {
             break;
         selection.offered = content;
         selection.offeredAt = now;
+        selection.offeredCount.reset();
         xcb_set_selection_owner(connection_->get(), connection_->window(), selection.atom, now);
         // The event about the new owner arrives before this reply, in the right order with the changes of
-        // other programs. It decides.
+        // other programs. Without it, the server has ignored the request: another program has taken the
+        // selection at a later time.
         connection_->synchronize();
-        if (selection.owned == content)
-            return true;
+        if (selection.offeredCount)
+            return selection.offeredCount;
     }
     selection.offered.reset();
-    return false;
+    return std::nullopt;
 }
 
 std::vector<std::string> X11Selections::targets(X11Selection& selection) {
     if (!selection.targets) {
         const auto answer = ask(selection, connection_->atom("TARGETS"), largestTargetListBytes);
         if (!answer && deadline_ != nullptr && deadline_->isDeciding())
-            return {};               // the key decision's deadline is too short for a conclusion
-        selection.targets.emplace(); // an owner that does not answer is not asked again
-        if (answer && answer->format == 32) {
-            std::vector<xcb_atom_t> atoms(answer->bytes.size() / sizeof(xcb_atom_t));
-            if (!atoms.empty())
-                std::memcpy(atoms.data(), answer->bytes.data(), atoms.size() * sizeof(xcb_atom_t));
-            std::unordered_set<std::string> seen{std::string()};
-            for (std::string& name : connection_->atomNames(atoms)) {
-                if (seen.insert(name).second)
-                    selection.targets->push_back(std::move(name));
-            }
-        }
+            return {}; // the key decision's deadline is too short for a conclusion
+        // An owner that does not answer is not asked again.
+        selection.targets = answer && answer->format == 32 ? targetNames(answer->bytes) : Targets();
     }
     return *selection.targets;
 }
 
-std::optional<SelectionValue> X11Selections::read(X11Selection& selection, const std::string& target) {
-    auto answer = ask(selection, connection_->atom(target), largestValueBytes);
+/// The names of a list of atoms, each once, without those that are too long for a type.
+X11Selections::Targets X11Selections::targetNames(const Bytes& list) {
+    std::vector<xcb_atom_t> atoms(list.size() / sizeof(xcb_atom_t));
+    if (!atoms.empty())
+        std::memcpy(atoms.data(), list.data(), atoms.size() * sizeof(xcb_atom_t));
+    Targets targets;
+    std::unordered_set<std::string> seen;
+    for (std::string& name : connection_->atomNames(atoms)) {
+        if (pasteboardType::isReadableName(name) && seen.insert(name).second)
+            targets.push_back(std::move(name));
+    }
+    return targets;
+}
+
+std::optional<SelectionValue> X11Selections::read(X11Selection& selection, const std::string& target,
+                                                  std::size_t limit) {
+    auto answer = ask(selection, connection_->atom(target), limit);
     if (!answer)
         return std::nullopt;
     return SelectionValue{target, connection_->atomNames({&answer->type, 1}).front(), answer->format,
-                          std::move(answer->bytes)};
+                          std::move(answer->bytes), answer->isCut};
 }
 
 std::optional<SelectionReader::Answer> X11Selections::ask(X11Selection& selection, xcb_atom_t target,
@@ -194,6 +201,7 @@ void X11Selections::handleOwnerChange(const xcb_generic_event_t& event) {
     if (change.owner == connection_->window() && change.selection_timestamp == selection.offeredAt) {
         selection.owned = std::exchange(selection.offered, nullptr);
         selection.ownedSince = selection.offeredAt;
+        selection.offeredCount = selection.changeCount;
     }
 }
 

@@ -11,6 +11,7 @@
 #include <xcb/xcb.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -38,6 +39,9 @@ struct X11Selection {
     /// The content that becomes `owned` when the server reports our ownership since `offeredAt`.
     std::shared_ptr<const Items> offered;
     xcb_timestamp_t offeredAt = 0;
+
+    /// The change count with which the server reported it; nullopt before.
+    std::optional<std::int64_t> offeredCount;
 
     /// The targets of another program's content; nullopt before the first request for them.
     std::optional<std::vector<std::string>> targets;
@@ -70,15 +74,18 @@ public:
     /// Handles all events from before now. One round trip.
     void synchronize() { connection_->synchronize(); }
 
-    /// Becomes the owner of the selection with this content. False if other programs take it again each time,
-    /// or if the server is lost.
-    bool own(X11Selection& selection, Items items);
+    /// Becomes the owner of the selection with this content. Gives the change count of doing so, also if
+    /// another program has taken the selection since. nullopt if other programs keep the server from it each
+    /// time, or if the server is lost.
+    std::optional<std::int64_t> own(X11Selection& selection, Items items);
 
-    /// The targets of another program's content. Waits for that program the first time.
+    /// The targets of another program's content: as many as its types and its targets of the protocol may be,
+    /// without those whose names are too long for a type. Waits for that program the first time.
     std::vector<std::string> targets(X11Selection& selection);
 
-    /// Another program's value for one of its targets. Waits for it. nullopt as for SelectionReader::read.
-    std::optional<SelectionValue> read(X11Selection& selection, const std::string& target);
+    /// Another program's value for one of its targets, or the first `limit` + 1 bytes of it. Waits for it.
+    /// nullopt as for SelectionReader::read.
+    std::optional<SelectionValue> read(X11Selection& selection, const std::string& target, std::size_t limit);
 
     /// Whether this process owns a selection with content, or still has a transfer to finish.
     bool isServing() const;
@@ -92,6 +99,9 @@ public:
     void giveUpOverdue(Clock::time_point now) { server_.giveUpOverdue(now); }
 
 private:
+    using Targets = std::vector<std::string>;
+
+    Targets targetNames(const Bytes& list);
     void handleEvent(const xcb_generic_event_t& event);
     void handleOwnerChange(const xcb_generic_event_t& event);
     std::optional<SelectionReader::Answer> ask(X11Selection& selection, xcb_atom_t target, std::size_t limit);

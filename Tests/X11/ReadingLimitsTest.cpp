@@ -1,0 +1,194 @@
+#include "Tests/Support/ReadingLimits.h"
+
+#include "Tests/Support/WaitUntil.h"
+#include "Tests/X11/ScriptedOwner.h"
+#include "Tests/X11/X11Peers.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+
+namespace tavel {
+
+namespace {
+
+using testing::IsEmpty;
+using testing::SizeIs;
+
+// What is fetched of values that are larger than their reader takes.
+class ReadingLimits : public testing::Test {
+protected:
+    /// The bytes that the server sends to the program during the operation.
+    std::uint64_t bytesSentDuring(const std::function<void()>& operation) {
+        const std::uint64_t before = bytesSent();
+        operation();
+        return bytesSent() - before;
+    }
+
+    std::optional<std::string> data(std::size_t limit) {
+        const auto read = peers.board().data("public.png", limit);
+        return read ? std::optional(std::string(read->view())) : std::nullopt;
+    }
+
+    X11Peers peers{longTimeOuts()};
+    ScriptedOwner owner{peers.display()};
+
+private:
+    std::uint64_t bytesSent() {
+        std::uint64_t bytes = 0;
+        peers.program().run([&] { bytes = xcb_total_read(peers.program().selections().connection().get()); });
+        return bytes;
+    }
+};
+
+TEST_F(ReadingLimits, aPropertyIsFetchedNoFurtherThanItsReaderTakes) {
+    const std::string bytes = distinctBytes(8'000'000);
+    owner.offerValue("image/png", bytes);
+    owner.take();
+    static_cast<void>(peers.board().types());
+    for (const std::size_t limit :
+         {std::size_t{0}, std::size_t{511}, std::size_t{512}, std::size_t{100'000}}) {
+        const auto sent = bytesSentDuring([&] { EXPECT_EQ(data(limit), bytes.substr(0, limit + 1)); });
+        EXPECT_LT(sent, limit + 2'000) << limit;
+        EXPECT_TRUE(owner.awaitDeletion(owner.requests().back()));
+    }
+    EXPECT_EQ(data(bytes.size() - 1), bytes);
+    EXPECT_EQ(data(bytes.size()), bytes);
+}
+
+TEST_F(ReadingLimits, aPropertyOfWhichTheRestIsNotFetchedIsDeleted) {
+    owner.offerValue("image/png", distinctBytes(5'000));
+    owner.take();
+    EXPECT_THAT(data(100).value(), SizeIs(101));
+    EXPECT_TRUE(owner.awaitDeletion(owner.awaitRequest("image/png")));
+}
+
+TEST_F(ReadingLimits, incrementsPastTheLimitAreLetThroughToTheirEndUnread) {
+    const std::string part = distinctBytes(1'000'000);
+    std::atomic<bool> isComplete = false;
+    owner.offer({"image/png"});
+    owner.on("image/png", [&](const auto& request) {
+        owner.announce(request, 10'000'000);
+        owner.notify(request);
+        isComplete = owner.sendIncrements(request, "image/png", std::vector<std::string>(10, part));
+    });
+    owner.take();
+    const auto sent = bytesSentDuring([&] {
+        EXPECT_EQ(data(1'500'000), part + part.substr(0, 500'001)) << "without waiting for the owner's end";
+        waitUntil([&] { return isComplete.load(); }, atOnce);
+        EXPECT_TRUE(isComplete);
+    });
+    EXPECT_LT(sent, 1'520'000U);
+}
+
+TEST_F(ReadingLimits, theNextValueIsReadWhileThatOfALongOneIsLetThrough) {
+    std::atomic<bool> goesOn = false;
+    ScriptedOwner second(peers.display());
+    second.offerValue("image/png", "next");
+    owner.offer({"image/png"});
+    owner.on("image/png", [&](const auto& request) {
+        owner.announce(request, 10);
+        owner.notify(request);
+        owner.sendIncrements(request, "image/png", {"more than", "the limit"});
+        goesOn = true;
+    });
+    owner.take();
+    EXPECT_EQ(data(3), "more");
+    second.take();
+    EXPECT_EQ(data(4), "next");
+    waitUntil([&] { return goesOn.load(); }, atOnce);
+    EXPECT_TRUE(goesOn);
+}
+
+TEST_F(ReadingLimits, aTextIsReadUpToTheLimitWithTheTerminatorThatFollows) {
+    const std::string text(1000, 'x');
+    owner.offerValue("UTF8_STRING", text + '\0');
+    owner.take();
+    EXPECT_EQ(peers.board().string("public.utf8-plain-text", 1000)->view(), text);
+    EXPECT_EQ(peers.board().string("public.utf8-plain-text", 999)->size(), 1000U);
+}
+
+TEST_F(ReadingLimits, aTextInLatin1IsCountedInUtf8) {
+    owner.offer({"STRING"});
+    owner.on("STRING", owner.value("STRING", std::string(500, '\xE9')));
+    owner.take();
+    EXPECT_EQ(peers.board().string("public.utf8-plain-text", 1000)->size(), 1000U);
+    EXPECT_EQ(peers.board().string("public.utf8-plain-text", 998)->size(), 999U);
+}
+
+TEST_F(ReadingLimits, htmlInUtf16IsReadUpToTheLimitInUtf8) {
+    std::string utf16 = "\xFF\xFE";
+    for (int i = 0; i < 1000; ++i)
+        utf16 += std::string("x\0", 2);
+    owner.offerValue("text/html", utf16);
+    owner.take();
+    EXPECT_EQ(peers.board().data("public.html", 1000)->view(), std::string(1000, 'x'));
+    EXPECT_EQ(peers.board().data("public.html", 999)->size(), 1000U);
+}
+
+TEST_F(ReadingLimits, aListOfFilesIsFetchedNoFurtherThanItsLimitsNeed) {
+    constexpr FileListLimit limit{10'000, 2'097'152};
+    std::string list;
+    while (list.size() < 12'000'000)
+        list += "file:///a\r\n";
+    owner.offerValue("text/uri-list", list);
+    owner.take();
+    static_cast<void>(peers.board().types());
+    const auto sent = bytesSentDuring([&] {
+        const FileList files = peers.board().files(limit);
+        EXPECT_FALSE(files.isComplete);
+        EXPECT_THAT(files.paths, SizeIs(10'000));
+    });
+    EXPECT_LT(sent, largestUrlBytes(limit) + 2'000);
+}
+
+TEST_F(ReadingLimits, aListThatIsCutIsIncompleteIfItNamesAFileAndOfNoFilesIfNot) {
+    constexpr FileListLimit limit{10, 1'000};
+    const std::string long_ = std::string(20'000, 'x');
+    for (const std::string& list :
+         {"file:///a\r\n# " + long_, "file:///" + long_, "file:///a/" + long_ + "%E2"}) {
+        owner.offerValue("text/uri-list", list);
+        owner.take();
+        EXPECT_FALSE(peers.board().files(limit).isComplete) << list.substr(0, 20);
+    }
+    for (const std::string& list : {"# " + long_, "https://example.net/" + long_, long_}) {
+        owner.offerValue("text/uri-list", list);
+        owner.take();
+        const FileList files = peers.board().files(limit);
+        EXPECT_TRUE(files.isComplete) << list.substr(0, 20);
+        EXPECT_THAT(files.paths, IsEmpty());
+    }
+}
+
+TEST_F(ReadingLimits, theFirstFileUrlIsWholeOrTooLong) {
+    const auto read = [this](const std::string& list, std::size_t limit) {
+        owner.offerValue("text/uri-list", list);
+        owner.take();
+        const auto url = peers.board().data("public.file-url", limit);
+        return url ? std::optional(std::string(url->view())) : std::nullopt;
+    };
+    EXPECT_EQ(read("file:///abc\r\nfile:///" + std::string(20'000, 'x'), 11), "file:///abc");
+    EXPECT_EQ(read("file:///abc\r\n", 10), "file:///abc");
+    EXPECT_EQ(read("file:///abcd\r\n", 10), "file:///abc");
+    EXPECT_EQ(read("# " + std::string(4'095, 'c') + "\r\nfile:///" + std::string(9'000, 'x'), 100),
+              std::nullopt);
+}
+
+TEST_F(ReadingLimits, whatIsTakenOverToAddTypesLosesTheValuesThatAreTooLarge) {
+    const std::string part(8'000'000, 'x');
+    owner.offer({"image/png", "UTF8_STRING"});
+    owner.on("image/png", owner.increments("image/png", std::vector<std::string>(17, part)));
+    owner.on("UTF8_STRING", owner.value("UTF8_STRING", "text"));
+    owner.take();
+    const Representation added{"net.example.added", Bytes::copyOf("added")};
+    EXPECT_TRUE(peers.board().addTypes({&added, 1}));
+    EXPECT_EQ(peers.board().types(),
+              (std::vector<std::string>{"public.utf8-plain-text", "net.example.added"}));
+    EXPECT_EQ(peers.text(), "text");
+}
+
+} // namespace
+
+} // namespace tavel
