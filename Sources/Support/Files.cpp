@@ -1,10 +1,12 @@
 #include "Support/Files.h"
 
+#include <ftw.h>
 #include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <system_error>
 
 namespace tavel {
@@ -50,9 +52,15 @@ bool createPrivateDirectory(const std::filesystem::path& path) {
 }
 
 bool removeTree(const std::filesystem::path& directory) {
-    std::error_code error;
-    std::filesystem::remove_all(directory, error);
-    return !error;
+    // Not std::filesystem: its functions end the process when memory lacks.
+    constexpr int openDirectories = 16;
+    const auto removeOne = [](const char* path, const struct stat*, int, FTW*) {
+        static_cast<void>(std::remove(path));
+        return 0; // goes on, so that as much goes as can
+    };
+    nftw(directory.c_str(), removeOne, openDirectories, FTW_DEPTH | FTW_PHYS);
+    struct stat status {};
+    return lstat(directory.c_str(), &status) != 0 && errno == ENOENT;
 }
 
 bool writeAll(int descriptor, std::string_view content) {

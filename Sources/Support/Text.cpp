@@ -7,6 +7,14 @@
 
 namespace tavel {
 
+namespace {
+
+/// simdjson chooses its code for this processor at its first use, and allocates memory in functions that must
+/// not throw. It does so here, before main: later, the lack of that memory would end the process.
+[[maybe_unused]] const bool isChosen = simdjson::validate_utf8("", 0);
+
+} // namespace
+
 bool isUtf8(std::string_view bytes) {
     return simdjson::validate_utf8(bytes.data(), bytes.size());
 }

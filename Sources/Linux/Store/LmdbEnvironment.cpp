@@ -86,15 +86,18 @@ void LmdbEnvironment::releaseUnusedTail() const {
         static_cast<void>(ftruncate(descriptor, usedBytes)); // on failure the file only takes more space
 }
 
-LmdbSnapshot::LmdbSnapshot(std::shared_ptr<const LmdbEnvironment> environment, MDB_txn* transaction)
-    : environment_(std::move(environment)), transaction_(transaction) {}
+LmdbSnapshot::LmdbSnapshot(std::shared_ptr<const LmdbEnvironment> environment)
+    : environment_(std::move(environment)) {}
 
 LmdbSnapshot::~LmdbSnapshot() {
-    mdb_txn_abort(transaction_);
+    if (transaction_ != nullptr)
+        mdb_txn_abort(transaction_);
 }
 
 std::shared_ptr<LmdbSnapshot> LmdbSnapshot::take(std::shared_ptr<const LmdbEnvironment> environment) {
-    MDB_txn* transaction = nullptr;
+    // Allocated first: a transaction without an owner would keep its slot for as long as the process lives.
+    const std::shared_ptr<LmdbSnapshot> snapshot(new LmdbSnapshot(environment));
+    MDB_txn*& transaction = snapshot->transaction_;
     int status = mdb_txn_begin(environment->handle(), nullptr, MDB_RDONLY, &transaction);
     if (status == MDB_READERS_FULL) {
         // Processes that were killed leave their slots taken.
@@ -102,9 +105,7 @@ std::shared_ptr<LmdbSnapshot> LmdbSnapshot::take(std::shared_ptr<const LmdbEnvir
         mdb_reader_check(environment->handle(), &freedSlots);
         status = mdb_txn_begin(environment->handle(), nullptr, MDB_RDONLY, &transaction);
     }
-    if (status != MDB_SUCCESS)
-        return nullptr;
-    return std::shared_ptr<LmdbSnapshot>(new LmdbSnapshot(std::move(environment), transaction));
+    return status == MDB_SUCCESS ? snapshot : nullptr;
 }
 
 void LmdbSnapshot::release() {
@@ -119,10 +120,10 @@ std::unique_ptr<LmdbWrite> LmdbWrite::begin(const LmdbEnvironment& environment) 
     // A killed reader's slot would keep the space of everything written since from being reused.
     int freedSlots = 0;
     mdb_reader_check(environment.handle(), &freedSlots);
-    MDB_txn* transaction = nullptr;
-    if (mdb_txn_begin(environment.handle(), nullptr, 0, &transaction) != MDB_SUCCESS)
-        return nullptr;
-    return std::unique_ptr<LmdbWrite>(new LmdbWrite(environment, transaction));
+    // Allocated first: a transaction without an owner would keep every other writer waiting for ever.
+    std::unique_ptr<LmdbWrite> write(new LmdbWrite(environment));
+    const int status = mdb_txn_begin(environment.handle(), nullptr, 0, &write->transaction_);
+    return status == MDB_SUCCESS ? std::move(write) : nullptr;
 }
 
 LmdbWrite::~LmdbWrite() {

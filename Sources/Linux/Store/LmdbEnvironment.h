@@ -50,10 +50,10 @@ public:
     bool renew();
 
 private:
-    LmdbSnapshot(std::shared_ptr<const LmdbEnvironment> environment, MDB_txn* transaction);
+    explicit LmdbSnapshot(std::shared_ptr<const LmdbEnvironment> environment);
 
     std::shared_ptr<const LmdbEnvironment> environment_;
-    MDB_txn* transaction_;
+    MDB_txn* transaction_ = nullptr;
 };
 
 /// A write transaction; rolled back unless committed.
@@ -71,11 +71,10 @@ public:
     bool commit();
 
 private:
-    LmdbWrite(const LmdbEnvironment& environment, MDB_txn* transaction)
-        : environment_(environment), transaction_(transaction) {}
+    explicit LmdbWrite(const LmdbEnvironment& environment) : environment_(environment) {}
 
     const LmdbEnvironment& environment_;
-    MDB_txn* transaction_;
+    MDB_txn* transaction_ = nullptr;
 };
 
 } // namespace tavel

@@ -2,6 +2,7 @@
 
 #include "Platform/PasteboardItems.h"
 #include "Platform/PasteboardTypes.h"
+#include "Support/ScopeExit.h"
 #include "Support/Text.h"
 
 #include <algorithm>
@@ -83,9 +84,8 @@ std::int64_t StorePasteboard::changeCount() {
         const auto transaction = LmdbWrite::begin(*environment_);
         return transaction != nullptr ? contentOf(transaction->transaction()).changeCount() : 0;
     }
-    const std::int64_t count = contentOf(countSnapshot_->transaction()).changeCount();
-    countSnapshot_->release();
-    return count;
+    const ScopeExit release([this] { countSnapshot_->release(); });
+    return contentOf(countSnapshot_->transaction()).changeCount();
 }
 
 std::vector<std::string> StorePasteboard::types() {

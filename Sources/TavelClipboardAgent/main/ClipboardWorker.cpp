@@ -51,17 +51,15 @@ void ClipboardWorker::run() {
     platform_.becomeAccessory();
     EventLoop& loop = platform_.eventLoop();
     bool reading = startReading();
-    loop.repeat(pollInterval, [worker = weak_from_this()] {
-        if (const auto alive = worker.lock())
-            alive->poll();
-    });
-    exportDirectory_->create();
+    bool polling = startPolling();
+    reserve_.insist([this] { exportDirectory_->create(); });
     startRemovingLeftOvers();
     while (!stopping_) {
         loop.runOnce(longestWait);
         reading = reading || startReading();
+        polling = polling || startPolling();
     }
-    exportDirectory_->remove();
+    reserve_.insist([this] { exportDirectory_->remove(); });
     platform_.handOverContents();
     finishOutput();
 }
@@ -72,6 +70,19 @@ bool ClipboardWorker::startReading() {
     try {
         loop.runInBackground([descriptor = pipes_.input, &loop, worker = weak_from_this()] {
             readCommands(descriptor, loop, worker);
+        });
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+/// False if there is no memory for it now.
+bool ClipboardWorker::startPolling() {
+    try {
+        platform_.eventLoop().repeat(pollInterval, [worker = weak_from_this()] {
+            if (const auto alive = worker.lock())
+                alive->poll();
         });
         return true;
     } catch (const std::exception&) {

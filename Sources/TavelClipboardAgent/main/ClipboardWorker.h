@@ -87,6 +87,7 @@ private:
     using Result = std::optional<std::string>;
 
     bool startReading();
+    bool startPolling();
     void startRemovingLeftOvers();
     bool isParentLost() const;
     void finishOutput();

@@ -6,36 +6,36 @@
 
 #include <chrono>
 #include <exception>
-#include <optional>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
 namespace {
 
-using Worker = std::shared_ptr<tavel::ClipboardWorker>;
-
-/// nullopt if there is no memory or no thread for the agent now.
-std::optional<Worker> makeWorker(const tavel::StandardPipes& pipes, int argc, char** argv) {
+/// Null if there is no memory or no thread for the agent now. Neither the platform nor the worker is ever
+/// destroyed: the reader of commands may still be blocked, and use them, while the process ends.
+tavel::ClipboardWorker* makeWorker(const tavel::StandardPipes& pipes, int argc, char** argv) {
     try {
         const std::vector<std::string> arguments(argv, argv + argc);
         auto platform = tavel::makePlatform();
-        auto worker = std::make_shared<tavel::ClipboardWorker>(
+        auto worker = std::make_unique<std::shared_ptr<tavel::ClipboardWorker>>();
+        *worker = std::make_shared<tavel::ClipboardWorker>(
             *platform, tavel::ClipboardWorker::Pipes{pipes.input, pipes.output}, tavel::parentPID(arguments),
             tavel::testPasteboardName(arguments));
-        static_cast<void>(platform.release()); // never destroyed, see below
-        return worker;
+        static_cast<void>(platform.release());
+        return worker.release()->get();
     } catch (const std::exception&) {
-        return std::nullopt;
+        return nullptr;
     }
 }
 
 /// Tries for five seconds; meanwhile the parent's commands wait in the pipe.
-std::optional<Worker> makeWorkerWithinTime(const tavel::StandardPipes& pipes, int argc, char** argv) {
+tavel::ClipboardWorker* makeWorkerWithinTime(const tavel::StandardPipes& pipes, int argc, char** argv) {
     constexpr int attempts = 50;
     constexpr std::chrono::milliseconds pause{100};
     for (int attempt = 1; attempt < attempts; ++attempt) {
-        if (auto worker = makeWorker(pipes, argc, argv))
+        if (auto* const worker = makeWorker(pipes, argc, argv))
             return worker;
         std::this_thread::sleep_for(pause);
     }
@@ -49,15 +49,12 @@ int main(int argc, char** argv) {
     const tavel::StandardPipes pipes = tavel::takeStandardPipes();
     tavel::blockBrokenPipeSignal();
     tavel::refuseNewPrivileges();
-    // Neither the platform nor the worker is ever destroyed: the reader of commands may still be blocked, and
-    // use them, while the process ends.
-    static std::optional<Worker>& made = *new std::optional<Worker>(makeWorkerWithinTime(pipes, argc, argv));
-    if (!made)
+    tavel::ClipboardWorker* const worker = makeWorkerWithinTime(pipes, argc, argv);
+    if (worker == nullptr)
         return 0;
-    tavel::ClipboardWorker& worker = **made;
-    worker.run();
+    worker->run();
     // A job may be deep in an image library, whose static objects must not be destroyed under it.
-    if (worker.isExporting())
+    if (worker->isExporting())
         _exit(0);
     return 0;
 }
