@@ -33,6 +33,11 @@ constexpr std::chrono::seconds fetchTimeTimeOut{5};
 /// Larger than any usual burst. The bound lets waiting callers check their deadline during a flood.
 constexpr int mostEventsAtOnce = 256;
 
+/// For a connection that no X11Connection owns yet: making one may throw.
+struct Disconnect {
+    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+};
+
 const xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
     xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
     while (screens.rem > 1 && number-- > 0)
@@ -63,16 +68,16 @@ std::optional<std::uint8_t> selectionOwnerEventOf(xcb_connection_t* connection) 
 
 std::unique_ptr<X11Connection> X11Connection::open(const char* display) {
     int screenNumber = 0;
-    xcb_connection_t* const connection = xcb_connect(display, &screenNumber);
-    if (xcb_connection_has_error(connection) == 0) {
-        const xcb_screen_t* const screen = screenOf(connection, screenNumber);
-        const auto selectionOwnerEvent = selectionOwnerEventOf(connection);
-        if (screen != nullptr && selectionOwnerEvent)
-            return std::unique_ptr<X11Connection>(
-                new X11Connection(connection, *screen, *selectionOwnerEvent));
-    }
-    xcb_disconnect(connection);
-    return nullptr;
+    std::unique_ptr<xcb_connection_t, Disconnect> connection(xcb_connect(display, &screenNumber));
+    if (xcb_connection_has_error(connection.get()) != 0)
+        return nullptr;
+    const xcb_screen_t* const screen = screenOf(connection.get(), screenNumber);
+    const auto selectionOwnerEvent = selectionOwnerEventOf(connection.get());
+    if (screen == nullptr || !selectionOwnerEvent)
+        return nullptr;
+    std::unique_ptr<X11Connection> opened(new X11Connection(connection.get(), *screen, *selectionOwnerEvent));
+    static_cast<void>(connection.release()); // the object disconnects it now
+    return opened;
 }
 
 X11Connection::X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen,

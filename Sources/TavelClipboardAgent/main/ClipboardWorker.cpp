@@ -60,7 +60,7 @@ void ClipboardWorker::run() {
         polling = polling || startPolling();
     }
     reserve_.insist([this] { exportDirectory_->remove(); });
-    platform_.handOverContents();
+    reserve_.insist([this] { platform_.handOverContents(); });
     finishOutput();
 }
 

@@ -116,7 +116,7 @@ TEST(Output, neverWaitsForAReader) {
 TEST(Output, tellsAReaderThatIsSlowFromNone) {
     Pipe pipe;
     Output output(pipe.writer());
-    output.emit(message(std::string(3'000'000, 'a')));
+    output.emit(message(std::string(6'000'000, 'a')));
     std::array<char, 65536> piece{};
     const std::uint64_t before = output.progress();
     const auto isMoving = [&] { return output.progress() > before + 20; };

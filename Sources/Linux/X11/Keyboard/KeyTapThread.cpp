@@ -10,8 +10,10 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -102,25 +104,42 @@ void KeyTapThread::wake() const {
     eventfd_write(wakeUp_, 1);
 }
 
-/// noexcept: out of memory, the process ends, and the server unfreezes the keyboard.
-void KeyTapThread::run() noexcept {
-    while (true) {
-        handleEvents();
-        if (connection_.isLost())
-            return;
-        {
-            const std::lock_guard lock(mutex_);
-            if (stopping_)
-                break;
-        }
-        // A refresh waits for replies. The events that come with them do not make the descriptor readable, so
-        // the loop handles them before it waits.
-        if (mustRefresh_ || keyboardChanged_ || windowChanged_)
-            refresh();
-        else
-            waitForNews();
+void KeyTapThread::run() {
+    while (runOnePass()) {
     }
-    letGo();
+}
+
+/// False at the end of the thread. Without memory for a pass, tries again.
+bool KeyTapThread::runOnePass() {
+    try {
+        return handleNews();
+    } catch (const std::bad_alloc&) {
+        mustRefresh_ = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        return true;
+    }
+}
+
+bool KeyTapThread::isStopping() {
+    const std::lock_guard lock(mutex_);
+    return stopping_;
+}
+
+bool KeyTapThread::handleNews() {
+    handleEvents();
+    if (connection_.isLost())
+        return false;
+    if (isStopping()) {
+        letGo();
+        return false;
+    }
+    // A refresh waits for replies. The events that come with them do not make the descriptor readable, so
+    // the loop handles them before it waits.
+    if (mustRefresh_ || keyboardChanged_ || windowChanged_)
+        refresh();
+    else
+        waitForNews();
+    return true;
 }
 
 void KeyTapThread::waitForNews() const {
@@ -198,12 +217,23 @@ void KeyTapThread::pressed(const xcb_key_press_event_t& key) {
             listener_.report(repeatEvent(key.state));
         return;
     }
-    if (askFor(key) == KeyVerdict::pass) {
+    if (askOrPass(key) == KeyVerdict::pass) {
         allow(XCB_ALLOW_REPLAY_KEYBOARD, key);
         return;
     }
     allow(XCB_ALLOW_ASYNC_KEYBOARD, key);
     hold(key);
+}
+
+/// Without the memory to ask, the key passes: the keyboard is frozen until it is told.
+KeyVerdict KeyTapThread::askOrPass(const xcb_key_press_event_t& key) {
+    try {
+        return askFor(key);
+    } catch (const std::bad_alloc&) {
+        const std::lock_guard lock(mutex_);
+        pending_.reset();
+        return KeyVerdict::pass;
+    }
 }
 
 KeyVerdict KeyTapThread::askFor(const xcb_key_press_event_t& key) {

@@ -62,7 +62,10 @@ private:
     };
 
     void start();
-    void run() noexcept;
+    void run();
+    bool runOnePass();
+    bool isStopping();
+    bool handleNews();
     void waitForNews() const;
     void handleEvents();
     void handle(const xcb_generic_event_t& event);
@@ -72,6 +75,7 @@ private:
 
     void pressed(const xcb_key_press_event_t& key);
     void released(const xcb_key_release_event_t& key);
+    KeyVerdict askOrPass(const xcb_key_press_event_t& key);
     KeyVerdict askFor(const xcb_key_press_event_t& key);
     void allow(std::uint8_t mode, const xcb_key_press_event_t& key);
     void hold(const xcb_key_press_event_t& key);
