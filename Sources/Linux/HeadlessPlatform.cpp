@@ -8,12 +8,12 @@
 namespace tavel {
 
 std::shared_ptr<Pasteboard> HeadlessPlatform::openPasteboard(const std::optional<std::string>& name) {
-    if (environment_ == nullptr) {
+    if (store_ == nullptr) {
         const std::filesystem::path directory = pasteboardStoreDirectory();
         preparePasteboardStoreDirectory(directory);
-        environment_ = std::make_shared<const LmdbEnvironment>(directory);
+        store_ = std::make_shared<const PasteboardStore>(directory);
     }
-    return std::make_shared<StorePasteboard>(environment_, name);
+    return std::make_shared<StorePasteboard>(store_, name);
 }
 
 } // namespace tavel

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Linux/LinuxPlatform.h"
-#include "Linux/Store/LmdbEnvironment.h"
+#include "Linux/Store/PasteboardStore.h"
 
 #include <memory>
 #include <optional>
@@ -27,7 +27,7 @@ public:
     void activate(std::int32_t) override {}
 };
 
-/// The platform of a machine without a display: pasteboards in LMDB, no keyboard, no windows.
+/// The platform of a machine without a display: pasteboards in the user's store, no keyboard, no windows.
 class HeadlessPlatform final : public LinuxPlatform {
 public:
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;
@@ -42,7 +42,7 @@ public:
 private:
     RefusedKeyboardTap keyboardTap_;
     NoFocusProbe focusProbe_;
-    std::shared_ptr<const LmdbEnvironment> environment_; // opened with the first pasteboard
+    std::shared_ptr<const PasteboardStore> store_; // opened with the first pasteboard
 };
 
 } // namespace tavel

@@ -27,6 +27,9 @@ public:
     /// Where the directory was when it was opened.
     const std::filesystem::path& path() const { return path_; }
 
+    /// Open for reading; this object keeps its ownership.
+    int descriptor() const { return descriptor_; }
+
     /// Whether `path` still leads to this directory, and not through a link in its place.
     bool isInPlace() const;
 

@@ -1,4 +1,4 @@
-#include "Linux/Store/LmdbEnvironment.h"
+#include "Linux/Store/PasteboardStore.h"
 #include "Linux/Store/StorePasteboard.h"
 #include "Tests/Conformance/PasteboardConformance.h"
 #include "Tests/Support/TestDirectory.h"
@@ -12,7 +12,7 @@ namespace {
 class HeadlessBackend final : public PasteboardBackend {
 public:
     std::shared_ptr<Pasteboard> open(const std::optional<std::string>& name) override {
-        return std::make_shared<StorePasteboard>(environment_, name);
+        return std::make_shared<StorePasteboard>(store_, name);
     }
 
     std::shared_ptr<Pasteboard> openElsewhere(const std::optional<std::string>& name) override {
@@ -21,8 +21,8 @@ public:
 
 private:
     TestDirectory directory_;
-    std::shared_ptr<const LmdbEnvironment> environment_ =
-        std::make_shared<const LmdbEnvironment>(directory_.path());
+    std::shared_ptr<const PasteboardStore> store_ =
+        std::make_shared<const PasteboardStore>(directory_.path());
 };
 
 constexpr PasteboardBackendMaker headless{

@@ -38,6 +38,9 @@ protected:
     /// Opened on first use.
     OtherApplication& otherApplication();
 
+    /// Closes it: this process does not use the store any more.
+    void forgetOtherApplication() { otherApplication_.reset(); }
+
     /// Waits until every agent has polled. A poll that finds no change is invisible, so this watches another
     /// agent: between two of its reports lies a whole polling interval.
     void waitForPolls();

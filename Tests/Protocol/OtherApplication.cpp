@@ -29,10 +29,10 @@ PasteboardItem urlItem(std::string_view url) {
 }
 
 OtherApplication::OtherApplication(const std::filesystem::path& store)
-    : environment_(std::make_shared<const LmdbEnvironment>(prepared(store))) {}
+    : store_(std::make_shared<const PasteboardStore>(prepared(store))) {}
 
 std::int64_t OtherApplication::copy(const std::vector<PasteboardItem>& items, const PasteboardName& name) {
-    StorePasteboard pasteboard(environment_, name);
+    StorePasteboard pasteboard(store_, name);
     const auto count = pasteboard.replaceWithItems(items);
     if (!count)
         throw std::runtime_error("The copy failed.");
@@ -45,7 +45,7 @@ std::int64_t OtherApplication::copyText(std::string_view text, const PasteboardN
 
 std::int64_t OtherApplication::addType(std::string_view type, std::string_view data,
                                        const PasteboardName& name) {
-    StorePasteboard pasteboard(environment_, name);
+    StorePasteboard pasteboard(store_, name);
     const Representation added = representation(type, data);
     if (!pasteboard.addTypes({&added, 1}))
         throw std::runtime_error("The type was not added.");
@@ -53,26 +53,24 @@ std::int64_t OtherApplication::addType(std::string_view type, std::string_view d
 }
 
 std::int64_t OtherApplication::changeCount(const PasteboardName& name) const {
-    return StorePasteboard(environment_, name).changeCount();
+    return StorePasteboard(store_, name).changeCount();
 }
 
 std::vector<std::vector<TypeAndData>> OtherApplication::content(const PasteboardName& name) const {
     // The pasteboard's interface cannot tell which item a type belongs to.
-    const auto snapshot = LmdbSnapshot::take(environment_);
-    if (snapshot == nullptr)
-        throw std::runtime_error("The pasteboard store cannot be read.");
-    const BoardKey key(name);
     std::vector<std::vector<TypeAndData>> items;
-    StoredContent(snapshot->transaction(), environment_->database(), key).forEach([&](const auto& entry) {
+    const auto current = store_->contents().open(BoardKey(name), changeCount(name));
+    if (!current)
+        return items;
+    for (const ContentFile::Entry& entry : current->entries()) {
         items.resize(entry.item + std::size_t{1});
-        items.back().emplace_back(entry.type, entry.data);
-        return true;
-    });
+        items.back().emplace_back(entry.type, current->data(entry, ample).value().view());
+    }
     return items;
 }
 
 std::optional<std::string> OtherApplication::text(const PasteboardName& name) const {
-    const auto text = StorePasteboard(environment_, name).string("public.utf8-plain-text", ample);
+    const auto text = StorePasteboard(store_, name).string("public.utf8-plain-text", ample);
     return text ? std::optional<std::string>(text->view()) : std::nullopt;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/Store/LmdbEnvironment.h"
+#include "Linux/Store/PasteboardStore.h"
 #include "Linux/Store/StorePasteboard.h"
 
 #include <cstdint>
@@ -54,7 +54,7 @@ public:
     std::optional<std::string> text(const PasteboardName& name = sharedPasteboard) const;
 
 private:
-    std::shared_ptr<const LmdbEnvironment> environment_;
+    std::shared_ptr<const PasteboardStore> store_;
 };
 
 } // namespace tavel

@@ -80,13 +80,12 @@ const Obstacle obstacles[] = {
          fs::create_directory_symlink(elsewhere, store);
      }},
     {"aFile", [](const fs::path& store) { std::ofstream(store) << "no directory"; }},
-    {"fullOfSomethingElse",
+    {"whoseFilesAreDirectories",
      [](const fs::path& store) {
          fs::create_directory(store);
          fs::permissions(store, fs::perms::owner_all);
-         for (int number = 0; number < 10; ++number)
-             std::ofstream(store / ("pasteboards-" + std::to_string(number) + ".mdb"))
-                 << std::string(100'000, 'x');
+         fs::create_directory(store / "pasteboards-2.mdb");
+         fs::create_directory(store / "pasteboards-2.use");
      }},
 };
 
@@ -127,7 +126,54 @@ INSTANTIATE_TEST_SUITE_P(Closed, StandardDescriptors,
                              return name;
                          });
 
-class PasteboardStore : public AgentTest {};
+class PasteboardStore : public AgentTest {
+protected:
+    /// Reads on to the reply to that command.
+    static void awaitReply(AgentProcess& agent, std::uint64_t requestID) {
+        while (agent.nextMessage().value("request_id", Json()) != Json(requestID)) {
+        }
+    }
+};
+
+TEST_F(PasteboardStore, isMadeAnewWhenItIsDamaged) {
+    otherApplication().copyText("before");
+    const fs::path store = directory_.pasteboardStore();
+    for (const std::uintmax_t length : {0U, 8192U, 12'288U, 20'480U}) {
+        forgetOtherApplication();
+        for (const auto& entry : fs::directory_iterator(store))
+            fs::resize_file(entry, length);
+        AgentProcess& agent = start();
+        const std::int64_t sequence = otherApplication().copyText("a");
+        EXPECT_EQ(agent.nextMessage(), announcement(sequence)) << length;
+        EXPECT_EQ(agent.nextMessage(), textEvent("YQ", 1, sequence)) << length;
+        agent.closeInput();
+        EXPECT_EQ(agent.waitForExit(), 0);
+    }
+}
+
+TEST_F(PasteboardStore, losesNoCopyOfTwoAgentsThatWriteInTheSameInstant) {
+    AgentProcess& first = start();
+    AgentProcess& second = start();
+    for (std::uint64_t round = 1; round <= 25; ++round) {
+        const auto write = [&](AgentProcess& agent, std::string_view text) {
+            agent.send(
+                Json{{"command", "write_text"}, {"request_id", round}, {"text_b64", text}, {"marker", ""}}
+                    .dump() +
+                "\n");
+        };
+        write(first, "MQ");
+        write(second, "Mg");
+        awaitReply(first, round);
+        awaitReply(second, round);
+        const std::int64_t last = otherApplication().changeCount();
+        EXPECT_EQ(last, static_cast<std::int64_t>(2 * round));
+        const bool isOfFirst = otherApplication().text() == "1";
+        const Json wanted = textEvent(isOfFirst ? "MQ" : "Mg", 1, last);
+        AgentProcess& other = isOfFirst ? second : first;
+        while (other.nextMessage() != wanted) { // its own copy, if it came first, may be reported before
+        }
+    }
+}
 
 TEST_F(PasteboardStore, standsInTheTemporaryDirectoryWithoutARuntimeDirectory) {
     AgentProcess::Options without = options();

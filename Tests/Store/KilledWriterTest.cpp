@@ -53,6 +53,15 @@ TEST_F(KilledWriter, leavesAStoreThatOpensWithAWholeContent) {
     EXPECT_LE(storeBytes(), 16 * mebibyte) << "what the killed ones wrote takes up no space for ever";
 }
 
+TEST_F(KilledWriter, leavesNothingThatTheNextWriteDoesNotRemove) {
+    const auto ours = open();
+    for (int writer = 1; writer <= kills; ++writer) {
+        startAndKill(writer);
+        ASSERT_TRUE(writeStamped(*ours, {0, static_cast<std::uint64_t>(writer), 100}));
+        ASSERT_LT(storeBytes(), mebibyte) << "the killed one wrote a mebibyte";
+    }
+}
+
 TEST_F(KilledWriter, leavesProgramsThatAreRunningToGoOn) {
     const auto ours = open();
     const auto watcher = start({"watch", "1"});

@@ -1,4 +1,4 @@
-#include "Linux/Store/LmdbEnvironment.h"
+#include "Linux/Store/PasteboardStore.h"
 #include "Linux/Store/StoreDirectory.h"
 #include "Linux/Store/StorePasteboard.h"
 #include "Support/Error.h"
@@ -126,7 +126,7 @@ int run(const std::vector<std::string>& arguments) {
     if (role == roles.end() || arguments.size() != 3 + role->second.argumentCount)
         return fail("the arguments make no sense");
     preparePasteboardStoreDirectory(arguments[0]);
-    StorePasteboard pasteboard(std::make_shared<const LmdbEnvironment>(arguments[0]), arguments[1]);
+    StorePasteboard pasteboard(std::make_shared<const PasteboardStore>(arguments[0]), arguments[1]);
     return role->second.run(pasteboard, Arguments(arguments).subspan(3));
 }
 

@@ -1,7 +1,7 @@
 #include "Linux/Store/StoreDirectory.h"
 
 #include "Linux/HeadlessPlatform.h"
-#include "Linux/Store/LmdbEnvironment.h"
+#include "Linux/Store/PasteboardStore.h"
 #include "Linux/Store/StorePasteboard.h"
 #include "Support/Error.h"
 #include "Support/ScopeExit.h"
@@ -179,7 +179,7 @@ TEST_F(StoreDirectory, holdsFilesForTheirOwnerOnlyWhateverTheUmask) {
         const mode_t before = umask(mask);
         const ScopeExit restore([&] { umask(before); });
         preparePasteboardStoreDirectory(store_);
-        StorePasteboard pasteboard(std::make_shared<const LmdbEnvironment>(store_), "name");
+        StorePasteboard pasteboard(std::make_shared<const PasteboardStore>(store_), "name");
         const PasteboardItem item{{"net.example.some", Bytes::copyOf("secret")}};
         ASSERT_TRUE(pasteboard.replaceWithItems({&item, 1}));
         ASSERT_FALSE(std::filesystem::is_empty(store_));

@@ -1,6 +1,6 @@
 #include "Tests/Store/StoreProcessTest.h"
 
-#include "Linux/Store/LmdbEnvironment.h"
+#include "Linux/Store/PasteboardStore.h"
 
 #include <sys/stat.h>
 
@@ -13,7 +13,7 @@ constexpr const char* pasteboardName = "shared";
 } // namespace
 
 std::unique_ptr<StorePasteboard> StoreProcessTest::open() const {
-    return std::make_unique<StorePasteboard>(std::make_shared<const LmdbEnvironment>(storeDirectory_),
+    return std::make_unique<StorePasteboard>(std::make_shared<const PasteboardStore>(storeDirectory_),
                                              pasteboardName);
 }
 
@@ -23,19 +23,14 @@ std::unique_ptr<TestProcess> StoreProcessTest::start(const std::vector<std::stri
     return std::make_unique<TestProcess>(commandLine);
 }
 
-std::filesystem::path StoreProcessTest::storeFile() const {
-    return storeDirectory_ / "pasteboards-1.mdb";
-}
-
 std::uint64_t StoreProcessTest::storeBytes() const {
-    return std::filesystem::file_size(storeFile());
-}
-
-std::uint64_t StoreProcessTest::allocatedStoreBytes() const {
-    struct stat status {};
-
-    stat(storeFile().c_str(), &status);
-    return static_cast<std::uint64_t>(status.st_blocks) * 512; // whatever the file system's block size is
+    std::uint64_t blocks = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(storeDirectory_)) {
+        struct stat status {};
+        if (stat(entry.path().c_str(), &status) == 0)
+            blocks += static_cast<std::uint64_t>(status.st_blocks);
+    }
+    return blocks * 512; // whatever the file system's block size is
 }
 
 } // namespace tavel

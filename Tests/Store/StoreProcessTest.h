@@ -29,15 +29,12 @@ protected:
     /// Starts another program on the same pasteboard; PasteboardWriter.cpp describes the roles.
     std::unique_ptr<TestProcess> start(const std::vector<std::string>& role) const;
 
-    /// The length of the store's file, and the disk space that it takes.
+    /// The disk space that the store's files take.
     std::uint64_t storeBytes() const;
-    std::uint64_t allocatedStoreBytes() const;
 
     const std::filesystem::path& storeDirectory() const { return storeDirectory_; }
 
 private:
-    std::filesystem::path storeFile() const;
-
     const TestDirectory scratch_;
     const std::filesystem::path storeDirectory_ = scratch_.runtimeDirectory();
 };

@@ -1,11 +1,8 @@
 #include "Linux/Store/LmdbEnvironment.h"
 
-#include "Linux/Store/StoreFiles.h"
 #include "Support/Error.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
+#include <cstring>
 #include <string>
 #include <utility>
 
@@ -13,15 +10,11 @@ namespace tavel {
 
 namespace {
 
-/// Only address space: the file is as long as the most that was ever stored at once.
-constexpr std::size_t mapBytes = std::size_t{16} << 30;
+/// Only address space: enough for the change counts of several hundred thousand pasteboards.
+constexpr std::size_t mapBytes = std::size_t{64} << 20;
 
-/// A reading process takes one or a few slots, and one more for each large payload in use.
+/// A process takes one slot, and one more while it reads.
 constexpr unsigned readerSlots = 1000;
-
-/// Enough for those slots and LMDB's own record before them; a slot has the size of a processor's cache line,
-/// at most 128 bytes.
-constexpr std::size_t lockFileBytes = std::size_t{128} * 1024;
 
 void check(int status) {
     if (status != MDB_SUCCESS)
@@ -29,12 +22,26 @@ void check(int status) {
                     std::string("The pasteboard store cannot be opened: ") + mdb_strerror(status));
 }
 
+/// LMDB only reads through this pointer, although it is not const.
+MDB_val valueOf(const BoardKey& key) {
+    return {key.digits().size(), const_cast<char*>(key.digits().data())};
+}
+
+std::int64_t changeCountIn(MDB_txn* transaction, MDB_dbi database, const BoardKey& board) {
+    MDB_val key = valueOf(board);
+    MDB_val value{};
+    std::int64_t count = 0;
+    if (mdb_get(transaction, database, &key, &value) == MDB_SUCCESS && value.mv_size == sizeof count)
+        std::memcpy(&count, value.mv_data, sizeof count);
+    return count;
+}
+
 } // namespace
 
-LmdbEnvironment::LmdbEnvironment(const std::filesystem::path& directory) {
+LmdbEnvironment::LmdbEnvironment(const std::filesystem::path& file) {
     check(mdb_env_create(&environment_));
     try {
-        open(directory);
+        open(file);
     } catch (...) {
         mdb_env_close(environment_);
         throw;
@@ -45,18 +52,12 @@ LmdbEnvironment::~LmdbEnvironment() {
     mdb_env_close(environment_);
 }
 
-void LmdbEnvironment::open(const std::filesystem::path& directory) {
+void LmdbEnvironment::open(const std::filesystem::path& file) {
     check(mdb_env_set_mapsize(environment_, mapBytes));
     check(mdb_env_set_maxreaders(environment_, readerSlots));
-    // MDB_NOTLS: a payload that shares a snapshot may be released on another thread than the one that took
-    // it. The number is the layout's (StoredContent.h): a program with another layout uses another file.
-    const std::filesystem::path file = directory / "pasteboards-1.mdb";
-    {
-        const StoreOpeningLock lock(directory);
-        removeUnfinishedStoreFile(file);
-        allocateLockFile(file.string() + "-lock", lockFileBytes);
-        check(mdb_env_open(environment_, file.c_str(), MDB_NOSUBDIR | MDB_NOTLS, 0600));
-    }
+    // MDB_NOTLS: a thread may read while it holds an idle snapshot. MDB_NOSYNC: no process uses this file
+    // after a failure of the system.
+    check(mdb_env_open(environment_, file.c_str(), MDB_NOSUBDIR | MDB_NOTLS | MDB_NOSYNC, 0600));
     int freedSlots = 0;
     check(mdb_reader_check(environment_, &freedSlots));
 
@@ -67,45 +68,27 @@ void LmdbEnvironment::open(const std::filesystem::path& directory) {
     check(status);
 }
 
-void LmdbEnvironment::releaseUnusedTail() const {
-    const auto lock = LmdbWrite::begin(*this); // nobody adds to the file meanwhile
-    if (lock == nullptr)
-        return;
-    MDB_envinfo info{};
-    MDB_stat statistics{};
-    int descriptor = -1;
-    struct stat status {};
-
-    if (mdb_env_info(environment_, &info) != MDB_SUCCESS ||
-        mdb_env_stat(environment_, &statistics) != MDB_SUCCESS ||
-        mdb_env_get_fd(environment_, &descriptor) != MDB_SUCCESS || fstat(descriptor, &status) != 0)
-        return;
-    // No snapshot, however old, refers to a page behind this one: the number only grows.
-    const auto usedBytes = static_cast<off_t>((info.me_last_pgno + 1) * statistics.ms_psize);
-    if (status.st_size > usedBytes)
-        static_cast<void>(ftruncate(descriptor, usedBytes)); // on failure the file only takes more space
-}
-
-LmdbSnapshot::LmdbSnapshot(std::shared_ptr<const LmdbEnvironment> environment)
-    : environment_(std::move(environment)) {}
-
 LmdbSnapshot::~LmdbSnapshot() {
     if (transaction_ != nullptr)
         mdb_txn_abort(transaction_);
 }
 
-std::shared_ptr<LmdbSnapshot> LmdbSnapshot::take(std::shared_ptr<const LmdbEnvironment> environment) {
+std::unique_ptr<LmdbSnapshot> LmdbSnapshot::take(const LmdbEnvironment& environment) {
     // Allocated first: a transaction without an owner would keep its slot for as long as the process lives.
-    const std::shared_ptr<LmdbSnapshot> snapshot(new LmdbSnapshot(environment));
+    std::unique_ptr<LmdbSnapshot> snapshot(new LmdbSnapshot(environment));
     MDB_txn*& transaction = snapshot->transaction_;
-    int status = mdb_txn_begin(environment->handle(), nullptr, MDB_RDONLY, &transaction);
+    int status = mdb_txn_begin(environment.handle(), nullptr, MDB_RDONLY, &transaction);
     if (status == MDB_READERS_FULL) {
         // Processes that were killed leave their slots taken.
         int freedSlots = 0;
-        mdb_reader_check(environment->handle(), &freedSlots);
-        status = mdb_txn_begin(environment->handle(), nullptr, MDB_RDONLY, &transaction);
+        mdb_reader_check(environment.handle(), &freedSlots);
+        status = mdb_txn_begin(environment.handle(), nullptr, MDB_RDONLY, &transaction);
     }
-    return status == MDB_SUCCESS ? snapshot : nullptr;
+    return status == MDB_SUCCESS ? std::move(snapshot) : nullptr;
+}
+
+std::int64_t LmdbSnapshot::changeCount(const BoardKey& key) const {
+    return changeCountIn(transaction_, environment_.database(), key);
 }
 
 void LmdbSnapshot::release() {
@@ -131,11 +114,18 @@ LmdbWrite::~LmdbWrite() {
         mdb_txn_abort(transaction_);
 }
 
+std::int64_t LmdbWrite::changeCount(const BoardKey& key) const {
+    return changeCountIn(transaction_, environment_.database(), key);
+}
+
+bool LmdbWrite::setChangeCount(const BoardKey& board, std::int64_t count) {
+    MDB_val key = valueOf(board);
+    MDB_val value{sizeof count, &count};
+    return mdb_put(transaction_, environment_.database(), &key, &value, 0) == MDB_SUCCESS;
+}
+
 bool LmdbWrite::commit() {
-    if (mdb_txn_commit(std::exchange(transaction_, nullptr)) == MDB_SUCCESS)
-        return true;
-    environment_.releaseUnusedTail();
-    return false;
+    return mdb_txn_commit(std::exchange(transaction_, nullptr)) == MDB_SUCCESS;
 }
 
 } // namespace tavel

@@ -1,20 +1,26 @@
 #pragma once
 
+#include "Linux/Store/BoardKey.h"
+
 #include <lmdb.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 
 namespace tavel {
 
-/// The LMDB environment that holds a user's pasteboards, shared by all of the user's processes. It stays
-/// consistent when a process dies at any moment, and commits are durable. A process must not open one
-/// directory's environment twice (lmdb.h, "Caveats"). One thread at a time may use a transaction. Only one
-/// write transaction exists at a time on a machine; a second one waits for the first to end.
+/// The LMDB environment with the change counts of a user's pasteboards, shared by all of the user's
+/// processes. It stays consistent when a process dies at any moment. It is not made for damaged files, and so
+/// never outlives the processes that use it (PasteboardStore). A process must not open one file's environment
+/// twice (lmdb.h, "Caveats"). One thread at a time may use a transaction. Only one write transaction exists
+/// at a time on a machine; a second one waits for the first to end.
+///
+/// A record's key is a pasteboard's (BoardKey), its value 8 bytes in this machine's order.
 class LmdbEnvironment {
 public:
-    /// Opens or creates the environment in that directory. Throws Error.
-    explicit LmdbEnvironment(const std::filesystem::path& directory);
+    /// Opens or creates that file. Throws Error.
+    explicit LmdbEnvironment(const std::filesystem::path& file);
     ~LmdbEnvironment();
     LmdbEnvironment(const LmdbEnvironment&) = delete;
     LmdbEnvironment& operator=(const LmdbEnvironment&) = delete;
@@ -22,27 +28,25 @@ public:
     MDB_env* handle() const { return environment_; }
     MDB_dbi database() const { return database_; }
 
-    /// Truncates the file behind the stored data. After a failed write LMDB leaves the file as long as the
-    /// write made it, which on a full disk is all the space there was.
-    void releaseUnusedTail() const;
-
 private:
-    void open(const std::filesystem::path& directory);
+    void open(const std::filesystem::path& file);
 
     MDB_env* environment_ = nullptr;
     MDB_dbi database_ = 0;
 };
 
 /// A consistent view of the environment. It does not block writers, but they cannot reuse the space it sees.
+/// The environment must outlive it.
 class LmdbSnapshot {
 public:
     /// Null if LMDB refuses (too many readers at once).
-    static std::shared_ptr<LmdbSnapshot> take(std::shared_ptr<const LmdbEnvironment> environment);
+    static std::unique_ptr<LmdbSnapshot> take(const LmdbEnvironment& environment);
     ~LmdbSnapshot();
     LmdbSnapshot(const LmdbSnapshot&) = delete;
     LmdbSnapshot& operator=(const LmdbSnapshot&) = delete;
 
-    MDB_txn* transaction() const { return transaction_; }
+    /// 0 before the first write.
+    std::int64_t changeCount(const BoardKey& key) const;
 
     /// Gives the view up until `renew` takes the current one. An idle snapshot keeps no space from being
     /// reused, and its renewal needs no system call.
@@ -50,13 +54,13 @@ public:
     bool renew();
 
 private:
-    explicit LmdbSnapshot(std::shared_ptr<const LmdbEnvironment> environment);
+    explicit LmdbSnapshot(const LmdbEnvironment& environment) : environment_(environment) {}
 
-    std::shared_ptr<const LmdbEnvironment> environment_;
+    const LmdbEnvironment& environment_;
     MDB_txn* transaction_ = nullptr;
 };
 
-/// A write transaction; rolled back unless committed.
+/// A write transaction; rolled back unless committed. The environment must outlive it.
 class LmdbWrite {
 public:
     /// Waits for other processes' write transactions. Null if LMDB refuses.
@@ -65,9 +69,12 @@ public:
     LmdbWrite(const LmdbWrite&) = delete;
     LmdbWrite& operator=(const LmdbWrite&) = delete;
 
-    MDB_txn* transaction() const { return transaction_; }
+    std::int64_t changeCount(const BoardKey& key) const;
 
-    /// False if it could not be made durable (no space). It is then rolled back and takes no space.
+    /// False when LMDB fails; the transaction must then be rolled back.
+    bool setChangeCount(const BoardKey& key, std::int64_t count);
+
+    /// False if there is no space for it. It is then rolled back.
     bool commit();
 
 private:

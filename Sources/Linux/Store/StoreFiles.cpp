@@ -43,7 +43,7 @@ StoreOpeningLock::~StoreOpeningLock() {
 }
 
 void allocateLockFile(const std::filesystem::path& file, std::size_t bytes) {
-    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (descriptor < 0)
         fail(file, errno);
     const ScopeExit closeFile([&] { close(descriptor); });
@@ -57,12 +57,20 @@ void allocateLockFile(const std::filesystem::path& file, std::size_t bytes) {
         fail(file, errno);
 }
 
-void removeUnfinishedStoreFile(const std::filesystem::path& file) {
-    struct stat status {};
+StoreUse::StoreUse(const std::filesystem::path& file)
+    : descriptor_(::open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600)) {
+    if (descriptor_ < 0)
+        fail(file, errno);
+    isAlone_ = flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
+}
 
-    if (lstat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-        status.st_size < 2 * sysconf(_SC_PAGESIZE))
-        unlink(file.c_str());
+StoreUse::~StoreUse() {
+    close(descriptor_);
+}
+
+void StoreUse::share() const {
+    // Nobody holds it alone now: whoever does also holds the opening lock.
+    flock(descriptor_, LOCK_SH | LOCK_NB);
 }
 
 } // namespace tavel

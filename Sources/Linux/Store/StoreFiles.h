@@ -25,8 +25,25 @@ private:
 /// locks on it (POSIX fcntl).
 void allocateLockFile(const std::filesystem::path& file, std::size_t bytes);
 
-/// Removes a store file that is shorter than its two header pages, which LMDB would refuse for ever. Such a
-/// file holds no data: the disk was full, or the process that created it was killed, before it was complete.
-void removeUnfinishedStoreFile(const std::filesystem::path& file);
+/// A process's use of a store: a lock (flock) on a file, held while this object lives. The system releases it
+/// when the process ends, however it ends.
+class StoreUse {
+public:
+    /// To be called while the opening lock is held. Throws Error.
+    explicit StoreUse(const std::filesystem::path& file);
+    ~StoreUse();
+    StoreUse(const StoreUse&) = delete;
+    StoreUse& operator=(const StoreUse&) = delete;
+
+    /// Whether no other process uses the store.
+    bool isAlone() const { return isAlone_; }
+
+    /// Lets others use it as well. To be called before the opening lock is released.
+    void share() const;
+
+private:
+    int descriptor_;
+    bool isAlone_;
+};
 
 } // namespace tavel

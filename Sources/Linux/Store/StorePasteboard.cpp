@@ -2,7 +2,6 @@
 
 #include "Platform/PasteboardItems.h"
 #include "Platform/PasteboardTypes.h"
-#include "Support/ScopeExit.h"
 #include "Support/Text.h"
 
 #include <algorithm>
@@ -13,137 +12,154 @@ namespace tavel {
 
 namespace {
 
-/// Payloads up to this size are copied: cheaper than holding a snapshot for them.
-constexpr std::size_t copiedBytes = std::size_t{64} * 1024;
+/// Each attempt fails only if another process has replaced the content in that moment.
+constexpr int readingAttempts = 100;
+
+/// The most that `addTypes` takes over of a content that another program has written.
+constexpr std::uint64_t mostBytesTakenOver = std::uint64_t{512} << 20;
 
 bool isAcceptable(std::span<const Representation> representations) {
     return std::ranges::all_of(representations,
                                [](const auto& one) { return pasteboardType::isReadableName(one.type); });
 }
 
-/// The texts joined by line feeds, but no more than `limit` + 1 bytes.
-Bytes joined(std::span<const std::string_view> texts, std::size_t limit) {
-    std::string joined;
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        if (i > 0)
-            joined += '\n';
-        joined.append(texts[i].substr(0, limit + 1 - joined.size()));
-        if (joined.size() > limit)
-            break;
-    }
-    return Bytes::adopt(std::move(joined));
+/// The text under the entry, or its first `limit` + 1 bytes. nullopt if it is no text.
+std::optional<Bytes> textIn(const ContentFile& content, const ContentFile::Entry& entry, std::size_t limit) {
+    auto text = content.data(entry, limit);
+    if (!text)
+        return std::nullopt;
+    const std::string_view bytes = text->view();
+    return isUtf8(entry.size > limit ? withoutPartialCharacter(bytes) : bytes) ? text : std::nullopt;
 }
 
-bool putItem(StoredContent& content, std::uint32_t item, const PasteboardItem& representations) {
-    std::uint32_t position = 0;
-    return std::ranges::all_of(representations, [&](const Representation& one) {
-        return content.put(item, position++, one.type, one.data.view());
-    });
+/// Puts data under the type on the item, replacing that type's data.
+void put(PasteboardItem& item, const Representation& added) {
+    const auto found = std::ranges::find(item, added.type, &Representation::type);
+    if (found == item.end())
+        item.push_back(added);
+    else
+        found->data = added.data;
+}
+
+/// nullopt if the file cannot be read, is too large, or there is no memory for it.
+std::optional<std::vector<PasteboardItem>> itemsOf(const ContentFile& content) {
+    std::vector<PasteboardItem> items;
+    std::uint32_t number = 0; // of the last item
+    std::uint64_t room = mostBytesTakenOver;
+    for (const ContentFile::Entry& entry : content.entries()) {
+        if (entry.size > room)
+            return std::nullopt;
+        room -= entry.size;
+        auto data = content.data(entry, entry.size);
+        if (!data)
+            return std::nullopt;
+        if (items.empty() || entry.item != number)
+            items.emplace_back();
+        number = entry.item;
+        items.back().push_back({entry.type, std::move(*data)});
+    }
+    return items;
 }
 
 } // namespace
 
-/// What an operation reads. Empty if LMDB refuses a snapshot.
-struct StorePasteboard::View {
-    std::shared_ptr<LmdbSnapshot> snapshot;
-    std::optional<StoredContent> content;
-
-    /// The first `limit` + 1 bytes at most.
-    Bytes share(std::string_view data, std::size_t limit) const {
-        data = data.substr(0, limit + 1);
-        if (data.size() <= copiedBytes)
-            return Bytes::copyOf(data);
-        return {snapshot, data.data(), data.size()};
-    }
-};
-
-StorePasteboard::StorePasteboard(std::shared_ptr<const LmdbEnvironment> environment,
+StorePasteboard::StorePasteboard(std::shared_ptr<const PasteboardStore> store,
                                  const std::optional<std::string>& name)
-    : environment_(std::move(environment)), key_(name) {}
+    : store_(std::move(store)), key_(name) {}
 
-StoredContent StorePasteboard::contentOf(MDB_txn* transaction) const {
-    return {transaction, environment_->database(), key_};
-}
-
-StorePasteboard::View StorePasteboard::view() {
-    owner_.assertCurrent();
-    auto snapshot = LmdbSnapshot::take(environment_);
-    if (snapshot == nullptr)
-        return {};
-    StoredContent content = contentOf(snapshot->transaction());
-    return {std::move(snapshot), content};
+/// nullopt if there is none, or it cannot be read.
+std::optional<ContentFile> StorePasteboard::content() {
+    for (int attempt = 0; attempt < readingAttempts; ++attempt) {
+        const std::int64_t count = changeCount();
+        if (auto file = store_->contents().open(key_, count))
+            return file;
+        if (changeCount() == count)
+            break;
+    }
+    return std::nullopt;
 }
 
 std::int64_t StorePasteboard::changeCount() {
     owner_.assertCurrent();
     const bool current = countSnapshot_ != nullptr
                              ? countSnapshot_->renew()
-                             : (countSnapshot_ = LmdbSnapshot::take(environment_)) != nullptr;
+                             : (countSnapshot_ = LmdbSnapshot::take(store_->changeCounts())) != nullptr;
     if (!current) {
         // All reader slots are taken. A write transaction needs none, and the count must not go back.
-        const auto transaction = LmdbWrite::begin(*environment_);
-        return transaction != nullptr ? contentOf(transaction->transaction()).changeCount() : 0;
+        const auto transaction = LmdbWrite::begin(store_->changeCounts());
+        return transaction != nullptr ? transaction->changeCount(key_) : 0;
     }
-    const ScopeExit release([this] { countSnapshot_->release(); });
-    return contentOf(countSnapshot_->transaction()).changeCount();
+    const std::int64_t count = countSnapshot_->changeCount(key_);
+    countSnapshot_->release();
+    return count;
 }
 
 std::vector<std::string> StorePasteboard::types() {
     std::vector<std::string> types;
-    const View current = view();
-    if (!current.content)
+    const auto current = content();
+    if (!current)
         return types;
     std::unordered_set<std::string_view> seen;
-    current.content->forEach([&](const StoredContent::Entry& entry) {
+    for (const ContentFile::Entry& entry : current->entries()) {
+        if (types.size() == pasteboardType::mostTypes)
+            break;
         if (pasteboardType::isReadableName(entry.type) && seen.insert(entry.type).second)
-            types.emplace_back(entry.type);
-        return types.size() < pasteboardType::mostTypes;
-    });
+            types.push_back(entry.type);
+    }
     return types;
 }
 
 std::optional<Bytes> StorePasteboard::string(std::string_view type, std::size_t limit) {
-    const View current = view();
-    if (!current.content)
+    const auto current = content();
+    if (!current)
         return std::nullopt;
-    const bool joinsItems = type == pasteboardType::string;
-    std::vector<std::string_view> texts;
-    std::size_t bytes = 0;
-    current.content->forEach([&](const StoredContent::Entry& entry) {
+    std::optional<Bytes> only; // the text, as long as there is but one
+    std::string joined;
+    for (const ContentFile::Entry& entry : current->entries()) {
         if (entry.type != type)
-            return true;
-        if (isUtf8(entry.data)) {
-            texts.push_back(entry.data);
-            bytes += entry.data.size() + 1;
+            continue;
+        auto text = textIn(*current, entry, limit);
+        if (type != pasteboardType::string)
+            return text;
+        if (!text)
+            continue;
+        if (joined.empty() && !only) {
+            only = std::move(text);
+            continue;
         }
-        return joinsItems && bytes <= limit + 1;
-    });
-    if (texts.empty())
-        return std::nullopt;
-    return texts.size() == 1 ? current.share(texts.front(), limit) : joined(texts, limit);
+        if (only)
+            joined = std::exchange(only, std::nullopt)->view();
+        joined += '\n';
+        joined += text->view();
+        if (joined.size() > limit)
+            break;
+    }
+    if (only || joined.empty())
+        return only;
+    joined.resize(std::min(joined.size(), limit + 1));
+    return Bytes::adopt(std::move(joined));
 }
 
 std::optional<Bytes> StorePasteboard::data(std::string_view type, std::size_t limit) {
-    std::optional<Bytes> found;
-    const View current = view();
-    if (!current.content)
-        return found;
-    current.content->forEach([&](const StoredContent::Entry& entry) {
-        if (entry.type == type)
-            found = current.share(entry.data, limit);
-        return !found;
-    });
-    return found;
+    const auto current = content();
+    if (!current)
+        return std::nullopt;
+    const auto found = std::ranges::find(current->entries(), type, &ContentFile::Entry::type);
+    return found == current->entries().end() ? std::nullopt : current->data(*found, limit);
 }
 
 FileList StorePasteboard::files(const FileListLimit& limit) {
     FileListBuilder files(limit);
-    const View current = view();
-    if (!current.content)
+    const auto current = content();
+    if (!current)
         return files.take();
-    current.content->forEach([&](const StoredContent::Entry& entry) {
-        return entry.type != pasteboardType::fileUrl || files.addUrl(entry.data);
-    });
+    for (const ContentFile::Entry& entry : current->entries()) {
+        if (entry.type != pasteboardType::fileUrl)
+            continue;
+        const auto url = current->data(entry, largestUrlBytes({1, limit.pathBytes}));
+        if (url && !files.addUrl(url->view()))
+            break;
+    }
     return files.take();
 }
 
@@ -166,43 +182,52 @@ std::optional<std::int64_t> StorePasteboard::replaceWithItems(std::span<const Pa
 }
 
 std::optional<std::int64_t> StorePasteboard::replace(std::span<const PasteboardItem> items) {
-    std::int64_t count = 0;
-    const bool replaced = write([&](StoredContent& content) {
-        count = content.changeCount() + 1;
-        std::uint32_t item = 0;
-        return content.removeAll() && content.setChangeCount(count) &&
-               std::ranges::all_of(items, [&](const auto& one) { return putItem(content, item++, one); });
-    });
-    return replaced ? std::optional(count) : std::nullopt;
+    owner_.assertCurrent();
+    auto transaction = LmdbWrite::begin(store_->changeCounts());
+    return transaction != nullptr ? commit(std::move(transaction), items) : std::nullopt;
+}
+
+/// Makes these items the content, and ends the transaction. Gives the change count that it made.
+std::optional<std::int64_t> StorePasteboard::commit(std::unique_ptr<LmdbWrite> transaction,
+                                                    std::span<const PasteboardItem> items) {
+    const ContentFiles& contents = store_->contents();
+    const std::int64_t count = transaction->changeCount(key_) + 1;
+    if (!contents.write(key_, count, items))
+        return std::nullopt;
+    if (!transaction->setChangeCount(key_, count) || !transaction->commit()) {
+        transaction.reset();
+        discard(count);
+        return std::nullopt;
+    }
+    contents.removeOlder(key_, count);
+    return count;
+}
+
+/// Removes the content of that count, unless another process has made one by now.
+void StorePasteboard::discard(std::int64_t count) {
+    const auto transaction = LmdbWrite::begin(store_->changeCounts());
+    if (transaction != nullptr && transaction->changeCount(key_) < count)
+        store_->contents().remove(key_, count);
 }
 
 void StorePasteboard::clear() {
     replace({});
 }
 
-/// Makes one change in a transaction of its own.
-bool StorePasteboard::write(const std::function<bool(StoredContent&)>& change) {
-    owner_.assertCurrent();
-    const auto transaction = LmdbWrite::begin(*environment_);
-    if (transaction == nullptr)
-        return false;
-    StoredContent content = contentOf(transaction->transaction());
-    return change(content) && transaction->commit();
-}
-
 std::optional<std::int64_t> StorePasteboard::addTypes(std::span<const Representation> representations) {
+    owner_.assertCurrent();
     if (representations.empty() || !isAcceptable(representations))
         return std::nullopt;
-    std::optional<std::int64_t> count;
-    const bool written = write([&](StoredContent& content) {
-        if (content.itemCount() == 0)
-            return true;
-        count = content.changeCount() + 1;
-        return content.setChangeCount(*count) && std::ranges::all_of(representations, [&](const auto& one) {
-                   return content.putOnFirstItem(one.type, one.data.view());
-               });
-    });
-    return written ? count : std::nullopt;
+    auto transaction = LmdbWrite::begin(store_->changeCounts());
+    if (transaction == nullptr)
+        return std::nullopt;
+    const auto current = store_->contents().open(key_, transaction->changeCount(key_));
+    auto items = current ? itemsOf(*current) : std::nullopt;
+    if (!items || items->empty())
+        return std::nullopt;
+    for (const Representation& one : representations)
+        put(items->front(), one);
+    return commit(std::move(transaction), *items);
 }
 
 } // namespace tavel

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Linux/Store/LmdbEnvironment.h"
-#include "Linux/Store/StoredContent.h"
+#include "Linux/Store/PasteboardStore.h"
 #include "Platform/Pasteboard.h"
 #include "Support/OwnerThread.h"
 
@@ -13,11 +12,10 @@ namespace tavel {
 
 /// A pasteboard in the embedded store. All objects of one name, in any process of the user, are the same
 /// pasteboard. Contents outlive the processes. Reads never block; a write waits for another process's write
-/// to end. Large payloads are not copied when they are read: they share the store's mapping.
+/// to end.
 class StorePasteboard final : public Pasteboard {
 public:
-    StorePasteboard(std::shared_ptr<const LmdbEnvironment> environment,
-                    const std::optional<std::string>& name);
+    StorePasteboard(std::shared_ptr<const PasteboardStore> store, const std::optional<std::string>& name);
 
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override { return changeCount(); }
@@ -31,18 +29,17 @@ public:
     std::optional<std::int64_t> addTypes(std::span<const Representation> representations) override;
 
 private:
-    struct View;
-
-    View view();
-    StoredContent contentOf(MDB_txn* transaction) const;
-    bool write(const std::function<bool(StoredContent&)>& change);
+    std::optional<ContentFile> content();
     std::optional<std::int64_t> replace(std::span<const PasteboardItem> items);
+    std::optional<std::int64_t> commit(std::unique_ptr<LmdbWrite> transaction,
+                                       std::span<const PasteboardItem> items);
+    void discard(std::int64_t count);
     void clear();
 
     [[no_unique_address]] OwnerThread owner_;
-    std::shared_ptr<const LmdbEnvironment> environment_;
+    std::shared_ptr<const PasteboardStore> store_;
     BoardKey key_;
-    std::shared_ptr<LmdbSnapshot> countSnapshot_; // idle between readings
+    std::unique_ptr<LmdbSnapshot> countSnapshot_; // idle between readings
 };
 
 } // namespace tavel
