@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Support/FileError.h"
 #include "TavelClipboardAgent/HomePlatformError.h"
 
 #include <string>
@@ -52,11 +53,14 @@ inline std::string formatsNotPrepared(const Error& error) {
            std::to_string(shown.code()) + ").";
 }
 
-/// For the system's log.
+/// For the system's log, which other people may read. So it names no file: a file's name begins like the text
+/// on the clipboard.
 inline std::string fileNotPrepared(const Error& error) {
     const Error shown = homePlatformError(error);
+    const auto* const fileError = dynamic_cast<const FileError*>(&error);
+    const std::string reason = fileError != nullptr ? fileError->reason() : error.description();
     return "Tavel : préparation du fichier impossible (" + shown.domain() + ":" +
-           std::to_string(shown.code()) + ", " + shown.description() + ")";
+           std::to_string(shown.code()) + ", " + reason + ")";
 }
 
 } // namespace tavel::messages

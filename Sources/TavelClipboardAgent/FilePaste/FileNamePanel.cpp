@@ -32,7 +32,7 @@ std::shared_ptr<FileNamePanel> FileNamePanel::make(Platform& platform, std::stri
 }
 
 void FileNamePanel::confirmName() {
-    const auto name = validName(view_->enteredText(), ext_);
+    const auto name = storableName(view_->enteredText(), ext_);
     if (!name)
         view_->showHint(messages::invalidName);
     else if (finished_)

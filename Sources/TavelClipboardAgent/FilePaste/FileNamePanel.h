@@ -28,7 +28,7 @@ public:
     void show() { view_->show(); }
     void hide() { view_->hide(); }
 
-    /// Reports the name if it is valid. Otherwise the panel stays, with a hint.
+    /// Reports the name if it is valid and file systems can hold it. Otherwise the panel stays, with a hint.
     void confirmName();
 
     void cancelName();

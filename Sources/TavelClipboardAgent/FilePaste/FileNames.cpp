@@ -14,6 +14,9 @@ namespace {
 /// Stem and extension together, in UTF-16 code units.
 constexpr std::size_t longestName = 179;
 
+/// The file's whole name in UTF-8 (NAME_MAX of ext4, APFS and most others).
+constexpr std::size_t longestNameInBytes = 255;
+
 /// A proposed stem, in characters as people count them.
 constexpr std::size_t longestSuggestion = 60;
 
@@ -80,6 +83,23 @@ std::optional<std::string> firstLineStem(std::string_view text) {
     return unicode::toUtf8(unicode::trimmed(stem, unicode::isBlank));
 }
 
+bool isStorable(std::string_view name) {
+    return name.size() <= longestNameInBytes;
+}
+
+/// The stem's longest beginning, in characters as people count them, of which the name is storable. Empty if
+/// there is none.
+std::string shortened(const std::string& stem, std::string_view ext) {
+    const std::u32string scalars = unicode::fromUtf8(stem).value_or(U"");
+    for (std::size_t count = longestSuggestion; count > 0; --count) {
+        const std::string beginning =
+            unicode::toUtf8(unicode::trimmed(unicode::firstCharacters(scalars, count), unicode::isBlank));
+        if (isStorable(beginning + "." + std::string(ext)))
+            return beginning;
+    }
+    return {};
+}
+
 std::string_view kindOf(std::string_view ext) {
     const ClipboardFormat* const format = pastedFormat(ext);
     if (format != nullptr && format->kind == FormatKind::document)
@@ -100,12 +120,20 @@ std::optional<std::string> validName(std::string_view stem, std::string_view ext
     return unicode::toUtf8(trimmed) + "." + std::string(ext);
 }
 
+std::optional<std::string> storableName(std::string_view stem, std::string_view ext) {
+    auto name = validName(stem, ext);
+    return name && isStorable(*name) ? name : std::nullopt;
+}
+
 std::string suggestion(std::string_view data, std::string_view ext,
                        const std::function<std::string()>& timestamp) {
     if (ext == "txt") {
         const auto candidate = firstLineStem(data);
-        if (candidate && validName(*candidate, ext))
-            return *candidate;
+        if (candidate && validName(*candidate, ext)) {
+            std::string stem = shortened(*candidate, ext);
+            if (validName(stem, ext))
+                return stem;
+        }
     }
     return std::string(kindOf(ext)) + "-" + timestamp();
 }

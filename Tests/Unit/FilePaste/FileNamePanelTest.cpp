@@ -90,6 +90,21 @@ TEST_F(NamePanel, staysWithAHintWhenTheNameIsInvalid) {
     }
 }
 
+TEST_F(NamePanel, staysWithAHintWhenFileSystemsCannotHoldTheName) {
+    std::string longest = "éé"; // 251 bytes, so that 255 remain with the extension
+    for (int count = 0; count < 82; ++count)
+        longest += "語";
+    longest += "x";
+    make("a", "png");
+    panel->show();
+    confirm(longest + "y");
+    EXPECT_EQ(window().hint, invalidName);
+    EXPECT_TRUE(window().shown);
+    EXPECT_TRUE(answers.empty());
+    confirm(longest);
+    EXPECT_EQ(answers, std::vector<Answer>{longest + ".png"});
+}
+
 TEST_F(NamePanel, hasNoHintAtFirst) {
     make("a", "png");
     panel->show();

@@ -124,10 +124,24 @@ TEST(FileNameSuggestion, isTheKindOfContentWhenTheTextGivesNoName) {
 
 TEST(FileNameSuggestion, isTheKindOfContentWhenTheTextIsTooLongForAName) {
     EXPECT_EQ(suggested(repeated("🇫🇷", 60)), fallback) << "60 characters, and 240 UTF-16 units";
-    EXPECT_EQ(suggested(repeated("🇫🇷", 44)), repeated("🇫🇷", 44)) << "176 units";
     EXPECT_EQ(suggested(repeated("🇫🇷", 44) + "x"), fallback);
-    EXPECT_EQ(suggested("e" + repeated("\u0301", 175)), "e" + repeated("\u0301", 175));
-    EXPECT_EQ(suggested("e" + repeated("\u0301", 176)), fallback);
+}
+
+TEST(FileNameSuggestion, isShortenedToANameOf255Bytes) {
+    const std::string keystroke = "ที่"; // a Thai letter, a vowel above it and a tone above that: 9 bytes
+    EXPECT_EQ(suggested(repeated(keystroke, 58)), repeated(keystroke, 27)) << "243 bytes and the extension";
+    const std::string letters = repeated("นี", 59); // 354 bytes
+    EXPECT_EQ(suggested("abcde" + letters.substr(0, 246)), "abcde" + letters.substr(0, 246)) << "255 bytes";
+    EXPECT_EQ(suggested("abcdef" + letters.substr(0, 246)), "abcdef" + letters.substr(0, 240)) << "one more";
+    EXPECT_EQ(suggested(repeated("🇫🇷", 44)), repeated("🇫🇷", 31));
+}
+
+TEST(FileNameSuggestion, isValidWhereItWasShortened) {
+    const std::string bytes243 = repeated("นี", 40) + "语";
+    EXPECT_EQ(suggested(bytes243 + "       \u3000นี"), bytes243) << "without the blanks at its new end";
+    EXPECT_EQ(suggested(bytes243 + "1234567.นี"), fallback) << "which would end in a dot";
+    EXPECT_EQ(suggested("e" + repeated("\u0301", 125)), "e" + repeated("\u0301", 125)) << "255 bytes";
+    EXPECT_EQ(suggested("e" + repeated("\u0301", 126)), fallback) << "one character, which is not split";
 }
 
 TEST(FileNameSuggestion, isTheKindOfContentWhenTheTextIsNotUtf8) {

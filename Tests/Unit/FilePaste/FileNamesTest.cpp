@@ -137,6 +137,17 @@ TEST(FileNames, areMeasuredNeitherInBytesNorInCharacters) {
     EXPECT_FALSE(isValid(repeated("\U00010000", 89))) << "the first one of two";
 }
 
+TEST(FileNames, areStorableWithAtMost255Bytes) {
+    const std::string bytes249 = repeated("語", 83);
+    EXPECT_EQ(storableName(bytes249 + "é", "pdf"), bytes249 + "é.pdf");
+    EXPECT_EQ(storableName(bytes249 + "éa", "pdf"), std::nullopt);
+    EXPECT_TRUE(isValid(bytes249 + "éa"));
+    EXPECT_EQ(storableName(" " + bytes249 + "é ", "pdf"), bytes249 + "é.pdf") << "measured after trimming";
+    EXPECT_EQ(storableName(bytes249 + "a", "webp"), bytes249 + "a.webp");
+    EXPECT_EQ(storableName(bytes249 + "ab", "webp"), std::nullopt);
+    EXPECT_EQ(storableName("a/b", "pdf"), std::nullopt) << "and only if they are valid";
+}
+
 TEST(FileNames, areMeasuredAfterTrimming) {
     EXPECT_TRUE(isValid(std::string(1000, ' ') + std::string(176, 'x') + std::string(1000, '\n')));
 }

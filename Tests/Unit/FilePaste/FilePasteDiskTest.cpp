@@ -110,6 +110,17 @@ TEST_F(FilePasteDisk, takesNoNameOfMoreThan255Bytes) {
     EXPECT_EQ(files().size(), 1U);
 }
 
+TEST_F(FilePasteDisk, isLoggedWithoutTheNameOfTheFile) {
+    std::string tooLong;
+    for (int i = 0; i < 100; ++i)
+        tooLong += "語";
+    switchOn();
+    paste->complete(fileManager, pasteboard().changeCount(), Bytes::copyOf("content"), tooLong + ".txt");
+    EXPECT_EQ(platform.logged,
+              std::vector{"Tavel : préparation du fichier impossible (NSCocoaErrorDomain:514, " +
+                          std::generic_category().message(ENAMETOOLONG) + ")"});
+}
+
 TEST_F(FilePasteDisk, refusesTheLongestNameOfLettersThatTakeThreeBytes) {
     std::string stem;
     for (int i = 0; i < 176; ++i)

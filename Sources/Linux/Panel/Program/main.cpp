@@ -64,10 +64,11 @@ private:
     DescriptorWatch watch_;
 };
 
-/// Moves a standard descriptor to another number and puts the replacement in its place. So output of
+/// Moves a standard descriptor to another number and puts the null device in its place. So output of
 /// libraries cannot mix with the reports, and programs that a library starts do not inherit the descriptor.
-int takeDescriptor(int number, int replacement) {
+int takeDescriptor(int number) {
     const int taken = fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int replacement = open("/dev/null", O_RDWR | O_CLOEXEC);
     if (taken < 0 || replacement < 0 || dup2(replacement, number) < 0) {
         std::perror("The standard descriptors cannot be used");
         std::exit(1);
@@ -81,8 +82,8 @@ int takeDescriptor(int number, int replacement) {
 /// Shows a naming panel for the agent. It reads one PanelRequest per line from standard input and writes one
 /// PanelReport per line to standard output. The process ends when its standard input or the X server ends.
 int main() {
-    const int requests = tavel::takeDescriptor(STDIN_FILENO, open("/dev/null", O_RDONLY | O_CLOEXEC));
-    const int reports = tavel::takeDescriptor(STDOUT_FILENO, STDERR_FILENO);
+    const int requests = tavel::takeDescriptor(STDIN_FILENO);
+    const int reports = tavel::takeDescriptor(STDOUT_FILENO);
 
     // Under Wayland, a program cannot choose the position of its window.
     gdk_set_allowed_backends("x11");
