@@ -7,8 +7,8 @@
 
 namespace tavel {
 
-/// The text of a CFString in UTF-8. nullopt if the object is null or of another type, or if the text contains
-/// an unpaired surrogate.
+/// The text of a CFString in UTF-8, with U+FFFD for each unpaired surrogate. nullopt if the object is null or
+/// of another type.
 std::optional<std::string> utf8FromObject(CFTypeRef object);
 
 } // namespace tavel

@@ -66,7 +66,6 @@ void MacNamePanelView::hide() {
     ignoringRaised([this] { [panel_.get() dismiss]; });
 }
 
-/// A text with an unpaired surrogate counts as empty, which is not a valid name.
 std::string MacNamePanelView::enteredText() {
     return unlessRaised(std::string(),
                         [this] { return utf8FromString([panel_.get() enteredText]).value_or(""); });

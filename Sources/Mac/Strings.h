@@ -13,7 +13,7 @@ namespace tavel {
 /// mark are kept.
 NSString* _Nullable stringFromUtf8(std::string_view text) NS_RETURNS_NOT_RETAINED;
 
-/// The string in UTF-8. nullopt for nil, and for a string with an unpaired surrogate.
+/// The string in UTF-8, with U+FFFD for each unpaired surrogate. nullopt for nil.
 std::optional<std::string> utf8FromString(NSString* _Nullable string);
 
 /// As `utf8FromString`, but of a string that takes more than `limit` bytes only a beginning, which does so as

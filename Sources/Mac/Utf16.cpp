@@ -15,6 +15,7 @@ constexpr char32_t firstHighSurrogate = 0xD800;
 constexpr char32_t firstLowSurrogate = 0xDC00;
 constexpr char32_t afterSurrogates = 0xE000;
 constexpr char32_t firstSupplementary = 0x10000; // the first character that takes two units
+constexpr char32_t replacementCharacter = 0xFFFD;
 constexpr char32_t surrogatesPerHalf = 0x400;
 
 bool isHighSurrogate(char16_t unit) {
@@ -58,21 +59,22 @@ std::optional<std::u16string> utf16FromUtf8(std::string_view text) {
     return units;
 }
 
-std::optional<std::string> utf8FromUtf16(std::u16string_view units) {
+std::string utf8FromUtf16(std::u16string_view units) {
     std::string text;
     text.reserve(units.size());
-    for (std::size_t i = 0; i < units.size(); ++i) {
-        char32_t character = units[i];
-        if (isLowSurrogate(units[i]))
-            return std::nullopt;
-        if (isHighSurrogate(units[i])) {
-            ++i;
-            if (i == units.size() || !isLowSurrogate(units[i]))
-                return std::nullopt;
+    while (!units.empty()) {
+        const char16_t unit = units.front();
+        char32_t character = unit;
+        std::size_t length = 1;
+        if (isHighSurrogate(unit) && units.size() > 1 && isLowSurrogate(units[1])) {
             character = firstSupplementary + (character - firstHighSurrogate) * surrogatesPerHalf +
-                        (units[i] - firstLowSurrogate);
+                        (units[1] - firstLowSurrogate);
+            length = 2;
+        } else if (isHighSurrogate(unit) || isLowSurrogate(unit)) {
+            character = replacementCharacter;
         }
         append(text, character);
+        units.remove_prefix(length);
     }
     return text;
 }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
 #include <vector>
 
 /// A string of any UTF-16 units, even malformed ones.
@@ -88,12 +90,18 @@ TEST(Strings, textThatIsNotUtf8IsNoString) {
         EXPECT_EQ(stringFromUtf8(bytes), nil) << testing::PrintToString(bytes);
 }
 
-TEST(Strings, anUnpairedSurrogateIsNoUtf8) {
-    for (const std::vector<unichar>& units : std::vector<std::vector<unichar>>{
-             {0xD83C}, {'x', 0xD83C}, {0xD83C, 'x'}, {'x', 0xDF4C, 'x'}, {'x', 0xDF4C, 0xD83C}}) {
+TEST(Strings, anUnpairedSurrogateBecomesAReplacementCharacter) {
+    const std::vector<std::pair<std::vector<unichar>, std::string>> texts{
+        {{0xD83C}, "\uFFFD"},
+        {{'x', 0xD83C}, "x\uFFFD"},
+        {{0xD83C, 'x'}, "\uFFFDx"},
+        {{'x', 0xDF4C, 'x'}, "x\uFFFDx"},
+        {{'x', 0xDF4C, 0xD83C}, "x\uFFFD\uFFFD"},
+    };
+    for (const auto& [units, text] : texts) {
         TavelTestUnits* const string = [[TavelTestUnits alloc] autorelease];
         string->_units = &units;
-        EXPECT_EQ(utf8FromString(string), std::nullopt) << testing::PrintToString(units);
+        EXPECT_EQ(utf8FromString(string), text) << testing::PrintToString(units);
     }
     const std::vector<unichar> whole{'x', 0xD83C, 0xDF4C};
     TavelTestUnits* const string = [[TavelTestUnits alloc] autorelease];
