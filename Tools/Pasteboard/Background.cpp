@@ -19,7 +19,7 @@ constexpr std::chrono::hours longestWait{1};
 /// Detaches the child: readers of the command's output see its end, and the child keeps no directory busy.
 void detach() {
     setsid();
-    static_cast<void>(chdir("/"));
+    static_cast<void>(!chdir("/"));
     const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         dup2(nothing, standard);
