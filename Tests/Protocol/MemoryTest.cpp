@@ -1,7 +1,11 @@
-#include "Linux/Store/LmdbEnvironment.h"
+#include "Linux/Store/PasteboardStore.h"
+#include "Support/Base64.h"
 #include "Tests/Protocol/AgentTest.h"
+#include "Tests/Support/WaitUntil.h"
 
+#include <chrono>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 
 namespace tavel {
@@ -19,6 +23,13 @@ protected:
         }
         throw std::runtime_error("The process's memory is unknown");
     }
+
+    /// Waits far longer than the agent needs, for the sake of a busy machine.
+    static void expectReturned(const AgentProcess& agent, std::size_t start) {
+        constexpr std::size_t most = std::size_t{2} << 20;
+        waitUntil([&] { return memoryOf(agent.processIdentifier()) <= start + most; },
+                  std::chrono::seconds(30));
+    }
 };
 
 TEST_F(Memory, holdsAQueuedPayloadOnce) {
@@ -30,8 +41,8 @@ TEST_F(Memory, holdsAQueuedPayloadOnce) {
     };
     constexpr int count = 64;
     {
-        const LmdbEnvironment environment(directory_.pasteboardStore());
-        const auto lock = LmdbWrite::begin(environment); // the first write waits for this one
+        const PasteboardStore store(directory_.pasteboardStore());
+        const auto lock = LmdbWrite::begin(store.changeCounts()); // the first write waits for this one
         ASSERT_NE(lock, nullptr);
         agent.send(line(0));
         agent.waitUntilIdle();
@@ -59,6 +70,20 @@ TEST_F(Memory, dropsALineThatItCannotHold) {
     EXPECT_EQ(agent.nextMessage(), pingReply(2));
     agent.closeInput();
     EXPECT_EQ(agent.waitForExit(), 0);
+}
+
+TEST_F(Memory, ofTextsThatTheParentSentAllAtOnceIsReturned) {
+    constexpr std::uint64_t count = 100;
+    AgentProcess& agent = start();
+    const std::size_t atStart = memoryOf(agent.processIdentifier());
+    std::string base64;
+    appendBase64(base64, std::string(1 << 20, 't'));
+    for (std::uint64_t number = 1; number <= count; ++number)
+        agent.send(R"({"command":"write_text","marker":"m","request_id":)" + std::to_string(number) +
+                   R"(,"text_b64":")" + base64 + "\"}\n");
+    for (std::uint64_t number = 1; number <= count; ++number)
+        EXPECT_EQ(agent.nextMessage()["request_id"], number);
+    expectReturned(agent, atStart);
 }
 
 } // namespace

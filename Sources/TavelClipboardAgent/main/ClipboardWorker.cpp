@@ -2,10 +2,12 @@
 
 #include "Platform/UnavailablePasteboard.h"
 #include "Support/Error.h"
+#include "Support/FreeMemory.h"
 #include "Support/Process.h"
 #include "TavelClipboardAgent/main/CommandReader.h"
 #include "TavelClipboardAgent/main/ExportNames.h"
 #include "TavelClipboardAgent/main/LeftOvers.h"
+#include "TavelClipboardAgent/main/MemoryReturn.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -80,10 +82,13 @@ bool ClipboardWorker::startReading() {
 /// False if there is no memory for it now.
 bool ClipboardWorker::startPolling() {
     try {
-        platform_.eventLoop().repeat(pollInterval, [worker = weak_from_this()] {
-            if (const auto alive = worker.lock())
-                alive->poll();
-        });
+        platform_.eventLoop().repeat(
+            pollInterval, [worker = weak_from_this(), memory = MemoryReturn(pagesProvided)]() mutable {
+                if (const auto alive = worker.lock())
+                    alive->poll();
+                if (memory.isDue())
+                    returnFreeMemory();
+            });
         return true;
     } catch (const std::exception&) {
         return false;

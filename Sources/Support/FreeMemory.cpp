@@ -1,0 +1,28 @@
+#include "Support/FreeMemory.h"
+
+#include <sys/resource.h>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+#ifdef __APPLE__
+#include <malloc/malloc.h>
+#endif
+
+namespace tavel {
+
+std::int64_t pagesProvided() {
+    rusage usage{};
+    return getrusage(RUSAGE_SELF, &usage) == 0 ? usage.ru_minflt : 0;
+}
+
+void returnFreeMemory() {
+#ifdef __GLIBC__
+    static_cast<void>(malloc_trim(0));
+#endif
+#ifdef __APPLE__
+    static_cast<void>(malloc_zone_pressure_relief(nullptr, 0)); // of all zones, as much as possible
+#endif
+}
+
+} // namespace tavel
