@@ -22,6 +22,9 @@ public:
     /// The session bus's address.
     const std::string& sessionAddress() const { return sessionAddress_; }
 
+    /// The accessibility bus's address.
+    const std::string& address() const { return address_; }
+
     /// A new connection to the accessibility bus.
     GioPointer<GDBusConnection> connect() const;
 

@@ -27,6 +27,9 @@ public:
     AccessibleProgram(const AccessibleProgram&) = delete;
     AccessibleProgram& operator=(const AccessibleProgram&) = delete;
 
+    /// The unique name of its connection.
+    const std::string& name() const { return name_; }
+
     void set(const std::string& path, const Element& element);
 
     /// Announces itself to the registry, with that element as its root.

@@ -1,5 +1,7 @@
 #include "Linux/X11/Focus/BusConnection.h"
 
+#include "Linux/X11/Focus/BusStream.h"
+
 #include <condition_variable>
 #include <cstdlib>
 #include <filesystem>
@@ -37,11 +39,13 @@ private:
 std::unique_ptr<BusConnection> BusConnection::open(const std::string& address, Clock::time_point end) {
     const GioPointer<GCancellable> cancellable(g_cancellable_new());
     const CallOff callOff(cancellable.get(), end);
-    constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                                             G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+    const GioPointer<GIOStream> stream = openBusStream(address, cancellable.get());
+    if (stream == nullptr)
+        return nullptr;
     // Unlike GIO's shared connection, a private one does not end the process when the bus is lost.
     GioPointer<GDBusConnection> connection(
-        g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, cancellable.get(), nullptr));
+        g_dbus_connection_new_sync(stream.get(), nullptr, G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION,
+                                   nullptr, cancellable.get(), nullptr));
     if (connection == nullptr)
         return nullptr;
     return std::unique_ptr<BusConnection>(new BusConnection(std::move(connection)));

@@ -11,6 +11,7 @@ struct GioRelease {
     void operator()(GVariantIter* iterator) const { g_variant_iter_free(iterator); }
     void operator()(GCancellable* cancellable) const { g_object_unref(cancellable); }
     void operator()(GDBusConnection* connection) const { g_object_unref(connection); }
+    void operator()(GIOStream* stream) const { g_object_unref(stream); }
     void operator()(char* text) const { g_free(text); }
 };
 
