@@ -12,8 +12,8 @@ const std::map<std::string, std::optional<std::string>> talkative{
     {"G_DEBUG", "gc-friendly"}, {"G_ENABLE_DIAGNOSTIC", "1"}, {"G_MESSAGES_DEBUG", "all"},
     {"GIO_USE_VFS", "help"},    {"GTK_DEBUG", "all"},         {"IM_CONCURRENCY", "nonsense"},
     {"MALLOC_CHECK_", "3"},     {"MALLOC_PERTURB_", "7"},     {"VIPS_CONCURRENCY", "nonsense"},
-    {"VIPS_INFO", "1"},         {"VIPS_LEAK", "1"},           {"VIPS_TRACE", "1"},
-    {"VIPS_WARNING", "1"},
+    {"VIPS_INFO", "1"},         {"VIPS_LEAK", "1"},           {"VIPS_PROFILE", "1"},
+    {"VIPS_TRACE", "1"},        {"VIPS_WARNING", "1"},
 };
 
 class Environment : public AgentTest {
@@ -21,6 +21,8 @@ protected:
     AgentProcess& startAmongTalkers() {
         AgentProcess::Options polluted = options();
         polluted.environment.insert(talkative.begin(), talkative.end());
+        // libvips writes a profile into the working directory.
+        polluted.launcher = {"/usr/bin/env", "--chdir=" + directory_.path().string()};
         return start(polluted);
     }
 
