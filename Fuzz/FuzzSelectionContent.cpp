@@ -32,15 +32,26 @@ void readAsText(std::string_view bytes) {
         require(isUtf8(bytes) && latin1->size() <= bytes.size());
 }
 
+using Uris = std::vector<std::string>;
+
+Uris urisIn(void (*visitUris)(std::string_view, const UriVisitor&), std::string_view text) {
+    Uris uris;
+    visitUris(text, [&](std::string_view uri) {
+        uris.emplace_back(uri);
+        return true;
+    });
+    return uris;
+}
+
 void readAsFiles(std::string_view bytes) {
-    const std::vector<std::string> uris = urisInList(bytes);
+    const Uris uris = urisIn(visitUrisInList, bytes);
     require(std::ranges::none_of(uris, [](const auto& uri) { return uri.empty() || uri.starts_with('#'); }));
-    require(urisInList(uriListOf(uris)) == uris);
+    require(urisIn(visitUrisInList, uriListOf(uris)) == uris);
     for (const std::string& uri : uris)
         require(withoutOwnHost(uri, "host").size() <= uri.size());
     // The first pass removes headings; the second must find none.
-    const std::vector<std::string> files = urisInCopiedFiles(bytes);
-    require(urisInCopiedFiles(copiedFilesOf(files)) == files);
+    const Uris files = urisIn(visitUrisInCopiedFiles, bytes);
+    require(urisIn(visitUrisInCopiedFiles, copiedFilesOf(files)) == files);
 }
 
 void readAsName(std::string_view bytes) {

@@ -13,8 +13,9 @@ void check(const tavel::IncomingTransfer& transfer, std::size_t sent) {
     using State = tavel::IncomingTransfer::State;
     tavel::require(transfer.receivedBytes() <= sent);
     tavel::require(!transfer.isOver() || !transfer.expectsIncrement());
-    tavel::require(transfer.isOver() ==
-                   (transfer.state() == State::complete || transfer.state() == State::over));
+    const bool isDone = transfer.state() == State::complete || transfer.state() == State::over;
+    tavel::require(transfer.isOver() == isDone || transfer.isCut());
+    tavel::require(transfer.room() <= limit + 1);
 }
 
 } // namespace
@@ -44,7 +45,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
         check(transfer, sent);
     }
-    if (transfer.state() == IncomingTransfer::State::complete)
+    if (transfer.isCut())
+        require(transfer.takeValue().size() == limit + 1);
+    else if (transfer.hasValue())
         require(transfer.takeValue().size() <= limit);
     return 0;
 }

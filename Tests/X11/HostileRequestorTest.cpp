@@ -6,7 +6,9 @@
 #include <gmock/gmock.h>
 #include <xcb/xfixes.h>
 
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 
 namespace tavel {
 
@@ -69,6 +71,9 @@ TEST_F(VanishingRequestor, getsNoMoreTransfersThanGoOnAtATime) {
     for (int i = 0; i < mostTransfers; ++i)
         EXPECT_TRUE(requestor.convert("image/png", "PICTURE" + std::to_string(i))) << i;
     EXPECT_FALSE(requestor.convert("image/png", "ONE_MORE"));
+    ScriptedRequestor another(peers.display());
+    EXPECT_TRUE(another.convert("image/png")) << "which another program holds open";
+    another.destroyWindow();
     EXPECT_TRUE(requestor.convert("image/png", "PICTURE0")) << "which ends the one that was there";
     EXPECT_TRUE(requestor.convert("UTF8_STRING", "TEXT")) << "which is no transfer";
     requestor.destroyWindow();
@@ -317,6 +322,39 @@ TEST_F(ForgedEvents, thatAnswerNothingLeaveTheProgramAsItWas) {
         send(event);
     }
     EXPECT_EQ(peers.text(), "text");
+}
+
+// The memory of these pictures is never touched, so they take none.
+TEST(HeldTransfers, ofFormerContentsAreGivenUpWhenAllTogetherTakeTooMuchMemory) {
+    X11Peers peers(longTimeOuts());
+    const auto copyPicture = [&](std::size_t size) {
+        const std::shared_ptr<char> memory(static_cast<char*>(std::calloc(size, 1)), std::free);
+        const PasteboardItem item{{"public.png", Bytes(memory, memory.get(), size)}};
+        ASSERT_TRUE(peers.board().replaceWithItems({&item, 1}));
+    };
+    constexpr std::size_t half = std::size_t{128} << 20;
+    ScriptedRequestor first(peers.display());
+    ScriptedRequestor second(peers.display());
+    ScriptedRequestor third(peers.display());
+    copyPicture(half);
+    ASSERT_TRUE(first.convert("image/png"));
+    copyPicture(half);
+    ASSERT_TRUE(second.convert("image/png"));
+    ASSERT_TRUE(third.convert("image/png")) << "which shares the memory of the second";
+    const auto goesOn = [&](ScriptedRequestor& requestor) {
+        static_cast<void>(requestor.takeProperty());
+        requestor.atom("ROUND_TRIP");
+        peers.settle();
+        return requestor.property().exists();
+    };
+    EXPECT_TRUE(goesOn(first)) << "as both together are at the limit";
+    copyPicture(large);
+    ScriptedRequestor fourth(peers.display());
+    ASSERT_TRUE(fourth.convert("image/png"));
+    EXPECT_FALSE(goesOn(first)) << "as the oldest";
+    EXPECT_TRUE(goesOn(second));
+    EXPECT_TRUE(goesOn(third));
+    EXPECT_TRUE(goesOn(fourth));
 }
 
 } // namespace

@@ -3,9 +3,11 @@
 #include "Platform/PasteboardTypes.h"
 
 #include <poll.h>
+#include <xcb/xcbext.h>
 #include <xcb/xfixes.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace tavel {
@@ -30,8 +32,8 @@ constexpr std::size_t requestOverheadBytes = 64;
 
 constexpr std::chrono::seconds fetchTimeTimeOut{5};
 
-/// Larger than any usual burst. The bound lets waiting callers check their deadline during a flood.
-constexpr int mostEventsAtOnce = 256;
+/// Longer than any usual burst takes. During a flood, everything else in the process gets its turn after it.
+constexpr std::chrono::milliseconds longestBatch{4};
 
 /// For a connection that no X11Connection owns yet: making one may throw.
 struct Disconnect {
@@ -83,7 +85,8 @@ std::unique_ptr<X11Connection> X11Connection::open(const char* display) {
 X11Connection::X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen,
                              std::uint8_t selectionOwnerEvent)
     : connection_(connection), window_(xcb_generate_id(connection)),
-      largestPropertyBytes_(largestPropertyOf(connection)), selectionOwnerEvent_(selectionOwnerEvent) {
+      largestPropertyBytes_(largestPropertyOf(connection)), selectionOwnerEvent_(selectionOwnerEvent),
+      queue_(xcb_get_setup(connection)->resource_id_mask) {
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen.root, -1, -1, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
@@ -111,7 +114,7 @@ std::vector<xcb_atom_t> X11Connection::atoms(std::span<const std::string> names)
                 xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()));
     }
     for (const auto& [position, cookie] : asked) {
-        const auto reply = awaitReply(connection_, cookie, xcb_intern_atom_reply);
+        const auto reply = await(cookie, xcb_intern_atom_reply);
         if (reply == nullptr)
             continue;
         found[position] = reply->atom;
@@ -140,7 +143,7 @@ void X11Connection::appendNames(std::vector<std::string>& names, std::span<const
             asked.emplace_back(names.size() - 1, xcb_get_atom_name(connection_, atom));
     }
     for (const auto& [position, cookie] : asked) {
-        const auto reply = awaitReply(connection_, cookie, xcb_get_atom_name_reply);
+        const auto reply = await(cookie, xcb_get_atom_name_reply);
         if (reply == nullptr)
             continue;
         const auto length = static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get()));
@@ -160,29 +163,71 @@ void X11Connection::remember(const std::string& name, xcb_atom_t atom) {
         atoms_[name] = atom;
 }
 
+/// The caller frees the reply.
+void* X11Connection::waitForReply(std::uint32_t requestNumber) {
+    void* reply = nullptr;
+    xcb_generic_error_t* error = nullptr;
+    const auto isDecided = [&] {
+        return xcb_poll_for_reply(connection_, requestNumber, &reply, &error) != 0;
+    };
+    xcb_flush(connection_);
+    while (!isDecided()) {
+        if (takeIn())
+            continue;
+        if (isDecided()) // reading may have brought the reply without any event
+            break;
+        pollfd readable{descriptor(), POLLIN, 0};
+        poll(&readable, 1, -1);
+    }
+    std::free(error);
+    return reply;
+}
+
 void X11Connection::dispatchEvents() {
     xcb_flush(connection_);
-    for (int count = 0; count < mostEventsAtOnce; ++count) {
-        if (queued_ == nullptr)
-            queued_.reset(xcb_poll_for_event(connection_));
-        if (queued_ == nullptr)
+    const auto end = Clock::now() + longestBatch;
+    do {
+        takeIn();
+        if (queue_.isEmpty())
             return;
-        dispatch(std::move(queued_));
-    }
+        dispatch(queue_.next());
+    } while (Clock::now() < end);
+}
+
+/// Takes in what has arrived. xcb reads from the server only if it has no event left, and then some hundred
+/// at most. False if there was none.
+bool X11Connection::takeIn() {
+    Event event(xcb_poll_for_event(connection_));
+    if (event == nullptr)
+        return false;
+    takeIn(std::move(event));
+    takeInQueued();
+    return true;
+}
+
+/// Takes in what xcb has read, together with a reply, for instance.
+void X11Connection::takeInQueued() {
+    while (Event event{xcb_poll_for_queued_event(connection_)})
+        takeIn(std::move(event));
+}
+
+void X11Connection::takeIn(Event event) {
+    const Event excess = queue_.push(std::move(event));
+    if (excess != nullptr && excessHandler_)
+        excessHandler_(*excess);
 }
 
 void X11Connection::synchronize() {
     const auto cookie = xcb_get_input_focus(connection_);
-    awaitReply(connection_, cookie, xcb_get_input_focus_reply);
-    // Events from before the reply have been read with it, and carry an earlier sequence number.
-    while (hasQueuedEvent() && isEarlierRequest(queued_->full_sequence, cookie.sequence))
-        dispatch(std::move(queued_));
+    await(cookie, xcb_get_input_focus_reply);
+    takeInQueued();
+    while (queue_.hasEventBefore(cookie.sequence))
+        dispatch(queue_.next());
 }
 
 bool X11Connection::hasQueuedEvent() {
-    if (queued_ == nullptr)
-        queued_.reset(xcb_poll_for_queued_event(connection_));
-    return queued_ != nullptr;
+    takeInQueued();
+    return !queue_.isEmpty();
 }
 
 bool X11Connection::waitForEvents(Clock::time_point deadline) {

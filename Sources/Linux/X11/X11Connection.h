@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Linux/X11/EventQueue.h"
 #include "Linux/X11/X11Reply.h"
 
 #include <xcb/xcb.h>
@@ -17,11 +18,6 @@
 #include <vector>
 
 namespace tavel {
-
-/// Whether the first sequence number is that of an earlier request. The numbers wrap around at 2^32.
-inline bool isEarlierRequest(std::uint32_t one, std::uint32_t other) {
-    return static_cast<std::int32_t>(one - other) < 0;
-}
 
 /// Whether the first server time is earlier. Times are milliseconds that wrap around after 49 days, so a time
 /// up to half of that before another is the earlier one (X protocol, Common Types, TIMESTAMP).
@@ -73,8 +69,20 @@ public:
 
     void setEventHandler(EventHandler handler) { handler_ = std::move(handler); }
 
-    /// Flushes the requests and passes the events that have arrived to the handler. Does not wait. The number
-    /// of events for each call is limited.
+    /// Receives the events that find no room in the queue (EventQueue), as they arrive. Must not wait for
+    /// replies.
+    void setExcessHandler(EventHandler handler) { excessHandler_ = std::move(handler); }
+
+    /// Waits for the reply to a request; null if the request failed or the server is lost. The xcb function
+    /// for that reply only tells its kind: while xcb itself waits, it keeps every event that comes before the
+    /// reply, which another program can make hundreds of megabytes.
+    template <typename Reply, typename Cookie>
+    X11Reply<Reply> await(Cookie cookie, Reply* (*)(xcb_connection_t*, Cookie, xcb_generic_error_t**)) {
+        return X11Reply<Reply>(static_cast<Reply*>(waitForReply(cookie.sequence)));
+    }
+
+    /// Flushes the requests and passes the events that have arrived to the handler. Does not wait. Returns
+    /// after some milliseconds, though more may have arrived.
     void dispatchEvents();
 
     /// Passes all events from before now to the handler. One round trip.
@@ -97,8 +105,12 @@ public:
 private:
     X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen, std::uint8_t selectionOwnerEvent);
 
-    using Event = X11Reply<xcb_generic_event_t>;
+    using Event = EventQueue::Event;
 
+    void* waitForReply(std::uint32_t requestNumber);
+    bool takeIn();
+    void takeInQueued();
+    void takeIn(Event event);
     void dispatch(Event event);
     void appendNames(std::vector<std::string>& names, std::span<const xcb_atom_t> atoms);
     void remember(const std::string& name, xcb_atom_t atom);
@@ -111,7 +123,8 @@ private:
     xcb_timestamp_t latestTime_ = 0;
     bool timeCame_ = false;
     EventHandler handler_;
-    Event queued_; // read from xcb's queue, not yet passed to the handler
+    EventHandler excessHandler_;
+    EventQueue queue_;
     std::unordered_map<std::string, xcb_atom_t> atoms_;
     std::unordered_map<xcb_atom_t, std::string> names_;
 };

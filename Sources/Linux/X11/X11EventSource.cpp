@@ -61,8 +61,9 @@ X11EventSource::X11EventSource(std::shared_ptr<X11Selections> selections)
     source_->selections = selections_.get();
     source_->descriptor =
         g_source_add_unix_fd(&source_->base, selections_->connection().descriptor(), G_IO_IN);
-    // Before timers, so that a poll at the same time as a change already sees it.
-    g_source_set_priority(&source_->base, G_PRIORITY_HIGH);
+    // Of the same priority as timers and commands: a higher one would starve them while events pour in.
+    // Sources of one priority take turns in the order in which they were attached, so a poll at the same time
+    // as a change already sees it.
     g_source_attach(&source_->base, nullptr);
 }
 

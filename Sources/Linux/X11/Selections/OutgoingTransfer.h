@@ -34,6 +34,8 @@ public:
     /// Ends the transfer and releases the value.
     void giveUp();
 
+    const Bytes& value() const { return value_; }
+
     Clock::time_point deadline() const { return deadline_.end(); }
 
 private:

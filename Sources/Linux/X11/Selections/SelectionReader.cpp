@@ -1,7 +1,6 @@
 #include "Linux/X11/Selections/SelectionReader.h"
 
 #include "Linux/X11/Selections/TransferTimeOuts.h"
-#include "Linux/X11/X11Reply.h"
 
 #include <algorithm>
 #include <iterator>
@@ -211,8 +210,7 @@ PropertyPart SelectionReader::readPart(Transfer& transfer, std::size_t offset, s
         connection_.get(), 1, connection_.window(), transfer.property, XCB_GET_PROPERTY_TYPE_ANY,
         static_cast<std::uint32_t>(offset / unitBytes), static_cast<std::uint32_t>(length / unitBytes));
     transfer.lastReading = cookie.sequence;
-    const std::shared_ptr<xcb_get_property_reply_t> reply =
-        awaitReply(connection_.get(), cookie, xcb_get_property_reply);
+    const std::shared_ptr<xcb_get_property_reply_t> reply = connection_.await(cookie, xcb_get_property_reply);
     if (reply == nullptr)
         return {};
     const auto size = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));

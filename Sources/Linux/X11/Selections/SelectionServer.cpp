@@ -1,9 +1,8 @@
 #include "Linux/X11/Selections/SelectionServer.h"
 
-#include "Linux/X11/X11Reply.h"
-
 #include <algorithm>
 #include <array>
+#include <map>
 #include <new>
 #include <utility>
 
@@ -17,8 +16,12 @@ constexpr std::size_t incrementBytes = std::size_t{1} << 20;
 /// The most conversions in one MULTIPLE request.
 constexpr std::uint32_t mostConversions = 256;
 
-/// The most simultaneous transfers in increments. Each may hold its own copy of a text.
-constexpr std::size_t mostTransfers = 64;
+/// The most simultaneous transfers in increments to one client.
+constexpr std::size_t mostTransfersOfAClient = 64;
+
+/// The most memory that all transfers together hold. Those of one content mostly share its bytes, but each
+/// may hold a text of its own, or a former content.
+constexpr std::size_t mostBytesHeld = std::size_t{256} << 20;
 
 } // namespace
 
@@ -54,6 +57,7 @@ void SelectionServer::handleRequest(const xcb_selection_request_event_t& request
         converted = false; // a refusal is the protocol's answer to any failure
     }
     notify(request, converted ? property : xcb_atom_t{XCB_ATOM_NONE});
+    xcb_flush(connection_.get());
 }
 
 bool SelectionServer::convert(const OwnedSelection& owned, const Conversion& conversion) {
@@ -70,7 +74,7 @@ bool SelectionServer::convert(const OwnedSelection& owned, const Conversion& con
         return true;
     }
     const std::string target = connection_.atomNames({&conversion.target, 1}).front();
-    const auto value = valueForTarget(owned.items, target);
+    const auto value = valueForTarget(*owned.items, target);
     if (!value)
         return false;
     return deliver(conversion, connection_.atom(value->type), value->bytes);
@@ -81,7 +85,7 @@ bool SelectionServer::convert(const OwnedSelection& owned, const Conversion& con
 bool SelectionServer::convertMultiple(const OwnedSelection& owned, const Conversion& conversion) {
     const auto cookie = xcb_get_property(connection_.get(), 0, conversion.requestor, conversion.property,
                                          XCB_GET_PROPERTY_TYPE_ANY, 0, 2 * mostConversions);
-    const auto reply = awaitReply(connection_.get(), cookie, xcb_get_property_reply);
+    const auto reply = connection_.await(cookie, xcb_get_property_reply);
     if (reply == nullptr || reply->format != 32 || reply->bytes_after > 0)
         return false;
     const auto* const first = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
@@ -100,7 +104,7 @@ bool SelectionServer::convertMultiple(const OwnedSelection& owned, const Convers
 
 std::vector<xcb_atom_t> SelectionServer::offeredAtoms(const OwnedSelection& owned) {
     std::vector<xcb_atom_t> offered{targets_, timestamp_, multiple_, saveTargets_};
-    const std::vector<xcb_atom_t> content = connection_.atoms(contentTargets(owned.items));
+    const std::vector<xcb_atom_t> content = connection_.atoms(contentTargets(*owned.items));
     offered.insert(offered.end(), content.begin(), content.end());
     return offered;
 }
@@ -113,15 +117,16 @@ void SelectionServer::setAtoms(const Conversion& conversion, xcb_atom_t type,
 }
 
 /// Writes a value to the requestor's property, or starts a transfer in increments if one request cannot hold
-/// it. False if there are too many transfers.
+/// it. False if its client has too many transfers.
 bool SelectionServer::deliver(const Conversion& conversion, xcb_atom_t type, const Bytes& bytes) {
     endTransfer(conversion);
     if (bytes.size() <= connection_.largestPropertyBytes()) {
         setProperty(conversion.requestor, conversion.property, type, bytes);
         return true;
     }
-    if (transfers_.size() >= mostTransfers)
+    if (!hasRoomFor(conversion.requestor))
         return false;
+    makeRoomFor(bytes);
     // Before the announcement, so that the requestor's first deletion is not missed.
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection_.get(), conversion.requestor, XCB_CW_EVENT_MASK, &events);
@@ -129,6 +134,35 @@ bool SelectionServer::deliver(const Conversion& conversion, xcb_atom_t type, con
     transfers_.push_back({conversion.requestor, conversion.property, type,
                           OutgoingTransfer(bytes, incrementBytes, Clock::now(), requestorTimeOut_)});
     return true;
+}
+
+/// The number of a window tells its client, but for the bits of the mask (X protocol, 8).
+bool SelectionServer::hasRoomFor(xcb_window_t requestor) const {
+    const std::uint32_t clientMask = ~xcb_get_setup(connection_.get())->resource_id_mask;
+    const auto ofTheClient = std::ranges::count_if(transfers_, [&](const Transfer& transfer) {
+        return (transfer.requestor & clientMask) == (requestor & clientMask);
+    });
+    return static_cast<std::size_t>(ofTheClient) < mostTransfersOfAClient;
+}
+
+/// Gives up the oldest transfers, which hold former contents before the current one, until the bytes can be
+/// held, too.
+void SelectionServer::makeRoomFor(const Bytes& bytes) {
+    while (!transfers_.empty() && bytesHeldWith(bytes) > mostBytesHeld) {
+        const Transfer* const oldest = &transfers_.front();
+        removeTransfers([oldest](const Transfer& transfer) { return &transfer == oldest; });
+    }
+}
+
+/// What the transfers hold in memory, and these bytes. Shared memory counts once.
+std::size_t SelectionServer::bytesHeldWith(const Bytes& bytes) const {
+    std::map<const char*, std::size_t> sizes{{bytes.data(), bytes.size()}};
+    for (const Transfer& transfer : transfers_)
+        sizes.emplace(transfer.state.value().data(), transfer.state.value().size());
+    std::size_t held = 0;
+    for (const auto& [start, size] : sizes)
+        held += size;
+    return held;
 }
 
 /// A new request with the same property ends the earlier transfer to it.
@@ -158,7 +192,6 @@ void SelectionServer::notify(const xcb_selection_request_event_t& request, xcb_a
     event.notification.target = request.target;
     event.notification.property = property;
     xcb_send_event(connection_.get(), 0, request.requestor, XCB_EVENT_MASK_NO_EVENT, event.bytes.data());
-    xcb_flush(connection_.get());
 }
 
 void SelectionServer::handlePropertyChange(const xcb_property_notify_event_t& change) {

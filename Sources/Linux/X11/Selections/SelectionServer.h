@@ -6,8 +6,10 @@
 
 #include <xcb/xcb.h>
 
+#include <cstddef>
 #include <functional>
 #include <list>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -15,7 +17,7 @@ namespace tavel {
 
 /// The content of a selection that this process owns.
 struct OwnedSelection {
-    const pasteboardItems::Items& items;
+    std::shared_ptr<const pasteboardItems::Items> items;
     xcb_timestamp_t since; // when this process became the owner
 };
 
@@ -33,6 +35,10 @@ public:
 
     void handleRequest(const xcb_selection_request_event_t& request);
     void handlePropertyChange(const xcb_property_notify_event_t& change);
+
+    /// Answers that the request cannot be fulfilled. Waits for nothing, and leaves the answer to the next
+    /// flush.
+    void refuse(const xcb_selection_request_event_t& request) { notify(request, XCB_ATOM_NONE); }
 
     /// The window is destroyed: drops its transfers.
     void handleDestruction(xcb_window_t window);
@@ -63,6 +69,9 @@ private:
     std::vector<xcb_atom_t> offeredAtoms(const OwnedSelection& owned);
     void setAtoms(const Conversion& conversion, xcb_atom_t type, const std::vector<xcb_atom_t>& atoms);
     bool deliver(const Conversion& conversion, xcb_atom_t type, const Bytes& bytes);
+    bool hasRoomFor(xcb_window_t requestor) const;
+    void makeRoomFor(const Bytes& bytes);
+    std::size_t bytesHeldWith(const Bytes& bytes) const;
     void endTransfer(const Conversion& conversion);
     void setProperty(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const Bytes& bytes);
     void notify(const xcb_selection_request_event_t& request, xcb_atom_t property);

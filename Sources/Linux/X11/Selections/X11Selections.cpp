@@ -2,7 +2,6 @@
 
 #include "Linux/Contents/TargetNames.h"
 #include "Linux/X11/Selections/SelectionName.h"
-#include "Linux/X11/X11Reply.h"
 #include "Platform/PasteboardTypes.h"
 
 #include <xcb/xfixes.h>
@@ -34,6 +33,7 @@ X11Selections::X11Selections(std::unique_ptr<X11Connection> connection, const Tr
     // Creates the atoms: xsel falls back to older targets if the server does not know these names.
     connection_->atoms(targetName::offeredFor(std::string(pasteboardType::string)));
     connection_->setEventHandler([this](const xcb_generic_event_t& event) { handleEvent(event); });
+    connection_->setExcessHandler([this](const xcb_generic_event_t& event) { handleExcess(event); });
 }
 
 X11Selection& X11Selections::selection(const std::optional<std::string>& pasteboardName) {
@@ -49,7 +49,7 @@ X11Selection& X11Selections::selection(const std::optional<std::string>& pastebo
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
     const auto cookie = xcb_get_selection_owner(connection_->get(), atom);
-    const auto reply = awaitReply(connection_->get(), cookie, xcb_get_selection_owner_reply);
+    const auto reply = connection_->await(cookie, xcb_get_selection_owner_reply);
     selection.owner = reply != nullptr ? reply->owner : xcb_window_t{XCB_NONE};
     // An owner refuses requests with a time before its own. No event has told the current owner's time, so
     // the latest time has to be fetched.
@@ -155,13 +155,21 @@ std::optional<OwnedSelection> X11Selections::ownedSelection(xcb_atom_t atom) con
     const auto found = selections_.find(atom);
     if (found == selections_.end() || found->second.owned == nullptr)
         return std::nullopt;
-    return OwnedSelection{*found->second.owned, found->second.ownedSince};
+    return OwnedSelection{found->second.owned, found->second.ownedSince};
+}
+
+/// A flood: one program's requests are refused, and the count of changes stays exact. Everything else that
+/// comes then is lost; a transfer that waits for it runs into its time-out.
+void X11Selections::handleExcess(const xcb_generic_event_t& event) {
+    if (event.response_type == connection_->selectionOwnerEvent())
+        handleOwnerChange(event);
+    else if ((event.response_type & ~sentByProgram) == XCB_SELECTION_REQUEST)
+        server_.refuse(reinterpret_cast<const xcb_selection_request_event_t&>(event));
 }
 
 void X11Selections::handleEvent(const xcb_generic_event_t& event) {
-    // SendEvent sets the highest bit. Requests and answers may come from programs (ICCCM 2.2); all other
-    // events count only if the server made them.
-    constexpr int sentByProgram = 0x80;
+    // Requests and answers may come from programs (ICCCM 2.2); all other events count only if the server made
+    // them.
     const int kind = event.response_type;
     if (kind == connection_->selectionOwnerEvent()) {
         handleOwnerChange(event);

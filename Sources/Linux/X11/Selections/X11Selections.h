@@ -103,6 +103,7 @@ private:
 
     Targets targetNames(const Bytes& list);
     void handleEvent(const xcb_generic_event_t& event);
+    void handleExcess(const xcb_generic_event_t& event);
     void handleOwnerChange(const xcb_generic_event_t& event);
     std::optional<SelectionReader::Answer> ask(X11Selection& selection, xcb_atom_t target, std::size_t limit);
     std::optional<OwnedSelection> ownedSelection(xcb_atom_t atom) const;
