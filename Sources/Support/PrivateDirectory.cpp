@@ -107,7 +107,7 @@ PrivateDirectory PrivateDirectory::makeDirectory(const std::string& name) const 
     if (mkdirat(descriptor_, name.c_str(), directoryMode) != 0)
         fail(errno, path);
     // An unusual umask may have removed rights of the owner.
-    static_cast<void>(fchmodat(descriptor_, name.c_str(), directoryMode, 0));
+    static_cast<void>(!fchmodat(descriptor_, name.c_str(), directoryMode, 0));
     const int descriptor = openDirectory(descriptor_, name.c_str());
     if (descriptor < 0) {
         const int failure = errno;

@@ -87,8 +87,8 @@ std::unique_ptr<LmdbSnapshot> LmdbSnapshot::take(const LmdbEnvironment& environm
     return status == MDB_SUCCESS ? std::move(snapshot) : nullptr;
 }
 
-std::int64_t LmdbSnapshot::changeCount(const BoardKey& key) const {
-    return changeCountIn(transaction_, environment_.database(), key);
+std::int64_t LmdbSnapshot::changeCount(const BoardKey& board) const {
+    return changeCountIn(transaction_, environment_.database(), board);
 }
 
 void LmdbSnapshot::release() {
@@ -114,8 +114,8 @@ LmdbWrite::~LmdbWrite() {
         mdb_txn_abort(transaction_);
 }
 
-std::int64_t LmdbWrite::changeCount(const BoardKey& key) const {
-    return changeCountIn(transaction_, environment_.database(), key);
+std::int64_t LmdbWrite::changeCount(const BoardKey& board) const {
+    return changeCountIn(transaction_, environment_.database(), board);
 }
 
 bool LmdbWrite::setChangeCount(const BoardKey& board, std::int64_t count) {

@@ -46,7 +46,7 @@ public:
     LmdbSnapshot& operator=(const LmdbSnapshot&) = delete;
 
     /// 0 before the first write.
-    std::int64_t changeCount(const BoardKey& key) const;
+    std::int64_t changeCount(const BoardKey& board) const;
 
     /// Gives the view up until `renew` takes the current one. An idle snapshot keeps no space from being
     /// reused, and its renewal needs no system call.
@@ -69,10 +69,10 @@ public:
     LmdbWrite(const LmdbWrite&) = delete;
     LmdbWrite& operator=(const LmdbWrite&) = delete;
 
-    std::int64_t changeCount(const BoardKey& key) const;
+    std::int64_t changeCount(const BoardKey& board) const;
 
     /// False when LMDB fails; the transaction must then be rolled back.
-    bool setChangeCount(const BoardKey& key, std::int64_t count);
+    bool setChangeCount(const BoardKey& board, std::int64_t count);
 
     /// False if there is no space for it. It is then rolled back.
     bool commit();
