@@ -41,7 +41,7 @@ TEST_F(Memory, holdsAQueuedPayloadOnce) {
     };
     constexpr int count = 64;
     {
-        const PasteboardStore store(directory_.pasteboardStore());
+        const tavel::PasteboardStore store(directory_.pasteboardStore());
         const auto lock = LmdbWrite::begin(store.changeCounts()); // the first write waits for this one
         ASSERT_NE(lock, nullptr);
         agent.send(line(0));
