@@ -53,6 +53,10 @@ public:
 
     /// Makes room for at least `capacity` bytes and keeps the first `used` bytes. Throws std::bad_alloc.
     void grow(std::size_t capacity, std::size_t used) {
+        if (capacity_ >= hugeCapacity) {
+            resize(capacity); // which moves pages: a copy of them would need their memory twice
+            return;
+        }
         if (capacity > largeCapacity)
             capacity = std::max(capacity, hugeCapacity);
         auto grown = allocate(capacity);
@@ -61,14 +65,14 @@ public:
         capacity_ = capacity;
     }
 
-    /// Gives back the room behind the first `used` bytes, which may move.
-    void shrink(std::size_t used) {
-        const std::size_t size = used + padding;
-        if (char* const shrunk = static_cast<char*>(std::realloc(bytes_.get(), size))) {
-            static_cast<void>(bytes_.release()); // realloc has freed or kept it
-            bytes_.reset(shrunk);
-            capacity_ = used;
-        }
+    /// Changes the room to `capacity` bytes. They may move. Throws std::bad_alloc.
+    void resize(std::size_t capacity) {
+        char* const resized = static_cast<char*>(std::realloc(bytes_.get(), capacity + padding));
+        if (resized == nullptr)
+            throw std::bad_alloc();
+        static_cast<void>(bytes_.release()); // realloc has kept or freed it
+        bytes_.reset(resized);
+        capacity_ = capacity;
     }
 
 private:
@@ -90,6 +94,14 @@ private:
     std::unique_ptr<char, Free> bytes_;
     std::size_t capacity_;
 };
+
+void LineReader::shrink(Buffer& buffer, std::size_t used) {
+    try {
+        buffer.resize(used);
+    } catch (const std::bad_alloc&) {
+        // It stays as large as it is.
+    }
+}
 
 LineReader::LineReader(int descriptor) : descriptor_(descriptor), buffer_(std::make_unique<Buffer>()) {}
 
@@ -127,7 +139,7 @@ void LineReader::skipLine() {
         std::memset(bytes + end_, 0, padding);
         lineStart_ = scanned_ = 0;
         if (buffer_->capacity() > largeCapacity)
-            buffer_->shrink(largeCapacity);
+            shrink(*buffer_, largeCapacity);
         if (feed != nullptr || endOfInput_ || !fill())
             return;
     }
@@ -173,7 +185,7 @@ LineReader::Line LineReader::takeLine(std::size_t length, std::size_t terminator
     const std::shared_ptr<Buffer> owner(std::make_shared<Buffer>(std::move(*buffer_)));
     std::memcpy(following->bytes(), owner->bytes() + next, rest);
     std::memset(following->bytes() + rest, 0, padding);
-    owner->shrink(lineStart_ + length); // many such lines may wait
+    shrink(*owner, lineStart_ + length); // many such lines may wait
     line.text = {owner->bytes() + lineStart_, length};
     line.owner = owner;
     buffer_ = std::move(following);

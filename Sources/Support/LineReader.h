@@ -44,6 +44,7 @@ public:
 private:
     class Buffer;
 
+    static void shrink(Buffer& buffer, std::size_t used);
     bool fill();
     Line takeLine(std::size_t length, std::size_t terminatorLength);
 

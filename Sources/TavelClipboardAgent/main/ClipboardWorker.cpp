@@ -9,8 +9,10 @@
 #include "TavelClipboardAgent/main/LeftOvers.h"
 #include "TavelClipboardAgent/main/MemoryReturn.h"
 
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <thread>
 
 namespace tavel {
 
@@ -27,11 +29,18 @@ constexpr auto longestWait = 100ms;
 constexpr std::int32_t smallestWatchedParent = 2;
 
 std::shared_ptr<Pasteboard> openPasteboard(Platform& platform, const std::optional<std::string>& name) {
-    try {
-        return platform.openPasteboard(name);
-    } catch (const Error& error) {
-        platform.log(error.description());
-        return std::make_shared<UnavailablePasteboard>();
+    // A lack of memory may pass, and without its pasteboard the agent is of no use.
+    constexpr int attempts = 3;
+    for (int attempt = 1;; ++attempt) {
+        try {
+            return platform.openPasteboard(name);
+        } catch (const Error& error) {
+            if (error.code() != ENOMEM || attempt == attempts) {
+                platform.log(error.description());
+                return std::make_shared<UnavailablePasteboard>();
+            }
+        }
+        std::this_thread::sleep_for(pollInterval);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <future>
@@ -223,6 +224,14 @@ TEST_F(ClipboardWorkerRun, opensTheGeneralPasteboardUnlessOneIsNamed) {
     makeWorker(0, "");
     EXPECT_EQ(platform.openedPasteboards,
               (std::vector<std::optional<std::string>>{std::nullopt, "test", ""}));
+}
+
+TEST_F(ClipboardWorkerRun, opensThePasteboardWhenALackOfMemoryHasPassed) {
+    platform.pasteboardError = Error("LMDB", ENOMEM, "Cannot allocate memory");
+    platform.passingErrors = 2;
+    makeWorker();
+    EXPECT_EQ(platform.logged, std::vector<std::string>());
+    EXPECT_EQ(replyTo(command::Ping{1}), success(1, 41));
 }
 
 TEST_F(ClipboardWorkerRun, answersWithoutAPasteboard) {

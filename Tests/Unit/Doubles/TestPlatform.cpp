@@ -84,8 +84,12 @@ std::unique_ptr<NamePanelView> TestPlatform::makeNamePanelView(const NamePanelTe
 }
 
 std::shared_ptr<Pasteboard> TestPlatform::openPasteboard(const std::optional<std::string>& name) {
-    if (pasteboardError)
-        throw Error(*pasteboardError);
+    if (pasteboardError) {
+        const Error error = *pasteboardError;
+        if (passingErrors > 0 && --passingErrors == 0)
+            pasteboardError.reset();
+        throw Error(error);
+    }
     openedPasteboards.push_back(name);
     return pasteboard;
 }

@@ -160,6 +160,7 @@ public:
     ScriptedKeyboardTap tap;
     ScriptedFocusProbe focus;
     std::optional<Error> pasteboardError; // if set, opening a pasteboard throws it
+    int passingErrors = 0;                // how often it throws before it stops; 0: for ever
     std::vector<std::optional<std::string>> openedPasteboards;
     bool showsWindows = true;
     ScreenSurroundings surroundings;                  // of every panel
