@@ -262,9 +262,10 @@ TEST_F(PasteboardToolTest, NoticesThatItCannotWrite) {
 
 TEST_F(PasteboardToolTest, TellsWhyThePasteboardCannotBeOpened) {
     world_.setVariable("XDG_RUNTIME_DIR", "");
-    world_.setVariable("TMPDIR", inWorld("missing"));
-    EXPECT_THAT(failure({"count"}), HasSubstr("missing"));
-    EXPECT_THAT(failure({"copy"}, "a"), HasSubstr("No such file or directory"));
+    const std::string file = world_.write("tavel-pasteboard-" + std::to_string(geteuid()), "no directory");
+    world_.setVariable("TMPDIR", std::filesystem::path(file).parent_path());
+    EXPECT_THAT(failure({"count"}), HasSubstr(file));
+    EXPECT_THAT(failure({"copy"}, "a"), HasSubstr("is not a directory"));
 }
 
 TEST_F(PasteboardToolTest, WorksWithClosedStandardDescriptors) {
