@@ -182,9 +182,11 @@ void FilePaste::schedule(std::chrono::milliseconds delay, const std::function<vo
 }
 
 void FilePaste::passUntilReleased() {
-    busy_ = platform_.keyboardTap().isKeyDown(keyCode::v);
-    if (busy_)
-        schedule(keyCheckInterval, [](FilePaste& self) { self.passUntilReleased(); });
+    busy_ = false;
+    if (!platform_.keyboardTap().isKeyDown(keyCode::v))
+        return;
+    schedule(keyCheckInterval, [](FilePaste& self) { self.passUntilReleased(); });
+    busy_ = true;
 }
 
 bool FilePaste::isPasteShortcutHeld() {
