@@ -11,6 +11,12 @@
 
 namespace tavel {
 
+void useOneHeap() {
+#ifdef __GLIBC__
+    static_cast<void>(mallopt(M_ARENA_MAX, 1));
+#endif
+}
+
 std::int64_t pagesProvided() {
     rusage usage{};
     return getrusage(RUSAGE_SELF, &usage) == 0 ? usage.ru_minflt : 0;

@@ -4,6 +4,10 @@
 
 namespace tavel {
 
+/// Makes all threads share one heap. Free memory at the end of another heap could not be returned (glibc's
+/// malloc_trim). To be called before another thread starts.
+void useOneHeap();
+
 /// The number of memory pages that the system has provided to this process so far without reading a disk
 /// (getrusage, ru_minflt). It grows while a process takes memory, and stays while it only waits. Any thread.
 std::int64_t pagesProvided();

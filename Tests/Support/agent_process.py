@@ -46,6 +46,8 @@ class AgentProcess:
         self._taken = collections.deque(maxlen=_LINES_SHOWN)  # the last lines that left the queue
         self._events = collections.deque()  # events that came before a reply
         self._requests = 1000
+        self._may_read = threading.Event()
+        self._may_read.set()
         with _running_lock:
             assert not _over.is_set(), "the tests are over"
             self._process = subprocess.Popen(
@@ -65,7 +67,17 @@ class AgentProcess:
         # Reads all the time, because the agent waits while its pipe is full.
         for line in self._process.stdout:
             self._lines.put(line)
+            self._may_read.wait()
         self._lines.put(b"")  # marks the end of the output
+
+    @contextlib.contextmanager
+    def unread(self):
+        """Nothing reads the agent's output inside, but for what was read already."""
+        self._may_read.clear()
+        try:
+            yield
+        finally:
+            self._may_read.set()
 
     def _line_within(self, seconds):
         """Returns the next line, b"" at the end of the output and ever after, or None at the time-out."""
@@ -209,6 +221,7 @@ class AgentProcess:
             if self not in _running:
                 return
             _running.remove(self)
+        self._may_read.set()
         has_ended = self._lines.queue and self._lines.queue[-1] == b""
         if self._below_shell and not has_ended:
             with contextlib.suppress(ProcessLookupError, PermissionError):  # the group has just ended

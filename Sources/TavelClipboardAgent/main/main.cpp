@@ -1,3 +1,4 @@
+#include "Support/FreeMemory.h"
 #include "Support/Process.h"
 #include "TavelClipboardAgent/main/Arguments.h"
 #include "TavelClipboardAgent/main/ClipboardWorker.h"
@@ -46,6 +47,7 @@ tavel::ClipboardWorker* makeWorkerWithinTime(const tavel::StandardPipes& pipes, 
 
 int main(int argc, char** argv) {
     tavel::disableCoreDumps();
+    tavel::useOneHeap();
     const tavel::StandardPipes pipes = tavel::takeStandardPipes();
     tavel::blockBrokenPipeSignal();
     tavel::refuseNewPrivileges();
