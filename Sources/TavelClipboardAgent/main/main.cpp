@@ -14,25 +14,27 @@
 
 namespace {
 
+using Worker = std::shared_ptr<tavel::ClipboardWorker>;
+
 /// Null if there is no memory or no thread for the agent now. Neither the platform nor the worker is ever
 /// destroyed: the reader of commands may still be blocked, and use them, while the process ends.
-tavel::ClipboardWorker* makeWorker(const tavel::StandardPipes& pipes, int argc, char** argv) {
+Worker* makeWorker(const tavel::StandardPipes& pipes, int argc, char** argv) {
     try {
         const std::vector<std::string> arguments(argv, argv + argc);
         auto platform = tavel::makePlatform();
-        auto worker = std::make_unique<std::shared_ptr<tavel::ClipboardWorker>>();
+        auto worker = std::make_unique<Worker>();
         *worker = std::make_shared<tavel::ClipboardWorker>(
             *platform, tavel::ClipboardWorker::Pipes{pipes.input, pipes.output}, tavel::parentPID(arguments),
             tavel::testPasteboardName(arguments));
         static_cast<void>(platform.release());
-        return worker.release()->get();
+        return worker.release();
     } catch (const std::exception&) {
         return nullptr;
     }
 }
 
 /// Tries for five seconds; meanwhile the parent's commands wait in the pipe.
-tavel::ClipboardWorker* makeWorkerWithinTime(const tavel::StandardPipes& pipes, int argc, char** argv) {
+Worker* makeWorkerWithinTime(const tavel::StandardPipes& pipes, int argc, char** argv) {
     constexpr int attempts = 50;
     constexpr std::chrono::milliseconds pause{100};
     for (int attempt = 1; attempt < attempts; ++attempt) {
@@ -51,9 +53,10 @@ int main(int argc, char** argv) {
     const tavel::StandardPipes pipes = tavel::takeStandardPipes();
     tavel::blockBrokenPipeSignal();
     tavel::refuseNewPrivileges();
-    tavel::ClipboardWorker* const worker = makeWorkerWithinTime(pipes, argc, argv);
-    if (worker == nullptr)
+    static const Worker* const made = makeWorkerWithinTime(pipes, argc, argv);
+    if (made == nullptr)
         return 0;
+    const Worker& worker = *made;
     worker->run();
     // A job may be deep in an image library, whose static objects must not be destroyed under it.
     if (worker->isExporting())
