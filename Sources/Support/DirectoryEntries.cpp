@@ -1,5 +1,7 @@
 #include "Support/DirectoryEntries.h"
 
+#include "Support/ScopeExit.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -27,11 +29,11 @@ bool removeEntry(int directory, const std::string& name, int level) {
     const int opened = openat(directory, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (opened < 0)
         return false;
+    const ScopeExit closed([&] { close(opened); });
     if (level < deepestLevel) {
         for (const std::string& inner : namesIn(opened))
             removeEntry(opened, inner, level + 1);
     }
-    close(opened);
     return unlinkat(directory, name.c_str(), AT_REMOVEDIR) == 0 || errno == ENOENT;
 }
 

@@ -75,11 +75,11 @@ PrivateDirectory::~PrivateDirectory() {
 }
 
 PrivateDirectory PrivateDirectory::open(const std::filesystem::path& path) {
-    const int descriptor = openDirectory(AT_FDCWD, path.c_str());
-    if (descriptor < 0)
+    PrivateDirectory opened(-1, path); // first, because a descriptor without an owner would stay open
+    opened.descriptor_ = openDirectory(AT_FDCWD, path.c_str());
+    if (opened.descriptor_ < 0)
         fail(errno, path);
-    PrivateDirectory opened(descriptor, path);
-    if (const int failure = takeOwnership(descriptor))
+    if (const int failure = takeOwnership(opened.descriptor_))
         fail(failure, path);
     return opened;
 }
@@ -94,8 +94,10 @@ PrivateDirectory PrivateDirectory::make(const std::filesystem::path& path) {
 bool PrivateDirectory::isInPlace() const {
     struct stat named {};
     struct stat opened {};
-    return lstat(path_.c_str(), &named) == 0 && fstat(descriptor_, &opened) == 0 &&
-           named.st_dev == opened.st_dev && named.st_ino == opened.st_ino;
+    if (lstat(path_.c_str(), &named) != 0)
+        return errno != ENOENT && errno != ENOTDIR; // nothing says that it has gone
+    return fstat(descriptor_, &opened) != 0 ||
+           (named.st_dev == opened.st_dev && named.st_ino == opened.st_ino);
 }
 
 bool PrivateDirectory::tryLock() const {

@@ -30,7 +30,8 @@ public:
     /// Open for reading; this object keeps its ownership.
     int descriptor() const { return descriptor_; }
 
-    /// Whether `path` still leads to this directory, and not through a link in its place.
+    /// Whether `path` still leads to this directory, and not through a link in its place. True if the system
+    /// does not tell.
     bool isInPlace() const;
 
     /// Takes the directory's lock (flock), which the system releases when the process ends, however it ends.
