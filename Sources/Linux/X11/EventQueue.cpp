@@ -28,9 +28,14 @@ EventQueue::Event EventQueue::push(Event event) {
 
 EventQueue::Event EventQueue::pushRequest(Event event) {
     const std::uint32_t number = clientOf(reinterpret_cast<const xcb_selection_request_event_t&>(*event));
-    auto client = std::ranges::find(clients_, number, &Client::number);
-    if (client == clients_.end())
-        client = clients_.insert(clients_.end(), Client{number, {}});
+    const auto client = std::ranges::find(clients_, number, &Client::number);
+    if (client == clients_.end()) {
+        std::list<Client> added{}; // whole before it is in the list, as memory may lack
+        added.push_back({number, {}});
+        added.back().requests.push_back({++received_, std::move(event)});
+        clients_.splice(clients_.end(), added);
+        return nullptr;
+    }
     if (client->requests.size() >= mostRequestsOfAClient)
         return client->givenBack++ < mostRequestsOfAClient ? std::move(event) : nullptr;
     client->requests.push_back({++received_, std::move(event)});

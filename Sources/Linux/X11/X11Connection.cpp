@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 #include <utility>
 
 namespace tavel {
@@ -212,9 +213,13 @@ void X11Connection::takeInQueued() {
 }
 
 void X11Connection::takeIn(Event event) {
-    const Event excess = queue_.push(std::move(event));
-    if (excess != nullptr && excessHandler_)
-        excessHandler_(*excess);
+    try {
+        const Event excess = queue_.push(std::move(event));
+        if (excess != nullptr && excessHandler_)
+            excessHandler_(*excess);
+    } catch (const std::bad_alloc&) {
+        // Lost: it costs one answer or one change. GLib's code, which calls this, must see no exception.
+    }
 }
 
 void X11Connection::synchronize() {
@@ -251,8 +256,12 @@ void X11Connection::dispatch(Event event) {
             return;
         }
     }
-    if (handler_)
-        handler_(*event);
+    try {
+        if (handler_)
+            handler_(*event);
+    } catch (const std::bad_alloc&) {
+        // As in `takeIn`.
+    }
 }
 
 xcb_timestamp_t X11Connection::fetchTime() {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <utility>
 
 namespace tavel {
@@ -38,7 +39,11 @@ struct X11EventSource::Source {
     static gboolean dispatch(GSource* source, GSourceFunc, gpointer) {
         X11Selections& selections = *from(source).selections;
         selections.connection().dispatchEvents();
-        selections.giveUpOverdue(X11Selections::Clock::now());
+        try {
+            selections.giveUpOverdue(X11Selections::Clock::now());
+        } catch (const std::bad_alloc&) {
+            // Tried again with the next event. GLib's code must see no exception.
+        }
         // The descriptor of a lost connection stays readable and would make the loop spin.
         return selections.connection().isLost() ? G_SOURCE_REMOVE : G_SOURCE_CONTINUE;
     }
