@@ -1,8 +1,7 @@
 #include "Fuzz/Fuzz.h"
 #include "Linux/Images/OnDemandImageCodec.h"
 
-#include <time.h>
-
+#include <ctime>
 #include <string>
 
 namespace tavel {
