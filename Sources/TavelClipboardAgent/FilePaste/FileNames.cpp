@@ -92,7 +92,7 @@ bool isStorable(std::string_view name) {
 std::string shortened(const std::string& stem, std::string_view ext) {
     const std::u32string scalars = unicode::fromUtf8(stem).value_or(U"");
     for (std::size_t count = longestSuggestion; count > 0; --count) {
-        const std::string beginning =
+        std::string beginning =
             unicode::toUtf8(unicode::trimmed(unicode::firstCharacters(scalars, count), unicode::isBlank));
         if (isStorable(beginning + "." + std::string(ext)))
             return beginning;
