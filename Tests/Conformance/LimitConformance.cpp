@@ -26,7 +26,7 @@ TEST_P(PasteboardConformance, aTextThatIsCutWithinACharacterIsStillATextThatIsTo
     while (text.size() < 3000)
         text += "\u20AC";
     copyText(*theirs, text);
-    for (const std::size_t limit : {1000, 1001, 1002}) {
+    for (const std::size_t limit : {1000U, 1001U, 1002U}) {
         const auto read = ours->string(pasteboardType::string, limit);
         ASSERT_TRUE(read) << limit;
         EXPECT_EQ(read->size(), limit + 1);
@@ -64,7 +64,7 @@ TEST_P(PasteboardConformance, aTypeHasANameOfAtMost255Bytes) {
 }
 
 TEST_P(PasteboardConformance, atMost1000TypesAreRead) {
-    for (const std::size_t count : {1000, 1001}) {
+    for (const std::size_t count : {1000U, 1001U}) {
         PasteboardItem item;
         for (std::size_t i = 0; i < count; ++i)
             item.push_back(representation("net.example.type" + std::to_string(i), "data"));

@@ -63,7 +63,7 @@ TEST_F(Memory, dropsALineThatItCannotHold) {
     limited.launcher = {"/bin/sh", "-c", R"(ulimit -v 600000; exec "$0" "$@")"}; // KiB
     AgentProcess& agent = launch(limited);
     agent.send(R"({"command":"ping","request_id":1,"x":")");
-    const std::string piece(10'000'000, 'a');
+    const std::string piece = repeated("a", 10'000'000);
     for (int pieces = 0; pieces < 40; ++pieces)
         agent.send(piece);
     agent.send("\"}\n" + pingLine(2));
