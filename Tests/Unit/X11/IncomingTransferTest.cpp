@@ -118,7 +118,7 @@ TEST(IncomingTransfer, takesExactlyTheLimit) {
 }
 
 TEST(IncomingTransfer, cutsAValueOneByteBehindTheLimit) {
-    for (const std::size_t excess : {1, 2, 1000}) {
+    for (const std::size_t excess : {1U, 2U, 1000U}) {
         IncomingTransfer inOne(limit, incremental);
         inOne.received(part(std::string(limit + excess, 'x')));
         EXPECT_EQ(inOne.state(), State::cut);
