@@ -38,7 +38,7 @@ TEST(Uuid, isToldFromOtherTexts) {
     const std::string uuid = "0123ABCD-4567-4EF0-89AB-CDEF01234567";
     EXPECT_TRUE(isUuid(uuid));
     for (std::size_t i = 0; i < uuid.size(); ++i) {
-        for (const char other : std::string_view("g/:@G`a \0", 10)) {
+        for (const char other : std::string_view("g/:@G`a \0", 9)) {
             std::string changed = uuid;
             changed[i] = other;
             EXPECT_FALSE(isUuid(changed)) << changed;

@@ -69,9 +69,9 @@ TEST_F(EventQueueTest, keepsTheOrderOfWhatOneProgramCauses) {
 }
 
 TEST_F(EventQueueTest, letsClientsTakeTurns) {
-    for (const xcb_atom_t target : {1, 2, 3})
+    for (const xcb_atom_t target : {1U, 2U, 3U})
         queue.push(request(ofA, target));
-    for (const xcb_atom_t target : {7, 8})
+    for (const xcb_atom_t target : {7U, 8U})
         queue.push(request(ofB, target));
     EXPECT_EQ(handled(queue), "17283");
 }
