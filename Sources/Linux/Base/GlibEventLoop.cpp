@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <memory>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -119,7 +120,7 @@ void GlibEventLoop::attachTimer(std::chrono::milliseconds delay, Function functi
         bool repeats;
     };
 
-    auto timer = std::make_unique<Timer>(Timer{this, nullptr, std::move(function), repeats});
+    auto made = std::make_unique<Timer>(Timer{this, nullptr, std::move(function), repeats});
     GSource* const source = g_timeout_source_new(static_cast<guint>(delay.count()));
     try {
         timers_.insert(source);
@@ -127,7 +128,7 @@ void GlibEventLoop::attachTimer(std::chrono::milliseconds delay, Function functi
         g_source_unref(source);
         throw;
     }
-    timer->source = source;
+    made->source = source;
     g_source_set_callback(
         source,
         [](gpointer data) -> gboolean {
@@ -135,7 +136,7 @@ void GlibEventLoop::attachTimer(std::chrono::milliseconds delay, Function functi
             run(timer->function);
             return timer->repeats ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
         },
-        timer.release(),
+        made.release(),
         [](gpointer data) {
             const std::unique_ptr<Timer> timer(static_cast<Timer*>(data));
             timer->loop->timers_.erase(timer->source);
