@@ -401,11 +401,16 @@ gimp_copy_all() { # WINDOW
   copy_with "$1" ctrl+a ctrl+c
 }
 
+# Between two images the window may have the program's name alone for a moment.
+window_has_other_image() { # WINDOW TITLE-BEFORE
+  window_has_other_title "$1" "$2" && [[ $(window_title "$1") == *[0-9]x[0-9]* ]]
+}
+
 # Prints the new image's title. It ends with the size in pixels: "... 300x200 - GIMP", with a longer dash.
 gimp_paste_as_new_image() { # WINDOW
   local before
   before=$(window_title "$1")
   press "$1" ctrl+shift+v || return
-  wait_until "$APPLICATION_TIME_OUT" window_has_other_title "$1" "$before" || return
+  wait_until "$APPLICATION_TIME_OUT" window_has_other_image "$1" "$before" || return
   window_title "$1"
 }

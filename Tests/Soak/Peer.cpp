@@ -19,6 +19,7 @@
 #include <iostream>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 namespace tavel {
@@ -33,11 +34,11 @@ public:
     void handle(const std::string& word, std::size_t number) {
         if (word == "copy") {
             own().offerValue(text, std::string(number, 'c'));
-            owner_->take();
+            take();
         } else if (word == "hang") {
             own().offer({text});
             owner_->on(text, owner_->silence());
-            owner_->take();
+            take();
         } else if (word == "halve") {
             own().offer({text});
             owner_->on(text, [this](const ScriptedOwner::Request& request) {
@@ -46,7 +47,7 @@ public:
                 if (owner_->awaitDeletion(request))
                     owner_->put(request, text, std::string(50'000, 'h'));
             });
-            owner_->take();
+            take();
         } else if (word == "let-go") {
             owner_.reset();
         } else if (word == "paste") {
@@ -61,6 +62,14 @@ public:
 private:
     /// A new program on the server, which nobody has asked anything.
     ScriptedOwner& own() { return owner_.emplace(display_); }
+
+    void take() {
+        try {
+            owner_->take();
+        } catch (const std::runtime_error&) {
+            owner_.reset(); // another program has taken it at a later time
+        }
+    }
 
     void flood(std::size_t count) const {
         ScriptedRequestor requestor(display_);
