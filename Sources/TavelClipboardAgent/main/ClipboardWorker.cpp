@@ -104,11 +104,16 @@ bool ClipboardWorker::startPolling() {
     }
 }
 
-/// What an agent left that was killed. Without a thread for it, a later agent does it.
+/// What an agent left that was killed. Without a thread or memory for it, a later agent does it.
 void ClipboardWorker::startRemovingLeftOvers() {
     try {
-        platform_.eventLoop().runInBackground(
-            [parent = exportDirectory_->path().parent_path()] { removeLeftOvers(parent); });
+        platform_.eventLoop().runInBackground([parent = exportDirectory_->path().parent_path()] {
+            try {
+                removeLeftOvers(parent);
+            } catch (const std::exception&) {
+                // Nothing depends on it.
+            }
+        });
     } catch (const std::exception&) {
         // Nothing depends on it.
     }

@@ -139,7 +139,9 @@ void ClipboardWorker::captureImage(std::span<const std::string> types, std::int6
     }
     ImageExport pending{{current, exportGeneration_, marker}, {nullptr, exportNames::newPicture()}};
     started = startExport(current, [context = exportContext(), pending = std::move(pending),
-                                    image = std::move(*image)] { exportImage(context, pending, image); });
+                                    image = std::move(*image)]() mutable {
+        exportImage(context, std::move(pending), image); // moved, as a copy needs memory
+    });
 }
 
 /// Whether the exported content is still on the pasteboard and has not been discarded.

@@ -62,12 +62,14 @@ bool writeFormats(ExportDirectory& parent, std::shared_ptr<PrivateDirectory>& di
     return there;
 }
 
-/// Throws Error, and std::exception if there is no memory.
-void writeAndPost(const ExportContext& context, FormatExport& pending, const CapturedFormats& formats) {
-    if (!writeFormats(*context.directory, pending.directory, formats))
+/// Throws Error, and std::exception if there is no memory; `directory` has then been made, or is null.
+void writeAndPost(const ExportContext& context, const ExportOrigin& origin,
+                  std::shared_ptr<PrivateDirectory>& directory, const CapturedFormats& formats) {
+    if (!writeFormats(*context.directory, directory, formats))
         return;
+    FormatExport pending{origin, directory, {}};
     for (const auto& [name, content] : formats)
-        pending.paths.push_back((pending.directory->path() / name).string());
+        pending.paths.push_back((directory->path() / name).string());
     context.loop.post([worker = context.worker, pending]() mutable {
         // Deliberate: unlike a picture's file, the directory is removed if the worker is gone.
         if (const auto alive = worker.lock())
@@ -89,14 +91,14 @@ void exportFormats(const ExportContext& context, const ExportOrigin& origin, Cap
         return; // the slot's owner is gone too
     const ScopeExit release([&] { context.slot->release(); });
     MemoryReserve reserve;
-    FormatExport pending{origin, nullptr, {}};
+    std::shared_ptr<PrivateDirectory> directory;
     const auto discard = [&] {
-        if (pending.directory != nullptr)
-            pending.directory->remove();
+        if (directory != nullptr)
+            directory->remove();
     };
     try {
         addPng(context.codec, formats);
-        writeAndPost(context, pending, formats);
+        writeAndPost(context, origin, directory, formats);
     } catch (const Error& error) {
         reserve.insist(discard);
         reserve.insist([&] { warn(*context.output, error); });
