@@ -7,8 +7,9 @@
 
 namespace tavel {
 
-/// The file URL of an absolute path, as the system writes it: names in the file system's own form, a trailing
-/// slash for an existing directory. nullopt if the path is not UTF-8.
+/// The file URL of an absolute path, as the system writes it: accents in names are decomposed, whatever form
+/// they have in the path, and the URL of an existing directory ends in a slash. nullopt if the path is not
+/// UTF-8.
 std::optional<std::string> fileUrlOfPath(const std::string& path);
 
 /// The path that a file URL names, without a trailing slash. A file reference URL, which names the file by a

@@ -15,6 +15,9 @@ namespace tavel {
 
 /// One type of an item with its data.
 struct Representation {
+    /// A uniform type identifier: letters, digits, hyphens and dots, at least one of these. A platform may
+    /// take two names for the same type if only the case of their letters differs, and may rename or refuse a
+    /// type that is no such identifier.
     std::string type;
     Bytes data;
 };
@@ -53,8 +56,9 @@ public:
     /// lags behind `changeCount` by no more than the event loop does: for polling.
     virtual std::int64_t noticedChangeCount() = 0;
 
-    /// The types of all items, each once, in the order in which they first occur. At most
-    /// `pasteboardType::mostTypes`; a type whose name exceeds `pasteboardType::longestNameBytes` is left out.
+    /// The types of all items, each once, in the order in which they first occur. A platform may list names
+    /// of its own beside them, such as older names of the same types. At most `pasteboardType::mostTypes`; a
+    /// type whose name exceeds `pasteboardType::longestNameBytes` is left out.
     virtual std::vector<std::string> types() = 0;
 
     /// The text under `type`, in UTF-8 without a terminator. Of public.utf8-plain-text the texts of all items

@@ -61,6 +61,12 @@ PasteboardItem PasteboardConformance::fileUrlItem(std::string_view url) {
     return {representation(pasteboardType::fileUrl, url)};
 }
 
+std::vector<std::string> PasteboardConformance::typesOf(Pasteboard& pasteboard) const {
+    auto types = pasteboard.types();
+    std::erase_if(types, [&](const std::string& type) { return backend->isNameOfThePlatform(type); });
+    return types;
+}
+
 std::optional<std::string> PasteboardConformance::dataOf(Pasteboard& pasteboard, std::string_view type) {
     return stringFrom(pasteboard.data(type, ample));
 }

@@ -24,6 +24,9 @@ public:
 
     /// A new object for the same pasteboard, in another program.
     virtual std::shared_ptr<Pasteboard> openElsewhere(const std::optional<std::string>& name) = 0;
+
+    /// Whether the name is one that the platform itself may list beside the types of a content.
+    virtual bool isNameOfThePlatform(std::string_view) const { return false; }
 };
 
 /// Makes a new backend for each test, so that a backend may have a server or a store of its own.
@@ -62,6 +65,9 @@ protected:
     static Representation representation(std::string_view type, std::string_view data);
     static PasteboardItem textItem(std::string_view text);
     static PasteboardItem fileUrlItem(std::string_view url);
+
+    /// The types that the content has, without the names that the platform lists beside them.
+    std::vector<std::string> typesOf(Pasteboard& pasteboard) const;
 
     /// The results of `data` and `string` in a form that compares and prints.
     static std::optional<std::string> dataOf(Pasteboard& pasteboard, std::string_view type);

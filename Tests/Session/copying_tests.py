@@ -3,7 +3,7 @@
 import pathlib
 
 from pictures import make_png
-from session_case import MARKER_TYPE, SessionCase, files_event, text_event
+from session_case import MARKER_TYPE, SessionCase, text_event
 
 LARGEST_TEXT = 4 * 1024 * 1024  # bytes
 TEXT_IGNORED = {"event": "log", "level": "warning", "message": "Texte presse-papiers ignoré (>4 Mio)"}
@@ -60,15 +60,22 @@ class FileTests(SessionCase):
         super().setUp()
         self.start()
 
+    def expect_files(self, paths):
+        event = self.described()
+        found, wanted = event.pop("paths", []), [str(path) for path in paths]
+        self.expect_same(event, {"event": "change", "kind": "files"})
+        self.assertEqual(self.place.comparable_paths(found), self.place.comparable_paths(wanted))
+        self.expect_silence()
+
     def test_files_are_reported_in_their_order(self):
         paths = [self.file(name) for name in FILE_NAMES]
         folder = self.directory / "a folder"
         folder.mkdir()
         paths.append(folder)
         self.copy("copy-files", *paths)
-        self.expect_described(files_event(paths))
+        self.expect_files(paths)
         self.copy("copy-files", *reversed(paths))
-        self.expect_described(files_event(reversed(paths)))
+        self.expect_files(reversed(paths))
         self.quit()
 
 

@@ -28,8 +28,8 @@ class Place:
         return set(self.temporary_directory.glob("tavel-clipboard-*"))
 
     @staticmethod
-    def written_paths(paths):
-        """Returns the paths in the form in which they are compared after the agent has written them."""
+    def comparable_paths(paths):
+        """Returns the paths in the form in which they are compared after they were on the pasteboard."""
         return paths
 
 
@@ -51,7 +51,7 @@ class Mac(Place):
         self.temporary_directory = pathlib.Path(os.fsdecode(found.stdout).rstrip("\n"))
 
     @staticmethod
-    def written_paths(paths):
+    def comparable_paths(paths):
         """macOS may decompose accents in file names; the names still denote the same files."""
         return [unicodedata.normalize("NFC", path) for path in paths]
 

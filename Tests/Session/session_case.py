@@ -29,10 +29,6 @@ def text_event(text):
     return {"event": "change", "text_b64": base64_of(data).rstrip("="), "bytes": len(data)}
 
 
-def files_event(paths):
-    return {"event": "change", "kind": "files", "paths": [str(path) for path in paths]}
-
-
 class SessionCase(unittest.TestCase):
     # session-test sets these before the tests run.
     agent_program = tool_program = place = None

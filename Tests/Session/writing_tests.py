@@ -30,7 +30,7 @@ class WritingCase(SessionCase):
     def expect_files(self, paths):
         found = self.tool("paste-files").decode().splitlines()
         wanted = [str(path) for path in paths]
-        self.assertEqual(self.place.written_paths(found), self.place.written_paths(wanted))
+        self.assertEqual(self.place.comparable_paths(found), self.place.comparable_paths(wanted))
 
     def expect_not_reported(self):
         """The agent must not report its own write, but must report the next copy."""

@@ -26,11 +26,18 @@ public:
         return open(name);
     }
 
+    bool isNameOfThePlatform(std::string_view name) const override { return isNameOfTheSystem(name); }
+
 private:
     std::set<std::string> names_;
 };
 
 } // namespace
+
+bool isNameOfTheSystem(std::string_view name) {
+    return name.find('.') == std::string_view::npos || name.find(' ') != std::string_view::npos ||
+           name.starts_with("dyn.");
+}
 
 std::unique_ptr<PasteboardBackend> makeMacBackend() {
     return std::make_unique<MacBackend>();

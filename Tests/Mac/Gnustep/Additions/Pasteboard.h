@@ -11,6 +11,7 @@
 /// - A type need not be declared before it is written.
 /// - Texts are stored in UTF-8.
 /// - A pasteboard may hold several items.
+/// - The list of types names some types a second time, for old programs.
 
 APPKIT_EXPORT NSString* const NSPasteboardURLReadingFileURLsOnlyKey;
 

@@ -1,6 +1,7 @@
 #include "Tests/Mac/Gnustep/Additions/Pasteboard.h"
 
 #include "Mac/Strings.h"
+#include "Tests/Mac/Gnustep/Additions/LegacyTypes.h"
 #include "Tests/Mac/Gnustep/Additions/PasteboardContent.h"
 #include "Tests/Mac/Gnustep/Additions/PasteboardItem.h"
 
@@ -161,7 +162,12 @@ NSOrderedSet* typesOf(NSArray* items) {
 }
 
 - (NSArray*)types {
-    return [typesOf([self storedItems]) array];
+    NSMutableOrderedSet* const types = [NSMutableOrderedSet orderedSet];
+    for (NSString* type in typesOf([self storedItems])) {
+        [types addObject:type];
+        [types addObjectsFromArray:legacyNamesOf(type)];
+    }
+    return [types array];
 }
 
 - (NSData*)dataForType:(NSString*)type {

@@ -10,6 +10,7 @@ typedef unsigned short unichar;
 @interface NSString : NSObject <NSCopying>
 @property(readonly) NSUInteger length;
 + (instancetype)stringWithCharacters:(const unichar*)characters length:(NSUInteger)length;
+@property(readonly, copy) NSString* precomposedStringWithCanonicalMapping;
 - (BOOL)isEqualToString:(NSString*)string;
 - (instancetype)init NS_DESIGNATED_INITIALIZER;
 - (void)getCharacters:(unichar*)buffer range:(NSRange)range;
