@@ -34,6 +34,13 @@ class TextTests(SessionCase):
         self.expect_text("")
         self.quit()
 
+    def test_a_password_managers_mark_changes_nothing(self):
+        for mark in ("org.nspasteboard.ConcealedType", "org.nspasteboard.TransientType", "x-kde-passwordManagerHint"):
+            with self.subTest(mark):
+                self.copy("set", f"text={self.file('text', b'password')}", f"{mark}={self.file('mark', b'secret')}")
+                self.expect_described(text_event("password"))
+        self.quit()
+
     def test_the_same_text_is_reported_again(self):
         self.expect_text("again")
         self.expect_text("again")
