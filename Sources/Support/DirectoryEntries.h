@@ -5,7 +5,8 @@
 
 namespace tavel {
 
-// Directories by descriptor. Both functions leave the descriptor open, and follow no links.
+// Directories by descriptor, or AT_FDCWD for names that are paths. Both functions leave the descriptor open,
+// and follow no links.
 
 /// The names in the directory but "." and "..", in no order. Fewer of them after an error of reading.
 std::vector<std::string> namesIn(int directory);

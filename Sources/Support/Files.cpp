@@ -1,13 +1,10 @@
 #include "Support/Files.h"
 
-#include <ftw.h>
 #include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <system_error>
 
 namespace tavel {
 
@@ -49,18 +46,6 @@ bool createPrivateDirectory(const std::filesystem::path& path) {
         return true;
     errno = EEXIST;
     return false;
-}
-
-bool removeTree(const std::filesystem::path& directory) {
-    // Not std::filesystem: its functions end the process when memory lacks.
-    constexpr int openDirectories = 16;
-    const auto removeOne = [](const char* path, const struct stat*, int, FTW*) {
-        static_cast<void>(std::remove(path));
-        return 0; // goes on, so that as much goes as can
-    };
-    nftw(directory.c_str(), removeOne, openDirectories, FTW_DEPTH | FTW_PHYS);
-    struct stat status {};
-    return lstat(directory.c_str(), &status) != 0 && errno == ENOENT;
 }
 
 bool writeAll(int descriptor, std::string_view content) {

@@ -16,9 +16,6 @@ bool isDirectory(const std::string& path);
 /// unchanged and returns true. False on any failure, with errno set.
 bool createPrivateDirectory(const std::filesystem::path& path);
 
-/// Removes `directory` and its contents without following links. False on any failure.
-bool removeTree(const std::filesystem::path& directory);
-
 /// Writes all of `content` to the descriptor, in as few calls as the system allows. Continues interrupted and
 /// partial writes, and waits for a descriptor in non-blocking mode. False on any other error, with errno set.
 bool writeAll(int descriptor, std::string_view content);

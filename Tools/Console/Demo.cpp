@@ -5,10 +5,12 @@
 #include "Console/Paragraph.h"
 #include "Console/SamplePicture.h"
 #include "ImageHeaders/ImageHeader.h"
+#include "Support/DirectoryEntries.h"
 #include "Support/Error.h"
 #include "Support/Files.h"
 #include "Support/InputFile.h"
 
+#include <fcntl.h>
 #include <glib.h>
 #include <unistd.h>
 
@@ -83,7 +85,7 @@ Demo::~Demo() {
         const std::string complaint = "tavel-console: the pasteboard " + pasteboard_ + " is not cleared: ";
         static_cast<void>(writeAll(STDERR_FILENO, complaint + error.what() + "\n"));
     }
-    static_cast<void>(removeTree(directory_));
+    static_cast<void>(removeEntry(AT_FDCWD, directory_.string()));
 }
 
 void Demo::run() {

@@ -169,47 +169,5 @@ TEST(CreatePrivateDirectory, tellsThatItIsNotPermitted) {
     EXPECT_EQ(failsWithoutRights(scratch / "closed/far/below"), 0);
 }
 
-TEST(RemoveTree, removesADirectoryWithEverythingInIt) {
-    const ScratchDirectory scratch;
-    fs::create_directories(scratch / "tree/a/b");
-    scratch.makeFile("tree/file");
-    scratch.makeFile("tree/a/b/file");
-    EXPECT_TRUE(removeTree(scratch / "tree"));
-    EXPECT_FALSE(fs::exists(scratch / "tree"));
-}
-
-TEST(RemoveTree, doesNotFollowTheLinksInIt) {
-    const ScratchDirectory scratch;
-    fs::create_directory(scratch / "outside");
-    const fs::path kept = scratch.makeFile("outside/kept");
-    fs::create_directory(scratch / "tree");
-    fs::create_directory_symlink(scratch / "outside", scratch / "tree/directory-link");
-    fs::create_symlink(kept, scratch / "tree/file-link");
-    EXPECT_TRUE(removeTree(scratch / "tree"));
-    EXPECT_FALSE(fs::exists(scratch / "tree"));
-    EXPECT_TRUE(fs::exists(kept));
-}
-
-TEST(RemoveTree, removesALinkAndNotItsTarget) {
-    const ScratchDirectory scratch;
-    fs::create_directory(scratch / "outside");
-    const fs::path kept = scratch.makeFile("outside/kept");
-    fs::create_directory_symlink(scratch / "outside", scratch / "link");
-    EXPECT_TRUE(removeTree(scratch / "link"));
-    EXPECT_FALSE(fs::exists(fs::symlink_status(scratch / "link")));
-    EXPECT_TRUE(fs::exists(kept));
-}
-
-TEST(RemoveTree, hasNothingToDoForWhatDoesNotExist) {
-    const ScratchDirectory scratch;
-    EXPECT_TRUE(removeTree(scratch / "missing"));
-}
-
-TEST(RemoveTree, tellsThatItFailed) {
-    const ScratchDirectory scratch;
-    fs::create_directory(scratch / "tree");
-    EXPECT_FALSE(removeTree(scratch / "tree" / ".")); // rmdir(2) refuses a path that ends in "."
-}
-
 } // namespace
 } // namespace tavel

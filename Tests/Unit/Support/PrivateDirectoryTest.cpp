@@ -178,6 +178,11 @@ TEST(PrivateDirectory, goesWithEverythingInItButNotWhatLinksLeadTo) {
     EXPECT_TRUE(fs::exists(kept));
 }
 
+TEST(PrivateDirectory, hasNothingToRemoveWhereNothingIs) {
+    const ScratchDirectory scratch;
+    EXPECT_TRUE(PrivateDirectory::make(scratch / "directory").removeEntry("missing"));
+}
+
 TEST(PrivateDirectory, isEmptiedAndItsSuccessorLeftWhenItWasReplaced) {
     const ScratchDirectory scratch;
     PrivateDirectory directory = PrivateDirectory::make(scratch / "directory");
