@@ -8,15 +8,6 @@ namespace tavel {
 
 static_assert(sizeof(unichar) == sizeof(char16_t));
 
-namespace {
-
-/// Whether the unit is the first of a pair of surrogates, U+D800 to U+DBFF.
-constexpr bool isFirstOfPair(char16_t unit) {
-    return (unit & 0xFC00) == 0xD800;
-}
-
-} // namespace
-
 // Both functions go through UTF-16, the encoding of NSString's characters. NSString's own conversion from
 // UTF-8 may drop a byte-order mark, and its conversion to UTF-8 ends at a zero character.
 
@@ -35,12 +26,9 @@ std::optional<std::string> utf8FromString(NSString* _Nullable string) {
 std::optional<std::string> utf8Beginning(NSString* _Nullable string, std::size_t limit) {
     if (string == nil)
         return std::nullopt;
-    // Each unit takes one byte at least. One more is for a pair of surrogates that the end would cut in two.
-    std::u16string units(std::min<std::size_t>([string length], limit + 2), u'\0');
+    // Each unit takes one byte at least, so limit + 1 units exceed the limit.
+    std::u16string units(std::min<std::size_t>([string length], limit + 1), u'\0');
     [string getCharacters:reinterpret_cast<unichar*>(units.data()) range:NSMakeRange(0, units.size())];
-    const bool isCut = units.size() < [string length];
-    if (isCut && isFirstOfPair(units.back()))
-        units.pop_back();
     return utf8FromUtf16(units);
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -107,6 +108,15 @@ TEST(Strings, anUnpairedSurrogateBecomesAReplacementCharacter) {
     TavelTestUnits* const string = [[TavelTestUnits alloc] autorelease];
     string->_units = &whole;
     EXPECT_EQ(utf8FromString(string), "x\xF0\x9F\x8D\x8C");
+}
+
+TEST(Strings, aBeginningExceedsTheLimitIfTheWholeDoes) {
+    const std::string text = "a\u00E9\u4E2D\U0001F34Cz"; // 1 + 2 + 3 + 4 + 1 bytes
+    for (std::size_t limit = 0; limit < text.size(); ++limit)
+        EXPECT_GT(utf8Beginning(stringFromUtf8(text), limit)->size(), limit);
+    EXPECT_EQ(utf8Beginning(stringFromUtf8(text), text.size()), text);
+    EXPECT_EQ(utf8Beginning(stringFromUtf8(text), 0), "a");
+    EXPECT_EQ(utf8Beginning(stringFromUtf8(text), 3), "a\u00E9\u4E2D\uFFFD") << "a pair that is cut in two";
 }
 
 TEST(Strings, nilIsNoText) {
