@@ -4,33 +4,23 @@
 
 #include <dispatch/dispatch.h>
 
-#include <exception>
 #include <utility>
 
 namespace tavel {
 
 namespace {
 
-/// An exception must not reach the system's C code, which calls the functions.
-void runGuarded(const EventLoop::Function& function) {
-    try {
-        function();
-    } catch (const std::exception&) {
-        // The function is abandoned, as EventLoop promises.
-    }
-}
-
 /// The C function for dispatch queues. `context` is a Function on the heap, which is run and deleted. The
 /// pool also covers the destruction of its captures.
 void runOwnedFunction(void* context) noexcept {
     runInAutoreleasePool([context] {
         const std::unique_ptr<EventLoop::Function> function(static_cast<EventLoop::Function*>(context));
-        runGuarded(*function);
+        runOrAbandon(*function);
     });
 }
 
 void runTick(CFRunLoopTimerRef, void* context) noexcept {
-    runInAutoreleasePool([context] { runGuarded(*static_cast<const EventLoop::Function*>(context)); });
+    runInAutoreleasePool([context] { runOrAbandon(*static_cast<const EventLoop::Function*>(context)); });
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <exception>
 #include <functional>
 
 namespace tavel {
@@ -37,5 +38,14 @@ public:
     /// Ends the wait of the current or the next pass. Any thread.
     virtual void stopWaiting() = 0;
 };
+
+/// Runs the function and abandons it if it throws. For loops of a C library, which no exception may reach.
+inline void runOrAbandon(const EventLoop::Function& function) {
+    try {
+        function();
+    } catch (const std::exception&) {
+        // Nothing to do: what the function had not done yet stays undone.
+    }
+}
 
 } // namespace tavel

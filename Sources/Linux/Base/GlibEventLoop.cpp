@@ -1,25 +1,11 @@
 #include "Linux/Base/GlibEventLoop.h"
 
-#include <exception>
 #include <memory>
 #include <new>
 #include <thread>
 #include <utility>
 
 namespace tavel {
-
-namespace {
-
-/// An exception must not reach GLib's C code, which calls the functions.
-void run(const EventLoop::Function& function) {
-    try {
-        function();
-    } catch (const std::exception&) {
-        // The function is abandoned, as EventLoop promises.
-    }
-}
-
-} // namespace
 
 /// The event source that GLib queries before and after each wait.
 struct GlibEventLoop::PostSource {
@@ -109,7 +95,7 @@ void GlibEventLoop::runPosted() {
         stopRequested_ = false;
     }
     for (Function& function : ready)
-        run(std::exchange(function, nullptr)); // releases its captures before the next function runs
+        runOrAbandon(std::exchange(function, nullptr)); // releases its captures before the next function runs
 }
 
 void GlibEventLoop::attachTimer(std::chrono::milliseconds delay, Function function, bool repeats) {
@@ -133,7 +119,7 @@ void GlibEventLoop::attachTimer(std::chrono::milliseconds delay, Function functi
         source,
         [](gpointer data) -> gboolean {
             auto* const timer = static_cast<Timer*>(data);
-            run(timer->function);
+            runOrAbandon(timer->function);
             return timer->repeats ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
         },
         made.release(),
