@@ -162,9 +162,8 @@ void ClipboardWorker::publishImage(ImageExport finished) {
     if (previousImage_)
         reserve_.insist([&] { previousImage_->remove(); });
     previousImage_ = std::move(finished.file);
-    std::vector<std::string> paths;
-    reserve_.insist([&] { paths = {previousImage_->path().string()}; });
-    emitExport(contentKind::image, paths, finished.origin);
+    reserve_.insist(
+        [&] { emitExport(contentKind::image, {previousImage_->path().string()}, finished.origin); });
 }
 
 void ClipboardWorker::publishFormats(FormatExport finished) {
@@ -176,15 +175,13 @@ void ClipboardWorker::publishFormats(FormatExport finished) {
     if (previousFormats_ != nullptr)
         reserve_.insist([&] { previousFormats_->remove(); });
     previousFormats_ = std::move(finished.directory);
-    emitExport(contentKind::formats, finished.paths, finished.origin);
+    reserve_.insist([&] { emitExport(contentKind::formats, finished.paths, finished.origin); });
 }
 
 void ClipboardWorker::emitExport(std::string_view kind, const std::vector<std::string>& paths,
                                  const ExportOrigin& origin) {
-    reserve_.insist([&] {
-        output_->emit(
-            event::PathsChange{std::string(kind), paths, origin.marker, sequenceFrom(origin.changeCount)});
-    });
+    output_->emit(
+        event::PathsChange{std::string(kind), paths, origin.marker, sequenceFrom(origin.changeCount)});
 }
 
 } // namespace tavel
