@@ -33,6 +33,7 @@ void ExportDirectory::create() {
     try {
         static_cast<void>(directory(Missing::make));
     } catch (const FileError&) {
+        // Not everything needs the directory. Each later write opens it anew, and deals with the failure.
     }
 }
 
