@@ -30,8 +30,9 @@ public:
         std::string ext; // without a dot
     };
 
-    /// Generated files go below `root`. After each publication, `changed` gets the change count that it
-    /// produced. `platform` must outlive this object. The keyboard is not tapped before `configure`.
+    /// Generated files go below `root`. At the end of each publication, when older files are gone, `changed`
+    /// gets the change count that it produced; it must not throw. `platform` must outlive this object. The
+    /// keyboard is not tapped before `configure`.
     FilePaste(Platform& platform, std::shared_ptr<Pasteboard> board, std::shared_ptr<ExportDirectory> root,
               std::function<void(std::int64_t)> changed);
 

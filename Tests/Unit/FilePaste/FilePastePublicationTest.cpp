@@ -152,6 +152,16 @@ TEST_F(FilePastePublication, reportsTheNewChangeCountAfterTheFileIsThere) {
     EXPECT_EQ(told, 1);
 }
 
+TEST_F(FilePastePublication, reportsTheNewChangeCountAfterTheOldestFileIsGone) {
+    std::vector<std::size_t> directories;
+    paste =
+        std::make_shared<FilePaste>(platform, platform.pasteboard, std::make_shared<ExportDirectory>(root),
+                                    [&](std::int64_t) { directories.push_back(directoryCount()); });
+    for (int i = 0; i < 3; ++i)
+        ASSERT_TRUE(publish("a.txt"));
+    EXPECT_EQ(directories, (std::vector<std::size_t>{1, 2, 2}));
+}
+
 TEST_F(FilePastePublication, writesTheFileBeforeItTouchesThePasteboard) {
     afterReads(3, [this] { // the three reads: in publish(), before writing, after writing
         EXPECT_EQ(files().size(), 1U);
