@@ -27,7 +27,7 @@ EventQueue::Event EventQueue::push(Event event) {
 }
 
 EventQueue::Event EventQueue::pushRequest(Event event) {
-    const std::uint32_t number = clientOf(reinterpret_cast<const xcb_selection_request_event_t&>(*event));
+    const std::uint32_t number = senderOf(reinterpret_cast<const xcb_selection_request_event_t&>(*event));
     const auto client = std::ranges::find(clients_, number, &Client::number);
     if (client == clients_.end()) {
         std::list<Client> added{}; // whole before it is in the list, as memory may lack
@@ -42,8 +42,8 @@ EventQueue::Event EventQueue::pushRequest(Event event) {
     return nullptr;
 }
 
-std::uint32_t EventQueue::clientOf(const xcb_selection_request_event_t& request) const {
-    return (request.response_type & sentByProgram) != 0 ? unknownClient : request.requestor & ~resourceMask_;
+std::uint32_t EventQueue::senderOf(const xcb_selection_request_event_t& request) const {
+    return (request.response_type & sentByProgram) != 0 ? unknownClient : clientOf(request.requestor);
 }
 
 bool EventQueue::hasEventBefore(std::uint32_t requestNumber) const {

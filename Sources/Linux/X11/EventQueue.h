@@ -44,6 +44,9 @@ public:
     /// for a request, so whoever waits for the server would wait for all the answers.
     Event push(Event event);
 
+    /// A number that all windows of one client share.
+    std::uint32_t clientOf(xcb_window_t window) const { return window & ~resourceMask_; }
+
     bool isEmpty() const { return events_.empty() && clients_.empty(); }
 
     /// Whether an event waits, requests for selections not counted, that came before the reply to a request.
@@ -65,7 +68,7 @@ private:
     };
 
     Event pushRequest(Event event);
-    std::uint32_t clientOf(const xcb_selection_request_event_t& request) const;
+    std::uint32_t senderOf(const xcb_selection_request_event_t& request) const;
     bool isRequestsTurn() const;
     Event nextRequest();
 

@@ -48,6 +48,9 @@ public:
     xcb_window_t window() const { return window_; }
     bool isLost() const { return xcb_connection_has_error(connection_) != 0; }
 
+    /// A number that all windows of one client share.
+    std::uint32_t clientOf(xcb_window_t window) const { return queue_.clientOf(window); }
+
     /// Becomes readable when the server has sent something.
     int descriptor() const { return xcb_get_file_descriptor(connection_); }
 

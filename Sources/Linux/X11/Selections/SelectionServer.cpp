@@ -136,11 +136,11 @@ bool SelectionServer::deliver(const Conversion& conversion, xcb_atom_t type, con
     return true;
 }
 
-/// The number of a window tells its client, but for the bits of the mask (X protocol, 8).
+/// Whether the requestor's client may have another transfer.
 bool SelectionServer::hasRoomFor(xcb_window_t requestor) const {
-    const std::uint32_t clientMask = ~xcb_get_setup(connection_.get())->resource_id_mask;
+    const std::uint32_t client = connection_.clientOf(requestor);
     const auto ofTheClient = std::ranges::count_if(transfers_, [&](const Transfer& transfer) {
-        return (transfer.requestor & clientMask) == (requestor & clientMask);
+        return connection_.clientOf(transfer.requestor) == client;
     });
     return static_cast<std::size_t>(ofTheClient) < mostTransfersOfAClient;
 }
