@@ -14,6 +14,9 @@ struct FileListLimit {
     std::size_t pathBytes; // of all paths together, in UTF-8
 };
 
+/// The most files that are taken of any content: 10,000, with 2 MiB of paths.
+inline constexpr FileListLimit mostFiles{10'000, 2'097'152};
+
 /// The files that a content names.
 struct FileList {
     std::vector<std::string> paths;

@@ -10,6 +10,7 @@
 namespace tavel::pasteboardType {
 
 inline constexpr std::string_view string = "public.utf8-plain-text";
+inline constexpr std::string_view html = "public.html";
 inline constexpr std::string_view fileUrl = "public.file-url";
 inline constexpr std::string_view png = "public.png";
 inline constexpr std::string_view tiff = "public.tiff";

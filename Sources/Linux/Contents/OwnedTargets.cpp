@@ -70,7 +70,7 @@ std::optional<TargetValue> valueForTarget(const pasteboardItems::Items& items, c
         return textForTarget(*data, target);
     if (*type == pasteboardType::fileUrl)
         return filesForTarget(pasteboardItems::fileUrls(items), target);
-    if (*type == "public.html")
+    if (*type == pasteboardType::html)
         return htmlForTarget(*data, target);
     return TargetValue{target, *data};
 }

@@ -125,7 +125,7 @@ inline constexpr auto clipboardFormats = std::to_array<ClipboardFormat>({
      .fileExtensions = {"rtf"},
      .isValid = isRtf},
     {.name = "text.html",
-     .type = "public.html",
+     .type = pasteboardType::html,
      .description = "HTML",
      .kind = FormatKind::text,
      .mimeNames = {offered("text/html"), readOnly("text/html;charset=utf-8")},

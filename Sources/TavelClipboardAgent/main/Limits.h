@@ -20,13 +20,7 @@ inline constexpr std::int64_t maximumImagePixels = 32'000'000;
 inline constexpr std::int64_t maximumHistoryImageBytes = 67'108'864;
 
 /// The largest selection of files that is captured or written, in files.
-inline constexpr std::size_t maximumFileCount = 10'000;
-
-/// The largest selection of files that is captured, in UTF-8 bytes of their paths: 2 MiB.
-inline constexpr std::size_t maximumFilePathBytes = 2'097'152;
-
-/// Both together, for a pasteboard that is read.
-inline constexpr FileListLimit captureFileLimit{maximumFileCount, maximumFilePathBytes};
+inline constexpr std::size_t maximumFileCount = mostFiles.files;
 
 /// The longest origin marker that a command may carry, in UTF-8 bytes. A longer one on the pasteboard is not
 /// the parent's and counts as none.
