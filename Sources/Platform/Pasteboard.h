@@ -47,6 +47,9 @@ struct PasteboardValue {
 /// else: they may end within a character. A platform that receives a value in parts keeps no more than that.
 class Pasteboard {
 public:
+    /// The most bytes of another program's content that a platform takes over to add types to it: 256 MiB.
+    static constexpr std::size_t mostBytesTakenOver = std::size_t{256} << 20;
+
     virtual ~Pasteboard() = default;
 
     /// The change count, up to date.

@@ -121,6 +121,20 @@ TEST_F(HeadlessPasteboardStore, keepsNothingOfWhatWasReplacedOrCleared) {
     EXPECT_FALSE(isOnDisk("secret"));
 }
 
+TEST_F(HeadlessPasteboardStore, addsTypesToAContentOfUpTo256MiB) {
+    StorePasteboard pasteboard(openStore(), "name");
+    const Bytes half = Bytes::adopt(std::string(std::size_t{128} << 20, 'x'));
+    PasteboardItem item{{"net.example.first", half}, {"net.example.second", half}};
+    const Representation added{"net.example.added", Bytes::copyOf("added")};
+    ASSERT_TRUE(pasteboard.replaceWithItems({&item, 1}));
+    EXPECT_TRUE(pasteboard.addTypes({&added, 1}));
+    item.push_back({"net.example.third", Bytes::copyOf("x")});
+    const auto count = pasteboard.replaceWithItems({&item, 1});
+    ASSERT_TRUE(count);
+    EXPECT_FALSE(pasteboard.addTypes({&added, 1}));
+    EXPECT_EQ(pasteboard.changeCount(), count);
+}
+
 TEST_F(HeadlessPasteboardStore, inAMissingDirectoryIsRefused) {
     EXPECT_THROW(PasteboardStore{directory() / "missing"}, Error);
 }

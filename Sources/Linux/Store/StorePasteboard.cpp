@@ -15,9 +15,6 @@ namespace {
 /// Each attempt fails only if another process has replaced the content in that moment.
 constexpr int readingAttempts = 100;
 
-/// The most that `addTypes` takes over of a content that another program has written.
-constexpr std::uint64_t mostBytesTakenOver = std::uint64_t{512} << 20;
-
 bool isAcceptable(std::span<const Representation> representations) {
     return std::ranges::all_of(representations,
                                [](const auto& one) { return pasteboardType::isReadableName(one.type); });
@@ -32,20 +29,11 @@ std::optional<Bytes> textIn(const ContentFile& content, const ContentFile::Entry
     return isUtf8(entry.size > limit ? withoutPartialCharacter(bytes) : bytes) ? text : std::nullopt;
 }
 
-/// Puts data under the type on the item, replacing that type's data.
-void put(PasteboardItem& item, const Representation& added) {
-    const auto found = std::ranges::find(item, added.type, &Representation::type);
-    if (found == item.end())
-        item.push_back(added);
-    else
-        found->data = added.data;
-}
-
 /// nullopt if the file cannot be read, is too large, or there is no memory for it.
 std::optional<std::vector<PasteboardItem>> itemsOf(const ContentFile& content) {
     std::vector<PasteboardItem> items;
     std::uint32_t number = 0; // of the last item
-    std::uint64_t room = mostBytesTakenOver;
+    std::uint64_t room = Pasteboard::mostBytesTakenOver;
     for (const ContentFile::Entry& entry : content.entries()) {
         if (entry.size > room)
             return std::nullopt;
@@ -226,7 +214,7 @@ std::optional<std::int64_t> StorePasteboard::addTypes(std::span<const Representa
     if (!items || items->empty())
         return std::nullopt;
     for (const Representation& one : representations)
-        put(items->front(), one);
+        pasteboardItems::putOnFirstItem(*items, one.type, one.data);
     return commit(std::move(transaction), *items);
 }
 

@@ -22,11 +22,9 @@ bool canHoldAll(std::span<const Representation> representations) {
                                [](const auto& one) { return targetName::canBeType(one.type); });
 }
 
-/// The most bytes of one value, and of all together, that this process takes over from another program to
-/// add types to its content. A value past that is left behind.
+/// The most bytes of one value that this process takes over from another program to add types to its content.
+/// A larger value is left behind, and so is one past the limit for all together.
 constexpr std::size_t largestTakenOver = std::size_t{128} << 20;
-constexpr std::size_t mostTakenOver = 2 * largestTakenOver;
-constexpr FileListLimit mostFilesTakenOver{10'000, std::size_t{2} << 20};
 
 /// Comments before the first URL of a list.
 constexpr std::size_t commentBytes = 4096;
@@ -34,14 +32,14 @@ constexpr std::size_t commentBytes = 4096;
 std::size_t largestValue(std::string_view type, std::size_t limit) {
     if (type == pasteboardType::string)
         return largestPlainTextValue(limit);
-    return type == "public.html" ? largestHtmlValue(limit) : limit;
+    return type == pasteboardType::html ? largestHtmlValue(limit) : limit;
 }
 
 /// The value as data of the type; nullopt if it is malformed for that type.
 std::optional<Bytes> dataFrom(const SelectionValue& value, std::string_view type) {
     if (type == pasteboardType::string)
         return plainTextOf(value);
-    return type == "public.html" ? htmlOf(value) : value.bytes;
+    return type == pasteboardType::html ? htmlOf(value) : value.bytes;
 }
 
 void visitUris(const SelectionValue& list, const UriVisitor& visit) {
@@ -200,12 +198,12 @@ std::optional<std::int64_t> X11Pasteboard::addTypes(std::span<const Representati
 std::optional<X11Pasteboard::Items> X11Pasteboard::otherProgramsItems() {
     const std::int64_t countBefore = selection_.changeCount;
     Items items;
-    std::size_t room = mostTakenOver;
+    std::size_t room = mostBytesTakenOver;
     for (const std::string& type : types()) {
         if (type != pasteboardType::fileUrl)
             takeOver(items, type, room);
     }
-    const auto list = otherProgramsUriList(largestUrlBytes(mostFilesTakenOver));
+    const auto list = otherProgramsUriList(largestUrlBytes(mostFiles));
     if (list && list->isCut)
         return std::nullopt;
     std::size_t files = 0;
@@ -216,9 +214,9 @@ std::optional<X11Pasteboard::Items> X11Pasteboard::otherProgramsItems() {
                 pasteboardItems::putOnFirstItem(items, pasteboardType::fileUrl, url);
             else
                 items.push_back({{std::string(pasteboardType::fileUrl), url}});
-            return files <= mostFilesTakenOver.files;
+            return files <= mostFiles.files;
         });
-    const bool isWhole = files <= mostFilesTakenOver.files && selection_.changeCount == countBefore;
+    const bool isWhole = files <= mostFiles.files && selection_.changeCount == countBefore;
     return isWhole ? std::optional(std::move(items)) : std::nullopt;
 }
 
