@@ -6,6 +6,7 @@
 #include "Support/Error.h"
 #include "Support/ScopeExit.h"
 #include "Tests/Store/EnvironmentVariable.h"
+#include "Tests/Support/Permissions.h"
 #include "Tests/Support/ReadingLimits.h"
 #include "Tests/Support/TestDirectory.h"
 
@@ -42,18 +43,11 @@ protected:
     }
 };
 
-mode_t modeOf(const std::filesystem::path& path) {
-    struct stat status {};
-
-    return lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
-}
-
 } // namespace
 
 TEST_F(StoreDirectory, isCreatedForItsOwnerOnlyWhateverTheUmask) {
     for (const mode_t mask : {mode_t{0}, mode_t{022}, mode_t{077}}) {
-        const mode_t before = umask(mask);
-        const ScopeExit restore([&] { umask(before); });
+        const UmaskDuringTest changed(mask);
         preparePasteboardStoreDirectory(store_);
         EXPECT_EQ(modeOf(store_), 0700U);
         std::filesystem::remove(store_);
@@ -176,8 +170,7 @@ TEST_F(StoreDirectory, thatIsRefusedMakesThePlatformThrowUntilItIsMended) {
 
 TEST_F(StoreDirectory, holdsFilesForTheirOwnerOnlyWhateverTheUmask) {
     for (const mode_t mask : {mode_t{0}, mode_t{022}}) {
-        const mode_t before = umask(mask);
-        const ScopeExit restore([&] { umask(before); });
+        const UmaskDuringTest changed(mask);
         preparePasteboardStoreDirectory(store_);
         StorePasteboard pasteboard(std::make_shared<const PasteboardStore>(store_), "name");
         const PasteboardItem item{{"net.example.some", Bytes::copyOf("secret")}};

@@ -1,13 +1,12 @@
 #include "TavelClipboardAgent/main/ExportDirectory.h"
 
 #include "Support/FileError.h"
-#include "Support/ScopeExit.h"
 #include "TavelClipboardAgent/main/ExportNames.h"
 #include "TavelClipboardAgent/main/LeftOvers.h"
+#include "Tests/Support/Permissions.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -22,21 +21,20 @@ TEST(ExportDirectory, isTheOwnersAlone) {
     const ScratchDirectory scratch;
     ExportDirectory directory(scratch / "a/b");
     directory.create();
-    EXPECT_EQ(std::filesystem::status(directory.path()).permissions(), std::filesystem::perms(0700));
+    EXPECT_EQ(modeOf(directory.path()), 0700U);
 }
 
 TEST(ExportDirectory, isMadeAgainForItsOwnerAloneWhenItVanished) {
     const ScratchDirectory scratch;
     ExportDirectory directory(scratch / "above" / "a");
     directory.create();
-    const mode_t former = umask(0);
-    const ScopeExit restore([former] { umask(former); });
+    const UmaskDuringTest changed(0);
     std::filesystem::remove_all(scratch / "above");
     EXPECT_THROW(static_cast<void>(directory.directory(ExportDirectory::Missing::fail)), FileError);
     EXPECT_FALSE(std::filesystem::exists(scratch / "above"));
     EXPECT_EQ(directory.directory(ExportDirectory::Missing::make)->path(), scratch / "above" / "a");
     for (const std::filesystem::path& made : {scratch / "above", directory.path()})
-        EXPECT_EQ(std::filesystem::status(made).permissions(), std::filesystem::perms(0700)) << made;
+        EXPECT_EQ(modeOf(made), 0700U) << made;
 }
 
 TEST(ExportDirectory, takesAnotherNameWhereALinkIs) {
@@ -72,7 +70,7 @@ TEST(ExportDirectory, takesAnotherNameWhereAnotherUsersDirectoryIs) {
     directory.directory(ExportDirectory::Missing::fail)->writeFile("file", "secret");
     EXPECT_TRUE(std::filesystem::is_empty(scratch / "a"));
     EXPECT_TRUE(std::filesystem::exists(directory.path() / "file"));
-    EXPECT_EQ(std::filesystem::status(directory.path()).permissions(), std::filesystem::perms(0700));
+    EXPECT_EQ(modeOf(directory.path()), 0700U);
 }
 
 TEST(ExportDirectory, takesAnotherNameWhereSomebodyHoldsTheLock) {

@@ -34,10 +34,6 @@ void ExportFixture::writeFile(const std::filesystem::path& file, std::string_vie
     std::ofstream(file, std::ios::binary) << content;
 }
 
-std::filesystem::perms ExportFixture::permissionsOf(const std::filesystem::path& path) {
-    return std::filesystem::status(path).permissions();
-}
-
 std::vector<std::string> ExportFixture::pathsIn(const Events& events, std::string_view kind) {
     EXPECT_EQ(events.size(), 1U);
     if (events.size() != 1 || events.front().value("kind", "") != kind)

@@ -28,7 +28,6 @@ protected:
     static Names namesIn(const std::filesystem::path& directory);
     static std::string contentOf(const std::filesystem::path& file);
     static void writeFile(const std::filesystem::path& file, std::string_view content);
-    static std::filesystem::perms permissionsOf(const std::filesystem::path& path);
 
     /// The paths in the one event. Expects that kind.
     static std::vector<std::string> pathsIn(const Events& events, std::string_view kind);

@@ -1,4 +1,6 @@
+#include "Support/Uuid.h"
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
+#include "Tests/Support/Permissions.h"
 #include "Tests/Unit/Agent/ExportFixture.h"
 
 #include <utility>
@@ -66,8 +68,8 @@ TEST_F(FormatCapture, keepsDirectoryAndFilesToTheirOwner) {
     constexpr std::string_view prefix = "formats-";
     ASSERT_TRUE(directory.filename().string().starts_with(prefix)) << directory;
     EXPECT_TRUE(isUuid(directory.filename().string().substr(prefix.size()))) << directory;
-    EXPECT_EQ(permissionsOf(directory), std::filesystem::perms(0700));
-    EXPECT_EQ(permissionsOf(file), std::filesystem::perms(0600));
+    EXPECT_EQ(modeOf(directory), 0700U);
+    EXPECT_EQ(modeOf(file), 0600U);
 }
 
 TEST_F(FormatCapture, leavesTextAndPngWithoutFurtherFormatsToTheOtherPaths) {

@@ -1,3 +1,5 @@
+#include "Support/Uuid.h"
+#include "Tests/Support/Permissions.h"
 #include "Tests/Support/ReadingLimits.h"
 #include "Tests/Unit/Agent/ExportFixture.h"
 
@@ -37,7 +39,7 @@ TEST_F(ImageCapture, namesTheFileByAUuidInTheExportDirectory) {
     EXPECT_EQ(file.parent_path(), worker->exportDirectory());
     EXPECT_EQ(file.extension(), ".png");
     EXPECT_TRUE(isUuid(file.stem().string())) << file;
-    EXPECT_EQ(permissionsOf(file), std::filesystem::perms(0600));
+    EXPECT_EQ(modeOf(file), 0600U);
 }
 
 TEST_F(ImageCapture, deletesTheFilePublishedBefore) {

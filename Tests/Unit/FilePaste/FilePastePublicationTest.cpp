@@ -1,5 +1,6 @@
 #include "Support/FileUrl.h"
-#include "Support/ScopeExit.h"
+#include "Support/Uuid.h"
+#include "Tests/Support/Permissions.h"
 #include "Tests/Support/ReadingLimits.h"
 #include "Tests/Unit/FilePaste/FilePasteFixture.h"
 #include "Tests/Unit/Fixtures/ForkedFunction.h"
@@ -7,7 +8,6 @@
 #include "Tests/Unit/Support/WritingPrivateFile.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -28,11 +28,6 @@ namespace {
 // The generated file on the disk and on the pasteboard.
 
 namespace fs = std::filesystem;
-
-unsigned modeOf(const fs::path& path) {
-    struct stat status {};
-    return lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : ~0U;
-}
 
 class FilePastePublication : public FilePasteFixture {
 protected:
@@ -65,10 +60,7 @@ TEST_F(FilePastePublication, writesTheFileIntoADirectoryOfItsOwn) {
     EXPECT_EQ(file->parent_path().parent_path(), root);
     const std::string directory = file->parent_path().filename().string();
     ASSERT_TRUE(directory.starts_with("paste-"));
-    const std::string_view uuid = std::string_view(directory).substr(6);
-    EXPECT_EQ(uuid.size(), 36U);
-    EXPECT_EQ(uuid.find_first_not_of("0123456789ABCDEF-"), std::string_view::npos) << uuid;
-    EXPECT_EQ(std::ranges::count(uuid, '-'), 4);
+    EXPECT_TRUE(isUuid(std::string_view(directory).substr(6))) << directory;
     EXPECT_EQ(countEntries(file->parent_path()), 1);
 }
 
@@ -85,8 +77,7 @@ TEST_F(FilePastePublication, writesTheBytesAsTheyAre) {
 TEST_F(FilePastePublication, isPrivateToTheUserUnderAnyUmask) {
     for (const mode_t mask : {0000U, 0022U, 0077U, 0277U}) {
         fs::create_directory(root);
-        const mode_t former = umask(mask);
-        const ScopeExit restore([former] { umask(former); });
+        const UmaskDuringTest changed(mask);
         const auto file = publish("a.txt");
         ASSERT_TRUE(file);
         EXPECT_EQ(modeOf(*file), 0600U) << std::oct << mask;

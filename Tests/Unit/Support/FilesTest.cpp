@@ -1,11 +1,10 @@
 #include "Support/Files.h"
 
-#include "Support/ScopeExit.h"
+#include "Tests/Support/Permissions.h"
 #include "Tests/Unit/Fixtures/ForkedFunction.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <array>
 #include <cerrno>
@@ -17,15 +16,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-unsigned modeOf(const fs::path& path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : ~0U;
-}
-
 /// Creates the directory under that umask.
 bool createUnder(mode_t mask, const fs::path& directory) {
-    const mode_t former = umask(mask);
-    const ScopeExit restore([former] { umask(former); });
+    const UmaskDuringTest changed(mask);
     return createPrivateDirectory(directory);
 }
 

@@ -1,7 +1,7 @@
 #include "Support/PrivateDirectory.h"
 
 #include "Support/FileError.h"
-#include "Support/ScopeExit.h"
+#include "Tests/Support/Permissions.h"
 #include "Tests/Unit/Fixtures/ForkedFunction.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
 
@@ -22,11 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-unsigned modeOf(const fs::path& path) {
-    struct stat status {};
-    return lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : ~0U;
-}
-
 int failureOf(const std::function<void()>& action) {
     try {
         action();
@@ -44,8 +39,7 @@ TEST(PrivateDirectory, isMadeForItsOwnerAloneWithWhatIsAboveIt) {
     const ScratchDirectory scratch;
     for (const mode_t mask : {0000U, 0022U, 0777U}) {
         const fs::path above = scratch / std::to_string(mask);
-        const mode_t former = umask(mask);
-        const ScopeExit restore([former] { umask(former); });
+        const UmaskDuringTest changed(mask);
         const PrivateDirectory made = PrivateDirectory::make(above / "directory");
         const PrivateDirectory inner = made.makeDirectory("inner");
         EXPECT_EQ(modeOf(above), 0700U);

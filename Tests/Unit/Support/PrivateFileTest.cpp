@@ -1,4 +1,4 @@
-#include "Support/ScopeExit.h"
+#include "Tests/Support/Permissions.h"
 #include "Tests/Unit/Fixtures/ForkedFunction.h"
 #include "Tests/Unit/Fixtures/Random.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 
 #include <cerrno>
 #include <csignal>
@@ -19,14 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-unsigned modeOf(const fs::path& path) {
-    struct stat status {};
-    return lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : ~0U;
-}
-
 void writeUnder(mode_t mask, const Writer& writer, const fs::path& path) {
-    const mode_t former = umask(mask);
-    const ScopeExit restore([former] { umask(former); });
+    const UmaskDuringTest changed(mask);
     writer.write(path, "new");
 }
 

@@ -100,8 +100,9 @@ constexpr int leftClosed = 2;
 constexpr int notBothWays = 3;
 constexpr int leaked = 4;
 
-/// Closes each descriptor from 0 to 2 whose bit is set, and puts an end of a pipe on the others.
-int reserveWithClosed(unsigned closed, const Pipe& pipe) {
+/// Puts an end of the pipe on the descriptors from 0 to 2, but closes each whose bit is set. Gives the lowest
+/// free descriptor above them.
+int standOnPipe(unsigned closed, const Pipe& pipe) {
     for (int descriptor = 0; descriptor < 3; ++descriptor)
         dup2(pipe.writer(), descriptor);
     const int free = lowestFreeDescriptor();
@@ -109,6 +110,11 @@ int reserveWithClosed(unsigned closed, const Pipe& pipe) {
         if ((closed >> descriptor & 1U) != 0)
             close(descriptor);
     }
+    return free;
+}
+
+int reserveWithClosed(unsigned closed, const Pipe& pipe) {
+    const int free = standOnPipe(closed, pipe);
     const Standing before = Standing::now();
     reserveStandardDescriptors();
     const Standing after = Standing::now();
@@ -149,15 +155,8 @@ constexpr int notInherited = 5;
 constexpr int notPrivate = 6;
 constexpr int elsewhere = 7;
 
-/// Closes each descriptor from 0 to 2 whose bit is set, puts an end of a pipe on the others, and takes them.
 int takeWithClosed(unsigned closed, const Pipe& pipe) {
-    for (int descriptor = 0; descriptor < 3; ++descriptor)
-        dup2(pipe.writer(), descriptor);
-    const int free = lowestFreeDescriptor();
-    for (int descriptor = 0; descriptor < 3; ++descriptor) {
-        if ((closed >> descriptor & 1U) != 0)
-            close(descriptor);
-    }
+    const int free = standOnPipe(closed, pipe);
     const Standing before = Standing::now();
     const StandardPipes pipes = takeStandardPipes();
     const Standing after = Standing::now();
