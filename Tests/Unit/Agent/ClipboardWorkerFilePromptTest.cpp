@@ -1,3 +1,4 @@
+#include "Support/Uuid.h"
 #include "Tests/Support/ReadingLimits.h"
 #include "Tests/Unit/Agent/WorkerFixture.h"
 

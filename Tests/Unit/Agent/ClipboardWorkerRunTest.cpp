@@ -1,5 +1,6 @@
 #include "Platform/PasteboardTypes.h"
 #include "Support/Files.h"
+#include "Support/Uuid.h"
 #include "Tests/Unit/Agent/WorkerFixture.h"
 
 #include <gtest/gtest.h>

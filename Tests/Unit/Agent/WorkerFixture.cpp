@@ -2,7 +2,6 @@
 
 #include "Tests/Support/WaitUntil.h"
 
-#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -84,15 +83,6 @@ nlohmann::json WorkerFixture::warning(std::string_view message) {
 
 Representation WorkerFixture::representation(std::string_view type, std::string_view content) {
     return {std::string(type), Bytes::copyOf(content)};
-}
-
-bool WorkerFixture::isUuid(std::string_view text) {
-    constexpr std::string_view form = "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX";
-    const auto fits = [](char actual, char wanted) {
-        const bool isDigit = (actual >= '0' && actual <= '9') || (actual >= 'A' && actual <= 'F');
-        return wanted == 'X' ? isDigit : actual == wanted;
-    };
-    return std::ranges::equal(text, form, fits);
 }
 
 } // namespace tavel

@@ -59,9 +59,6 @@ protected:
 
     static Representation representation(std::string_view type, std::string_view content);
 
-    /// Whether the text is a UUID in upper case.
-    static bool isUuid(std::string_view text);
-
     TestPlatform platform;
     Pipe commands; // the parent writes, the worker reads
     TemporaryFile output;
