@@ -8,6 +8,21 @@ namespace tavel {
 
 namespace {
 
+/// Ends the task with the number of bytes that were read or written, or with the error if it is negative.
+void finish(GTask* task, gssize count, GError* error) {
+    if (count < 0)
+        g_task_return_error(task, error);
+    else
+        g_task_return_int(task, count);
+    g_object_unref(task);
+}
+
+/// The outcome of such a task.
+template <typename Stream>
+gssize countOf(Stream*, GAsyncResult* result, GError** error) {
+    return g_task_propagate_int(G_TASK(result), error);
+}
+
 // ---- an input that refuses to read a large message
 
 /// GDBus reads this many bytes of a message, which tell its size, and then asks for all others at once.
@@ -21,28 +36,19 @@ void readAsync(GInputStream* stream, void* buffer, gsize count, int priority, GC
         g_object_unref(task);
         return;
     }
-    const auto finish = [](GObject* base, GAsyncResult* result, gpointer taken) {
-        GTask* const reading = G_TASK(taken);
+    const auto finished = [](GObject* base, GAsyncResult* result, gpointer taken) {
         GError* error = nullptr;
-        const gssize read = g_input_stream_read_finish(G_INPUT_STREAM(base), result, &error);
-        if (read < 0)
-            g_task_return_error(reading, error);
-        else
-            g_task_return_int(reading, read);
-        g_object_unref(reading);
+        const gssize count = g_input_stream_read_finish(G_INPUT_STREAM(base), result, &error);
+        finish(G_TASK(taken), count, error);
     };
     GInputStream* const base = g_filter_input_stream_get_base_stream(G_FILTER_INPUT_STREAM(stream));
-    g_input_stream_read_async(base, buffer, count, priority, cancellable, finish, task);
-}
-
-gssize readFinish(GInputStream*, GAsyncResult* result, GError** error) {
-    return g_task_propagate_int(G_TASK(result), error);
+    g_input_stream_read_async(base, buffer, count, priority, cancellable, finished, task);
 }
 
 void initInput(gpointer type, gpointer) {
     auto* const input = G_INPUT_STREAM_CLASS(type);
     input->read_async = readAsync;
-    input->read_finish = readFinish;
+    input->read_finish = countOf;
 }
 
 GType limitedInputType() {
@@ -57,28 +63,19 @@ GType limitedInputType() {
 void writeAsync(GOutputStream* stream, const void* buffer, gsize count, int priority,
                 GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
     GTask* const task = g_task_new(stream, cancellable, callback, data);
-    const auto finish = [](GObject* base, GAsyncResult* result, gpointer taken) {
-        GTask* const writing = G_TASK(taken);
+    const auto finished = [](GObject* base, GAsyncResult* result, gpointer taken) {
         GError* error = nullptr;
-        const gssize written = g_output_stream_write_finish(G_OUTPUT_STREAM(base), result, &error);
-        if (written < 0)
-            g_task_return_error(writing, error);
-        else
-            g_task_return_int(writing, written);
-        g_object_unref(writing);
+        const gssize count = g_output_stream_write_finish(G_OUTPUT_STREAM(base), result, &error);
+        finish(G_TASK(taken), count, error);
     };
     GOutputStream* const base = g_filter_output_stream_get_base_stream(G_FILTER_OUTPUT_STREAM(stream));
-    g_output_stream_write_async(base, buffer, count, priority, cancellable, finish, task);
-}
-
-gssize writeFinish(GOutputStream*, GAsyncResult* result, GError** error) {
-    return g_task_propagate_int(G_TASK(result), error);
+    g_output_stream_write_async(base, buffer, count, priority, cancellable, finished, task);
 }
 
 void initOutput(gpointer type, gpointer) {
     auto* const output = G_OUTPUT_STREAM_CLASS(type);
     output->write_async = writeAsync;
-    output->write_finish = writeFinish;
+    output->write_finish = countOf;
 }
 
 GType plainOutputType() {
