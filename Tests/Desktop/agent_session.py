@@ -5,7 +5,7 @@ import json
 import pathlib
 import time
 
-from agent_process import PATIENCE, AgentProcess, shortened
+from agent_process import TIMEOUT, AgentProcess, shortened
 
 
 class Failure(Exception):
@@ -28,7 +28,7 @@ def is_soon(condition, seconds=5):
 
 
 def wait_until(condition, what):
-    expect(is_soon(condition, PATIENCE), f"this did not come: {what}")
+    expect(is_soon(condition, TIMEOUT), f"this did not come: {what}")
 
 
 class AgentSession:

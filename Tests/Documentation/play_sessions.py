@@ -21,7 +21,7 @@ import time
 sys.dont_write_bytecode = True  # keeps the source directory clean
 sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "Support"))
 
-from agent_process import PATIENCE, AgentProcess, compact  # noqa: E402
+from agent_process import TIMEOUT, AgentProcess, compact  # noqa: E402
 from scratch_places import environment_in, scratch_directory  # noqa: E402
 
 
@@ -47,7 +47,7 @@ class Session:
 
     def start(self):
         # The agent creates the directory after it has read the initial change count.
-        deadline = time.monotonic() + PATIENCE
+        deadline = time.monotonic() + TIMEOUT
         while not list(pathlib.Path(self.directory).glob("tavel-clipboard-*")):
             assert time.monotonic() < deadline, "the agent does not start"
             time.sleep(0.005)

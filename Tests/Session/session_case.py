@@ -10,7 +10,7 @@ import threading
 import unittest
 import uuid
 
-from agent_process import PATIENCE, AgentProcess, compact, shortened
+from agent_process import TIMEOUT, AgentProcess, compact, shortened
 
 MARKER_TYPE = "com.corvelle.tavelbridge.clipboard-origin-v1"
 TWO_LOOKS = 0.22  # seconds; the agent polls twice in that time
@@ -47,7 +47,7 @@ class SessionCase(unittest.TestCase):
     def run_tool(self, *arguments, content=b""):
         return subprocess.run(
             [self.tool_program, "--pasteboard", self.pasteboard, *map(str, arguments)], input=content,
-            stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=PATIENCE, env=self.place.environment)
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=TIMEOUT, env=self.place.environment)
 
     def tool(self, *arguments, content=b""):
         """Runs the other application and returns its output."""
@@ -134,12 +134,12 @@ class SessionCase(unittest.TestCase):
     def described(self, marker=""):
         """Returns the event after the announcement of a copy, without its sequence and marker."""
         announcement = self.agent.event()
-        following = self.agent.event_within(PATIENCE if self.place.counted_once else MISSED)
+        following = self.agent.event_within(TIMEOUT if self.place.counted_once else MISSED)
         if not self.place.counted_once and (following is None or following.get("kind") == "unsupported"):
             # The agent polled after the clearing and before the content.
             self.expect_announcement(announcement, announcement.get("marker") and marker)
             announcement = following or self.copied_again()
-            following = self.agent.event_within(PATIENCE)
+            following = self.agent.event_within(TIMEOUT)
         self.expect_announcement(announcement, marker)
         self.assertIsNotNone(following, "what was copied is announced, but not described")
         if following["event"] == "change":

@@ -4,7 +4,7 @@ import subprocess
 import threading
 import time
 
-from agent_process import PATIENCE
+from agent_process import TIMEOUT
 
 SIZES = (0, 10, 1000, 300_000, 4 << 20, (4 << 20) + 1)  # bytes of a text; the last one is too large
 
@@ -30,7 +30,7 @@ class Client(threading.Thread):
             self.leave()
 
     def finish(self):
-        self.join(2 * PATIENCE)
+        self.join(2 * TIMEOUT)
         assert not self.is_alive(), "a client hangs"
         if self._error:
             raise self._error
@@ -65,7 +65,7 @@ class ServerClient(Client):
     def leave(self):
         if self.program is not None:
             self.program.kill()
-            self.program.wait(PATIENCE)
+            self.program.wait(TIMEOUT)
             self.program.stdin.close()
             self.program.stdout.close()
             self.program = None
@@ -81,7 +81,7 @@ class StoreClient(Client):
 
     def _run(self, *arguments, content=b""):
         program = self._start(*arguments)
-        program.communicate(content, PATIENCE)
+        program.communicate(content, TIMEOUT)
 
     def act(self):
         self.chance.choice((self.copy, self.copy, self.paste, self.flood, self.hang, self.die))()
@@ -101,7 +101,7 @@ class StoreClient(Client):
         program = self._start("copy")
         time.sleep(self.chance.uniform(0, 1))
         program.kill()
-        program.communicate(timeout=PATIENCE)
+        program.communicate(timeout=TIMEOUT)
 
     def die(self):
         """Is killed at any moment."""
@@ -110,4 +110,4 @@ class StoreClient(Client):
         program.stdin.close()
         time.sleep(self.chance.uniform(0, 0.02))
         program.kill()
-        program.wait(PATIENCE)
+        program.wait(TIMEOUT)

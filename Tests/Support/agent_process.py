@@ -10,7 +10,7 @@ import subprocess
 import tempfile
 import threading
 
-PATIENCE = 60  # seconds; a busy machine needs far less
+TIMEOUT = 60  # seconds; a busy machine needs far less
 
 _LINES_SHOWN = 40  # the lines of output in a message about a failure
 _SHELL_BETWEEN = 'exec 3<&0; "$0" "$@" --parent-pid $$ <&3 3<&- & wait'
@@ -107,7 +107,7 @@ class AgentProcess:
         # Reads with an explicit offset, which leaves the position where the agent writes unchanged.
         return os.pread(self._errors.fileno(), 1 << 16, 0).decode(errors="replace")
 
-    def line(self, seconds=PATIENCE, wanted="a line"):
+    def line(self, seconds=TIMEOUT, wanted="a line"):
         """Returns the next line as bytes, for measurements that decode it later."""
         line = self._line_within(seconds)
         self._expect(line is not None, f"{wanted} does not come within {seconds} s")
@@ -138,8 +138,8 @@ class AgentProcess:
         return message
 
     def event(self):
-        event = self.event_within(PATIENCE)
-        self._expect(event is not None, f"an event does not come within {PATIENCE} s")
+        event = self.event_within(TIMEOUT)
+        self._expect(event is not None, f"an event does not come within {TIMEOUT} s")
         return event
 
     def reply(self, number):
@@ -198,7 +198,7 @@ class AgentProcess:
 
     def expect_end(self):
         """The agent must end without further output, and with status 0 if it is our child."""
-        line = self._line_within(PATIENCE)
+        line = self._line_within(TIMEOUT)
         self._expect(line is not None, "the agent does not end")
         self._expect(line == b"" and not self._events, "before the end: " + shortened(repr((line, self._events))))
         self._expect_status()
@@ -206,12 +206,12 @@ class AgentProcess:
     def end(self):
         """Closes the input. The agent must end with status 0; what it still says does not matter."""
         self.close_input()
-        self._reader.join(PATIENCE)
+        self._reader.join(TIMEOUT)
         self._expect(not self._reader.is_alive(), "the agent does not end")
         self._expect_status()
 
     def _expect_status(self):
-        status = self._process.wait(PATIENCE)
+        status = self._process.wait(TIMEOUT)
         self._expect(self._below_shell or status == 0, f"the exit status is {status}")
         self._expect(self.errors() == "", "the agent wrote to standard error")
 
@@ -228,7 +228,7 @@ class AgentProcess:
                 os.killpg(self._process.pid, signal.SIGKILL)  # the shell may have ended before the agent
         self._process.kill()
         self._process.wait()
-        self._reader.join(PATIENCE)
+        self._reader.join(TIMEOUT)
         for file in (self._process.stdin, self._process.stdout, self._errors):
             file.close()
 

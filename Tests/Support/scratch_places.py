@@ -9,7 +9,7 @@ import subprocess
 import tempfile
 import time
 
-from agent_process import PATIENCE
+from agent_process import TIMEOUT
 
 _DESKTOP_VARIABLES = ("DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_BUS_ADDRESS")
 
@@ -39,7 +39,7 @@ def enter_environment(environment):
 
 
 def _first_line(descriptor):
-    end, line = time.monotonic() + PATIENCE, b""
+    end, line = time.monotonic() + TIMEOUT, b""
     while not line.endswith(b"\n"):
         ready, _, _ = select.select([descriptor], [], [], max(end - time.monotonic(), 0))
         received = os.read(descriptor, 1) if ready else b""
@@ -64,4 +64,4 @@ def x_server():
     finally:
         os.close(reading)
         server.terminate()  # SIGTERM lets it remove its files
-        server.wait(PATIENCE)
+        server.wait(TIMEOUT)
