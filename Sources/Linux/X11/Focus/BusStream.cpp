@@ -38,8 +38,8 @@ void readAsync(GInputStream* stream, void* buffer, gsize count, int priority, GC
     }
     const auto finished = [](GObject* base, GAsyncResult* result, gpointer taken) {
         GError* error = nullptr;
-        const gssize count = g_input_stream_read_finish(G_INPUT_STREAM(base), result, &error);
-        finish(G_TASK(taken), count, error);
+        const gssize read = g_input_stream_read_finish(G_INPUT_STREAM(base), result, &error);
+        finish(G_TASK(taken), read, error);
     };
     GInputStream* const base = g_filter_input_stream_get_base_stream(G_FILTER_INPUT_STREAM(stream));
     g_input_stream_read_async(base, buffer, count, priority, cancellable, finished, task);
@@ -65,8 +65,8 @@ void writeAsync(GOutputStream* stream, const void* buffer, gsize count, int prio
     GTask* const task = g_task_new(stream, cancellable, callback, data);
     const auto finished = [](GObject* base, GAsyncResult* result, gpointer taken) {
         GError* error = nullptr;
-        const gssize count = g_output_stream_write_finish(G_OUTPUT_STREAM(base), result, &error);
-        finish(G_TASK(taken), count, error);
+        const gssize written = g_output_stream_write_finish(G_OUTPUT_STREAM(base), result, &error);
+        finish(G_TASK(taken), written, error);
     };
     GOutputStream* const base = g_filter_output_stream_get_base_stream(G_FILTER_OUTPUT_STREAM(stream));
     g_output_stream_write_async(base, buffer, count, priority, cancellable, finished, task);
