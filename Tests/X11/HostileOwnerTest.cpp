@@ -144,8 +144,8 @@ TEST(HostileOwner, whoDestroysItsWindowWithoutAnAnswerEndsTheReadAtOnce) {
 
 TEST(HostileOwner, whoIsReplacedWithoutAnAnswerEndsTheReadAtOnce) {
     X11Peers peers(longTimeOuts());
+    ScriptedOwner next(peers.display()); // outlives the other owner, whose thread uses it
     ScriptedOwner owner(peers.display());
-    ScriptedOwner next(peers.display());
     next.offerValue("UTF8_STRING", "next");
     owner.offer({"UTF8_STRING"});
     owner.on("UTF8_STRING", [&](const auto&) { next.take(); });
