@@ -1,15 +1,14 @@
 #include "Linux/Base/GlibEventLoop.h"
 #include "Linux/X11/Selections/X11Pasteboard.h"
 #include "Linux/X11/X11EventSource.h"
+#include "Tests/X11/ResidentMemory.h"
 #include "Tests/X11/X11Peers.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <array>
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <string>
 
@@ -18,13 +17,6 @@ namespace tavel {
 namespace {
 
 constexpr int requestCount = 150'000;
-
-/// How much the process may grow meanwhile. AddressSanitizer keeps what is freed for a while.
-#ifdef __SANITIZE_ADDRESS__
-constexpr std::size_t growth = std::size_t{64} << 20;
-#else
-constexpr std::size_t growth = std::size_t{6} << 20;
-#endif
 
 /// A program that requests the content of CLIPBOARD from a window of its own, without end and without reading
 /// answers.
@@ -63,14 +55,6 @@ private:
     xcb_atom_t property_ = 0;
 };
 
-/// The memory that this process uses, in bytes (proc(5), statm, second field).
-std::size_t residentBytes() {
-    std::ifstream file("/proc/self/statm");
-    std::size_t pages = 0;
-    file >> pages >> pages;
-    return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-}
-
 TEST(Flood, ofRequestsTakesNoMemoryAndLetsAnotherProgramHaveItsTurn) {
     X11Peers peers(longTimeOuts());
     peers.write("public.utf8-plain-text", "text");
@@ -82,7 +66,7 @@ TEST(Flood, ofRequestsTakesNoMemoryAndLetsAnotherProgramHaveItsTurn) {
         another.request("UTF8_STRING", 1);
         const std::size_t before = residentBytes();
         peers.program().selections().synchronize();
-        EXPECT_LT(residentBytes(), before + growth) << "with all requests behind it";
+        EXPECT_LT(residentBytes(), before + residentGrowth) << "with all requests behind it";
         while (another.takeAnswers() == 0)
             peers.program().selections().connection().dispatchEvents();
         answersBefore = flooder.takeAnswers();

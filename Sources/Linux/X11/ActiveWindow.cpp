@@ -1,11 +1,11 @@
 #include "Linux/X11/ActiveWindow.h"
 
-#include "Linux/X11/X11Reply.h"
 #include "Support/Text.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace tavel {
 
@@ -37,8 +37,14 @@ xcb_get_property_cookie_t ask(xcb_connection_t* connection, xcb_window_t window,
     return xcb_get_property(connection, 0, window, property, type, 0, longestProperty);
 }
 
-X11Reply<xcb_get_property_reply_t> answer(xcb_connection_t* connection, xcb_get_property_cookie_t cookie) {
-    return awaitReply(connection, cookie, xcb_get_property_reply);
+X11Reply<xcb_get_property_reply_t> answer(const ReplyWaiter& wait, xcb_get_property_cookie_t cookie) {
+    return X11Reply<xcb_get_property_reply_t>(static_cast<xcb_get_property_reply_t*>(wait(cookie.sequence)));
+}
+
+xcb_atom_t answer(const ReplyWaiter& wait, xcb_intern_atom_cookie_t cookie) {
+    const X11Reply<xcb_intern_atom_reply_t> reply(
+        static_cast<xcb_intern_atom_reply_t*>(wait(cookie.sequence)));
+    return reply != nullptr ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
 std::optional<std::uint32_t> number(const X11Reply<xcb_get_property_reply_t>& reply) {
@@ -64,28 +70,24 @@ std::string classNameOf(const X11Reply<xcb_get_property_reply_t>& reply) {
 
 } // namespace
 
-ActiveWindow::ActiveWindow(xcb_connection_t* connection, xcb_window_t root)
-    : connection_(connection), root_(root) {
+ActiveWindow::ActiveWindow(xcb_connection_t* connection, xcb_window_t root, ReplyWaiter wait)
+    : connection_(connection), root_(root), wait_(std::move(wait)) {
     constexpr std::string_view activeName = "_NET_ACTIVE_WINDOW";
     constexpr std::string_view processName = "_NET_WM_PID";
     const auto active = xcb_intern_atom(connection_, 0, activeName.size(), activeName.data());
     const auto process = xcb_intern_atom(connection_, 0, processName.size(), processName.data());
-    const auto activeReply = awaitReply(connection_, active, xcb_intern_atom_reply);
-    const auto processReply = awaitReply(connection_, process, xcb_intern_atom_reply);
-    if (activeReply != nullptr)
-        activeWindow_ = activeReply->atom;
-    if (processReply != nullptr)
-        processIdentifier_ = processReply->atom;
+    activeWindow_ = answer(wait_, active);
+    processIdentifier_ = answer(wait_, process);
 }
 
 std::optional<ProgramWindow> ActiveWindow::read() const {
-    const auto active = number(answer(connection_, ask(connection_, root_, activeWindow_, XCB_ATOM_WINDOW)));
+    const auto active = number(answer(wait_, ask(connection_, root_, activeWindow_, XCB_ATOM_WINDOW)));
     if (!active || *active == XCB_WINDOW_NONE)
         return std::nullopt;
     const auto process = ask(connection_, *active, processIdentifier_, XCB_ATOM_CARDINAL);
     const auto windowClass = ask(connection_, *active, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING);
-    const auto processIdentifier = number(answer(connection_, process));
-    std::string className = classNameOf(answer(connection_, windowClass));
+    const auto processIdentifier = number(answer(wait_, process));
+    std::string className = classNameOf(answer(wait_, windowClass));
     if (!processIdentifier || *processIdentifier == 0)
         return std::nullopt;
     return ProgramWindow{*active, static_cast<std::int32_t>(*processIdentifier), std::move(className)};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Linux/X11/X11Reply.h"
+
 #include <xcb/xcb.h>
 
 #include <cstdint>
@@ -20,8 +22,8 @@ struct ProgramWindow {
 /// thread that may use the connection.
 class ActiveWindow {
 public:
-    /// One round trip. The connection must outlive this object.
-    ActiveWindow(xcb_connection_t* connection, xcb_window_t root);
+    /// One round trip. The connection must outlive this object. `wait` waits for its replies.
+    ActiveWindow(xcb_connection_t* connection, xcb_window_t root, ReplyWaiter wait);
 
     /// The root window's property that names the active window.
     xcb_atom_t property() const { return activeWindow_; }
@@ -35,6 +37,7 @@ public:
 private:
     xcb_connection_t* connection_;
     xcb_window_t root_;
+    ReplyWaiter wait_;
     xcb_atom_t activeWindow_ = XCB_ATOM_NONE;
     xcb_atom_t processIdentifier_ = XCB_ATOM_NONE;
 };

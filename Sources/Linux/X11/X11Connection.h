@@ -84,6 +84,11 @@ public:
         return X11Reply<Reply>(static_cast<Reply*>(waitForReply(cookie.sequence)));
     }
 
+    /// Waits like `await`. For a module, which is not linked with this class.
+    ReplyWaiter replyWaiter() {
+        return [this](std::uint32_t requestNumber) { return waitForReply(requestNumber); };
+    }
+
     /// Flushes the requests and passes the events that have arrived to the handler. Does not wait. Returns
     /// after some milliseconds, though more may have arrived.
     void dispatchEvents();

@@ -2,7 +2,9 @@
 
 #include <xcb/xcb.h>
 
+#include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 
 namespace tavel {
@@ -23,5 +25,9 @@ X11Reply<Reply> awaitReply(xcb_connection_t* connection, Cookie cookie,
                            Reply* (*fetch)(xcb_connection_t*, Cookie, xcb_generic_error_t**)) {
     return X11Reply<Reply>(fetch(connection, cookie, nullptr));
 }
+
+/// Waits for the reply to the request of that number. Null if the request failed or the server is lost. The
+/// caller frees the reply.
+using ReplyWaiter = std::function<void*(std::uint32_t requestNumber)>;
 
 } // namespace tavel

@@ -16,7 +16,7 @@ FocusDesktop::FocusDesktop()
     root_ = setup.data->root;
     setenv("XDG_RUNTIME_DIR", directory_.runtimeDirectory().c_str(), 1);
     unsetenv("DBUS_SESSION_BUS_ADDRESS");
-    probe_ = std::make_unique<X11FocusProbe>(*connection_, deadline_);
+    probe_ = std::make_unique<X11FocusProbe>(*connection_, connection_->replyWaiter(), deadline_);
 }
 
 TestAccessibilityBus& FocusDesktop::startBuses() {

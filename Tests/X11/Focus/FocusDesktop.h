@@ -24,6 +24,7 @@ public:
 
     X11FocusProbe& probe() { return *probe_; }
     DecisionDeadline& deadline() { return deadline_; }
+    X11Connection& connection() { return *connection_; } // the probe's
     X11Connection& windowManager() { return *windowManager_; }
     xcb_window_t root() const { return root_; }
     TestDirectory& directory() { return directory_; }

@@ -1,7 +1,10 @@
 #include "Tests/X11/Focus/FocusDesktop.h"
+#include "Tests/X11/ResidentMemory.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstddef>
 #include <vector>
 
 namespace tavel {
@@ -51,6 +54,19 @@ TEST_F(Frontmost, otherProgramsHaveNoBundleIdentifier) {
         EXPECT_EQ(application->processIdentifier, 77) << name;
         EXPECT_EQ(application->bundleIdentifier, "") << name;
     }
+}
+
+TEST_F(Frontmost, isFoundBehindAFloodOfEventsWithoutMemoryForThem) {
+    show(1234, "Thunar");
+    X11Connection& flooder = desktop.windowManager();
+    constexpr std::array<char, 32> event{XCB_CLIENT_MESSAGE, 8};
+    for (int i = 0; i < 400'000; ++i)
+        xcb_send_event(flooder.get(), 0, desktop.connection().window(), XCB_EVENT_MASK_NO_EVENT,
+                       event.data());
+    flooder.synchronize(); // the server has passed them on
+    const std::size_t before = residentBytes();
+    EXPECT_TRUE(desktop.probe().frontmostApplication());
+    EXPECT_LT(residentBytes(), before + residentGrowth);
 }
 
 /// The windows that the window manager has been asked to activate.

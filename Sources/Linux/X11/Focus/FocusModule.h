@@ -16,8 +16,8 @@ class X11FocusProbe;
 /// load than the rest of the agent. Plain functions instead of virtual ones, because module and program share
 /// no type information. Main thread. They do not throw, and otherwise behave like those of FocusProbe.
 struct FocusModule {
-    /// Both arguments must outlive the probe.
-    X11FocusProbe* (*make)(X11Connection& connection, DecisionDeadline& deadline);
+    /// The connection and the deadline must outlive the probe. `wait` waits for the connection's replies.
+    X11FocusProbe* (*make)(X11Connection& connection, const ReplyWaiter& wait, DecisionDeadline& deadline);
     void (*destroy)(X11FocusProbe* probe);
 
     void (*follow)(X11FocusProbe& probe, bool on);

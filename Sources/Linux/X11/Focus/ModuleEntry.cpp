@@ -5,8 +5,8 @@ namespace tavel {
 namespace {
 
 constexpr FocusModule focusModule{
-    .make = [](X11Connection& connection,
-               DecisionDeadline& deadline) { return new X11FocusProbe(connection, deadline); },
+    .make = [](X11Connection& connection, const ReplyWaiter& wait,
+               DecisionDeadline& deadline) { return new X11FocusProbe(connection, wait, deadline); },
     .destroy = [](X11FocusProbe* probe) { delete probe; },
     .follow = [](X11FocusProbe& probe, bool on) { probe.follow(on); },
     .frontmostApplication = [](X11FocusProbe& probe) { return probe.frontmostApplication(); },

@@ -21,7 +21,7 @@ void OnDemandFocusProbe::follow(bool on) {
 void OnDemandFocusProbe::load() {
     try {
         module_ = reinterpret_cast<FocusModuleEntry>(loadModuleEntry(path_, focusModuleEntryName))();
-        probe_ = {module_->make(connection_, deadline_), module_->destroy};
+        probe_ = {module_->make(connection_, connection_.replyWaiter(), deadline_), module_->destroy};
     } catch (const std::runtime_error& error) {
         log_(std::string("The keyboard focus cannot be followed: ") + error.what());
     }

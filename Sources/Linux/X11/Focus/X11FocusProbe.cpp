@@ -24,16 +24,17 @@ constexpr std::chrono::milliseconds unhurriedTimeOut{500};
 /// Process numbers come and go; those behind that many are not waited for any more.
 constexpr std::size_t mostSeenWindows = 64;
 
-xcb_window_t rootOf(X11Connection& connection) {
+xcb_window_t rootOf(X11Connection& connection, const ReplyWaiter& wait) {
     const auto cookie = xcb_get_geometry(connection.get(), connection.window());
-    const X11Reply<xcb_get_geometry_reply_t> reply(xcb_get_geometry_reply(connection.get(), cookie, nullptr));
+    const X11Reply<xcb_get_geometry_reply_t> reply(
+        static_cast<xcb_get_geometry_reply_t*>(wait(cookie.sequence)));
     return reply == nullptr ? xcb_window_t{XCB_WINDOW_NONE} : reply->root;
 }
 
 } // namespace
 
-X11FocusProbe::X11FocusProbe(X11Connection& connection, DecisionDeadline& deadline)
-    : deadline_(deadline), activeWindow_(connection.get(), rootOf(connection)) {}
+X11FocusProbe::X11FocusProbe(X11Connection& connection, const ReplyWaiter& wait, DecisionDeadline& deadline)
+    : deadline_(deadline), activeWindow_(connection.get(), rootOf(connection, wait), wait) {}
 
 void X11FocusProbe::follow(bool on) {
     if (on && isTrusted())

@@ -18,8 +18,9 @@ namespace tavel {
 /// focus in the background. That needs GLib's default main context to run.
 class X11FocusProbe final : public FocusProbe {
 public:
-    /// Both must outlive this object. `follow` makes all other connections.
-    X11FocusProbe(X11Connection& connection, DecisionDeadline& deadline);
+    /// Both must outlive this object. `wait` waits for the connection's replies. `follow` makes all other
+    /// connections.
+    X11FocusProbe(X11Connection& connection, const ReplyWaiter& wait, DecisionDeadline& deadline);
 
     /// Connects to the accessibility bus, unless a connection exists and still works.
     void follow(bool on) override;

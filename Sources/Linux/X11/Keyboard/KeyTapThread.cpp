@@ -7,12 +7,14 @@
 #include <pthread.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
+#include <xcb/xcbext.h>
 
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -55,6 +57,14 @@ KeyEvent repeatEvent(std::uint16_t modifiers) {
     return event;
 }
 
+/// Waits as long as xcb does, which keeps the events meanwhile: this thread has to handle them in order.
+void* waitForReply(xcb_connection_t* connection, std::uint32_t requestNumber) {
+    xcb_generic_error_t* error = nullptr;
+    void* const reply = xcb_wait_for_reply(connection, requestNumber, &error);
+    std::free(error);
+    return reply;
+}
+
 template <typename Event>
 const Event& as(const xcb_generic_event_t& event) {
     return reinterpret_cast<const Event&>(event);
@@ -65,7 +75,11 @@ const Event& as(const xcb_generic_event_t& event) {
 KeyTapThread::KeyTapThread(KeyboardConnection& connection, std::chrono::milliseconds decisionTime,
                            Listener listener)
     : connection_(connection), decisionTime_(decisionTime), listener_(std::move(listener)),
-      grabs_(connection.get()), wakeUp_(openWakeUp()), activeWindow_(connection.get(), connection.root()) {
+      grabs_(connection.get()), wakeUp_(openWakeUp()),
+      activeWindow_(connection.get(), connection.root(),
+                    [connection = connection.get()](std::uint32_t number) {
+                        return waitForReply(connection, number);
+                    }) {
     try {
         start();
     } catch (...) {
