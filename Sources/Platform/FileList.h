@@ -15,7 +15,7 @@ struct FileListLimit {
 };
 
 /// The most files that are taken of any content: 10,000, with 2 MiB of paths.
-inline constexpr FileListLimit mostFiles{10'000, 2'097'152};
+inline constexpr FileListLimit mostFilesOfAContent{10'000, 2'097'152};
 
 /// The files that a content names.
 struct FileList {

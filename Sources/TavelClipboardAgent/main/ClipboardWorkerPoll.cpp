@@ -61,7 +61,7 @@ void ClipboardWorker::capture(std::int64_t current) {
 /// Whether the content is a selection of files, reported or too large. Asks also without public.file-url
 /// among the types: a platform may read file URLs from other types.
 bool ClipboardWorker::captureFiles(std::string_view marker, std::uint64_t sequence) {
-    FileList files = pasteboard_->files(mostFiles);
+    FileList files = pasteboard_->files(mostFilesOfAContent);
     if (!files.isComplete) {
         warn(messages::selectionTooLarge);
         return true;

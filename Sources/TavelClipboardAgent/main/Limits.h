@@ -20,7 +20,7 @@ inline constexpr std::int64_t maximumImagePixels = 32'000'000;
 inline constexpr std::int64_t maximumHistoryImageBytes = 67'108'864;
 
 /// The largest selection of files that is captured or written, in files.
-inline constexpr std::size_t maximumFileCount = mostFiles.files;
+inline constexpr std::size_t maximumFileCount = mostFilesOfAContent.files;
 
 /// The longest origin marker that a command may carry, in UTF-8 bytes. A longer one on the pasteboard is not
 /// the parent's and counts as none.

@@ -203,7 +203,7 @@ std::optional<X11Pasteboard::Items> X11Pasteboard::otherProgramsItems() {
         if (type != pasteboardType::fileUrl)
             takeOver(items, type, room);
     }
-    const auto list = otherProgramsUriList(largestUrlBytes(mostFiles));
+    const auto list = otherProgramsUriList(largestUrlBytes(mostFilesOfAContent));
     if (list && list->isCut)
         return std::nullopt;
     std::size_t files = 0;
@@ -214,9 +214,9 @@ std::optional<X11Pasteboard::Items> X11Pasteboard::otherProgramsItems() {
                 pasteboardItems::putOnFirstItem(items, pasteboardType::fileUrl, url);
             else
                 items.push_back({{std::string(pasteboardType::fileUrl), url}});
-            return files <= mostFiles.files;
+            return files <= mostFilesOfAContent.files;
         });
-    const bool isWhole = files <= mostFiles.files && selection_.changeCount == countBefore;
+    const bool isWhole = files <= mostFilesOfAContent.files && selection_.changeCount == countBefore;
     return isWhole ? std::optional(std::move(items)) : std::nullopt;
 }
 
