@@ -2,6 +2,7 @@
 
 #include "Tests/Unit/Agent/Decoding.h"
 #include "Tests/Unit/Agent/TestLine.h"
+#include "Tests/Unit/Fixtures/SmallStack.h"
 
 #include <gtest/gtest.h>
 
@@ -228,6 +229,16 @@ TEST(CommandDecoder, survivesAnyDepth) {
     EXPECT_TRUE(isDropped(nestedArrays(200'000)));
     EXPECT_TRUE(isDropped(nestedObjects(200'000)));
     EXPECT_TRUE(isDropped(commandLine("ping", R"(,"x":)" + repeated("[", 200'000))));
+}
+
+TEST(CommandDecoder, needsNoMoreStackThanABackgroundJobHasOnAMac) {
+    runOnSmallestStack([] {
+        EXPECT_TRUE(decodeLineAs<Ping>(nestedArrays(511)));
+        EXPECT_TRUE(decodeLineAs<Ping>(nestedObjects(511)));
+        EXPECT_TRUE(isDropped(nestedObjects(512)));
+        EXPECT_TRUE(isDropped(commandLine("ping", R"(,"x":)" + repeated(R"({"y":)", 511) + "nul")));
+        EXPECT_TRUE(isDropped(commandLine("ping", R"(,"x":)" + repeated(R"([{"y":)", 100'000))));
+    });
 }
 
 TEST(CommandDecoder, doesNotCountNeighboursAsDepth) {

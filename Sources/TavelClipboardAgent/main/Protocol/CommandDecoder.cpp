@@ -11,6 +11,8 @@
 #include <span>
 #include <string_view>
 #include <utility>
+#include <variant>
+#include <vector>
 
 namespace tavel {
 
@@ -23,8 +25,8 @@ static_assert(LineReader::longestLineBytes <= simdjson::SIMDJSON_MAXSIZE_BYTES);
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-/// Real messages nest far less; recursion to this depth fits on any thread's stack.
-constexpr int maximumDepth = 512;
+/// Real messages nest far less.
+constexpr std::size_t maximumDepth = 512;
 
 /// The parser's tables grow with the longest line. They are freed after a line above this size.
 constexpr std::size_t keptParserBytes = std::size_t{1} << 20;
@@ -48,16 +50,45 @@ std::string_view withoutTrailingWhitespace(std::string_view token) {
     return token.substr(0, last == std::string_view::npos ? 0 : last + 1);
 }
 
+/// An object or array that is being walked.
+struct OpenContainer {
+    using Members = simdjson::simdjson_result<ondemand::object_iterator>;
+    using Elements = simdjson::simdjson_result<ondemand::array_iterator>;
+
+    bool isAtEnd() const {
+        return std::visit([]<typename Position>(const Position& at) { return at == Position(); }, position);
+    }
+    void advance() {
+        std::visit([](auto& at) { ++at; }, position);
+    }
+
+    std::variant<Members, Elements> position;
+    bool isPaths = false; // the array of a command's "paths"
+};
+
 /// Walks one line's JSON and checks all of it, unused members included. simdjson's on-demand interface checks
 /// only what is read, and its document interface refuses integers beyond 64 bits.
+///
+/// Not by recursion: 512 levels of it do not fit on the stack of every background thread.
 class LineWalker {
 public:
-    explicit LineWalker(const LineReader::Line& line) : line_(line) {}
+    /// `open` is empty, has room for the deepest nesting, and belongs to the walker meanwhile.
+    LineWalker(const LineReader::Line& line, std::vector<OpenContainer>& open) : line_(line), open_(open) {}
 
     std::optional<Fields> walk(ondemand::document& document) {
         ondemand::object object;
-        if (document.get_object().get(object) != simdjson::SUCCESS || !walkMembers(object, 1, true))
+        if (document.get_object().get(object) != simdjson::SUCCESS)
             return std::nullopt;
+        open_.push_back({object.begin()});
+        while (!open_.empty()) {
+            const std::size_t depth = open_.size();
+            if (open_.back().isAtEnd())
+                open_.pop_back();
+            else if (!walkNext(open_.back()))
+                return std::nullopt;
+            if (!open_.empty() && open_.size() <= depth) // a value or a whole container has been walked
+                open_.back().advance();
+        }
         if (document.current_location().error() != simdjson::OUT_OF_BOUNDS)
             return std::nullopt; // more text follows the object
         return std::move(fields_);
@@ -70,86 +101,70 @@ private:
         std::string_view text;
     };
 
-    bool walkMembers(ondemand::object object, int depth, bool topLevel) {
-        for (auto member : object) {
-            if (member.error() != simdjson::SUCCESS)
-                return false;
-            ondemand::field field = member.value_unsafe();
-            const auto key = unescapedKey(field.key().raw());
-            const ondemand::value value = field.value();
-            if (!key || !(topLevel ? walkField(*key, value, depth) : walkValue(value, depth)))
-                return false;
+    /// Checks the value at the container's position. If that is a container, it is opened.
+    bool walkNext(OpenContainer& container) {
+        if (auto* const elements = std::get_if<OpenContainer::Elements>(&container.position)) {
+            auto element = **elements;
+            return element.error() == simdjson::SUCCESS &&
+                   walkValue(element.value_unsafe(), container.isPaths);
         }
-        return true;
-    }
-
-    bool walkElements(ondemand::array array, int depth, std::optional<std::vector<std::string>>* strings) {
-        for (auto element : array) {
-            if (element.error() != simdjson::SUCCESS)
-                return false;
-            ondemand::value value = element.value_unsafe();
-            ondemand::json_type type{};
-            if (value.type().get(type) != simdjson::SUCCESS)
-                return false;
-            if (isContainer(type)) {
-                if (strings != nullptr)
-                    strings->reset();
-                if (!walkValue(value, depth))
-                    return false;
-                continue;
-            }
-            const auto scalar = readScalar(value, type);
-            if (!scalar)
-                return false;
-            if (strings != nullptr && type != ondemand::json_type::string)
-                strings->reset();
-            if (strings != nullptr && strings->has_value())
-                append(*strings, scalar->text);
-        }
-        return true;
-    }
-
-    /// Checks a value that no command uses.
-    bool walkValue(ondemand::value value, int depth) {
-        ondemand::json_type type{};
-        if (value.type().get(type) != simdjson::SUCCESS)
+        auto member = *std::get<OpenContainer::Members>(container.position);
+        if (member.error() != simdjson::SUCCESS)
             return false;
-        return isContainer(type) ? walkContainer(value, type, depth + 1, nullptr)
-                                 : readScalar(value, type).has_value();
-    }
-
-    bool walkContainer(ondemand::value value, ondemand::json_type type, int depth,
-                       std::optional<std::vector<std::string>>* strings) {
-        if (depth > maximumDepth)
-            return false;
-        if (type == ondemand::json_type::object) {
-            ondemand::object object;
-            return value.get_object().get(object) == simdjson::SUCCESS && walkMembers(object, depth, false);
-        }
-        ondemand::array array;
-        return value.get_array().get(array) == simdjson::SUCCESS && walkElements(array, depth, strings);
+        ondemand::field field = member.value_unsafe();
+        const auto key = unescapedKey(field.key().raw());
+        const ondemand::value value = field.value();
+        return key && (open_.size() == 1 ? walkField(*key, value) : walkValue(value, false));
     }
 
     /// A member of the command object.
-    bool walkField(std::string_view key, ondemand::value value, int depth) {
+    bool walkField(std::string_view key, ondemand::value value) {
         ondemand::json_type type{};
         if (value.type().get(type) != simdjson::SUCCESS)
             return false;
         if (isContainer(type)) {
             storeScalar(key, {ondemand::json_type::null, {}}); // only "paths" may be a container
-            std::optional<std::vector<std::string>> strings;
             const bool isPaths = key == jsonKey::paths && type == ondemand::json_type::array;
             if (isPaths)
-                strings.emplace();
-            const bool valid = walkContainer(value, type, depth + 1, isPaths ? &strings : nullptr);
-            if (isPaths)
-                fields_.paths = std::move(strings);
-            return valid;
+                fields_.paths.emplace();
+            return open(value, type, isPaths);
         }
         const auto scalar = readScalar(value, type);
         if (scalar)
             storeScalar(key, *scalar);
         return scalar.has_value();
+    }
+
+    /// An element of "paths", or a value that no command uses.
+    bool walkValue(ondemand::value value, bool isPath) {
+        ondemand::json_type type{};
+        if (value.type().get(type) != simdjson::SUCCESS)
+            return false;
+        if (isPath && type != ondemand::json_type::string)
+            fields_.paths.reset();
+        if (isContainer(type))
+            return open(value, type, false);
+        const auto scalar = readScalar(value, type);
+        if (scalar && isPath && fields_.paths)
+            append(fields_.paths, scalar->text);
+        return scalar.has_value();
+    }
+
+    bool open(ondemand::value value, ondemand::json_type type, bool isPaths) {
+        if (open_.size() >= maximumDepth)
+            return false;
+        if (type == ondemand::json_type::object) {
+            ondemand::object object;
+            if (value.get_object().get(object) != simdjson::SUCCESS)
+                return false;
+            open_.push_back({object.begin()});
+        } else {
+            ondemand::array array;
+            if (value.get_array().get(array) != simdjson::SUCCESS)
+                return false;
+            open_.push_back({array.begin(), isPaths});
+        }
+        return true;
     }
 
     void storeScalar(std::string_view key, const Scalar& scalar) {
@@ -268,6 +283,7 @@ private:
     }
 
     const LineReader::Line& line_;
+    std::vector<OpenContainer>& open_;
     Fields fields_;
 };
 
@@ -297,7 +313,18 @@ ClipboardCommand commandFrom(Fields fields) {
 
 class CommandDecoder::Parser {
 public:
+    /// All memory for walking a line comes first, because a walk changes the line.
+    Parser() { open_.reserve(maximumDepth); }
+
+    std::optional<Fields> walk(const LineReader::Line& line, ondemand::document& document) {
+        open_.clear();
+        return LineWalker(line, open_).walk(document);
+    }
+
     ondemand::parser simdjson;
+
+private:
+    std::vector<OpenContainer> open_;
 };
 
 CommandDecoder::CommandDecoder() = default;
@@ -319,7 +346,7 @@ std::optional<ClipboardCommand> CommandDecoder::decode(const LineReader::Line& l
     if (error == simdjson::MEMALLOC)
         throw std::bad_alloc();
     if (error == simdjson::SUCCESS)
-        fields = LineWalker(line).walk(document);
+        fields = parser_->walk(line, document);
     if (text.size() > keptParserBytes)
         parser_.reset();
 
