@@ -137,7 +137,7 @@ class PretendedMacTests(BuildCase):
         self.build = self.directory / "build"
 
     def configure(self, name, *options, **environment):
-        # Of the systems's packages, only the agent's libraries matter here, which a Mac's build must not look for.
+        # The tools, tests and benchmarks would need libraries for a Mac.
         return run("cmake", "-G", "Ninja", "-S", PROJECT, "-B", self.build, "--toolchain", HERE / "pretended-mac.cmake",
                    *preset(name), "-DTAVEL_BUILD_TOOLS=OFF", "-DTAVEL_BUILD_TESTS=OFF", "-DTAVEL_BUILD_BENCHMARKS=OFF",
                    *options, env=dict(os.environ) | environment)
