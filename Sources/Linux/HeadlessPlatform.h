@@ -12,7 +12,10 @@ namespace tavel {
 class RefusedKeyboardTap final : public KeyboardTap {
 public:
     bool create(Handler) override { return false; }
+    void remove() override {}
     void setEnabled(bool) override {}
+    bool canLosePermission() override { return false; }
+    bool isPermitted() override { return true; }
     bool isKeyDown(std::int64_t) override { return false; }
     void post(std::span<const KeyEvent>) override {}
 };

@@ -52,13 +52,16 @@ void postKey(const KeyEvent& event) {
 } // namespace
 
 MacKeyboardTap::~MacKeyboardTap() {
-    if (tap_)
-        CFMachPortInvalidate(tap_.get()); // stops its callbacks
+    MacKeyboardTap::remove();
+}
+
+CFRef<CFMachPortRef> MacKeyboardTap::newTap(void* userInfo) {
+    return CFRef<CFMachPortRef>::adopt(CGEventTapCreate(
+        kCGSessionEventTap, kCGTailAppendEventTap, kCGEventTapOptionDefault, keyEvents, tapped, userInfo));
 }
 
 bool MacKeyboardTap::create(Handler handler) {
-    auto tap = CFRef<CFMachPortRef>::adopt(CGEventTapCreate(
-        kCGSessionEventTap, kCGTailAppendEventTap, kCGEventTapOptionDefault, keyEvents, tapped, this));
+    auto tap = newTap(this);
     if (!tap)
         return false;
     auto source =
@@ -73,6 +76,23 @@ bool MacKeyboardTap::create(Handler handler) {
     source_ = std::move(source);
     // In the common modes: keys must not wait while a menu is open or a window is being dragged.
     CFRunLoopAddSource(CFRunLoopGetMain(), source_.get(), kCFRunLoopCommonModes);
+    return true;
+}
+
+void MacKeyboardTap::remove() {
+    // Stops the callbacks. A tap whose port is only released would stay in the system's list.
+    if (tap_)
+        CFMachPortInvalidate(tap_.get());
+    source_ = {};
+    tap_ = {};
+}
+
+bool MacKeyboardTap::isPermitted() {
+    const auto probe = newTap(nullptr);
+    if (!probe)
+        return false;
+    // At once: it is enabled, and no run loop serves it.
+    CFMachPortInvalidate(probe.get());
     return true;
 }
 

@@ -43,13 +43,27 @@ public:
 
     virtual ~KeyboardTap() = default;
 
-    /// Starts tapping, enabled. False if the system refuses (the user has not permitted it, or there is no
-    /// keyboard to tap); the caller may then try again. Not called again once it has succeeded.
+    /// Makes the tap and starts tapping, enabled. False if the system refuses (the user has not permitted it,
+    /// or there is no keyboard to tap); the caller may then try again. Not called while there is a tap, nor
+    /// by the handler.
     virtual bool create(Handler handler) = 0;
 
-    /// Enables or disables a created tap. A key that was swallowed is swallowed until its release,
-    /// which a disabled tap may not see.
+    /// Removes the tap, if there is one: no key waits for the handler any more. `create` makes a new one. Not
+    /// called by the handler.
+    virtual void remove() = 0;
+
+    /// Enables or disables the tap, if there is one. A key that was swallowed is swallowed until its release,
+    /// which a disabled tap may not see. Where `canLosePermission`, enable a tap only if `isPermitted`.
     virtual void setEnabled(bool enabled) = 0;
+
+    /// Whether the user can take back the permission to tap while there is a tap. Such a tap holds up every
+    /// key of the session for as long as the system waits for it, some 30 seconds, and so does one that is
+    /// enabled again. So its owner asks `isPermitted` from time to time. Always the same answer.
+    virtual bool canLosePermission() = 0;
+
+    /// Whether the system would permit a tap now. Costs a request to the system; free, and true, where the
+    /// permission cannot be lost. The handler may call it.
+    virtual bool isPermitted() = 0;
 
     /// Whether the key is down now.
     virtual bool isKeyDown(std::int64_t keyCode) = 0;

@@ -27,6 +27,9 @@ constexpr auto delayBeforePanel = 120ms;
 /// How often to check whether the shortcut has been released.
 constexpr auto keyCheckInterval = 80ms;
 
+/// How long the keyboard may wait for a tap whose permission the user has taken away.
+constexpr auto permissionCheckInterval = 1s;
+
 /// Gives the file manager time to come to the front again.
 constexpr auto delayBeforePaste = 150ms;
 
@@ -55,6 +58,10 @@ constexpr auto pasteableTypes = [] {
     return types;
 }();
 
+Error notPermitted() {
+    return {"Tavel", 1, std::string(messages::pasteNotPermitted)};
+}
+
 } // namespace
 
 FilePaste::FilePaste(Platform& platform, std::shared_ptr<Pasteboard> board,
@@ -63,25 +70,84 @@ FilePaste::FilePaste(Platform& platform, std::shared_ptr<Pasteboard> board,
 
 void FilePaste::configure(bool enabled) {
     owner_.assertCurrent();
-    enabled_ = enabled;
-    if (!enabled) {
-        if (tapCreated_)
-            platform_.keyboardTap().setEnabled(false);
-        endInterception();
-    } else if (tapCreated_) {
-        platform_.keyboardTap().setEnabled(true);
-    } else {
-        tapCreated_ = platform_.keyboardTap().create([weak = weak_from_this()](const KeyEvent& event) {
-            const auto self = weak.lock();
-            return self == nullptr ? KeyVerdict::pass : self->handleOrPass(event);
-        });
-        if (!tapCreated_) {
-            enabled_ = false;
-            throw Error("Tavel", 1, std::string(messages::pasteNotPermitted));
+    if (enabled)
+        switchOn();
+    else
+        switchOff();
+}
+
+void FilePaste::switchOn() {
+    KeyboardTap& tap = platform_.keyboardTap();
+    if (tapCreated_ && !tap.isPermitted()) {
+        losePermission();
+        removeTap();
+        throw notPermitted();
+    }
+    scheduleNextCheck();
+    if (tapCreated_)
+        tap.setEnabled(true);
+    else
+        createTap();
+    enabled_ = true;
+    platform_.focusProbe().follow(true);
+}
+
+void FilePaste::createTap() {
+    tapCreated_ = platform_.keyboardTap().create([weak = weak_from_this()](const KeyEvent& event) {
+        const auto self = weak.lock();
+        return self == nullptr ? KeyVerdict::pass : self->handleOrPass(event);
+    });
+    if (!tapCreated_)
+        throw notPermitted();
+}
+
+void FilePaste::removeTap() {
+    platform_.keyboardTap().remove();
+    tapCreated_ = false;
+}
+
+void FilePaste::switchOff() {
+    enabled_ = false;
+    if (tapCreated_)
+        platform_.keyboardTap().setEnabled(false);
+    endInterception();
+    if (tapCreated_)
+        platform_.focusProbe().follow(false);
+}
+
+/// Switches the feature off after the user took the permission away. The tap is still to be removed.
+void FilePaste::losePermission() {
+    switchOff();
+    swallowed_.reset(); // the release reaches the other program now
+    hasJustIntercepted_ = false;
+}
+
+/// Throws std::bad_alloc if there is no memory for it.
+void FilePaste::scheduleNextCheck() {
+    if (checkIsScheduled_ || !platform_.keyboardTap().canLosePermission())
+        return;
+    platform_.eventLoop().postAfter(permissionCheckInterval, [weak = weak_from_this()] {
+        if (const auto self = weak.lock())
+            self->checkPermission();
+    });
+    checkIsScheduled_ = true;
+}
+
+/// The checks end with the feature. Without the memory for another check, the feature ends, too.
+void FilePaste::checkPermission() {
+    checkIsScheduled_ = false;
+    if (!enabled_)
+        return;
+    if (platform_.keyboardTap().isPermitted()) {
+        try {
+            scheduleNextCheck();
+            return;
+        } catch (const std::bad_alloc&) {
+            // A tap that nobody checks could stall the keyboard.
         }
     }
-    if (tapCreated_)
-        platform_.focusProbe().follow(enabled);
+    losePermission();
+    removeTap();
 }
 
 void FilePaste::endInterception() {
@@ -105,15 +171,7 @@ KeyVerdict FilePaste::handle(const KeyEvent& event) {
     const bool followsInterception = std::exchange(hasJustIntercepted_, false);
     if (event.type == KeyEventType::tapDisabledByTimeout ||
         event.type == KeyEventType::tapDisabledByUserInput) {
-        if (followsInterception && event.type == KeyEventType::tapDisabledByTimeout) {
-            // The verdict came too late and the file manager has got the shortcut. A panel would paste a
-            // second time. The repeats and the release belong to the press.
-            endInterception();
-            swallowed_.reset();
-            passUntilReleased();
-        }
-        if (enabled_)
-            platform_.keyboardTap().setEnabled(true);
+        handleDisabledTap(followsInterception && event.type == KeyEventType::tapDisabledByTimeout);
         return KeyVerdict::pass;
     }
     if (event.userData == tag) // the agent posted it
@@ -140,6 +198,28 @@ KeyVerdict FilePaste::handle(const KeyEvent& event) {
     hasJustIntercepted_ = true;
     swallowed_ = keyCode::v;
     return KeyVerdict::swallow;
+}
+
+void FilePaste::handleDisabledTap(bool verdictWasLate) {
+    if (enabled_ && !platform_.keyboardTap().isPermitted()) {
+        losePermission();
+        // The tap may not be removed by its handler. Disabled, it holds up no key.
+        platform_.eventLoop().post([weak = weak_from_this()] {
+            const auto self = weak.lock();
+            if (self != nullptr && !self->enabled_ && self->tapCreated_)
+                self->removeTap();
+        });
+        return;
+    }
+    if (verdictWasLate) {
+        // The file manager has got the shortcut. A panel would paste a second time. The repeats and the
+        // release belong to the press.
+        endInterception();
+        swallowed_.reset();
+        passUntilReleased();
+    }
+    if (enabled_)
+        platform_.keyboardTap().setEnabled(true);
 }
 
 bool FilePaste::holdsPasteableContent() {

@@ -38,7 +38,8 @@ public:
 
     /// Switches the feature on or off. Switching off ends an interception that is in progress, and never
     /// fails. Switching on throws Error ("Tavel", 1), with a description for the user, if the system does not
-    /// let the agent see the keyboard; the feature is then off.
+    /// let the agent see the keyboard; the feature is then off. It also goes off by itself, within about a
+    /// second, when the user takes that permission away, and has to be switched on again.
     void configure(bool enabled);
 
     /// The content of a file made from the pasteboard's first suitable representation. Throws Error
@@ -65,8 +66,16 @@ private:
     /// The user data of the key events that the agent posts: "TAVP".
     static constexpr std::int64_t tag = 0x54415650;
 
+    void switchOn();
+    void switchOff();
+    void createTap();
+    void removeTap();
+    void losePermission();
+    void scheduleNextCheck();
+    void checkPermission();
     KeyVerdict handleOrPass(const KeyEvent& event);
     KeyVerdict handle(const KeyEvent& event);
+    void handleDisabledTap(bool verdictWasLate);
     void endInterception();
     void passUntilReleased();
     bool holdsPasteableContent();
@@ -90,6 +99,7 @@ private:
     std::function<void(std::int64_t)> changed_;
     bool enabled_ = false;
     bool tapCreated_ = false;
+    bool checkIsScheduled_ = false;            // of the permission
     std::int64_t generation_ = 0;              // counts how often interceptions were ended from outside
     bool busy_ = false;                        // an interception is in progress; the shortcut passes
     bool hasJustIntercepted_ = false;          // the tap has reported nothing since

@@ -163,6 +163,46 @@ TEST_F(DoubledKeyboardTap, seesNoKeysAfterItsDestruction) {
     EXPECT_TRUE(seen_.empty());
 }
 
+TEST_F(DoubledKeyboardTap, asksForThePermissionWithAnotherTapThatItDropsAtOnce) {
+    EXPECT_TRUE(tap_->canLosePermission());
+    ASSERT_TRUE(create(KeyVerdict::swallow));
+    EXPECT_TRUE(tap_->isPermitted());
+    ASSERT_EQ(quartz().requests.size(), 2U);
+    const TapRequest& own = quartz().requests.front();
+    const TapRequest& probe = quartz().requests.back();
+    EXPECT_EQ(probe.location, own.location);
+    EXPECT_EQ(probe.placement, own.placement);
+    EXPECT_EQ(probe.options, own.options);
+    EXPECT_EQ(probe.mask, own.mask);
+    EXPECT_EQ(livingTaps(), 1);
+    EXPECT_EQ(passTaps({kCGEventKeyDown, 9, 0, 0}), Passage::swallowed);
+    EXPECT_EQ(seen_.size(), 1U);
+}
+
+TEST_F(DoubledKeyboardTap, tellsThatThePermissionIsMissing) {
+    quartz().refusesTaps = true;
+    EXPECT_FALSE(tap_->isPermitted());
+    quartz().refusesTaps = false;
+    ASSERT_TRUE(create());
+    quartz().refusesTaps = true;
+    EXPECT_FALSE(tap_->isPermitted());
+    EXPECT_EQ(livingTaps(), 1) << "it is left to the owner";
+}
+
+TEST_F(DoubledKeyboardTap, canBeRemovedAndMadeAgain) {
+    tap_->remove();
+    ASSERT_TRUE(create(KeyVerdict::swallow));
+    tap_->remove();
+    EXPECT_EQ(livingTaps(), 0);
+    EXPECT_EQ(passTaps({kCGEventKeyDown, 9, 0, 0}), Passage::passed);
+    tap_->setEnabled(true);
+    EXPECT_TRUE(seen_.empty());
+    ASSERT_TRUE(create(KeyVerdict::swallow));
+    EXPECT_EQ(livingTaps(), 1);
+    EXPECT_EQ(passTaps({kCGEventKeyDown, 9, 0, 0}), Passage::swallowed);
+    EXPECT_EQ(seen_.size(), 1U);
+}
+
 TEST_F(DoubledKeyboardTap, postsAPasteInOrderWhateverTheUserHolds) {
     quartz().heldModifiers = keyFlag::shift | keyFlag::option;
     constexpr std::uint64_t command = keyFlag::command;

@@ -28,6 +28,7 @@ struct TapPort final : Object {
     CGEventMask mask = 0;
     bool isValid = true;
     bool isEnabled = true;
+    bool isCalled = false; // its callback runs
 };
 
 std::vector<TapPort*> ports;
@@ -37,6 +38,8 @@ TapPort::TapPort() : Object(ofKind) {
 }
 
 TapPort::~TapPort() {
+    if (isValid)
+        refuse("A tap was released without being invalidated: the system keeps it in its table.");
     std::erase(ports, this);
 }
 
@@ -50,10 +53,17 @@ bool isOfInterest(const TapPort& tap, std::uint32_t type) {
     return tap.isValid && tap.isEnabled && type < 64 && (tap.mask >> type & 1) != 0;
 }
 
+CGEventRef call(TapPort& tap, std::uint32_t type, CGEventRef event) {
+    tap.isCalled = true;
+    const CGEventRef given = tap.callBack(tap.proxy, static_cast<CGEventType>(type), event, tap.userInfo);
+    tap.isCalled = false;
+    return given;
+}
+
 /// Asks the tap, which borrows the event. Returns whether it lets the event pass.
 bool letsPass(TapPort& tap, std::uint32_t type, Event& event) {
     const auto borrowed = refTo<CGEventRef>(event);
-    const CGEventRef given = tap.callBack(tap.proxy, static_cast<CGEventType>(type), borrowed, tap.userInfo);
+    const CGEventRef given = call(tap, type, borrowed);
     if (given != nullptr && given != borrowed)
         refuse("A tap returned another event.");
     if (event.references() != 1)
@@ -66,7 +76,7 @@ Passage passTapsIf(const QuartzEvent& event, CFRunLoopMode mode, Condition seesI
     for (TapPort* const tap : std::vector(ports)) {
         if (!seesIt(*tap))
             continue;
-        if (!isServed(*tap, mode))
+        if (quartz().refusesTaps || !isServed(*tap, mode))
             return Passage::heldUp;
         const Reference held = Reference::to(refTo<CFTypeRef>(*new Event(event)));
         if (!letsPass(*tap, event.type, objectAt<Event>(held.get())))
@@ -102,8 +112,7 @@ void disableTaps(CGEventType why) {
         if (!tap->isValid || !tap->isEnabled)
             continue;
         tap->isEnabled = false;
-        if (isServed(*tap, kCFRunLoopDefaultMode) &&
-            tap->callBack(tap->proxy, why, noEvent, tap->userInfo) != nullptr)
+        if (isServed(*tap, kCFRunLoopDefaultMode) && call(*tap, why, noEvent) != nullptr)
             refuse("A tap returned an event where it was given none.");
     }
 }
@@ -126,6 +135,8 @@ bool isValidPort(CFTypeRef port) {
 /// Also invalidates the port's sources, which leave the run loop.
 void CFMachPortInvalidate(CFMachPortRef port) {
     auto& tap = objectAt<TapPort>(port);
+    if (tap.isCalled)
+        refuse("A tap was invalidated by its own callback, after which the system still uses it.");
     tap.isValid = false;
     removeSourcesOf(tap);
 }
@@ -144,6 +155,8 @@ CFMachPortRef CGEventTapCreate(CGEventTapLocation location, CGEventTapPlacement 
 }
 
 void CGEventTapEnable(CFMachPortRef tap, bool enable) {
+    if (enable && quartz().refusesTaps)
+        ++quartz().stalls;
     objectAt<TapPort>(tap).isEnabled = enable;
 }
 

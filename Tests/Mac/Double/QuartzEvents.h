@@ -35,18 +35,20 @@ struct PostedEvent {
 
 /// The login session: what a test prescribes, and what the adaptors did.
 struct Quartz {
-    bool refusesTaps = false;             // the user has not granted the permission
+    bool refusesTaps = false;             // the user has not granted the permission, or has taken it away
     CGEventFlags heldModifiers = 0;       // the initial flags of each new event
     std::set<CGKeyCode> keysWithoutEvent; // no event can be created for these
     std::map<CGEventSourceStateID, std::set<CGKeyCode>> keysDown;
 
+    int stalls = 0; // how often a tap was enabled without permission: no input reaches any program
     std::vector<TapRequest> requests; // refused ones included
     std::vector<PostedEvent> posted;  // copies
 };
 
 Quartz& quartz();
 
-/// `heldUp`: an enabled tap wants the event, but the run loop does not serve the tap in this mode.
+/// `heldUp`: an enabled tap wants the event, but the run loop does not serve the tap in this mode, or the tap
+/// has lost the permission.
 enum class Passage { passed, swallowed, heldUp };
 
 /// Sends the event through all taps while the main thread waits in `mode`. The event stays the system's. Ends

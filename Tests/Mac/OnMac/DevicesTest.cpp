@@ -48,8 +48,10 @@ TEST(MacKeyboardTap, isCreatedOnlyWithThePermission) {
     const bool created = tap.create([](const KeyEvent&) { return KeyVerdict::pass; });
     if (created)
         EXPECT_TRUE(probe.isTrusted());
+    EXPECT_EQ(tap.isPermitted(), created);
     tap.setEnabled(false);
     EXPECT_FALSE(tap.isKeyDown(0x10000));
+    tap.remove();
 }
 
 } // namespace tavel

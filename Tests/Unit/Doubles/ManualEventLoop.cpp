@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -44,6 +45,10 @@ void ManualEventLoop::post(Function function) {
 }
 
 void ManualEventLoop::postAfter(std::chrono::milliseconds delay, Function function) {
+    if (refusedDelays_ > 0) {
+        --refusedDelays_;
+        throw std::bad_alloc();
+    }
     attach(delay, std::nullopt, std::move(function));
 }
 

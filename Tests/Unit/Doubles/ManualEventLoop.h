@@ -40,6 +40,9 @@ public:
     /// The next so many background jobs get no thread.
     void refuseJobs(std::size_t jobs) { refusedJobs_ = jobs; }
 
+    /// The next so many delayed functions get no memory.
+    void refuseDelays(std::size_t delays) { refusedDelays_ = delays; }
+
     std::size_t heldBackgroundJobs() const { return backgroundJobs_.size(); }
 
     /// Plans a step for one of the next passes of `runOnce`, in the order of planning.
@@ -64,6 +67,7 @@ private:
     std::vector<Timer> timers_;
     std::vector<Function> backgroundJobs_;
     std::size_t refusedJobs_ = 0;
+    std::size_t refusedDelays_ = 0;
     std::deque<Function> plannedPasses_;
     std::size_t passes_ = 0;
     std::size_t idlePasses_ = 0;

@@ -1,5 +1,9 @@
 #include "Tests/Unit/Doubles/TestPlatform.h"
 
+#include "Support/ScopeExit.h"
+
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <utility>
 
@@ -51,10 +55,33 @@ std::string scriptedPicture(std::string_view signature, std::int64_t width, std:
 }
 
 bool ScriptedKeyboardTap::create(Handler newHandler) {
+    EXPECT_FALSE(exists) << "there is a tap already";
+    EXPECT_FALSE(handling_) << "the tap's handler makes a tap";
     ++creations;
-    if (allowed)
-        handler = std::move(newHandler);
-    return allowed;
+    exists = allowed;
+    if (!allowed)
+        return false;
+    handler = [this, decide = std::move(newHandler)](const KeyEvent& event) {
+        handling_ = true;
+        const ScopeExit end([this] { handling_ = false; });
+        return decide(event);
+    };
+    return true;
+}
+
+void ScriptedKeyboardTap::remove() {
+    EXPECT_FALSE(handling_) << "the tap's handler removes the tap";
+    exists = false;
+}
+
+void ScriptedKeyboardTap::setEnabled(bool on) {
+    EXPECT_FALSE(on && !isAllowed()) << "the keyboard is stalled: a tap is enabled without permission";
+    enabled.push_back(on);
+}
+
+bool ScriptedKeyboardTap::isPermitted() {
+    ++permissionChecks;
+    return isAllowed();
 }
 
 void ScriptedKeyboardTap::post(std::span<const KeyEvent> events) {

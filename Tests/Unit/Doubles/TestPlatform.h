@@ -22,20 +22,32 @@
 
 namespace tavel {
 
-/// A tap that the test permits or refuses, and through which it sends key events.
+/// A tap that the test permits or refuses, and through which it sends key events. The test fails if the tap
+/// is used in a way that would stall a keyboard, or that the interface excludes.
 class ScriptedKeyboardTap final : public KeyboardTap {
 public:
     bool create(Handler newHandler) override;
-    void setEnabled(bool on) override { enabled.push_back(on); }
+    void remove() override;
+    void setEnabled(bool on) override;
+    bool canLosePermission() override { return losesPermission; }
+    bool isPermitted() override;
     bool isKeyDown(std::int64_t keyCode) override { return keysDown.contains(keyCode); }
     void post(std::span<const KeyEvent> events) override;
 
     bool allowed = true;
-    int creations = 0; // including refused ones
-    Handler handler;
+    bool losesPermission = false; // `allowed` counts also while there is a tap
+    int creations = 0;            // including refused ones
+    int permissionChecks = 0;
+    bool exists = false;
+    Handler handler;           // of the last tap, also when that is removed
     std::vector<bool> enabled; // every argument of `setEnabled`, oldest first
     std::set<std::int64_t> keysDown;
     std::vector<KeyEvent> posted;
+
+private:
+    bool isAllowed() const { return allowed || !losesPermission; }
+
+    bool handling_ = false;
 };
 
 /// A desktop that only the test changes.
@@ -122,7 +134,7 @@ private:
 };
 
 /// An operating system that the test controls.
-class TestPlatform final : public Platform {
+class TestPlatform : public Platform {
 public:
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;
 

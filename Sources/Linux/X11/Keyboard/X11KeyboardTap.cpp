@@ -47,8 +47,7 @@ X11KeyboardTap::X11KeyboardTap(const char* display, EventLoop& loop, DecisionDea
       deadline_(deadline), decisionTime_(decisionTime) {}
 
 X11KeyboardTap::~X11KeyboardTap() {
-    decider_.reset();
-    thread_.reset();
+    X11KeyboardTap::remove();
 }
 
 bool X11KeyboardTap::create(Handler handler) {
@@ -84,6 +83,12 @@ KeyTapThread::Listener X11KeyboardTap::listener() {
             });
         },
     };
+}
+
+void X11KeyboardTap::remove() {
+    decider_.reset();
+    thread_.reset();
+    connection_.reset();
 }
 
 void X11KeyboardTap::setEnabled(bool enabled) {

@@ -37,7 +37,10 @@ public:
     X11KeyboardTap& operator=(const X11KeyboardTap&) = delete;
 
     bool create(Handler handler) override;
+    void remove() override;
     void setEnabled(bool enabled) override;
+    bool canLosePermission() override { return false; }
+    bool isPermitted() override { return true; }
     bool isKeyDown(std::int64_t keyCode) override;
     void post(std::span<const KeyEvent> events) override;
 
