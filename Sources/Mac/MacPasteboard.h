@@ -24,6 +24,7 @@ public:
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override;
     std::vector<std::string> types() override;
+    ReadAccess readAccess() override;
     std::optional<Bytes> string(std::string_view type, std::size_t limit) override;
     std::optional<Bytes> data(std::string_view type, std::size_t limit) override;
     FileList files(const FileListLimit& limit) override;
@@ -34,11 +35,13 @@ public:
 
 private:
     std::optional<std::int64_t> countFromServer();
+    bool isDenied() { return readAccess() == ReadAccess::denied; }
     std::optional<Bytes> wholeData(std::string_view type);
     std::optional<std::int64_t> replace(const std::function<bool(NSPasteboard* _Nonnull)>& write);
 
     [[no_unique_address]] OwnerThread owner_;
     Retained<NSPasteboard> pasteboard_;
+    const bool isGeneral_;
     std::int64_t lastCount_ = 0; // the server's last answer, for when it gives none
 };
 

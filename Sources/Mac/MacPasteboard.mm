@@ -84,11 +84,22 @@ bool setValueOf(NSPasteboard* pasteboard, const PasteboardValue& value) {
                                                      : setDataOf(pasteboard, value.bytes, value.type);
 }
 
+/// Whether a type is there from which the system makes URLs.
+bool offersUrls(NSPasteboard* pasteboard) {
+    NSArray<NSString*>* const offered = [pasteboard types];
+    for (NSString* type in [NSURL readableTypesForPasteboard:pasteboard]) {
+        if ([offered containsObject:type])
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 MacPasteboard::MacPasteboard(const std::optional<std::string>& name)
     : pasteboard_(unlessRaised(Retained<NSPasteboard>(),
-                               [&] { return Retained<NSPasteboard>::retain(named(name)); })) {}
+                               [&] { return Retained<NSPasteboard>::retain(named(name)); })),
+      isGeneral_(!name) {}
 
 NSPasteboard* _Nullable MacPasteboard::named(const std::optional<std::string>& name) {
     if (!name)
@@ -118,8 +129,31 @@ std::vector<std::string> MacPasteboard::types() {
     return unlessRaised(std::vector<std::string>(), [&] { return typeNamesOf([pasteboard_.get() types]); });
 }
 
+/// The default is to ask for the general pasteboard, and to allow for all others.
+ReadAccess MacPasteboard::readAccess() {
+    owner_.assertCurrent();
+    if (@available(macOS 15.4, *)) {
+        return unlessRaised(ReadAccess::asks, [&] {
+            switch ([pasteboard_.get() accessBehavior]) {
+            case NSPasteboardAccessBehaviorAsk:
+                return ReadAccess::asks;
+            case NSPasteboardAccessBehaviorAlwaysAllow:
+                return ReadAccess::free;
+            case NSPasteboardAccessBehaviorAlwaysDeny:
+                return ReadAccess::denied;
+            case NSPasteboardAccessBehaviorDefault:
+                break;
+            }
+            return isGeneral_ ? ReadAccess::asks : ReadAccess::free;
+        });
+    }
+    return ReadAccess::free;
+}
+
 std::optional<Bytes> MacPasteboard::string(std::string_view type, std::size_t limit) {
     owner_.assertCurrent();
+    if (isDenied())
+        return std::nullopt;
     return unlessRaised(std::optional<Bytes>(), [&]() -> std::optional<Bytes> {
         // stringForType: may join the texts of all items under other types, too.
         if (type != pasteboardType::string) {
@@ -137,6 +171,8 @@ std::optional<Bytes> MacPasteboard::string(std::string_view type, std::size_t li
 
 std::optional<Bytes> MacPasteboard::data(std::string_view type, std::size_t limit) {
     owner_.assertCurrent();
+    if (isDenied())
+        return std::nullopt;
     return unlessRaised(std::optional<Bytes>(), [&]() -> std::optional<Bytes> {
         const auto whole = wholeData(type);
         return whole ? std::optional(whole->slice(0, limit + 1)) : std::nullopt;
@@ -154,7 +190,11 @@ std::optional<Bytes> MacPasteboard::wholeData(std::string_view type) {
 
 FileList MacPasteboard::files(const FileListLimit& limit) {
     owner_.assertCurrent();
+    if (isDenied())
+        return {};
     return unlessRaised(FileList(), [&] {
+        if (!offersUrls(pasteboard_.get()))
+            return FileList();
         NSDictionary* const filesOnly =
             [NSDictionary dictionaryWithObject:[NSNumber numberWithBool:YES]
                                         forKey:NSPasteboardURLReadingFileURLsOnlyKey];

@@ -35,6 +35,14 @@ struct PasteboardValue {
     Bytes bytes;
 };
 
+/// What the system does when this process reads data that another program put on a pasteboard. Change counts
+/// and types are never restricted.
+enum class ReadAccess {
+    free,   // hands them over
+    asks,   // may ask the user first; the reader waits for the answer
+    denied, // the user has refused it for good: there is nothing to read, and nobody waits
+};
+
 /// A pasteboard that programs share, in AppKit's vocabulary. Its content is a list of items; the change count
 /// numbers the contents. Main thread only.
 ///
@@ -45,6 +53,9 @@ struct PasteboardValue {
 /// Another program decides how large its content is. So whoever reads states a limit in bytes. Of a longer
 /// value the result is the first `limit` + 1 bytes, which show that it is too long and are good for nothing
 /// else: they may end within a character. A platform that receives a value in parts keeps no more than that.
+///
+/// Whoever reads data asks for the types first, and then for those that are offered: a request for any other
+/// could block as well, or make the system ask the user.
 class Pasteboard {
 public:
     /// The most bytes of another program's content that a platform takes over to add types to it: 256 MiB.
@@ -64,6 +75,9 @@ public:
     /// type whose name exceeds `pasteboardType::longestNameBytes` is left out.
     virtual std::vector<std::string> types() = 0;
 
+    /// What a reading operation would meet now. Cheap enough for a key that waits for it.
+    virtual ReadAccess readAccess() { return ReadAccess::free; }
+
     /// The text under `type`, in UTF-8 without a terminator. Of public.utf8-plain-text the texts of all items
     /// that have it, joined by line feeds; of any other type the first item's. nullopt if no item has the
     /// type, or if its data is no text. Another program may have to deliver the data: the call blocks until
@@ -74,7 +88,8 @@ public:
     virtual std::optional<Bytes> data(std::string_view type, std::size_t limit) = 0;
 
     /// The files that the items' file URLs name, in item order. An item without a file URL, or whose URL
-    /// names no local path in UTF-8, is left out. Can block like `string`.
+    /// names no local path in UTF-8, is left out. Can block like `string`, but does so only if a type is
+    /// offered from which the platform reads file URLs. May be called without a look at the types.
     virtual FileList files(const FileListLimit& limit) = 0;
 
     /// Whether an item may hold this representation at all. Tells before anything is replaced that writing it

@@ -12,6 +12,7 @@
 #include <array>
 #include <chrono>
 #include <ranges>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -223,17 +224,24 @@ void FilePaste::handleDisabledTap(bool verdictWasLate) {
 }
 
 bool FilePaste::holdsPasteableContent() {
+    const std::vector<std::string> types = board_->types();
+    if (!pasteboardType::isAnyOffered(types, pasteableTypes) || board_->readAccess() == ReadAccess::denied)
+        return false;
     // The file manager itself pastes a file that the user copied. A generated file has the content that it
     // was made from beside it.
-    const std::vector<std::string> types = board_->types();
-    if (pasteboardType::isOffered(types, pasteboardType::fileUrl)) {
-        const auto mark = pasteboardType::isOffered(types, alternative)
-                              ? board_->string(alternative, alternativeValue.size())
-                              : std::nullopt;
-        if (!mark || mark->view() != alternativeValue)
-            return false;
-    }
-    return pasteboardType::isAnyOffered(types, pasteableTypes);
+    return !pasteboardType::isOffered(types, pasteboardType::fileUrl) || holdsGeneratedFile(types);
+}
+
+bool FilePaste::holdsGeneratedFile(std::span<const std::string> types) {
+    if (!pasteboardType::isOffered(types, alternative))
+        return false;
+    if (board_->changeCount() == published_)
+        return true;
+    // Another agent's, perhaps. The key cannot wait for the user to permit a look.
+    if (board_->readAccess() != ReadAccess::free)
+        return false;
+    const auto mark = board_->string(alternative, alternativeValue.size());
+    return mark && mark->view() == alternativeValue;
 }
 
 std::optional<std::int32_t> FilePaste::processOfFocusedFileView() {

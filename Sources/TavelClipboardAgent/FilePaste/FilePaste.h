@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -79,6 +80,7 @@ private:
     void endInterception();
     void passUntilReleased();
     bool holdsPasteableContent();
+    bool holdsGeneratedFile(std::span<const std::string> types);
     std::optional<std::int32_t> processOfFocusedFileView();
     void begin(std::int32_t pid, std::int64_t sequence);
     void scheduleBegin(std::chrono::milliseconds delay, std::int32_t pid, std::int64_t sequence);
@@ -87,7 +89,7 @@ private:
     std::shared_ptr<FileNamePanel> makePanel(const FileData& content);
     void finish(const std::shared_ptr<FileNamePanel>& panel, std::int32_t pid, std::int64_t sequence,
                 const Bytes& data, const std::optional<std::string>& name);
-    std::optional<FileData> encodedImage();
+    std::optional<FileData> encodedImage(std::span<const std::string> types);
     void retain(PrivateDirectory directory);
     void postPasteShortcut();
     void logFailure(const Error& error);
@@ -103,6 +105,7 @@ private:
     std::int64_t generation_ = 0;              // counts how often interceptions were ended from outside
     bool busy_ = false;                        // an interception is in progress; the shortcut passes
     bool hasJustIntercepted_ = false;          // the tap has reported nothing since
+    std::optional<std::int64_t> published_;    // change count of the last generated file
     std::optional<std::int64_t> swallowed_;    // key code whose repeats and release are still to be swallowed
     std::deque<PrivateDirectory> directories_; // of the retained generated files, oldest first
     std::shared_ptr<FileNamePanel> panel_;     // while it is shown

@@ -5,8 +5,11 @@
 #include "TavelClipboardAgent/main/Limits.h"
 
 #include <cstdint>
+#include <span>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace tavel {
 
@@ -27,9 +30,11 @@ bool isPastedAsItIs(const ClipboardFormat& format, const Bytes& data) {
 }
 
 /// The first representation on the pasteboard that becomes a file as it is.
-std::optional<FilePaste::FileData> unchangedContent(Pasteboard& board) {
+std::optional<FilePaste::FileData> unchangedContent(Pasteboard& board, std::span<const std::string> types) {
     for (const ClipboardFormat& format : clipboardFormats) {
         if (format.pasting != FilePasting::asItIs && format.pasting != FilePasting::asItIsIfValid)
+            continue;
+        if (!pasteboardType::isOffered(types, format.type))
             continue;
         auto data = board.data(format.type, maximumBytes(format.kind));
         if (data && isPastedAsItIs(format, *data))
@@ -38,12 +43,13 @@ std::optional<FilePaste::FileData> unchangedContent(Pasteboard& board) {
     return std::nullopt;
 }
 
-std::optional<Bytes> plainPicture(Pasteboard& board) {
+std::optional<Bytes> plainPicture(Pasteboard& board, std::span<const std::string> types) {
+    std::optional<Bytes> picture;
     for (const std::string_view type : plainPictureTypes) {
-        if (auto data = board.data(type, maximumImageBytes))
-            return data;
+        if (!picture && pasteboardType::isOffered(types, type))
+            picture = board.data(type, maximumImageBytes);
     }
-    return std::nullopt;
+    return picture;
 }
 
 bool hasAllowedSize(const ImageSize& size) {
@@ -55,20 +61,22 @@ bool hasAllowedSize(const ImageSize& size) {
 
 FilePaste::FileData FilePaste::fileData() {
     owner_.assertCurrent();
-    if (auto content = unchangedContent(*board_))
+    const std::vector<std::string> types = board_->types();
+    if (auto content = unchangedContent(*board_, types))
         return *std::move(content);
-    if (auto image = encodedImage())
+    if (auto image = encodedImage(types))
         return *std::move(image);
-    const auto text = board_->string(pasteboardType::string, maximumTextBytes);
+    const bool hasText = pasteboardType::isOffered(types, pasteboardType::string);
+    const auto text = hasText ? board_->string(pasteboardType::string, maximumTextBytes) : std::nullopt;
     if (text && fits(FormatKind::text, *text))
         return {*text, "txt"};
     throw Error("Tavel", 4, "Nothing on the pasteboard can become a file.");
 }
 
 /// Encoding the picture anew makes the content agree with the extension, and leaves out metadata.
-std::optional<FilePaste::FileData> FilePaste::encodedImage() {
+std::optional<FilePaste::FileData> FilePaste::encodedImage(std::span<const std::string> types) {
     ImageCodec& codec = platform_.imageCodec();
-    const auto data = plainPicture(*board_);
+    const auto data = plainPicture(*board_, types);
     if (!data || !fits(FormatKind::picture, *data))
         return std::nullopt;
     const auto size = codec.measure(*data);

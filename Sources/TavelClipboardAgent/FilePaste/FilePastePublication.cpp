@@ -69,6 +69,7 @@ std::optional<std::filesystem::path> FilePaste::publishGeneratedFile(std::int64_
     if (!changeCount)
         throw Error("Tavel", 2, "The pasteboard does not take the file.");
     committed = true;
+    published_ = changeCount;
     const ScopeExit reported([&] { changed_(*changeCount); }); // even without the memory for the next step
     retain(std::move(directory));
     return file;

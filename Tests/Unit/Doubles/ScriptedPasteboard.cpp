@@ -5,6 +5,8 @@
 #include "Support/FileUrl.h"
 #include "Support/Text.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 
 namespace tavel {
@@ -46,13 +48,14 @@ std::vector<std::string> ScriptedPasteboard::types() {
                 types.push_back(representation.type);
         }
     }
+    seenTypes_ = {types.begin(), types.end()};
     return types;
 }
 
 std::optional<Bytes> ScriptedPasteboard::string(std::string_view type, std::size_t limit) {
     record(call("string", type));
     limits_.insert_or_assign(std::string(type), limit);
-    if (withheld_.contains(type))
+    if (!isReadable(type))
         return std::nullopt;
     std::optional<std::string> text;
     for (const PasteboardItem& item : items_) {
@@ -72,7 +75,7 @@ std::optional<Bytes> ScriptedPasteboard::string(std::string_view type, std::size
 std::optional<Bytes> ScriptedPasteboard::data(std::string_view type, std::size_t limit) {
     record(call("data", type));
     limits_.insert_or_assign(std::string(type), limit);
-    if (withheld_.contains(type))
+    if (!isReadable(type))
         return std::nullopt;
     const Representation* const found = find(items_, type);
     return found == nullptr ? std::nullopt : std::optional(found->data.slice(0, limit + 1));
@@ -80,12 +83,19 @@ std::optional<Bytes> ScriptedPasteboard::data(std::string_view type, std::size_t
 
 FileList ScriptedPasteboard::files(const FileListLimit& limit) {
     record("files");
+    if (readAccess_ == ReadAccess::denied)
+        return {};
     FileListBuilder files(limit);
     for (const PasteboardItem& item : items_) {
         if (const Representation* const url = find(item, pasteboardType::fileUrl))
             files.addUrl(url->data.view());
     }
     return files.take();
+}
+
+bool ScriptedPasteboard::isReadable(std::string_view type) const {
+    EXPECT_TRUE(seenTypes_.contains(type)) << "nobody has seen that " << type << " is offered";
+    return readAccess_ != ReadAccess::denied && !withheld_.contains(type);
 }
 
 bool ScriptedPasteboard::canHold(const Representation& representation) {

@@ -14,7 +14,8 @@
 namespace tavel {
 
 /// A pasteboard in memory. It keeps the interface's promises; a test can make it refuse what a platform may
-/// refuse, change it as another program would, and see the calls in their order.
+/// refuse, change it as another program would, and see the calls in their order. The test fails if data is
+/// requested of a type that was not among the types when these were asked for last.
 class ScriptedPasteboard final : public Pasteboard {
 public:
     enum class Operation { canHold, replaceWithValues, replaceWithItems, addTypes };
@@ -25,6 +26,7 @@ public:
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override { return changeCount(); }
     std::vector<std::string> types() override;
+    ReadAccess readAccess() override { return readAccess_; }
     std::optional<Bytes> string(std::string_view type, std::size_t limit) override;
     std::optional<Bytes> data(std::string_view type, std::size_t limit) override;
     FileList files(const FileListLimit& limit) override;
@@ -47,7 +49,11 @@ public:
     /// From now on the type is offered, but its data is not delivered.
     void withhold(std::string_view type) { withheld_.emplace(type); }
 
-    /// The observer runs before each operation but `changeCount`, with the call as `calls` records it.
+    /// From now on the user has chosen this. Denied, nothing can be read.
+    void setReadAccess(ReadAccess access) { readAccess_ = access; }
+
+    /// The observer runs before each operation but `changeCount` and `readAccess`, with the call as `calls`
+    /// records it.
     void onCall(std::function<void(const std::string& call)> observer) { observer_ = std::move(observer); }
 
     /// The observer runs after each reading of the change count.
@@ -56,8 +62,9 @@ public:
     /// The observer runs after each write that succeeds, before the writer has its result.
     void onWritten(std::function<void()> observer) { writeObserver_ = std::move(observer); }
 
-    /// Every call but those of `changeCount`, oldest first: the operation's name and, where there is one, the
-    /// type. The values of `replaceWithValues` follow in their order, each with its form and type.
+    /// Every call but those of `changeCount` and `readAccess`, oldest first: the operation's name and, where
+    /// there is one, the type. The values of `replaceWithValues` follow in their order, each with its form
+    /// and type.
     const std::vector<std::string>& calls() const { return calls_; }
 
     void forgetCalls() { calls_.clear(); }
@@ -74,6 +81,7 @@ public:
 
 private:
     void record(std::string call);
+    bool isReadable(std::string_view type) const;
     bool isRefused(Operation operation, std::string_view type) const;
     bool isRefused(Operation operation, std::span<const Representation> representations) const;
     std::int64_t written();
@@ -83,6 +91,8 @@ private:
     std::int64_t changeCount_ = 41;
     std::set<std::pair<Operation, std::string>> refusals_;
     std::set<std::string, std::less<>> withheld_;
+    std::set<std::string, std::less<>> seenTypes_; // the last answer
+    ReadAccess readAccess_ = ReadAccess::free;
     std::vector<std::string> calls_;
     std::map<std::string, std::size_t, std::less<>> limits_;
     std::function<void(const std::string& call)> observer_;

@@ -120,8 +120,15 @@ TEST_F(FilePasteContent, requestsNothingAfterTheFirstUsableType) {
     copy({representation("com.compuserve.gif", "GIF"), text()});
     pasteboard().forgetCalls();
     EXPECT_EQ(file(), "gif:GIF");
-    EXPECT_EQ(pasteboard().calls(),
-              (std::vector<std::string>{"data com.adobe.pdf", "data com.compuserve.gif"}));
+    EXPECT_EQ(pasteboard().calls(), (std::vector<std::string>{"types", "data com.compuserve.gif"}));
+}
+
+TEST_F(FilePasteContent, isNothingThatMayNotBeRead) {
+    copy({representation("com.compuserve.gif", "GIF"), text()});
+    pasteboard().setReadAccess(ReadAccess::denied);
+    EXPECT_EQ(file(), "Tavel 4");
+    pasteboard().setReadAccess(ReadAccess::asks);
+    EXPECT_EQ(file(), "gif:GIF");
 }
 
 TEST_F(FilePasteContent, hasAtMost128MebibytesForAnImage) {
@@ -194,9 +201,16 @@ TEST_F(FilePasteContent, isNoTextThatIsNotUtf8) {
 }
 
 TEST_F(FilePasteContent, isReadNoFurtherThanItCanBecomeAFile) {
-    EXPECT_EQ(fileOf({representation("net.example.other", "x")}), "Tavel 4");
-    for (const std::string_view type : {"com.adobe.pdf", "com.compuserve.gif", "public.svg-image",
-                                        "org.webmproject.webp", "public.jpeg", "public.png", "public.tiff"})
+    const std::vector<std::string> pictures{"com.adobe.pdf",        "com.compuserve.gif", "public.svg-image",
+                                            "org.webmproject.webp", "public.jpeg",        "public.png",
+                                            "public.tiff"};
+    PasteboardItem item{text()};
+    for (const std::string& type : pictures) {
+        item.push_back(representation(type, "x"));
+        pasteboard().withhold(type);
+    }
+    EXPECT_EQ(fileOf(item), "txt:text");
+    for (const std::string& type : pictures)
         EXPECT_EQ(pasteboard().limitOf(type), mostImageBytes) << type;
     EXPECT_EQ(pasteboard().limitOf("public.utf8-plain-text"), mostTextBytes);
 }

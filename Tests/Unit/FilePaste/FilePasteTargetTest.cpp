@@ -112,6 +112,29 @@ TEST_F(FilePasteTarget, getsAnotherFileFromTheContentBesideAGeneratedOne) {
     EXPECT_FALSE(isTakenFor({file, mark, representation("public.html", "<b>")}));
 }
 
+TEST_F(FilePasteTarget, isLeftAloneWhenNothingMayBeRead) {
+    pasteboard().setReadAccess(ReadAccess::denied);
+    EXPECT_FALSE(isTaken());
+    pasteboard().setReadAccess(ReadAccess::asks);
+    EXPECT_TRUE(isTaken());
+}
+
+/// The user's answer could take long, and the key waits.
+TEST_F(FilePasteTarget, isDecidedWithoutAQuestionToTheUser) {
+    const Representation mark = representation("com.brennic.generated-file", "1");
+    pasteboard().setReadAccess(ReadAccess::asks);
+    pasteboard().forgetCalls();
+    EXPECT_FALSE(isTakenFor({representation("public.utf8-plain-text", "text"),
+                             representation("public.file-url", "file:///a/b.txt"), mark}));
+    EXPECT_EQ(pasteboard().calls(), std::vector<std::string>{"types"}) << "it may be another agent's";
+
+    copy("public.utf8-plain-text", "text");
+    pasteAs("a");
+    pasteboard().forgetCalls();
+    EXPECT_TRUE(isTaken());
+    EXPECT_EQ(pasteboard().calls(), std::vector<std::string>{"types"}) << "the agent knows its own file";
+}
+
 TEST_F(FilePasteTarget, isLeftAloneWhenTheMarkCannotBeRead) {
     pasteboard().withhold("com.brennic.generated-file");
     EXPECT_FALSE(isTakenFor({representation("public.utf8-plain-text", "text"),

@@ -15,7 +15,23 @@
 
 APPKIT_EXPORT NSString* const NSPasteboardURLReadingFileURLsOnlyKey;
 
+enum NSPasteboardAccessBehavior : NSInteger {
+    NSPasteboardAccessBehaviorDefault = 0,
+    NSPasteboardAccessBehaviorAsk = 1,
+    NSPasteboardAccessBehaviorAlwaysAllow = 2,
+    NSPasteboardAccessBehaviorAlwaysDeny = 3,
+};
+
+/// What the user has chosen for this program and all pasteboards; for tests. The default at first. If it is
+/// to deny, nothing can be read.
+extern NSPasteboardAccessBehavior tavelAccessBehavior;
+
+/// How often data were read, or would have been but for the user's choice; for tests.
+extern NSUInteger tavelDataReads;
+
 @interface NSPasteboard (TavelAdditions)
+
+- (NSPasteboardAccessBehavior)accessBehavior;
 
 - (NSInteger)clearContents;
 
@@ -26,4 +42,8 @@ APPKIT_EXPORT NSString* const NSPasteboardURLReadingFileURLsOnlyKey;
 /// Supports the class NSURL and the option above only. Skips items without a URL.
 - (NSArray*)readObjectsForClasses:(NSArray*)classes options:(NSDictionary*)options;
 
+@end
+
+@interface NSURL (TavelAdditions)
++ (NSArray*)readableTypesForPasteboard:(NSPasteboard*)pasteboard;
 @end

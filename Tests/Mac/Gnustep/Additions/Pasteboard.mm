@@ -7,7 +7,15 @@
 
 NSString* const NSPasteboardURLReadingFileURLsOnlyKey = @"NSPasteboardURLReadingFileURLsOnlyKey";
 
+NSPasteboardAccessBehavior tavelAccessBehavior = NSPasteboardAccessBehaviorDefault;
+NSUInteger tavelDataReads = 0;
+
 namespace {
+
+BOOL mayRead() {
+    ++tavelDataReads;
+    return tavelAccessBehavior != NSPasteboardAccessBehaviorAlwaysDeny;
+}
 
 NSString* const plainText = @"public.utf8-plain-text";
 
@@ -85,7 +93,20 @@ NSOrderedSet* typesOf(NSArray* items) {
 
 } // namespace
 
+@implementation NSURL (TavelAdditions)
+
++ (NSArray*)readableTypesForPasteboard:(NSPasteboard*)pasteboard {
+    static_cast<void>(pasteboard);
+    return [NSArray arrayWithObjects:@"public.file-url", @"public.url", nil];
+}
+
+@end
+
 @implementation NSPasteboard (TavelAdditions)
+
+- (NSPasteboardAccessBehavior)accessBehavior {
+    return tavelAccessBehavior;
+}
 
 - (NSInteger)clearContents {
     return [self startContentWithTypes:[NSArray array] owner:nil];
@@ -171,10 +192,12 @@ NSOrderedSet* typesOf(NSArray* items) {
 }
 
 - (NSData*)dataForType:(NSString*)type {
-    return [self storedDataForType:type];
+    return mayRead() ? [self storedDataForType:type] : nil;
 }
 
 - (NSString*)stringForType:(NSString*)type {
+    if (!mayRead())
+        return nil;
     if (!isJoined(type))
         return stringOf([self storedDataForType:type]);
     NSMutableArray* const texts = [NSMutableArray array];
@@ -189,11 +212,11 @@ NSOrderedSet* typesOf(NSArray* items) {
 
 - (NSArray*)readObjectsForClasses:(NSArray*)classes options:(NSDictionary*)options {
     NSMutableArray* const found = [NSMutableArray array];
-    if (![classes containsObject:[NSURL class]])
+    if (![classes containsObject:[NSURL class]] || !mayRead())
         return found;
     const BOOL filesOnly = [[options objectForKey:NSPasteboardURLReadingFileURLsOnlyKey] boolValue];
     for (NSArray* item in [self storedItems]) {
-        for (NSString *type in [NSArray arrayWithObjects:@"public.file-url", @"public.url", nil]) {
+        for (NSString* type in [NSURL readableTypesForPasteboard:self]) {
             const id value = valueIn(item, type);
             NSString* const text =
                 stringOf(isStoredUnderItsType(value) ? [self storedDataForType:type] : value);

@@ -14,10 +14,18 @@ typedef NSString* NSPasteboardReadingOptionKey;
 OBJC_EXPORT const NSPasteboardType NSPasteboardTypeString;
 OBJC_EXPORT const NSPasteboardReadingOptionKey NSPasteboardURLReadingFileURLsOnlyKey;
 
+enum NSPasteboardAccessBehavior : NSInteger {
+    NSPasteboardAccessBehaviorDefault = 0,
+    NSPasteboardAccessBehaviorAsk = 1,
+    NSPasteboardAccessBehaviorAlwaysAllow = 2,
+    NSPasteboardAccessBehaviorAlwaysDeny = 3,
+} API_AVAILABLE(macos(15.4));
+
 @interface NSPasteboard : NSObject
 @property(class, readonly, strong) NSPasteboard* generalPasteboard;
 + (NSPasteboard*)pasteboardWithName:(NSPasteboardName)name;
 @property(readonly) NSInteger changeCount;
+@property(readonly) NSPasteboardAccessBehavior accessBehavior API_AVAILABLE(macos(15.4));
 - (NSInteger)clearContents;
 - (oneway void)releaseGlobally;
 - (BOOL)writeObjects:(NSArray<id<NSPasteboardWriting>>*)objects;
@@ -35,6 +43,7 @@ OBJC_EXPORT const NSPasteboardReadingOptionKey NSPasteboardURLReadingFileURLsOnl
 @end
 
 @protocol NSPasteboardReading <NSObject>
++ (NSArray<NSPasteboardType>*)readableTypesForPasteboard:(NSPasteboard*)pasteboard;
 @end
 
 @interface NSURL (NSPasteboardSupport) <NSPasteboardWriting, NSPasteboardReading>
