@@ -34,6 +34,8 @@ protected:
     void expectLocalCopyWins(Json command) {
         agent();
         const std::int64_t current = otherApplication().copyText("copied meanwhile");
+        EXPECT_EQ(agent().nextMessage(), announcement(current));
+        EXPECT_EQ(agent().nextMessage(), textEvent("Y29waWVkIG1lYW53aGlsZQ", 16, current));
         command["expected_sequence"] = current - 1;
         expectRefused(command, "Le presse-papiers local a chang\u00E9 pendant le transfert");
         command["expected_sequence"] = current;
