@@ -8,6 +8,7 @@
 #include "TavelClipboardAgent/main/ExportNames.h"
 #include "TavelClipboardAgent/main/LeftOvers.h"
 #include "TavelClipboardAgent/main/MemoryReturn.h"
+#include "TavelClipboardAgent/main/Pace.h"
 
 #include <cerrno>
 #include <chrono>
@@ -19,11 +20,6 @@ namespace tavel {
 namespace {
 
 using namespace std::chrono_literals;
-
-constexpr auto pollInterval = 100ms;
-
-/// Bounds how long a stop could go unnoticed, should a platform's loop ever miss being woken.
-constexpr auto longestWait = 100ms;
 
 /// Parents below 2 are not watched: 1 is the parent of every orphan.
 constexpr std::int32_t smallestWatchedParent = 2;
@@ -66,7 +62,7 @@ void ClipboardWorker::run() {
     reserve_.insist([this] { exportDirectory_->create(); });
     startRemovingLeftOvers();
     while (!stopping_) {
-        loop.runOnce(longestWait);
+        loop.runOnce(reading && polling ? longestWait : pollInterval);
         reading = reading || startReading();
         polling = polling || startPolling();
     }
@@ -94,7 +90,7 @@ bool ClipboardWorker::startPolling() {
         platform_.eventLoop().repeat(
             pollInterval, [worker = weak_from_this(), memory = MemoryReturn(pagesProvided)]() mutable {
                 if (const auto alive = worker.lock())
-                    alive->poll();
+                    alive->tick();
                 if (memory.isDue())
                     returnFreeMemory();
             });
@@ -117,6 +113,13 @@ void ClipboardWorker::startRemovingLeftOvers() {
     } catch (const std::exception&) {
         // Nothing depends on it.
     }
+}
+
+void ClipboardWorker::tick() {
+    if (stopping_)
+        platform_.eventLoop().stopWaiting(); // in case the loop has missed that `stop` woke it
+    else
+        poll();
 }
 
 bool ClipboardWorker::isParentLost() const {

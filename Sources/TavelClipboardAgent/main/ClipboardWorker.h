@@ -89,6 +89,7 @@ private:
     bool startReading();
     bool startPolling();
     void startRemovingLeftOvers();
+    void tick();
     bool isParentLost() const;
     void finishOutput();
 

@@ -148,6 +148,35 @@ TEST_F(ClipboardWorkerRun, pollsEveryTenthOfASecond) {
     worker->run();
 }
 
+/// Where functions run during the wait, each further pass would wake the process once more.
+TEST_F(ClipboardWorkerRun, aPassOutlastsManyTicks) {
+    makeWorker();
+    platform.loop.postAfter(950ms, [this] { worker->stop(); });
+    worker->run();
+    EXPECT_EQ(platform.loop.passes(), 1U);
+    EXPECT_EQ(platform.loop.now(), 950ms);
+}
+
+TEST_F(ClipboardWorkerRun, aTickEndsTheWaitOfALoopThatHasMissedTheStop) {
+    makeWorker();
+    platform.loop.postAfter(30ms, [this] {
+        worker->stop();
+        platform.loop.loseWakeUp();
+    });
+    worker->run();
+    EXPECT_EQ(platform.loop.now(), 100ms);
+}
+
+TEST_F(ClipboardWorkerRun, looksForAThreadEveryTenthOfASecond) {
+    makeWorker();
+    platform.loop.refuseJobs(2); // one of them removes left-overs
+    platform.loop.postAfter(150ms, [this] {
+        EXPECT_EQ(platform.loop.heldBackgroundJobs(), 1U);
+        worker->stop();
+    });
+    worker->run();
+}
+
 TEST_F(ClipboardWorkerRun, isAnAccessory) {
     makeWorker();
     EXPECT_FALSE(platform.isAccessory);

@@ -36,7 +36,7 @@ void ManualEventLoop::runOnce(std::chrono::milliseconds longestWait) {
         throw std::logic_error("The event loop waits for something that the test never does");
     runPosted();
     if (waits)
-        advance(longestWait);
+        runTimersUntil(now_ + longestWait, [this] { return isToldToStopWaiting(); });
 }
 
 void ManualEventLoop::post(Function function) {
@@ -80,11 +80,22 @@ void ManualEventLoop::runPosted() {
 }
 
 void ManualEventLoop::advance(std::chrono::milliseconds time) {
-    const std::chrono::milliseconds end = now_ + time;
-    for (;;) {
+    runTimersUntil(now_ + time, [] { return false; });
+}
+
+/// Takes note of it once.
+bool ManualEventLoop::isToldToStopWaiting() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(toldToStopWaiting_, false);
+}
+
+void ManualEventLoop::runTimersUntil(std::chrono::milliseconds end, const std::function<bool()>& isEnded) {
+    while (!isEnded()) {
         const auto next = std::ranges::min_element(timers_, {}, &Timer::due); // the oldest of several
-        if (next == timers_.end() || next->due > end)
-            break;
+        if (next == timers_.end() || next->due > end) {
+            now_ = end;
+            return;
+        }
         now_ = next->due;
         const Function function = next->function; // the timers may move while it runs
         if (next->interval)
@@ -93,7 +104,6 @@ void ManualEventLoop::advance(std::chrono::milliseconds time) {
             timers_.erase(next);
         run(function);
     }
-    now_ = end;
 }
 
 void ManualEventLoop::runBackgroundJobs() {

@@ -17,7 +17,8 @@ namespace tavel {
 class ManualEventLoop final : public EventLoop {
 public:
     /// One pass: first the test's plan for it, then posted functions. Without either, the clock moves by
-    /// `longestWait`. Throws after very many such passes in a row, as nothing will end the wait.
+    /// `longestWait`, or to the timer that ends the wait. Throws after very many such passes in a row, as
+    /// nothing will end the wait.
     void runOnce(std::chrono::milliseconds longestWait) override;
 
     void post(Function function) override;
@@ -52,6 +53,14 @@ public:
 
     bool wasToldToStopWaiting() const { return toldToStopWaiting_; }
 
+    /// Forgets that the loop was told to stop waiting, like a loop that misses it.
+    void loseWakeUp() { isToldToStopWaiting(); }
+
+    /// How far the clock has moved.
+    std::chrono::milliseconds now() const { return now_; }
+
+    std::size_t pendingTimers() const { return timers_.size(); }
+
 private:
     struct Timer {
         std::chrono::milliseconds due;
@@ -62,6 +71,8 @@ private:
     void attach(std::chrono::milliseconds delay, std::optional<std::chrono::milliseconds> interval,
                 Function function);
     void run(const Function& function);
+    bool isToldToStopWaiting();
+    void runTimersUntil(std::chrono::milliseconds end, const std::function<bool()>& isEnded);
 
     std::chrono::milliseconds now_{0};
     std::vector<Timer> timers_;
