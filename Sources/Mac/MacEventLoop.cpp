@@ -4,6 +4,7 @@
 
 #include <dispatch/dispatch.h>
 
+#include <new>
 #include <utility>
 
 namespace tavel {
@@ -44,7 +45,8 @@ void MacEventLoop::postAfter(std::chrono::milliseconds delay, Function function)
                      new Function(std::move(function)), runOwnedFunction);
 }
 
-/// In the default mode only: there are no ticks while the user drags in a menu or at a window's edge.
+/// In the default mode only: there are no ticks while the user drags in a menu or at a window's edge. A tick
+/// may be late by a tenth of the interval, so that the system can serve it together with other wake-ups.
 void MacEventLoop::repeat(std::chrono::milliseconds interval, Function function) {
     const std::chrono::duration<CFTimeInterval> seconds = interval;
     auto owned = std::make_unique<Function>(std::move(function));
@@ -53,8 +55,12 @@ void MacEventLoop::repeat(std::chrono::milliseconds interval, Function function)
     auto timer = CFRef<CFRunLoopTimerRef>::adopt(
         CFRunLoopTimerCreate(kCFAllocatorDefault, CFAbsoluteTimeGetCurrent() + seconds.count(),
                              seconds.count(), 0, 0, runTick, &context));
-    CFRunLoopAddTimer(CFRunLoopGetMain(), timer.get(), kCFRunLoopDefaultMode);
+    if (!timer)
+        throw std::bad_alloc();
+    CFRunLoopTimerSetTolerance(timer.get(), seconds.count() / 10);
+    // First what may fail: the run loop keeps the timer, and calls the function, for ever.
     ticks_.push_back({std::move(timer), std::move(owned)});
+    CFRunLoopAddTimer(CFRunLoopGetMain(), ticks_.back().timer.get(), kCFRunLoopDefaultMode);
 }
 
 void MacEventLoop::runInBackground(Function job) {

@@ -27,8 +27,8 @@ public:
     /// Runs `function` once, `delay` from now. Main thread.
     virtual void postAfter(std::chrono::milliseconds delay, Function function) = 0;
 
-    /// Runs `function` every `interval`, for as long as the loop exists. Missed ticks are skipped. Main
-    /// thread.
+    /// Runs `function` every `interval`, for as long as the loop exists. Missed ticks are skipped. A platform
+    /// may run each tick late, by a tenth of the interval at most. Main thread.
     virtual void repeat(std::chrono::milliseconds interval, Function function) = 0;
 
     /// Runs `job`, which must not throw, on a background thread. The process may end while it runs. Throws

@@ -1,11 +1,13 @@
 #include "Mac/MacEventLoop.h"
 
+#include "TavelClipboardAgent/main/Pace.h"
 #include "Tests/Base/TestedEventLoop.h"
 #include "Tests/Mac/Double/DoubledMac.h"
 #include "Tests/Mac/Double/MainQueue.h"
 
 #include <atomic>
 #include <memory>
+#include <new>
 #include <set>
 #include <thread>
 #include <utility>
@@ -39,12 +41,37 @@ bool waitsInVain(EventLoop& loop, std::chrono::milliseconds longestWait) {
 
 } // namespace
 
-TEST_F(DoubledEventLoop, ticksAtTheIntervalAndFirstAfterOne) {
+TEST_F(DoubledEventLoop, ticksAtTheIntervalWithATenthOfToleranceAndFirstAfterOne) {
     std::vector<Time> ticks;
     const Time start = now();
     loop_->repeat(100ms, [&] { ticks.push_back(now() - start); });
     loop_->runOnce(350ms);
-    EXPECT_EQ(ticks, (std::vector<Time>{100ms, 200ms, 300ms}));
+    EXPECT_EQ(ticks, (std::vector<Time>{110ms, 210ms, 310ms}));
+}
+
+/// At the agent's own pace. Passes that begin between two ticks end between two others.
+TEST_F(DoubledEventLoop, wakesTheProcessOnceATickAndOnceAPass) {
+    int ticks = 0;
+    loop_->repeat(pollInterval, [&] { ++ticks; });
+    loop_->runOnce(30ms);
+    const long before = wakeUpsFromSleep();
+    int passes = 0;
+    while (ticks < 30) {
+        loop_->runOnce(longestWait);
+        ++passes;
+    }
+    EXPECT_EQ(passes, 3);
+    EXPECT_EQ(wakeUpsFromSleep() - before, ticks + passes);
+}
+
+TEST_F(DoubledEventLoop, reportsThatThereIsNoMemoryForATimer) {
+    refusesTimers = true;
+    EXPECT_THROW(loop_->repeat(100ms, [] {}), std::bad_alloc);
+    refusesTimers = false;
+    int ticks = 0;
+    loop_->repeat(100ms, [&] { ++ticks; });
+    loop_->runOnce(150ms);
+    EXPECT_EQ(ticks, 1);
 }
 
 TEST_F(DoubledEventLoop, doesNotTickWhileAMenuIsOpen) {

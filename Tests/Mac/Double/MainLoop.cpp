@@ -21,6 +21,7 @@ namespace tavel::doubles {
 
 const CFRunLoopMode eventTrackingMode = CFSTR("NSEventTrackingRunLoopMode");
 bool refusesSources = false;
+bool refusesTimers = false;
 
 } // namespace tavel::doubles
 
@@ -41,6 +42,7 @@ struct Timer final : Object {
     Timer() : Object(ofKind) {}
     Time due{};
     Time interval{};
+    Time tolerance{};
     CFRunLoopTimerCallBack callBack = nullptr;
     CFRunLoopTimerContext context{};
     bool isValid = true;
@@ -63,6 +65,7 @@ struct MainLoop final : Object {
     std::mutex lock;
     std::condition_variable woken;
     long wakeUps = 0;
+    long sleeps = 0; // main thread only
 };
 
 MainLoop mainLoop;
@@ -102,7 +105,7 @@ Time nextDue(CFRunLoopMode mode, Time latest) {
     for (const Reference& held : timersIn(mode)) {
         const auto& timer = objectAt<Timer>(held.get());
         if (timer.isValid)
-            next = std::min(next, timer.due);
+            next = std::min(next, timer.due + timer.tolerance);
     }
     return next;
 }
@@ -114,7 +117,10 @@ long wakeUps() {
 
 void sleepUntil(Time time, long seen) {
     std::unique_lock guard(mainLoop.lock);
-    if (mainLoop.wakeUps == seen && !setManualClock(time))
+    if (mainLoop.wakeUps != seen)
+        return;
+    ++mainLoop.sleeps;
+    if (!setManualClock(time))
         mainLoop.woken.wait_until(guard, realTime(time), [seen] { return mainLoop.wakeUps != seen; });
 }
 
@@ -150,6 +156,10 @@ void wakeMainLoop() {
     mainLoop.woken.notify_all();
 }
 
+long wakeUpsFromSleep() {
+    return mainLoop.sleeps;
+}
+
 bool isServed(const Object& port, CFRunLoopMode mode) {
     return std::ranges::any_of(mainLoop.sources, [&](const Item& item) {
         return isIn(item, mode) && objectAt<Source>(item.object.get()).port.get() == &port;
@@ -160,6 +170,7 @@ void resetMainLoop() {
     mainLoop.sources.clear();
     mainLoop.timers.clear();
     refusesSources = false;
+    refusesTimers = false;
 }
 
 void removeSourcesOf(const Object& port) {
@@ -205,6 +216,8 @@ CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef, CFAbsoluteTime first, CFT
     if (context != nullptr &&
         (context->version != 0 || context->retain != nullptr || context->release != nullptr))
         refuse("The double makes no timer that retains its context.");
+    if (refusesTimers)
+        return nullptr;
     auto& timer = *new Timer;
     timer.due = timeFrom(first);
     timer.interval = timeFrom(interval);
@@ -212,6 +225,10 @@ CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef, CFAbsoluteTime first, CFT
     if (context != nullptr)
         timer.context = *context;
     return refTo<CFRunLoopTimerRef>(timer);
+}
+
+void CFRunLoopTimerSetTolerance(CFRunLoopTimerRef timer, CFTimeInterval tolerance) {
+    objectAt<Timer>(timer).tolerance = timeFrom(tolerance);
 }
 
 /// Stops the timer for good and removes it from the loop.

@@ -35,6 +35,7 @@ CF_EXPORT CFRunLoopTimerRef _Null_unspecified CFRunLoopTimerCreate(
     CFAllocatorRef _Nullable allocator, CFAbsoluteTime first, CFTimeInterval interval, CFOptionFlags flags,
     CFIndex order, CFRunLoopTimerCallBack callBack,
     CFRunLoopTimerContext* _Nullable context) CF_WARN_UNUSED_RESULT;
+CF_EXPORT void CFRunLoopTimerSetTolerance(CFRunLoopTimerRef timer, CFTimeInterval tolerance);
 CF_EXPORT void CFRunLoopTimerInvalidate(CFRunLoopTimerRef timer);
 
 CF_IMPLICIT_BRIDGING_DISABLED
