@@ -22,12 +22,7 @@ void addCommand(NSMenu* menu, SEL action, NSString* key) {
     [menu addItemWithTitle:noTitle action:action keyEquivalent:key];
 }
 
-} // namespace
-
-void provideEditMenu() {
-    NSApplication* const application = [NSApplication sharedApplication];
-    if ([application mainMenu] != nil)
-        return;
+Retained<NSMenu> makeMainMenu() {
     const auto commands = Retained<NSMenu>::adopt([[NSMenu alloc] initWithTitle:noTitle]);
     addCommand(commands.get(), @selector(undo:), @"z");
     addCommand(commands.get(), @selector(redo:), @"Z"); // with Shift
@@ -36,10 +31,20 @@ void provideEditMenu() {
     addCommand(commands.get(), @selector(paste:), @"v");
     addCommand(commands.get(), @selector(selectAll:), @"a");
 
-    const auto menu = Retained<NSMenu>::adopt([[NSMenu alloc] initWithTitle:noTitle]);
+    auto menu = Retained<NSMenu>::adopt([[NSMenu alloc] initWithTitle:noTitle]);
     [menu.get() setSubmenu:commands.get()
                    forItem:[menu.get() addItemWithTitle:noTitle action:nullptr keyEquivalent:@""]];
-    [application setMainMenu:menu.get()];
+    return menu;
+}
+
+} // namespace
+
+void provideEditMenu() {
+    // Kept for ever, as by the application.
+    static const auto* const menu = new Retained<NSMenu>(makeMainMenu());
+    NSApplication* const application = [NSApplication sharedApplication];
+    if ([application mainMenu] != menu->get())
+        [application setMainMenu:menu->get()];
 }
 
 } // namespace tavel
