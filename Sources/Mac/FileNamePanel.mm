@@ -48,6 +48,10 @@ NSString* shown(std::string_view text) {
     // as panels are by default, and it floats above the windows of the active application.
     [self setHidesOnDeactivate:NO];
     [self setLevel:NSFloatingWindowLevel];
+    // Otherwise the panel would open on the space that was active last, not on that of a full-screen file
+    // manager. Deliberate: without FullScreenAuxiliary, which is for windows that accompany a full-screen
+    // window of the same application, and was seen to keep windows off the spaces of others.
+    [self setCollectionBehavior:NSWindowCollectionBehaviorCanJoinAllSpaces];
     [self addViewsWithTexts:texts];
     return self;
 }

@@ -71,6 +71,7 @@ TEST_F(PanelContent, isATitledClosablePanelThatStays) {
     EXPECT_TRUE([panel() canBecomeKeyWindow]);
     EXPECT_EQ([panel() delegate], panel());
     EXPECT_EQ([panel() level], NSInteger { NSFloatingWindowLevel });
+    EXPECT_EQ([panel() collectionBehavior], NSUInteger { NSWindowCollectionBehaviorCanJoinAllSpaces });
     EXPECT_FALSE([panel() isVisible]);
 }
 

@@ -17,6 +17,12 @@ enum NSBackingStoreType : NSUInteger {
     NSBackingStoreBuffered = 2,
 };
 
+typedef NSUInteger NSWindowCollectionBehavior;
+
+enum : NSWindowCollectionBehavior {
+    NSWindowCollectionBehaviorCanJoinAllSpaces = 1 << 0,
+};
+
 typedef NSInteger NSWindowLevel;
 
 const NSWindowLevel NSFloatingWindowLevel = 3;
@@ -40,6 +46,7 @@ const NSWindowLevel NSFloatingWindowLevel = 3;
 @property(getter=isReleasedWhenClosed) BOOL releasedWhenClosed;
 @property BOOL hidesOnDeactivate;
 @property NSWindowLevel level;
+@property NSWindowCollectionBehavior collectionBehavior;
 @property(readonly) NSRect frame;
 @property(readonly) NSWindowStyleMask styleMask;
 @property(readonly) BOOL canBecomeKeyWindow;
