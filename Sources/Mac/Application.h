@@ -8,7 +8,7 @@
 namespace tavel {
 
 /// Makes the process an application that may show windows, without a Dock icon or a menu bar. Call it before
-/// anything else here. Main thread only.
+/// anything else here. A further call changes nothing. Main thread only.
 void becomeAccessoryApplication();
 
 /// Asks the system to make this application the active one, which receives the keys. The system decides

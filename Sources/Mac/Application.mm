@@ -4,11 +4,19 @@
 
 #import <AppKit/AppKit.h>
 
+#include <utility>
+
 namespace tavel {
 
 void becomeAccessoryApplication() {
     ignoringRaised([] {
-        [[NSApplication sharedApplication] setActivationPolicy:NSApplicationActivationPolicyAccessory];
+        NSApplication* const application = [NSApplication sharedApplication];
+        [application setActivationPolicy:NSApplicationActivationPolicyAccessory];
+        // The method -run would do this, but passOneEvent takes its place. Since macOS 14 an application that
+        // has not finished launching may not be told that it is active.
+        static bool hasFinishedLaunching = false;
+        if (!std::exchange(hasFinishedLaunching, true))
+            [application finishLaunching];
     });
 }
 

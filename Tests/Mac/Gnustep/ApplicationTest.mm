@@ -51,6 +51,32 @@ using tavel::wakeApplication;
 
 @end
 
+/// Counts how often the application has finished launching, from the start of the process. GNUstep sends the
+/// notification of the end only from -run.
+@interface TavelLaunches : NSObject
++ (void)count:(NSNotification*)notification;
+@end
+
+static int launches = 0;
+
+@implementation TavelLaunches
+
++ (void)load {
+    @autoreleasepool {
+        [[NSNotificationCenter defaultCenter] addObserver:self
+                                                 selector:@selector(count:)
+                                                     name:NSApplicationWillFinishLaunchingNotification
+                                                   object:nil];
+    }
+}
+
++ (void)count:(NSNotification*)notification {
+    (void)notification;
+    ++launches;
+}
+
+@end
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -98,6 +124,11 @@ protected:
 private:
     std::function<void()> function_;
 };
+
+TEST_F(ApplicationEvents, launchingIsFinishedOnce) {
+    tavel::becomeAccessoryApplication();
+    EXPECT_EQ(launches, 1);
+}
 
 TEST_F(ApplicationEvents, aPassEndsAfterTheLongestWait) {
     EXPECT_GE(lengthOfPass(milliseconds(50)), milliseconds(50));

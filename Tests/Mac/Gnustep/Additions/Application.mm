@@ -119,8 +119,6 @@ void postEventOfAnyThread(id self, SEL selector, NSEvent* event, BOOL atStart) {
     if (displayOfMenu != nullptr)
         return YES;
     displayOfMenu = replace<Display>(objc_getClass("NSMenu"), @selector(display), displayUnlessMain);
-    // GNUstep tracks the keyboard focus among the windows only after launching.
-    [self finishLaunching];
     [[self iconWindow] orderOut:nil];
     return YES;
 }

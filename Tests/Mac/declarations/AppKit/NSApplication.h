@@ -11,6 +11,8 @@ NS_ASSUME_NONNULL_BEGIN
 @interface NSApplication : NSResponder
 @property(class, readonly, strong) __kindof NSApplication* sharedApplication;
 @property(nullable, strong) NSMenu* mainMenu;
+@property(getter=isActive, readonly) BOOL active;
+- (void)finishLaunching;
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
 - (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps API_DEPRECATED("Use activate", macos(10.0, 27.0));
 - (void)activate API_AVAILABLE(macos(14.0));
