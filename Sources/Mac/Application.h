@@ -12,8 +12,13 @@ namespace tavel {
 void becomeAccessoryApplication();
 
 /// Asks the system to make this application the active one, which receives the keys. The system decides
-/// asynchronously and may refuse. May raise an Objective-C exception. Main thread only.
+/// asynchronously, and refuses while the user works in another application. May raise an Objective-C
+/// exception. Main thread only.
 void requestActivation();
+
+/// The same with emphasis: activates this application also while the user works in another one. May raise an
+/// Objective-C exception. Main thread only.
+void demandActivation();
 
 /// Waits up to `longestWait` for an event and dispatches it. Timers, run loop sources and the main dispatch
 /// queue are served during the wait; they do not end it. Main thread only.

@@ -21,11 +21,12 @@ void becomeAccessoryApplication() {
 }
 
 void requestActivation() {
-    NSApplication* const application = [NSApplication sharedApplication];
-    if (@available(macOS 14.0, *))
-        [application activate];
-    else
-        [application activateIgnoringOtherApps:NO];
+    [[NSApplication sharedApplication] activateIgnoringOtherApps:NO];
+}
+
+/// Deliberate: not -activate, which is to replace this call since macOS 14. It is but a request.
+void demandActivation() {
+    [[NSApplication sharedApplication] activateIgnoringOtherApps:YES];
 }
 
 void passOneEvent(std::chrono::milliseconds longestWait) {

@@ -28,6 +28,12 @@ NS_ASSUME_NONNULL_BEGIN
 /// Shows the panel and requests the keyboard focus for its text field. Call it once only.
 - (void)present;
 
+/// Whether the user's keys go to the panel.
+- (BOOL)hasKeyboard;
+
+/// Takes the keyboard focus from another application. Does nothing unless the panel is presented.
+- (void)demandKeyboard;
+
 /// Takes the panel off the screen for good. Actions are reported only between `present` and `dismiss`.
 - (void)dismiss;
 

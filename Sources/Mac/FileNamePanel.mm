@@ -118,6 +118,18 @@ NSString* shown(std::string_view text) {
     [self orderFrontRegardless];
 }
 
+/// An inactive application has a key window, too, which gets no keys.
+- (BOOL)hasKeyboard {
+    return [[NSApplication sharedApplication] isActive] && [self isKeyWindow];
+}
+
+- (void)demandKeyboard {
+    if (!_isPresented)
+        return;
+    tavel::demandActivation();
+    [self makeKeyAndOrderFront:nil];
+}
+
 - (void)dismiss {
     _isPresented = NO;
     [self orderOut:nil];

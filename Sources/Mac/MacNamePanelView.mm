@@ -25,6 +25,8 @@ public:
     ScreenSurroundings surroundings() override;
     void setOrigin(ScreenPoint origin) override;
     void show() override;
+    bool hasKeyboard() override;
+    void demandKeyboard() override;
     std::string enteredText() override;
     void showHint(std::string_view hint) override;
     void hide() override;
@@ -60,6 +62,14 @@ void MacNamePanelView::setOrigin(ScreenPoint origin) {
 
 void MacNamePanelView::show() {
     ignoringRaised([this] { [panel_.get() present]; });
+}
+
+bool MacNamePanelView::hasKeyboard() {
+    return unlessRaised(false, [this] { return [panel_.get() hasKeyboard] != NO; });
+}
+
+void MacNamePanelView::demandKeyboard() {
+    ignoringRaised([this] { [panel_.get() demandKeyboard]; });
 }
 
 void MacNamePanelView::hide() {

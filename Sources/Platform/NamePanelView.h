@@ -37,6 +37,15 @@ public:
     /// Shows the window and asks for the keyboard focus, for the field. Once only.
     virtual void show() = 0;
 
+    /// Whether the user's keys reach the shown window. Always true where the platform grants what `show` asks
+    /// for. Answers at once.
+    virtual bool hasKeyboard() = 0;
+
+    /// Asks once more for the keyboard focus, so that it is taken from another program even where the
+    /// platform refuses that to a mere request. Takes effect later, if at all. Does nothing while the window
+    /// is not shown.
+    virtual void demandKeyboard() = 0;
+
     /// The field's text at the last confirmation, in UTF-8; the stem before the first.
     virtual std::string enteredText() = 0;
 

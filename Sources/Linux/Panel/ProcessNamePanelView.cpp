@@ -62,6 +62,10 @@ public:
     ScreenSurroundings surroundings() override { return surroundings_; }
     void setOrigin(ScreenPoint origin) override { send(origin); }
     void show() override;
+    /// The program shows the window with the server's present time, which no window manager takes for a stale
+    /// request.
+    bool hasKeyboard() override { return true; }
+    void demandKeyboard() override {}
     std::string enteredText() override { return text_; }
     void showHint(std::string_view hint) override { send(PanelHint{std::string(hint)}); }
     void hide() override;

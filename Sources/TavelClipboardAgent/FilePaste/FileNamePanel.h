@@ -2,6 +2,7 @@
 
 #include "Platform/Platform.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,16 +18,18 @@ public:
     /// Gets the file's full name, or nullopt if the user cancelled. It may destroy the panel.
     using Finished = std::function<void(const std::optional<std::string>& name)>;
 
-    /// Makes a panel in its place, not shown yet. The user can edit `stem`, but not the extension. Throws
-    /// Error
-    /// ("Tavel", 6) if no window can be shown here.
+    /// Makes a panel in its place, not shown yet. The user can edit `stem`, but not the extension. `platform`
+    /// must outlive the panel. Throws Error ("Tavel", 6) if no window can be shown here.
     static std::shared_ptr<FileNamePanel> make(Platform& platform, std::string_view stem,
                                                std::string_view ext);
 
     void setFinished(Finished finished) { finished_ = std::move(finished); }
 
-    void show() { view_->show(); }
-    void hide() { view_->hide(); }
+    /// Shows the panel and sees to it that it gets the keyboard: a user who types the name sooner would type
+    /// it into the file manager. If the system refuses the keyboard, the panel stays visible, and a click
+    /// gives it the keyboard. A user who has gone to another program keeps it there.
+    void show();
+    void hide();
 
     /// Reports the name if it is valid and file systems can hold it. Otherwise the panel stays, with a hint.
     void confirmName();
@@ -34,10 +37,18 @@ public:
     void cancelName();
 
 private:
-    explicit FileNamePanel(std::string_view ext) : ext_(ext) {}
+    FileNamePanel(Platform& platform, std::string_view ext) : platform_(platform), ext_(ext) {}
 
+    void awaitKeyboard(int demands);
+    void demandKeyboard(int demands);
+    std::optional<std::int32_t> processInFront();
+    bool hasUserGoneElsewhere();
+
+    Platform& platform_;
     std::string ext_;
     std::unique_ptr<NamePanelView> view_;
+    bool isShown_ = false;
+    std::optional<std::int32_t> shownOver_; // the process in front when the panel was shown
     Finished finished_;
 };
 

@@ -2,7 +2,9 @@
 
 #include "Mac/MacNamePanelView.h"
 #include "Platform/Platform.h"
+#include "Tests/Unit/Doubles/ManualEventLoop.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -11,9 +13,22 @@
 
 namespace tavel {
 
-/// A platform that provides only the panel's window. Everything else throws.
+/// Knows of no program in front.
+class NoFocusProbe final : public FocusProbe {
+public:
+    void follow(bool) override {}
+    std::optional<RunningApplication> frontmostApplication() override { return std::nullopt; }
+    bool isTrusted() override { return false; }
+    std::optional<std::string> focusedRole(std::int32_t) override { return std::nullopt; }
+    void activate(std::int32_t) override {}
+};
+
+/// A platform that provides only what a panel needs. Everything else throws. The test moves the event loop's
+/// clock.
 class PanelPlatform final : public Platform {
 public:
+    ManualEventLoop loop;
+
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
                                                      NamePanelActions actions) override {
         return makeMacNamePanelView(texts, actions);
@@ -22,10 +37,10 @@ public:
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>&) override { refuse(); }
     bool servesContents() override { refuse(); }
     void handOverContents() override { refuse(); }
-    EventLoop& eventLoop() override { refuse(); }
+    EventLoop& eventLoop() override { return loop; }
     ImageCodec& imageCodec() override { refuse(); }
     KeyboardTap& keyboardTap() override { refuse(); }
-    FocusProbe& focusProbe() override { refuse(); }
+    FocusProbe& focusProbe() override { return focusProbe_; }
     std::string fileUrl(const std::string&) override { refuse(); }
     std::string localTimestamp() override { refuse(); }
     std::filesystem::path temporaryDirectory() override { refuse(); }
@@ -33,7 +48,9 @@ public:
     void log(const std::string&) override { refuse(); }
 
 private:
-    [[noreturn]] static void refuse() { throw std::logic_error("A panel needs no more than its window."); }
+    NoFocusProbe focusProbe_;
+
+    [[noreturn]] static void refuse() { throw std::logic_error("A panel does not need this."); }
 };
 
 } // namespace tavel

@@ -9,6 +9,7 @@
 #import <AppKit/AppKit.h>
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <stop_token>
 #include <string>
 #include <thread>
@@ -42,6 +43,9 @@ protected:
         ignoringRaised([] { [NSApp deactivate]; });
         passEventsUntilQuiet();
     }
+    ~PanelUser() override { [NSApplication setActivationGrants:nullptr]; }
+    PanelUser(const PanelUser&) = delete;
+    PanelUser& operator=(const PanelUser&) = delete;
 
     void open(const std::string& stem = "stem") {
         panel_ = FileNamePanel::make(platform_, stem, "txt");
@@ -115,6 +119,14 @@ protected:
             }
             return false;
         });
+    }
+
+    /// Lets the time pass that the panel waits for the keyboard.
+    void awaitKeyboard() { platform_.loop.advance(std::chrono::milliseconds(100)); }
+
+    void leaveForAnotherProgram() {
+        onDesktop("xdotool windowfocus $(xwininfo -root | awk '/Window id/ { print $4 }')");
+        passInputUntil([] { return ![NSApp isActive]; });
     }
 
     void closePanel() { panel_.reset(); }
@@ -216,13 +228,30 @@ TEST_F(PanelUser, hidingTakesItOffTheScreen) {
 
 TEST_F(PanelUser, staysOnTheScreenWhileTheApplicationIsNotActive) {
     openAndShow();
-    onDesktop("xdotool windowfocus $(xwininfo -root | awk '/Window id/ { print $4 }')");
-    passInputUntil([] { return ![NSApp isActive]; });
+    leaveForAnotherProgram();
     EXPECT_TRUE(isOnScreen());
     onDesktop("xdotool windowfocus " + window());
     passInputUntil([] { return [NSApp isActive]; });
     press("Return");
     expectReport("stem.txt");
+}
+
+/// As macOS 14 and later are reported to behave while the user works in another program.
+TEST_F(PanelUser, demandsTheActivationThatItWasRefused) {
+    std::vector<std::string> asked;
+    [NSApplication setActivationGrants:[&](BOOL ignoringOthers) {
+        asked.emplace_back(ignoringOthers ? "demand" : "request");
+        EXPECT_NE([NSApp keyWindow], nil) << "the panel is made the key window first";
+        return ignoringOthers != NO;
+    }];
+    openAndShow();
+    EXPECT_THAT(asked, ElementsAre("request"));
+    leaveForAnotherProgram(); // the window manager has given the focus to the new window
+    awaitKeyboard();
+    EXPECT_THAT(asked, ElementsAre("request", "demand"));
+    passInputUntil([] { return [NSApp isActive] && [NSApp keyWindow] != nil; });
+    awaitKeyboard();
+    EXPECT_THAT(asked, ElementsAre("request", "demand"));
 }
 
 class MacPanelPlace : public PanelUser {

@@ -99,6 +99,12 @@ std::optional<std::string> ScriptedFocusProbe::focusedRole(std::int32_t processI
     return frontmost && frontmost->processIdentifier == processIdentifier ? role : std::nullopt;
 }
 
+void ScriptedNamePanelView::demandKeyboard() {
+    ++window_->keyboardDemands;
+    if (window_->onKeyboardDemanded)
+        window_->onKeyboardDemanded();
+}
+
 std::unique_ptr<NamePanelView> TestPlatform::makeNamePanelView(const NamePanelTexts& texts,
                                                                NamePanelActions actions) {
     if (!showsWindows)

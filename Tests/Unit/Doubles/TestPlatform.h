@@ -107,6 +107,9 @@ struct PanelWindow {
     std::optional<ScreenPoint> origin;
     bool shown = false;
     bool destroyed = false;
+    bool hasKeyboard = true;
+    int keyboardDemands = 0;
+    std::function<void()> onKeyboardDemanded; // runs in each demand
 };
 
 /// A window without a screen.
@@ -124,6 +127,8 @@ public:
     ScreenSurroundings surroundings() override { return surroundings_; }
     void setOrigin(ScreenPoint origin) override { window_->origin = origin; }
     void show() override { window_->shown = true; }
+    bool hasKeyboard() override { return window_->hasKeyboard; }
+    void demandKeyboard() override;
     std::string enteredText() override { return window_->entered; }
     void showHint(std::string_view hint) override { window_->hint = hint; }
     void hide() override { window_->shown = false; }

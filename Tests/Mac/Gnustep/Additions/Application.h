@@ -4,6 +4,8 @@
 #import <AppKit/NSEvent.h>
 #import <AppKit/NSRunningApplication.h>
 
+#include <functional>
+
 /// What GNUstep's application lacks, with the behaviour that Apple documents.
 
 static const NSEventMask NSEventMaskAny = NSUIntegerMax;
@@ -17,7 +19,9 @@ enum : NSEventType { NSEventTypeApplicationDefined = NSApplicationDefined };
 /// not supported.
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
 
-/// Makes this the active application, whichever is active now.
-- (void)activate;
+/// Makes -activateIgnoringOtherApps: ask `grants`, with its argument, whether to activate the application.
+/// Initially, and with an empty function, it always does. `grants` is not asked when GNUstep itself activates
+/// the application, because a window has got the focus.
++ (void)setActivationGrants:(const std::function<bool(BOOL)>&)grants;
 
 @end

@@ -3,13 +3,23 @@
 #import <objc/runtime.h>
 #include <unistd.h>
 
+#include <utility>
+
 namespace {
 
 using PostEvent = void (*)(id, SEL, NSEvent*, BOOL);
+using Activate = void (*)(id, SEL, BOOL);
 using Display = void (*)(id, SEL);
+using Handle = void (*)(id, SEL, id);
 
 PostEvent postEventOfMainThread = nullptr;
+Activate activateAlways = nullptr;
+Handle handleEvent = nullptr;
+Handle makeKeyAndActivate = nullptr;
 Display displayOfMenu = nullptr;
+std::function<bool(BOOL)> activationGrants;
+bool isHandlingEvent = false;
+bool isOrderingFront = false;
 
 /// The run loop modes that wait for events.
 NSArray* waitingModes() {
@@ -26,6 +36,37 @@ Implementation replace(Class owner, SEL selector, Implementation replacement) {
 void displayUnlessMain(id self, SEL selector) {
     if (self != [NSApp mainMenu])
         displayOfMenu(self, selector);
+}
+
+/// Sets a flag during a call, also of itself.
+class Flagged {
+public:
+    explicit Flagged(bool& flag) : flag_(flag), before_(std::exchange(flag, true)) {}
+    ~Flagged() { flag_ = before_; }
+    Flagged(const Flagged&) = delete;
+    Flagged& operator=(const Flagged&) = delete;
+
+private:
+    bool& flag_;
+    bool before_;
+};
+
+void handleEventFlagged(id self, SEL selector, id event) {
+    const Flagged flagged(isHandlingEvent);
+    handleEvent(self, selector, event);
+}
+
+/// GNUstep's method activates the application, too; Apple's does not.
+void makeKeyOnly(id self, SEL selector, id sender) {
+    const Flagged flagged(isOrderingFront);
+    makeKeyAndActivate(self, selector, sender);
+}
+
+void activateIfGranted(id self, SEL selector, BOOL ignoreOtherApps) {
+    if (isOrderingFront)
+        return;
+    if (isHandlingEvent || !activationGrants || activationGrants(ignoreOtherApps))
+        activateAlways(self, selector, ignoreOtherApps);
 }
 
 } // namespace
@@ -111,6 +152,11 @@ void postEventOfAnyThread(id self, SEL selector, NSEvent* event, BOOL atStart) {
 + (void)load {
     postEventOfMainThread = replace<PostEvent>(objc_getClass("NSApplication"), @selector(postEvent:atStart:),
                                                postEventOfAnyThread);
+    handleEvent = replace<Handle>(objc_getClass("NSWindow"), @selector(sendEvent:), handleEventFlagged);
+    makeKeyAndActivate =
+        replace<Handle>(objc_getClass("NSWindow"), @selector(makeKeyAndOrderFront:), makeKeyOnly);
+    activateAlways = replace<Activate>(objc_getClass("NSApplication"), @selector(activateIgnoringOtherApps:),
+                                       activateIfGranted);
 }
 
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
@@ -123,8 +169,8 @@ void postEventOfAnyThread(id self, SEL selector, NSEvent* event, BOOL atStart) {
     return YES;
 }
 
-- (void)activate {
-    [self activateIgnoringOtherApps:YES];
++ (void)setActivationGrants:(const std::function<bool(BOOL)>&)grants {
+    activationGrants = grants;
 }
 
 @end

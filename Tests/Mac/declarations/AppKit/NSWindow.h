@@ -50,6 +50,7 @@ const NSWindowLevel NSFloatingWindowLevel = 3;
 @property(readonly) NSRect frame;
 @property(readonly) NSWindowStyleMask styleMask;
 @property(readonly) BOOL canBecomeKeyWindow;
+@property(getter=isKeyWindow, readonly) BOOL keyWindow;
 @property(getter=isVisible, readonly) BOOL visible;
 @property(nullable, readonly, weak) NSResponder* firstResponder;
 - (nullable NSText*)fieldEditor:(BOOL)create forObject:(nullable id)object;
