@@ -17,6 +17,7 @@ struct NamePanelTexts {
     std::string confirmTitle;
 };
 
+/// What the user does. The actions throw nothing.
 struct NamePanelActions {
     std::function<void()> confirm; // the confirming button, or Return
     std::function<void()> cancel;  // the other button, Escape, or the window's close button

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <exception>
 #include <utility>
 
 namespace tavel {
@@ -29,8 +30,14 @@ std::shared_ptr<FileNamePanel> FileNamePanel::make(Platform& platform, std::stri
     // The action keeps the panel alive until it returns, because `finished_` may release the last owner.
     const auto action = [panel](void (FileNamePanel::*method)()) {
         return [weak = std::weak_ptr(panel), method] {
-            if (const auto alive = weak.lock())
+            const auto alive = weak.lock();
+            if (alive == nullptr)
+                return;
+            try {
                 (alive.get()->*method)();
+            } catch (const std::exception&) {
+                // It must not reach the system's code, which calls the action. The user can try again.
+            }
         };
     };
     const NamePanelTexts texts{std::string(messages::panelTitle), messages::extensionKept(ext),

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -189,6 +190,15 @@ TEST_F(NamePanel, mayBeDestroyedByItsCallback) {
         EXPECT_EQ(told, 1);
         EXPECT_TRUE(window().destroyed);
     }
+}
+
+TEST_F(NamePanel, staysIfThereIsNoMemoryForTheAnswer) {
+    make("a", "png");
+    panel->setFinished([](const Answer&) { throw std::bad_alloc(); });
+    panel->show();
+    EXPECT_NO_THROW(actions.confirm());
+    EXPECT_NO_THROW(actions.cancel());
+    EXPECT_TRUE(window().shown);
 }
 
 TEST_F(NamePanel, isPlacedBesideThePointer) {
