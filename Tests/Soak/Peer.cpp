@@ -14,6 +14,7 @@
 
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -88,6 +89,8 @@ private:
 int main(int argc, char** argv) {
     if (argc != 2)
         return EXIT_FAILURE;
+    // A script may still write to the connection that its owner has just ended.
+    std::signal(SIGPIPE, SIG_IGN);
     try {
         tavel::Peer peer(argv[1]);
         std::string line;

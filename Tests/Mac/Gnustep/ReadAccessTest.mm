@@ -58,7 +58,7 @@ TEST_F(PasteboardReadAccess, thatIsDeniedMakesNoRequest) {
     EXPECT_FALSE(pasteboard_.data(someType, ample));
     EXPECT_TRUE(pasteboard_.files(everyFile).paths.empty());
     EXPECT_EQ(tavelDataReads, 0U);
-    EXPECT_EQ(pasteboard_.types().size(), 3U);
+    EXPECT_TRUE(pasteboardType::isOffered(pasteboard_.types(), someType));
     tavelAccessBehavior = NSPasteboardAccessBehaviorAsk;
     EXPECT_TRUE(pasteboard_.string(pasteboardType::string, ample));
     EXPECT_TRUE(pasteboard_.string(someType, ample));
