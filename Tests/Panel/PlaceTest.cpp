@@ -1,5 +1,7 @@
 #include "Tests/Panel/PanelTest.h"
 
+#include <utility>
+
 namespace tavel {
 
 namespace {
@@ -36,7 +38,17 @@ TEST_F(PanelPlace, surroundingsAreThePointerTheMonitorAndItsFreeArea) {
     startProgram();
     run("xdotool mousemove 300 200");
     ASSERT_EQ(ask("open stem"), "done");
-    EXPECT_THAT(ask("surroundings"), HasSubstr("pointer 300 600 | 0 0 1280 800 | 50 30 1230 770 | window "));
+    EXPECT_THAT(ask("surroundings"), HasSubstr("pointer 300 599 | 0 0 1280 800 | 50 30 1230 770 | window "));
+}
+
+TEST_F(PanelPlace, aPointerInTheFirstOrTheLastRowIsOnTheScreen) {
+    startWindowManager();
+    startProgram();
+    for (const auto& [row, place] : {std::pair{0, "pointer 300 799 "}, std::pair{799, "pointer 300 0 "}}) {
+        run("xdotool mousemove 300 " + std::to_string(row));
+        ASSERT_EQ(ask("open stem"), "done");
+        EXPECT_THAT(ask("surroundings"), HasSubstr(place));
+    }
 }
 
 TEST_F(PanelPlace, surroundingsKnowTheFrameBeforeThePanelIsShown) {

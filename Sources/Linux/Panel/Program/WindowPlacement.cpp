@@ -89,7 +89,10 @@ ScreenPoint pointerPlace(GdkDisplay* display) {
     double x = 0;
     double y = 0;
     gdk_device_get_position_double(pointer, nullptr, &x, &y);
-    return {x, rootHeight() - y};
+    // The place of a row of pixels is its lower edge. A screen contains its own lower edge and not its upper
+    // one, which is the upper edge of its topmost row.
+    const double rowHeight = 1.0 / gdk_window_get_scale_factor(gdk_get_default_root_window());
+    return {x, rootHeight() - y - rowHeight};
 }
 
 std::vector<Screen> screensOf(GdkDisplay* display) {

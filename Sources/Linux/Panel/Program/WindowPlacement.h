@@ -23,6 +23,7 @@ struct FrameExtents {
 /// them. Waits for at most a tenth of a second; without an answer, all extents are 0.
 FrameExtents frameExtents(GdkWindow* window);
 
+/// The bottom left corner of the pixel that the pointer is on, so that each pixel of a screen is within it.
 ScreenPoint pointerPlace(GdkDisplay* display);
 
 /// The monitors, in GDK's order.
