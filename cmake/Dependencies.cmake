@@ -20,7 +20,7 @@ endif()
 if(NOT APPLE) # the system itself has a pasteboard, images, dates and windows
   pkg_check_modules(icu REQUIRED IMPORTED_TARGET icu-i18n icu-uc)
   pkg_check_modules(gio REQUIRED IMPORTED_TARGET gio-2.0)
-  pkg_check_modules(xcb REQUIRED IMPORTED_TARGET xcb xcb-xfixes xcb-xkb xcb-xtest)
+  pkg_check_modules(xcb REQUIRED IMPORTED_TARGET xcb xcb-xfixes xcb-xinput xcb-xkb xcb-xtest)
   if(TAVEL_TESTS STREQUAL "unit")
     return()
   endif()

@@ -39,6 +39,15 @@ TEST(KeyModifiers, areFoundInTheServersMapping) {
     EXPECT_EQ(modifiersOf(numLock, {}), 0);
 }
 
+TEST(KeyModifiers, haveKeysButThoseOfLocksHaveNone) {
+    const std::vector<std::uint8_t> mapping{50, 62, 66, 0, 37, 105, 64, 77, 77, 0, 0, 0, 133, 66, 92, 0};
+    const KeySet keys = modifierKeys(mapping, XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2);
+    for (const std::size_t key : {50U, 62U, 37U, 105U, 64U, 133U, 92U})
+        EXPECT_TRUE(keys[key]) << key;
+    EXPECT_EQ(keys.count(), 7);
+    EXPECT_TRUE(modifierKeys({}, 0).none());
+}
+
 TEST(KeyModifiers, ofAGrabComeWithAndWithoutEachLock) {
     EXPECT_THAT(controlWithLocks(XCB_MOD_MASK_2),
                 ElementsAre(XCB_MOD_MASK_CONTROL, XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_LOCK,

@@ -4,6 +4,7 @@
 #include "Linux/X11/X11Reply.h"
 
 #include <unistd.h>
+#include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
 #include <cstdlib>
@@ -85,6 +86,23 @@ void KeyboardDesktop::fakeKey(std::uint8_t type, std::uint8_t code) {
     xcb_test_fake_input(connection_, type, code, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
 }
 
+void KeyboardDesktop::pressOnDevice(std::uint8_t code) {
+    fakeDeviceKey(XCB_INPUT_DEVICE_KEY_PRESS, code);
+}
+
+void KeyboardDesktop::releaseOnDevice(std::uint8_t code) {
+    fakeDeviceKey(XCB_INPUT_DEVICE_KEY_RELEASE, code);
+}
+
+/// XTEST makes events of a device, too, if it is told their types in the extension's numbers.
+void KeyboardDesktop::fakeDeviceKey(std::uint8_t type, std::uint8_t code) {
+    constexpr std::uint8_t xvfbKeyboard = 7;
+    const std::uint8_t first = xcb_get_extension_data(connection_, &xcb_input_id)->first_event;
+    xcb_test_fake_input(connection_, static_cast<std::uint8_t>(first + type), code, XCB_CURRENT_TIME,
+                        XCB_WINDOW_NONE, 0, 0, xvfbKeyboard);
+    synchronize();
+}
+
 void KeyboardDesktop::type(std::initializer_list<std::uint8_t> codes) {
     for (const std::uint8_t code : codes)
         fakeKey(XCB_KEY_PRESS, code);
@@ -120,7 +138,7 @@ std::vector<ReceivedKey> KeyboardDesktop::received(xcb_window_t window) {
         if (event->response_type != XCB_KEY_PRESS && event->response_type != XCB_KEY_RELEASE)
             continue;
         const auto& key = reinterpret_cast<const xcb_key_press_event_t&>(*event);
-        received_.push_back({key.event, {key.detail, key.response_type == XCB_KEY_PRESS}});
+        received_.push_back({key.event, {key.detail, key.response_type == XCB_KEY_PRESS, key.state}});
     }
     std::vector<ReceivedKey> found;
     for (const Received& one : received_) {

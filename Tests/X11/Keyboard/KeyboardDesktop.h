@@ -30,8 +30,9 @@ inline constexpr std::uint8_t leftSuper = 133;
 struct ReceivedKey {
     std::uint8_t code = 0;
     bool isDown = false;
+    std::uint16_t state = 0; // modifiers and group before the event
 
-    bool operator==(const ReceivedKey&) const = default;
+    bool operator==(const ReceivedKey& other) const { return code == other.code && isDown == other.isDown; }
 };
 
 /// An X server with a user who types, a window manager that activates windows, and programs with windows. One
@@ -59,6 +60,10 @@ public:
 
     void press(std::uint8_t code);
     void release(std::uint8_t code);
+
+    /// The same on the keyboard of the server, while `press` and `release` stand for one of XTEST.
+    void pressOnDevice(std::uint8_t code);
+    void releaseOnDevice(std::uint8_t code);
 
     /// Presses the keys in this order and releases them in reverse. Does not wait for the server.
     void type(std::initializer_list<std::uint8_t> codes);
@@ -91,6 +96,7 @@ private:
 
     xcb_atom_t atom(std::string_view name) const;
     void fakeKey(std::uint8_t type, std::uint8_t code);
+    void fakeDeviceKey(std::uint8_t type, std::uint8_t code);
 
     XServer server_;
     xcb_connection_t* connection_;

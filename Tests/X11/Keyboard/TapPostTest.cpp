@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <thread>
 
 namespace tavel {
 
@@ -27,6 +28,22 @@ protected:
     std::vector<ReceivedKey> awaitReceived(xcb_window_t window, std::size_t count) {
         runUntil([&] { return desktop_.received(window).size() >= count; });
         return desktop_.received(window);
+    }
+
+    /// Posts the shortcut and returns the modifiers of V's press as the program sees them.
+    std::uint16_t modifiersOfPostedV(xcb_window_t window) {
+        const std::size_t before = desktop_.received(window, pcKey::v).size();
+        tap_->post(paste);
+        runUntil([&] { return desktop_.received(window, pcKey::v).size() >= before + 2; });
+        const ReceivedKey press = desktop_.received(window, pcKey::v)[before];
+        EXPECT_TRUE(press.isDown);
+        return press.state;
+    }
+
+    /// The modifiers of a key that the user types now.
+    std::uint16_t modifiersNow(xcb_window_t window) {
+        settle(window);
+        return desktop_.received(window, pcKey::a).back().state;
     }
 };
 
@@ -96,6 +113,64 @@ TEST_F(TapPost, worksInAnyWindowAndWhileTheTapIsDisabled) {
     tap_->post(paste);
     EXPECT_EQ(awaitReceived(other, 8)[5], (ReceivedKey{pcKey::dvorakV, true}));
     EXPECT_THAT(seen_, IsEmpty());
+}
+
+TEST_F(TapPost, modifiersThatAreHeldDoNotCountAndStayHeld) {
+    const auto window = startInFileManager();
+    for (const std::uint8_t key :
+         {pcKey::leftShift, pcKey::leftAlt, pcKey::leftSuper, pcKey::leftControl, pcKey::rightControl}) {
+        desktop_.press(key);
+        const std::uint16_t held = modifiersNow(window);
+        EXPECT_NE(held, 0);
+        EXPECT_EQ(modifiersOfPostedV(window), XCB_MOD_MASK_CONTROL) << int{key};
+        EXPECT_EQ(modifiersNow(window), held) << int{key};
+        desktop_.release(key);
+        EXPECT_EQ(modifiersNow(window), 0) << int{key};
+    }
+}
+
+TEST_F(TapPost, modifiersThatAreHeldOnTheKeyboardAreReleasedWithIt) {
+    const auto window = startInFileManager();
+    for (int time = 0; time < 2; ++time) {
+        desktop_.pressOnDevice(pcKey::leftShift);
+        EXPECT_EQ(modifiersOfPostedV(window), XCB_MOD_MASK_CONTROL);
+        EXPECT_EQ(modifiersNow(window), XCB_MOD_MASK_SHIFT);
+        desktop_.releaseOnDevice(pcKey::leftShift);
+        EXPECT_EQ(modifiersNow(window), 0);
+    }
+}
+
+TEST_F(TapPost, aModifierThatTheUserReleasesMeanwhileIsNotLeftDown) {
+    const auto window = startInFileManager();
+    for (int time = 0; time < 200; ++time) {
+        desktop_.pressOnDevice(pcKey::leftShift);
+        std::thread user([&] { desktop_.releaseOnDevice(pcKey::leftShift); });
+        tap_->post(paste);
+        user.join();
+        tap_->isKeyDown(keyCode::v); // a round trip: the server has carried out what was posted
+        ASSERT_EQ(modifiersNow(window), 0) << "at attempt " << time;
+    }
+}
+
+TEST_F(TapPost, locksStayAsTheyAre) {
+    const auto window = startInFileManager();
+    constexpr std::uint16_t locks = XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2;
+    desktop_.type({pcKey::numLock});
+    desktop_.press(pcKey::capsLock);
+    EXPECT_EQ(modifiersOfPostedV(window), XCB_MOD_MASK_CONTROL | locks);
+    desktop_.release(pcKey::capsLock);
+    EXPECT_EQ(modifiersNow(window), locks);
+}
+
+TEST_F(TapPost, aKeyThatIsHeldIsTypedAnew) {
+    const auto window = startInFileManager();
+    desktop_.press(pcKey::v);
+    tap_->post(paste);
+    desktop_.release(pcKey::v);
+    settle(window);
+    EXPECT_THAT(desktop_.received(window, pcKey::v),
+                ElementsAre(ReceivedKey{pcKey::v, true}, ReceivedKey{pcKey::v, false},
+                            ReceivedKey{pcKey::v, true}, ReceivedKey{pcKey::v, false}));
 }
 
 TEST_F(TapPost, aKeyIsDownUntilItIsReleased) {

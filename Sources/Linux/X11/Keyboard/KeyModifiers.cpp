@@ -44,6 +44,25 @@ std::uint16_t modifiersOf(std::span<const std::uint8_t> keys, std::span<const st
     return static_cast<std::uint16_t>(found);
 }
 
+KeySet keySetOf(std::span<const std::uint8_t, 32> bytes) {
+    KeySet keys;
+    for (std::size_t code = 0; code < keys.size(); ++code)
+        keys.set(code, (bytes[code / 8] >> (code % 8) & 1) != 0);
+    return keys;
+}
+
+KeySet modifierKeys(std::span<const std::uint8_t> mapping, std::uint16_t locks) {
+    const std::size_t keysEach = mapping.size() / modifierCount;
+    KeySet modifiers;
+    KeySet lockKeys;
+    for (std::size_t position = 0; position < keysEach * modifierCount; ++position) {
+        const bool isLock = (locks >> (position / keysEach) & 1) != 0;
+        (isLock ? lockKeys : modifiers).set(mapping[position]);
+    }
+    lockKeys.set(0); // stands for no key
+    return modifiers & ~lockKeys;
+}
+
 std::vector<std::uint16_t> controlWithLocks(std::uint16_t numLock) {
     constexpr std::uint16_t control = XCB_MOD_MASK_CONTROL;
     constexpr std::uint16_t capsLock = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_LOCK;

@@ -4,11 +4,13 @@
 #include "Linux/X11/Keyboard/XkbProtocol.h"
 #include "Linux/X11/X11Reply.h"
 
+#include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <string_view>
 
 namespace tavel {
 
@@ -44,6 +46,49 @@ std::optional<std::uint8_t> prepareXkb(xcb_connection_t* connection) {
     return extension->first_event;
 }
 
+/// Announces the version of XInput, as that extension demands.
+bool prepareInput(xcb_connection_t* connection) {
+    const xcb_query_extension_reply_t* const extension = xcb_get_extension_data(connection, &xcb_input_id);
+    if (extension == nullptr || extension->present == 0)
+        return false;
+    const auto cookie = xcb_input_xi_query_version(connection, 2, 1);
+    const auto version = awaitReply(connection, cookie, xcb_input_xi_query_version_reply);
+    return version != nullptr && (version->major_version > 2 || version->minor_version >= 1);
+}
+
+/// The identifiers of all keyboards that belong to a master device, that of XTEST included.
+std::vector<xcb_input_device_id_t> keyboards(xcb_connection_t* connection) {
+    const auto cookie = xcb_input_xi_query_device(connection, XCB_INPUT_DEVICE_ALL);
+    const auto reply = awaitReply(connection, cookie, xcb_input_xi_query_device_reply);
+    std::vector<xcb_input_device_id_t> found;
+    if (reply == nullptr)
+        return found;
+    for (auto device = xcb_input_xi_query_device_infos_iterator(reply.get()); device.rem > 0;
+         xcb_input_xi_device_info_next(&device)) {
+        if (device.data->type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD)
+            found.push_back(device.data->deviceid);
+    }
+    return found;
+}
+
+xcb_atom_t testDeviceProperty(xcb_connection_t* connection) {
+    constexpr std::string_view name = "XTEST Device";
+    const auto cookie = xcb_intern_atom(connection, 0, name.size(), name.data());
+    const auto reply = awaitReply(connection, cookie, xcb_intern_atom_reply);
+    return reply != nullptr ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
+
+/// The keys that are down in the reply to QueryDeviceState.
+KeySet keysOf(const xcb_input_query_device_state_reply_t& state) {
+    KeySet keys;
+    for (auto part = xcb_input_query_device_state_classes_iterator(&state); part.rem > 0;
+         xcb_input_input_state_next(&part)) {
+        if (part.data->class_id == XCB_INPUT_INPUT_CLASS_KEY)
+            keys |= keySetOf(reinterpret_cast<const xcb_input_key_state_t*>(part.data)->keys);
+    }
+    return keys;
+}
+
 KeyboardMap::Key keyOf(std::uint8_t code, const xcb_xkb_key_sym_map_t& symbols) {
     KeyboardMap::Key key{code, {}, symbols.groupInfo};
     const xcb_keysym_t* const all = xcb_xkb_key_sym_map_syms(&symbols);
@@ -58,7 +103,8 @@ KeyboardMap::Key keyOf(std::uint8_t code, const xcb_xkb_key_sym_map_t& symbols) 
 std::unique_ptr<KeyboardConnection> KeyboardConnection::open(const char* display) {
     int screenNumber = 0;
     xcb_connection_t* const connection = xcb_connect(display, &screenNumber);
-    if (xcb_connection_has_error(connection) == 0 && hasTestExtension(connection)) {
+    if (xcb_connection_has_error(connection) == 0 && hasTestExtension(connection) &&
+        prepareInput(connection)) {
         const auto root = rootOf(connection, screenNumber);
         const auto xkbEvent = prepareXkb(connection);
         if (root && xkbEvent)
@@ -120,15 +166,51 @@ std::uint8_t KeyboardConnection::readGroup() {
     return reply != nullptr ? reply->group : 0;
 }
 
-KeyCombinations KeyboardConnection::pasteCombinations() {
-    const KeyboardMap map = readMap();
+KeySet KeyboardConnection::keysDown() {
+    const auto reply = awaitReply(connection_, xcb_query_keymap(connection_), xcb_query_keymap_reply);
+    return reply != nullptr ? keySetOf(reply->keys) : KeySet();
+}
+
+KeySet KeyboardConnection::modifierKeys(const KeyboardMap& map) {
+    const std::vector<std::uint8_t> mapping = readModifierMapping();
+    const unsigned int locks = XCB_MOD_MASK_LOCK | modifiersOf(map.codesOf({keySymbol::numLock}), mapping);
+    return tavel::modifierKeys(mapping, static_cast<std::uint16_t>(locks));
+}
+
+HeldKeys KeyboardConnection::heldKeys() {
+    struct Device {
+        xcb_input_xi_get_property_cookie_t testProperty;
+        xcb_input_query_device_state_cookie_t state;
+    };
+    const xcb_atom_t property = testDeviceProperty(connection_);
+    std::vector<Device> devices;
+    for (const xcb_input_device_id_t id : keyboards(connection_))
+        devices.push_back(
+            {xcb_input_xi_get_property(connection_, id, 0, property, XCB_GET_PROPERTY_TYPE_ANY, 0, 1),
+             xcb_input_query_device_state(connection_, static_cast<std::uint8_t>(id))});
+    HeldKeys held;
+    for (const Device& device : devices) {
+        const auto test = awaitReply(connection_, device.testProperty, xcb_input_xi_get_property_reply);
+        const auto state = awaitReply(connection_, device.state, xcb_input_query_device_state_reply);
+        const bool isOfTest = test != nullptr && test->num_items > 0;
+        if (state != nullptr)
+            (isOfTest ? held.byTest : held.byUser) |= keysOf(*state);
+    }
+    return held;
+}
+
+std::vector<std::uint8_t> KeyboardConnection::readModifierMapping() {
     const auto cookie = xcb_get_modifier_mapping(connection_);
     const auto reply = awaitReply(connection_, cookie, xcb_get_modifier_mapping_reply);
-    std::span<const std::uint8_t> mapping;
-    if (reply != nullptr)
-        mapping = {xcb_get_modifier_mapping_keycodes(reply.get()),
-                   static_cast<std::size_t>(xcb_get_modifier_mapping_keycodes_length(reply.get()))};
-    const std::uint16_t numLock = modifiersOf(map.codesOf({keySymbol::numLock}), mapping);
+    if (reply == nullptr)
+        return {};
+    const std::uint8_t* const first = xcb_get_modifier_mapping_keycodes(reply.get());
+    return {first, first + xcb_get_modifier_mapping_keycodes_length(reply.get())};
+}
+
+KeyCombinations KeyboardConnection::pasteCombinations() {
+    const KeyboardMap map = readMap();
+    const std::uint16_t numLock = modifiersOf(map.codesOf({keySymbol::numLock}), readModifierMapping());
     return {map.codesOf({keySymbol::v, keySymbol::capitalV}), controlWithLocks(numLock)};
 }
 

@@ -1,14 +1,23 @@
 #pragma once
 
 #include "Linux/X11/Keyboard/KeyGrabs.h"
+#include "Linux/X11/Keyboard/KeyModifiers.h"
 #include "Linux/X11/Keyboard/KeyboardMap.h"
 
 #include <xcb/xcb.h>
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace tavel {
+
+/// The keys that are held, by their holders. For programs a key goes down with the first press and up with
+/// the first release, whoever makes them.
+struct HeldKeys {
+    KeySet byUser; // on the keyboards
+    KeySet byTest; // by programs with XTEST, this one included
+};
 
 /// A connection to an X server for its keyboard. Several threads may use it at once. A thread that waits for
 /// a reply can read events along with it, for which the descriptor then no longer becomes readable.
@@ -17,7 +26,7 @@ namespace tavel {
 class KeyboardConnection {
 public:
     /// Connects to the server that `display` names, or to that of DISPLAY if it is null. Returns null if no
-    /// server answers or it lacks the extension XKB or XTEST.
+    /// server answers or it lacks the extension XKB, XTEST or XInput 2.1.
     static std::unique_ptr<KeyboardConnection> open(const char* display);
 
     ~KeyboardConnection();
@@ -39,11 +48,22 @@ public:
     KeyboardMap readMap();
     std::uint8_t readGroup();
 
+    /// The keys that are down for programs. One round trip.
+    KeySet keysDown();
+
+    /// The keys that set modifiers other than Caps Lock and Num Lock. One round trip.
+    KeySet modifierKeys(const KeyboardMap& map);
+
+    /// Who holds which keys. Three round trips.
+    HeldKeys heldKeys();
+
     /// Control with V in any group and with any state of the locks. Two round trips.
     KeyCombinations pasteCombinations();
 
 private:
     KeyboardConnection(xcb_connection_t* connection, xcb_window_t root, std::uint8_t xkbEvent);
+
+    std::vector<std::uint8_t> readModifierMapping();
 
     xcb_connection_t* connection_;
     xcb_window_t root_;

@@ -2,6 +2,7 @@
 
 #include <xcb/xtest.h>
 
+#include <cstddef>
 #include <optional>
 
 namespace tavel {
@@ -49,6 +50,27 @@ std::vector<PostedKey> postedKeys(std::span<const KeyEvent> events, const Keyboa
             keys.push_back({*code, event.type == KeyEventType::keyDown});
     }
     return keys;
+}
+
+std::vector<PostedKey> eachOf(const KeySet& keys, bool isDown) {
+    std::vector<PostedKey> all;
+    for (std::size_t code = 0; code < keys.size(); ++code) {
+        if (keys[code])
+            all.push_back({static_cast<xcb_keycode_t>(code), isDown});
+    }
+    return all;
+}
+
+std::vector<PostedKey> typedAlone(std::span<const PostedKey> keys, const KeySet& down,
+                                  const KeySet& modifiersDown) {
+    KeySet released = modifiersDown;
+    for (const PostedKey& key : keys)
+        released.set(key.code, released[key.code] || down[key.code]);
+    std::vector<PostedKey> all = eachOf(released, false);
+    const std::vector<PostedKey> restored = eachOf(modifiersDown, true);
+    all.insert(all.end(), keys.begin(), keys.end());
+    all.insert(all.end(), restored.begin(), restored.end());
+    return all;
 }
 
 void sendKeys(xcb_connection_t* connection, std::span<const PostedKey> keys) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Linux/X11/Keyboard/KeyModifiers.h"
 #include "Linux/X11/Keyboard/KeyboardMap.h"
 #include "Platform/KeyboardTap.h"
 
@@ -27,6 +28,15 @@ struct PostedKey {
 /// key.
 std::vector<PostedKey> postedKeys(std::span<const KeyEvent> events, const KeyboardMap& map,
                                   std::uint8_t group);
+
+/// A press of each of the keys, or a release.
+std::vector<PostedKey> eachOf(const KeySet& keys, bool isDown);
+
+/// The keys so that programs see them with no other modifiers than their own: the modifier keys in
+/// `modifiersDown` are released before and pressed again afterwards. Each of the keys is released first if it
+/// is in `down`, because the server ignores a press of such a key.
+std::vector<PostedKey> typedAlone(std::span<const PostedKey> keys, const KeySet& down,
+                                  const KeySet& modifiersDown);
 
 /// Requests the key events with XTEST. Neither waits nor flushes.
 void sendKeys(xcb_connection_t* connection, std::span<const PostedKey> keys);

@@ -101,21 +101,36 @@ void X11KeyboardTap::setEnabled(bool enabled) {
 bool X11KeyboardTap::isKeyDown(std::int64_t keyCode) {
     if (connection_ == nullptr)
         return false;
-    const auto cookie = xcb_query_keymap(connection_->get());
     const std::vector<xcb_keycode_t> codes = codesOf(connection_->readMap(), keyCode);
-    const auto down = awaitReply(connection_->get(), cookie, xcb_query_keymap_reply);
+    const KeySet down = connection_->keysDown();
     thread_->wake();
-    return down != nullptr && std::ranges::any_of(codes, [&](xcb_keycode_t code) {
-               return (down->keys[code / 8] >> (code % 8) & 1) != 0;
-           });
+    return std::ranges::any_of(codes, [&](xcb_keycode_t code) { return down[code]; });
 }
 
 void X11KeyboardTap::post(std::span<const KeyEvent> events) {
     if (connection_ == nullptr)
         return;
-    const std::vector<PostedKey> keys = postedKeys(events, connection_->readMap(), connection_->readGroup());
-    thread_->grabs().sendUngrabbed([&] { sendKeys(connection_->get(), keys); });
+    const KeyboardMap map = connection_->readMap();
+    const std::vector<PostedKey> keys = postedKeys(events, map, connection_->readGroup());
+    const KeySet modifierKeys = connection_->modifierKeys(map);
+    const KeySet heldByPrograms = connection_->heldKeys().byTest & ~restored_;
+    const KeySet down = connection_->keysDown();
+    thread_->grabs().sendUngrabbed(
+        [&] { sendKeys(connection_->get(), typedAlone(keys, down, down & modifierKeys)); });
+    restored_ |= down & modifierKeys & ~heldByPrograms;
+    releaseRestored();
     thread_->wake();
+}
+
+/// Releases the restored keys that the user has let go meanwhile: nobody else would release them. What the
+/// user lets go from now on is up for programs, although XTEST still has it down.
+void X11KeyboardTap::releaseRestored() {
+    if (restored_.none())
+        return;
+    const KeySet released = restored_ & ~connection_->heldKeys().byUser;
+    sendKeys(connection_->get(), eachOf(released, false));
+    restored_ &= ~released;
+    xcb_flush(connection_->get());
 }
 
 } // namespace tavel

@@ -48,6 +48,7 @@ private:
     class Decider;
 
     KeyTapThread::Listener listener();
+    void releaseRestored();
 
     const std::optional<std::string> display_;
     EventLoop& loop_;
@@ -56,6 +57,7 @@ private:
     std::shared_ptr<Decider> decider_; // functions posted to the loop hold it weakly
     std::unique_ptr<KeyboardConnection> connection_;
     std::unique_ptr<KeyTapThread> thread_;
+    KeySet restored_; // modifier keys of the user that this object has pressed and not released
 };
 
 } // namespace tavel
