@@ -45,6 +45,16 @@ TEST(KeyboardMap, prefersTheKeyThatHasTheSymbolInTheGroup) {
     EXPECT_THAT(pasteKey(map, 1), Optional(60));
 }
 
+TEST(KeyboardMap, findsTheKeysOfASymbolInTheGroupOrElseInAny) {
+    const KeyboardMap map = mapOf({{55, {keySymbol::v, cyrillic, cyrillic}},
+                                   {60, {latin, keySymbol::v, cyrillic}},
+                                   {71, {keySymbol::capitalV}}});
+    EXPECT_THAT(map.codesOf({keySymbol::v}, 0), ElementsAre(55));
+    EXPECT_THAT(map.codesOf({keySymbol::v, keySymbol::capitalV}, 1), ElementsAre(60, 71));
+    EXPECT_THAT(map.codesOf({keySymbol::v}, 2), ElementsAre(55, 60));
+    EXPECT_THAT(map.codesOf({keySymbol::leftControl}, 0), IsEmpty());
+}
+
 TEST(KeyboardMap, takesTheFirstKeyWhereTheGroupHasNone) {
     const KeyboardMap map = mapOf({{38, {latin, cyrillic}}, {55, {keySymbol::v, cyrillic}}});
     EXPECT_THAT(pasteKey(map, 1), Optional(55));

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <utility>
+
 namespace tavel {
 
 namespace {
@@ -64,6 +66,20 @@ TEST_F(TapLayout, theKeysOfAllGroupsAreGrabbed) {
     expectSwallows(window, pcKey::v);
     desktop_.useGroup(1);
     expectSwallows(window, pcKey::dvorakV);
+}
+
+TEST_F(TapLayout, aKeyThatGivesVInAnotherGroupPassesUnseen) {
+    const auto window = startInFileManager();
+    desktop_.useLayout("us,us -variant ,dvorak");
+    runUntil([&] { return desktop_.isGrabbed(window, pcKey::dvorakV); });
+    for (const auto& [group, other] : {std::pair{0, pcKey::dvorakV}, std::pair{1, pcKey::v}}) {
+        desktop_.useGroup(static_cast<std::uint8_t>(group));
+        desktop_.type({pcKey::leftControl, other});
+        settle(window);
+        EXPECT_THAT(desktop_.received(window, other),
+                    ElementsAre(ReceivedKey{other, true}, ReceivedKey{other, false}));
+        EXPECT_THAT(seen_, IsEmpty());
+    }
 }
 
 TEST_F(TapLayout, isLookedAtAnewWhenTheTapIsEnabled) {

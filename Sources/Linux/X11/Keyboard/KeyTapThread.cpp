@@ -1,6 +1,7 @@
 #include "Linux/X11/Keyboard/KeyTapThread.h"
 
 #include "Linux/X11/Keyboard/KeyModifiers.h"
+#include "Linux/X11/Keyboard/PostedKeys.h"
 #include "Linux/X11/X11Reply.h"
 
 #include <poll.h>
@@ -199,7 +200,7 @@ void KeyTapThread::handle(const xcb_generic_event_t& event) {
 void KeyTapThread::refresh() {
     const bool everything = mustRefresh_.exchange(false);
     if (std::exchange(keyboardChanged_, false) || everything)
-        combinations_ = connection_.pasteCombinations();
+        readKeyboard();
     windowChanged_ = false;
     if (held_)
         checkHold();
@@ -207,6 +208,11 @@ void KeyTapThread::refresh() {
     const bool isFileManager = active && isFileManagerClass(active->className);
     const xcb_window_t none = XCB_WINDOW_NONE;
     grabs_.grab(isFileManager ? active->window : none, combinations_);
+}
+
+void KeyTapThread::readKeyboard() {
+    map_ = connection_.readMap();
+    combinations_ = connection_.pasteCombinations(map_);
 }
 
 /// Releases the grabs and handles the presses that are already on their way. The second round trip makes sure
@@ -253,6 +259,10 @@ KeyVerdict KeyTapThread::askOrPass(const xcb_key_press_event_t& key) {
 KeyVerdict KeyTapThread::askFor(const xcb_key_press_event_t& key) {
     // Only the test in canGrab grabs on the root window.
     if (key.event == connection_.root() || !grabs_.isEnabled())
+        return KeyVerdict::pass;
+    // The key is grabbed in every group, and gives V in some only. The event of a grab does not tell the
+    // group, which cannot change while the keyboard is frozen.
+    if (!isPasteKey(map_, key.detail, connection_.readGroup()))
         return KeyVerdict::pass;
     const auto decision = std::make_shared<KeyDecision>(KeyDecision::Clock::now() + decisionTime_);
     {

@@ -70,6 +70,7 @@ private:
     void handleEvents();
     void handle(const xcb_generic_event_t& event);
     void refresh();
+    void readKeyboard();
     void letGo();
     void synchronize() const;
 
@@ -95,6 +96,7 @@ private:
 
     // Used by this thread only:
     ActiveWindow activeWindow_;
+    KeyboardMap map_;
     KeyCombinations combinations_;
     bool keyboardChanged_ = false;
     bool windowChanged_ = false;

@@ -208,8 +208,7 @@ std::vector<std::uint8_t> KeyboardConnection::readModifierMapping() {
     return {first, first + xcb_get_modifier_mapping_keycodes_length(reply.get())};
 }
 
-KeyCombinations KeyboardConnection::pasteCombinations() {
-    const KeyboardMap map = readMap();
+KeyCombinations KeyboardConnection::pasteCombinations(const KeyboardMap& map) {
     const std::uint16_t numLock = modifiersOf(map.codesOf({keySymbol::numLock}), readModifierMapping());
     return {map.codesOf({keySymbol::v, keySymbol::capitalV}), controlWithLocks(numLock)};
 }

@@ -57,8 +57,9 @@ public:
     /// Who holds which keys. Three round trips.
     HeldKeys heldKeys();
 
-    /// Control with V in any group and with any state of the locks. Two round trips.
-    KeyCombinations pasteCombinations();
+    /// Control with V in any group of the map and with any state of the locks. A grab cannot tell the groups
+    /// apart. One round trip.
+    KeyCombinations pasteCombinations(const KeyboardMap& map);
 
 private:
     KeyboardConnection(xcb_connection_t* connection, xcb_window_t root, std::uint8_t xkbEvent);

@@ -38,14 +38,19 @@ std::vector<std::uint8_t> KeyboardMap::codesOf(std::initializer_list<std::uint32
     return codes;
 }
 
+std::vector<std::uint8_t> KeyboardMap::codesOf(std::initializer_list<std::uint32_t> symbols,
+                                               std::uint8_t group) const {
+    std::vector<std::uint8_t> codes;
+    for (const Key& key : keys_) {
+        if (!key.symbols.empty() && isOneOf(key.symbols[groupWithin(key, group)], symbols))
+            codes.push_back(key.code);
+    }
+    return codes.empty() ? codesOf(symbols) : codes;
+}
+
 std::optional<std::uint8_t> KeyboardMap::codeOf(std::initializer_list<std::uint32_t> symbols,
                                                 std::uint8_t group) const {
-    const auto found = std::ranges::find_if(keys_, [&](const Key& key) {
-        return !key.symbols.empty() && isOneOf(key.symbols[groupWithin(key, group)], symbols);
-    });
-    if (found != keys_.end())
-        return found->code;
-    const std::vector<std::uint8_t> codes = codesOf(symbols);
+    const std::vector<std::uint8_t> codes = codesOf(symbols, group);
     return codes.empty() ? std::nullopt : std::optional(codes.front());
 }
 

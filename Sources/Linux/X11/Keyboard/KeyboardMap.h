@@ -35,8 +35,11 @@ public:
     /// The codes of the keys that give one of the symbols in any group, in the order of `add`.
     std::vector<std::uint8_t> codesOf(std::initializer_list<std::uint32_t> symbols) const;
 
-    /// The first key that gives one of the symbols in this group, otherwise in any group. nullopt if none
-    /// does.
+    /// The codes of the keys that give one of the symbols while this is the keyboard's group. If none does,
+    /// as in the group of another script, those of any group: programs then find their shortcuts so, too.
+    std::vector<std::uint8_t> codesOf(std::initializer_list<std::uint32_t> symbols, std::uint8_t group) const;
+
+    /// The first of these keys. nullopt if no key gives one of the symbols.
     std::optional<std::uint8_t> codeOf(std::initializer_list<std::uint32_t> symbols,
                                        std::uint8_t group) const;
 

@@ -2,6 +2,7 @@
 
 #include <xcb/xtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 
@@ -38,6 +39,10 @@ std::vector<xcb_keycode_t> codesOf(const KeyboardMap& map, std::int64_t keyCode)
     default:
         return {};
     }
+}
+
+bool isPasteKey(const KeyboardMap& map, xcb_keycode_t code, std::uint8_t group) {
+    return std::ranges::count(map.codesOf({keySymbol::v, keySymbol::capitalV}, group), code) > 0;
 }
 
 std::vector<PostedKey> postedKeys(std::span<const KeyEvent> events, const KeyboardMap& map,

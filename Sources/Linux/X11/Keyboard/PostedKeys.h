@@ -16,6 +16,9 @@ namespace tavel {
 /// that the tap does not handle.
 std::vector<xcb_keycode_t> codesOf(const KeyboardMap& map, std::int64_t keyCode);
 
+/// Whether the key gives v while `group` is the keyboard's group.
+bool isPasteKey(const KeyboardMap& map, xcb_keycode_t code, std::uint8_t group);
+
 /// A press or a release of a key of the X server.
 struct PostedKey {
     xcb_keycode_t code = 0;

@@ -53,7 +53,7 @@ X11KeyboardTap::~X11KeyboardTap() {
 bool X11KeyboardTap::create(Handler handler) {
     auto connection = KeyboardConnection::open(display_ ? display_->c_str() : nullptr);
     if (connection == nullptr ||
-        !canGrab(connection->get(), connection->root(), connection->pasteCombinations()))
+        !canGrab(connection->get(), connection->root(), connection->pasteCombinations(connection->readMap())))
         return false;
     decider_ = std::make_shared<Decider>(std::move(handler), deadline_);
     try {
