@@ -7,6 +7,7 @@
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iterator>
 #include <stdexcept>
@@ -152,6 +153,11 @@ std::vector<ReceivedKey> KeyboardDesktop::received(xcb_window_t window, std::uin
     std::vector<ReceivedKey> keys = received(window);
     std::erase_if(keys, [code](const ReceivedKey& key) { return key.code != code; });
     return keys;
+}
+
+std::size_t KeyboardDesktop::pressesOf(xcb_window_t window, std::uint8_t code) {
+    const std::vector<ReceivedKey> keys = received(window, code);
+    return static_cast<std::size_t>(std::ranges::count(keys, true, &ReceivedKey::isDown));
 }
 
 bool KeyboardDesktop::isGrabbed(xcb_window_t window, std::uint8_t code, unsigned int modifiers) const {

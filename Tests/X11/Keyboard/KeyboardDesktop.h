@@ -4,6 +4,7 @@
 
 #include <xcb/xcb.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <string>
@@ -80,6 +81,9 @@ public:
     /// The key events that the window has received so far: all of them, or those of one key.
     std::vector<ReceivedKey> received(xcb_window_t window);
     std::vector<ReceivedKey> received(xcb_window_t window, std::uint8_t code);
+
+    /// How often the window has received a press of the key.
+    std::size_t pressesOf(xcb_window_t window, std::uint8_t code);
 
     /// Whether another program has grabbed the key on the window. Does not disturb a grab at the same moment.
     bool isGrabbed(xcb_window_t window, std::uint8_t code,

@@ -48,8 +48,9 @@ void KeyGrabs::setEnabled(bool enabled) {
     if (enabled)
         return;
     sendUngrabs();
-    xcb_flush(connection_);
     window_ = XCB_WINDOW_NONE;
+    sendGrabs();
+    xcb_flush(connection_);
 }
 
 bool KeyGrabs::isEnabled() const {
@@ -70,6 +71,22 @@ void KeyGrabs::grab(xcb_window_t window, KeyCombinations combinations) {
     xcb_flush(connection_);
 }
 
+void KeyGrabs::hold(xcb_window_t window, xcb_keycode_t key) {
+    const std::lock_guard lock(mutex_);
+    sendUngrabs();
+    holdWindow_ = window;
+    holdKey_ = key;
+    sendGrabs();
+}
+
+void KeyGrabs::endHold() {
+    const std::lock_guard lock(mutex_);
+    sendUngrabs();
+    holdWindow_ = XCB_WINDOW_NONE;
+    sendGrabs();
+    xcb_flush(connection_);
+}
+
 void KeyGrabs::sendUngrabbed(const std::function<void()>& send) {
     const std::lock_guard lock(mutex_);
     sendUngrabs();
@@ -80,14 +97,18 @@ void KeyGrabs::sendUngrabbed(const std::function<void()>& send) {
 
 /// Errors arrive as events, which the connection's reader ignores.
 void KeyGrabs::sendGrabs() const {
-    if (window_ == XCB_WINDOW_NONE)
-        return;
-    forEach(combinations_, [this](xcb_keycode_t key, std::uint16_t modifiers) {
-        xcb_grab_key(connection_, 0, window_, modifiers, key, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_SYNC);
-    });
+    if (window_ != XCB_WINDOW_NONE)
+        forEach(combinations_, [this](xcb_keycode_t key, std::uint16_t modifiers) {
+            xcb_grab_key(connection_, 0, window_, modifiers, key, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_SYNC);
+        });
+    if (holdWindow_ != XCB_WINDOW_NONE)
+        xcb_grab_key(connection_, 0, holdWindow_, XCB_MOD_MASK_ANY, holdKey_, XCB_GRAB_MODE_ASYNC,
+                     XCB_GRAB_MODE_SYNC);
 }
 
 void KeyGrabs::sendUngrabs() const {
+    if (holdWindow_ != XCB_WINDOW_NONE)
+        xcb_ungrab_key(connection_, holdKey_, holdWindow_, XCB_MOD_MASK_ANY);
     if (window_ != XCB_WINDOW_NONE)
         ungrab(connection_, window_, combinations_);
 }

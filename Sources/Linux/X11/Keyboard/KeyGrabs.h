@@ -35,6 +35,10 @@ public:
     /// Replaces the previous grabs by the combinations on this window; XCB_WINDOW_NONE means no grabs.
     void grab(xcb_window_t window, KeyCombinations combinations);
 
+    /// Also grabs the key with any modifiers on that window, enabled or not, until `endHold`.
+    void hold(xcb_window_t window, xcb_keycode_t key);
+    void endHold();
+
     /// Makes the requests of `send` between a release of the grabs and their renewal. The lock keeps other
     /// threads from changing the grabs in between. `send` must not wait for the server.
     void sendUngrabbed(const std::function<void()>& send);
@@ -48,6 +52,8 @@ private:
     bool enabled_ = false;
     xcb_window_t window_ = XCB_WINDOW_NONE;
     KeyCombinations combinations_;
+    xcb_window_t holdWindow_ = XCB_WINDOW_NONE; // none: no key is held
+    xcb_keycode_t holdKey_ = 0;
 };
 
 } // namespace tavel

@@ -180,20 +180,15 @@ void KeyTapThread::handle(const xcb_generic_event_t& event) {
     case XCB_KEY_PRESS:
         pressed(as<xcb_key_press_event_t>(event));
         break;
-    case XCB_KEY_RELEASE:
-        released(as<xcb_key_release_event_t>(event));
-        break;
     case XCB_PROPERTY_NOTIFY:
         if (as<xcb_property_notify_event_t>(event).atom == activeWindow_.property())
             windowChanged_ = true;
         break;
-    case XCB_UNMAP_NOTIFY:
-        if (held_ && as<xcb_unmap_notify_event_t>(event).window == held_->window)
-            endHold(held_->modifiers);
-        break;
     default:
         if (connection_.isKeyboardChange(event))
             keyboardChanged_ = true;
+        else if (held_ && connection_.isReleaseOf(held_->code, event))
+            endHold();
     }
 }
 
@@ -202,8 +197,6 @@ void KeyTapThread::refresh() {
     if (std::exchange(keyboardChanged_, false) || everything)
         readKeyboard();
     windowChanged_ = false;
-    if (held_)
-        checkHold();
     const std::optional<ProgramWindow> active = activeWindow_.read();
     const bool isFileManager = active && isFileManagerClass(active->className);
     const xcb_window_t none = XCB_WINDOW_NONE;
@@ -229,20 +222,15 @@ void KeyTapThread::synchronize() const {
 }
 
 void KeyTapThread::pressed(const xcb_key_press_event_t& key) {
-    if (held_ && key.event == held_->window) {
-        // A repeat or another key during the grab: the keyboard is not frozen. If the server has ended the
-        // grab silently, it is a new press and has frozen the keyboard.
-        allow(XCB_ALLOW_ASYNC_KEYBOARD, key);
-        if (key.detail == held_->code)
-            listener_.report(repeatEvent(key.state));
-        return;
+    if (held_ && key.detail == held_->code) {
+        held_->modifiers = key.state;
+        swallow(key);
+        listener_.report(repeatEvent(key.state));
+    } else if (askOrPass(key) == KeyVerdict::pass) {
+        replay(key);
+    } else {
+        hold(key);
     }
-    if (askOrPass(key) == KeyVerdict::pass) {
-        allow(XCB_ALLOW_REPLAY_KEYBOARD, key);
-        return;
-    }
-    allow(XCB_ALLOW_ASYNC_KEYBOARD, key);
-    hold(key);
 }
 
 /// Without the memory to ask, the key passes: the keyboard is frozen until it is told.
@@ -257,8 +245,9 @@ KeyVerdict KeyTapThread::askOrPass(const xcb_key_press_event_t& key) {
 }
 
 KeyVerdict KeyTapThread::askFor(const xcb_key_press_event_t& key) {
-    // Only the test in canGrab grabs on the root window.
-    if (key.event == connection_.root() || !grabs_.isEnabled())
+    // Only the test in canGrab grabs on the root window. Other modifiers are grabbed while a key is held, and
+    // still for a moment afterwards.
+    if (key.event == connection_.root() || !grabs_.isEnabled() || keyFlagsOf(key.state) != keyFlag::command)
         return KeyVerdict::pass;
     // The key is grabbed in every group, and gives V in some only. The event of a grab does not tell the
     // group, which cannot change while the keyboard is frozen.
@@ -278,35 +267,33 @@ KeyVerdict KeyTapThread::askFor(const xcb_key_press_event_t& key) {
     return verdict;
 }
 
-void KeyTapThread::allow(std::uint8_t mode, const xcb_key_press_event_t& key) {
-    xcb_allow_events(connection_.get(), mode, key.time);
+void KeyTapThread::replay(const xcb_key_press_event_t& key) {
+    xcb_allow_events(connection_.get(), XCB_ALLOW_REPLAY_KEYBOARD, key.time);
     xcb_flush(connection_.get());
 }
 
+/// The time keeps a later press, which has a grab of its own, from being swallowed along.
+void KeyTapThread::swallow(const xcb_key_press_event_t& key) {
+    xcb_ungrab_keyboard(connection_.get(), key.time);
+    xcb_flush(connection_.get());
+}
+
+/// Swallows the press, and its repeats until its release.
 void KeyTapThread::hold(const xcb_key_press_event_t& key) {
-    held_ = HeldKey{key.event, key.detail, key.state};
-    constexpr std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_change_window_attributes(connection_.get(), key.event, XCB_CW_EVENT_MASK, &events);
-    checkHold();
+    held_ = HeldKey{key.detail, key.state};
+    grabs_.hold(key.event, key.detail);
+    connection_.selectReleases(true);
+    swallow(key);
+    // A release that the server saw while the keyboard was frozen may not be reported any more.
+    if (!connection_.keysDown()[key.detail])
+        endHold();
 }
 
-/// The server ends a grab silently when its window or one of its ancestors becomes invisible.
-void KeyTapThread::checkHold() {
-    const auto cookie = xcb_get_window_attributes(connection_.get(), held_->window);
-    const auto window = awaitReply(connection_.get(), cookie, xcb_get_window_attributes_reply);
-    if (window == nullptr || window->map_state != XCB_MAP_STATE_VIEWABLE)
-        endHold(held_->modifiers);
-}
-
-void KeyTapThread::released(const xcb_key_release_event_t& key) {
-    if (held_ && key.event == held_->window && key.detail == held_->code)
-        endHold(key.state);
-}
-
-void KeyTapThread::endHold(std::uint16_t modifiers) {
-    constexpr std::uint32_t noEvents = XCB_EVENT_MASK_NO_EVENT;
-    xcb_change_window_attributes(connection_.get(), held_->window, XCB_CW_EVENT_MASK, &noEvents);
+void KeyTapThread::endHold() {
+    const std::uint16_t modifiers = held_->modifiers;
     held_.reset();
+    connection_.selectReleases(false);
+    grabs_.endHold();
     listener_.report(keyEvent(KeyEventType::keyUp, modifiers));
 }
 

@@ -22,8 +22,11 @@ namespace tavel {
 /// frozen after each press until this thread answers the server, at most a tenth of a second whatever other
 /// threads do. Ends when the server is lost.
 ///
-/// A swallowed press unfreezes the keyboard, but the key stays grabbed until its release, so its repeats and
-/// its release come here.
+/// A swallowed press ends its grab at once, because an active grab would take all other keys as well. Until
+/// the key's release, which XInput reports, presses of this key on the window are its repeats: they come here
+/// with any modifiers, as the user may release Control first, and are swallowed in the same way. The keyboard
+/// is frozen between such a press and the end of its grab, so other keys wait and none is lost. Only the
+/// release reaches the window, which toolkits ignore without its press, as after every grab.
 class KeyTapThread {
 public:
     /// Called on this thread. The functions must not block.
@@ -54,11 +57,10 @@ public:
     void wake() const;
 
 private:
-    /// A swallowed key before its release, and the window of its grab.
+    /// A swallowed key before its release.
     struct HeldKey {
-        xcb_window_t window = XCB_WINDOW_NONE;
         xcb_keycode_t code = 0;
-        std::uint16_t modifiers = 0;
+        std::uint16_t modifiers = 0; // of its latest press
     };
 
     void start();
@@ -75,13 +77,12 @@ private:
     void synchronize() const;
 
     void pressed(const xcb_key_press_event_t& key);
-    void released(const xcb_key_release_event_t& key);
     KeyVerdict askOrPass(const xcb_key_press_event_t& key);
     KeyVerdict askFor(const xcb_key_press_event_t& key);
-    void allow(std::uint8_t mode, const xcb_key_press_event_t& key);
+    void replay(const xcb_key_press_event_t& key);
+    void swallow(const xcb_key_press_event_t& key);
     void hold(const xcb_key_press_event_t& key);
-    void checkHold();
-    void endHold(std::uint16_t modifiers);
+    void endHold();
 
     KeyboardConnection& connection_;
     const std::chrono::milliseconds decisionTime_;

@@ -142,6 +142,23 @@ bool KeyboardConnection::isKeyboardChange(const xcb_generic_event_t& event) cons
            (event.pad0 == XCB_XKB_NEW_KEYBOARD_NOTIFY || event.pad0 == XCB_XKB_MAP_NOTIFY);
 }
 
+void KeyboardConnection::selectReleases(bool on) {
+    struct {
+        xcb_input_event_mask_t head;
+        std::uint32_t mask;
+    } const selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
+                      on ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE} : 0};
+    xcb_input_xi_select_events(connection_, root_, 1, &selection.head);
+}
+
+bool KeyboardConnection::isReleaseOf(xcb_keycode_t key, const xcb_generic_event_t& event) const {
+    if (event.response_type != XCB_GE_GENERIC)
+        return false;
+    const auto& release = reinterpret_cast<const xcb_input_raw_key_release_event_t&>(event);
+    return release.extension == xcb_get_extension_data(connection_, &xcb_input_id)->major_opcode &&
+           release.event_type == XCB_INPUT_RAW_KEY_RELEASE && release.detail == key;
+}
+
 KeyboardMap KeyboardConnection::readMap() {
     const auto cookie = xcb_xkb_get_map(connection_, theKeyboard, XCB_XKB_MAP_PART_KEY_SYMS, 0, 0, 0, 0, 0, 0,
                                         0, 0, 0, 0, 0, 0, 0, 0, 0, 0);

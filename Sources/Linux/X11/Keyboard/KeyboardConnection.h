@@ -44,6 +44,12 @@ public:
     /// Whether the event reports a possible change of the keyboard's map. One change causes several events.
     bool isKeyboardChange(const xcb_generic_event_t& event) const;
 
+    /// Selects or deselects the events about releases of keys, whatever grabs and windows there are.
+    void selectReleases(bool on);
+
+    /// Whether the event reports the release of that key.
+    bool isReleaseOf(xcb_keycode_t key, const xcb_generic_event_t& event) const;
+
     /// The current map and the current group (layout). One round trip each.
     KeyboardMap readMap();
     std::uint8_t readGroup();
