@@ -1,11 +1,14 @@
 #include "Tests/Support/ReadingLimits.h"
 #include "Tests/X11/ScriptedOwner.h"
+#include "Tests/X11/ScriptedRequestor.h"
 #include "Tests/X11/X11Peers.h"
 
 #include <gmock/gmock.h>
 #include <unistd.h>
 
 #include <climits>
+#include <map>
+#include <string>
 
 namespace tavel {
 
@@ -165,6 +168,31 @@ TEST_F(ForeignContent, ofTwoProgramsThatReadEachOtherAtOnceArrivesAtBoth) {
     reading.join();
     EXPECT_TRUE(readHere && readHere->view() == bytes);
     EXPECT_TRUE(read && read->view() == bytes);
+}
+
+TEST_F(ForeignContent, valuesThatAreTakenOverKeepTheirForm) {
+    const std::map<std::string, ScriptedRequestor::Property> values{
+        {"net.example.numbers", {"INTEGER", 32, "abcdefgh"}},
+        {"net.example.words", {"net.example.other-type", 16, "abcdef"}},
+        {"net.example.many-numbers", {"CARDINAL", 32, distinctBytes(5'000'000)}},
+        {"image/png", {"image/png", 8, "\x89PNG"}},
+    };
+    owner.offer({"net.example.numbers", "net.example.words", "net.example.many-numbers", "image/png"});
+    for (const auto& [target, value] : values)
+        owner.on(target, owner.value(value.type, value.bytes, value.format));
+    owner.take();
+    ScriptedRequestor requestor(peers.display());
+    for (const std::string added : {"net.example.first", "net.example.second"}) {
+        const Representation one{added, Bytes::copyOf("1")};
+        ASSERT_TRUE(peers.board().addTypes({&one, 1}));
+        for (const auto& [target, value] : values) {
+            const auto read = requestor.read(target);
+            ASSERT_TRUE(read) << target;
+            EXPECT_EQ(read->type, value.type);
+            EXPECT_EQ(read->format, value.format);
+            EXPECT_TRUE(read->bytes == value.bytes) << target;
+        }
+    }
 }
 
 } // namespace

@@ -74,10 +74,12 @@ bool SelectionServer::convert(const OwnedSelection& owned, const Conversion& con
         return true;
     }
     const std::string target = connection_.atomNames({&conversion.target, 1}).front();
-    const auto value = valueForTarget(*owned.items, target);
+    const auto value = valueForTarget(owned.content->items, target);
     if (!value)
         return false;
-    return deliver(conversion, connection_.atom(value->type), value->bytes);
+    const auto form = owned.content->forms.find(target);
+    return deliver(conversion, form != owned.content->forms.end() ? form->second : ValueForm{value->type},
+                   value->bytes);
 }
 
 /// Converts a MULTIPLE request: a list of pairs of a target and a property. Replaces the property by None in
@@ -104,7 +106,7 @@ bool SelectionServer::convertMultiple(const OwnedSelection& owned, const Convers
 
 std::vector<xcb_atom_t> SelectionServer::offeredAtoms(const OwnedSelection& owned) {
     std::vector<xcb_atom_t> offered{targets_, timestamp_, multiple_, saveTargets_};
-    const std::vector<xcb_atom_t> content = connection_.atoms(contentTargets(*owned.items));
+    const std::vector<xcb_atom_t> content = connection_.atoms(contentTargets(owned.content->items));
     offered.insert(offered.end(), content.begin(), content.end());
     return offered;
 }
@@ -118,10 +120,11 @@ void SelectionServer::setAtoms(const Conversion& conversion, xcb_atom_t type,
 
 /// Writes a value to the requestor's property, or starts a transfer in increments if one request cannot hold
 /// it. False if its client has too many transfers.
-bool SelectionServer::deliver(const Conversion& conversion, xcb_atom_t type, const Bytes& bytes) {
+bool SelectionServer::deliver(const Conversion& conversion, const ValueForm& form, const Bytes& bytes) {
+    const xcb_atom_t type = connection_.atom(form.type);
     endTransfer(conversion);
     if (bytes.size() <= connection_.largestPropertyBytes()) {
-        setProperty(conversion.requestor, conversion.property, type, bytes);
+        setProperty(conversion.requestor, conversion.property, type, form.format, bytes);
         return true;
     }
     if (!hasRoomFor(conversion.requestor))
@@ -131,7 +134,7 @@ bool SelectionServer::deliver(const Conversion& conversion, xcb_atom_t type, con
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection_.get(), conversion.requestor, XCB_CW_EVENT_MASK, &events);
     setAtoms(conversion, incremental_, {static_cast<std::uint32_t>(bytes.size())});
-    transfers_.push_back({conversion.requestor, conversion.property, type,
+    transfers_.push_back({conversion.requestor, conversion.property, type, form.format,
                           OutgoingTransfer(bytes, incrementBytes, Clock::now(), requestorTimeOut_)});
     return true;
 }
@@ -172,10 +175,12 @@ void SelectionServer::endTransfer(const Conversion& conversion) {
     });
 }
 
-void SelectionServer::setProperty(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type,
+void SelectionServer::setProperty(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, int format,
                                   const Bytes& bytes) {
-    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, requestor, property, type, 8,
-                        static_cast<std::uint32_t>(bytes.size()), bytes.data());
+    const std::size_t unit = static_cast<std::size_t>(format) / 8;
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, requestor, property, type,
+                        static_cast<std::uint8_t>(format), static_cast<std::uint32_t>(bytes.size() / unit),
+                        bytes.data());
 }
 
 void SelectionServer::notify(const xcb_selection_request_event_t& request, xcb_atom_t property) {
@@ -203,7 +208,7 @@ void SelectionServer::handlePropertyChange(const xcb_property_notify_event_t& ch
     if (transfer == transfers_.end())
         return;
     if (const auto increment = transfer->state.propertyDeleted(Clock::now())) {
-        setProperty(transfer->requestor, transfer->property, transfer->type, *increment);
+        setProperty(transfer->requestor, transfer->property, transfer->type, transfer->format, *increment);
         xcb_flush(connection_.get());
     } else {
         removeTransfers([&](const Transfer& one) { return &one == &*transfer; });

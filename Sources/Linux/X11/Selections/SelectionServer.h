@@ -9,15 +9,31 @@
 #include <cstddef>
 #include <functional>
 #include <list>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace tavel {
 
+/// How a value comes in a property.
+struct ValueForm {
+    std::string type; // name of the property's type
+    int format = 8;   // bits: 8, 16 or 32
+};
+
+/// What this process owns of a selection.
+struct OwnedContent {
+    pasteboardItems::Items items;
+
+    /// The forms of values that were taken over from another program, by their targets. A target that is not
+    /// here has the form of `valueForTarget`.
+    std::map<std::string, ValueForm> forms;
+};
+
 /// The content of a selection that this process owns.
 struct OwnedSelection {
-    std::shared_ptr<const pasteboardItems::Items> items;
+    std::shared_ptr<const OwnedContent> content;
     xcb_timestamp_t since; // when this process became the owner
 };
 
@@ -61,6 +77,7 @@ private:
         xcb_window_t requestor;
         xcb_atom_t property;
         xcb_atom_t type;
+        int format;
         OutgoingTransfer state;
     };
 
@@ -68,12 +85,13 @@ private:
     bool convertMultiple(const OwnedSelection& owned, const Conversion& conversion);
     std::vector<xcb_atom_t> offeredAtoms(const OwnedSelection& owned);
     void setAtoms(const Conversion& conversion, xcb_atom_t type, const std::vector<xcb_atom_t>& atoms);
-    bool deliver(const Conversion& conversion, xcb_atom_t type, const Bytes& bytes);
+    bool deliver(const Conversion& conversion, const ValueForm& form, const Bytes& bytes);
     bool hasRoomFor(xcb_window_t requestor) const;
     void makeRoomFor(const Bytes& bytes);
     std::size_t bytesHeldWith(const Bytes& bytes) const;
     void endTransfer(const Conversion& conversion);
-    void setProperty(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const Bytes& bytes);
+    void setProperty(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, int format,
+                     const Bytes& bytes);
     void notify(const xcb_selection_request_event_t& request, xcb_atom_t property);
     void removeTransfers(const std::function<bool(const Transfer&)>& condition);
 

@@ -71,7 +71,10 @@ std::shared_ptr<const X11Pasteboard::Items> X11Pasteboard::ownContent() {
     owner_.assertCurrent();
     selections_->synchronize();
     // Once the server is gone, nobody can ask for what this process owned.
-    return selections_->connection().isLost() ? std::make_shared<const Items>() : selection_.owned;
+    if (selections_->connection().isLost())
+        return std::make_shared<const Items>();
+    const auto& owned = selection_.owned;
+    return owned != nullptr ? std::shared_ptr<const Items>(owned, &owned->items) : nullptr;
 }
 
 std::vector<std::string> X11Pasteboard::types() {
@@ -123,13 +126,17 @@ FileList X11Pasteboard::files(const FileListLimit& limit) {
     return files.take();
 }
 
-/// May return more than the limit.
-std::optional<Bytes> X11Pasteboard::otherProgramsData(std::string_view type, std::size_t limit) {
+/// May return more than the limit. `source` gets the value of which the data is made.
+std::optional<Bytes> X11Pasteboard::otherProgramsData(std::string_view type, std::size_t limit,
+                                                      SelectionValue* source) {
     if (type == pasteboardType::fileUrl)
         return otherProgramsFileUrl(limit);
     for (const std::string& target : targetName::giving(type, selections_->targets(selection_))) {
         const auto value = selections_->read(selection_, target, largestValue(type, limit));
-        if (auto data = value ? dataFrom(*value, type) : std::nullopt)
+        auto data = value ? dataFrom(*value, type) : std::nullopt;
+        if (data && source != nullptr)
+            *source = *value;
+        if (data)
             return data;
     }
     return std::nullopt;
@@ -177,7 +184,7 @@ std::optional<std::int64_t> X11Pasteboard::replaceWithItems(std::span<const Past
 std::optional<std::int64_t> X11Pasteboard::replace(std::optional<Items> items) {
     owner_.assertCurrent();
     const bool isHeld = items && std::ranges::all_of(*items, canHoldAll);
-    const auto changeCount = selections_->own(selection_, isHeld ? *std::move(items) : Items());
+    const auto changeCount = selections_->own(selection_, {isHeld ? *std::move(items) : Items(), {}});
     return isHeld ? changeCount : std::nullopt;
 }
 
@@ -185,23 +192,28 @@ std::optional<std::int64_t> X11Pasteboard::addTypes(std::span<const Representati
     if (representations.empty() || !canHoldAll(representations))
         return std::nullopt;
     const auto own = ownContent();
-    auto items = own != nullptr ? std::optional(*own) : otherProgramsItems();
-    if (!items || items->empty())
+    auto content = own == nullptr                ? otherProgramsContent()
+                   : selection_.owned != nullptr ? std::optional(*selection_.owned)
+                                                 : std::nullopt;
+    if (!content || content->items.empty())
         return std::nullopt;
-    for (const Representation& one : representations)
-        pasteboardItems::putOnFirstItem(*items, one.type, one.data);
-    return selections_->own(selection_, std::move(*items));
+    for (const Representation& one : representations) {
+        pasteboardItems::putOnFirstItem(content->items, one.type, one.data);
+        content->forms.erase(one.type);
+    }
+    return selections_->own(selection_, std::move(*content));
 }
 
 /// Everything that the other program delivers of its content, within the limits. nullopt if the content was
 /// replaced meanwhile, or has more files than the limit.
-std::optional<X11Pasteboard::Items> X11Pasteboard::otherProgramsItems() {
+std::optional<OwnedContent> X11Pasteboard::otherProgramsContent() {
     const std::int64_t countBefore = selection_.changeCount;
-    Items items;
+    OwnedContent content;
+    Items& items = content.items;
     std::size_t room = mostBytesTakenOver;
     for (const std::string& type : types()) {
         if (type != pasteboardType::fileUrl)
-            takeOver(items, type, room);
+            takeOver(content, type, room);
     }
     const auto list = otherProgramsUriList(largestUrlBytes(mostFilesOfAContent));
     if (list && list->isCut)
@@ -217,17 +229,21 @@ std::optional<X11Pasteboard::Items> X11Pasteboard::otherProgramsItems() {
             return files <= mostFilesOfAContent.files;
         });
     const bool isWhole = files <= mostFilesOfAContent.files && selection_.changeCount == countBefore;
-    return isWhole ? std::optional(std::move(items)) : std::nullopt;
+    return isWhole ? std::optional(std::move(content)) : std::nullopt;
 }
 
-/// Adds the other program's data of that type to the first item, if there is room for it.
-void X11Pasteboard::takeOver(Items& items, std::string_view type, std::size_t& room) {
+/// Adds the other program's data of that type to the first item, if there is room for it. Values that are
+/// passed on as they are keep their form; text and HTML are in the form that this process gives them.
+void X11Pasteboard::takeOver(OwnedContent& content, const std::string& type, std::size_t& room) {
     const std::size_t limit = std::min(largestTakenOver, room);
-    const auto data = otherProgramsData(type, limit);
+    SelectionValue source;
+    const auto data = otherProgramsData(type, limit, &source);
     if (!data || data->size() > limit)
         return;
     room -= data->size();
-    pasteboardItems::putOnFirstItem(items, type, *data);
+    pasteboardItems::putOnFirstItem(content.items, type, *data);
+    if (type != pasteboardType::string && type != pasteboardType::html && !source.type.empty())
+        content.forms[source.target] = {source.type, source.format};
 }
 
 } // namespace tavel

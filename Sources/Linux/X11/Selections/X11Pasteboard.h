@@ -38,9 +38,10 @@ private:
 
     std::shared_ptr<const Items> ownContent();
     std::optional<std::int64_t> replace(std::optional<Items> items);
-    std::optional<Items> otherProgramsItems();
-    void takeOver(Items& items, std::string_view type, std::size_t& room);
-    std::optional<Bytes> otherProgramsData(std::string_view type, std::size_t limit);
+    std::optional<OwnedContent> otherProgramsContent();
+    void takeOver(OwnedContent& content, const std::string& type, std::size_t& room);
+    std::optional<Bytes> otherProgramsData(std::string_view type, std::size_t limit,
+                                           SelectionValue* source = nullptr);
     std::optional<Bytes> otherProgramsFileUrl(std::size_t limit);
     std::optional<SelectionValue> otherProgramsUriList(std::size_t limit);
 

@@ -57,13 +57,13 @@ X11Selection& X11Selections::selection(const std::optional<std::string>& pastebo
     return selection;
 }
 
-std::optional<std::int64_t> X11Selections::own(X11Selection& selection, Items items) {
-    const auto content = std::make_shared<const Items>(std::move(items));
+std::optional<std::int64_t> X11Selections::own(X11Selection& selection, OwnedContent content) {
+    const auto shared = std::make_shared<const OwnedContent>(std::move(content));
     for (int attempt = 0; attempt < mostAttempts && !connection_->isLost(); ++attempt) {
         const xcb_timestamp_t now = connection_->fetchTime();
         if (now == XCB_CURRENT_TIME)
             break;
-        selection.offered = content;
+        selection.offered = shared;
         selection.offeredAt = now;
         selection.offeredCount.reset();
         xcb_set_selection_owner(connection_->get(), connection_->window(), selection.atom, now);
@@ -132,7 +132,7 @@ std::optional<SelectionReader::Answer> X11Selections::ask(X11Selection& selectio
 bool X11Selections::isServing() const {
     return !connection_->isLost() &&
            (server_.isServing() || std::ranges::any_of(selections_, [](const auto& entry) {
-                return entry.second.owned != nullptr && !entry.second.owned->empty();
+                return entry.second.owned != nullptr && !entry.second.owned->items.empty();
             }));
 }
 
@@ -141,13 +141,13 @@ void X11Selections::handOver() {
     if (clipboard == selections_.end() || connection_->isLost())
         return;
     connection_->synchronize();
-    const std::shared_ptr<const Items> content = clipboard->second.owned;
-    if (content == nullptr || content->empty())
+    const std::shared_ptr<const OwnedContent> content = clipboard->second.owned;
+    if (content == nullptr || content->items.empty())
         return;
     // Without a clipboard manager, the X server refuses at once.
     reader_.readWithParameter({connection_->atom("CLIPBOARD_MANAGER"), connection_->atom("SAVE_TARGETS"),
                                connection_->latestTime(), largestTargetListBytes},
-                              connection_->atoms(contentTargets(*content)), timeOuts_.clipboardManager,
+                              connection_->atoms(contentTargets(content->items)), timeOuts_.clipboardManager,
                               Clock::now() + timeOuts_.clipboardManager);
 }
 

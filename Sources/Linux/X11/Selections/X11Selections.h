@@ -23,8 +23,6 @@ namespace tavel {
 
 /// The state of one selection, shared by all pasteboards of this process that use it.
 struct X11Selection {
-    using Items = pasteboardItems::Items;
-
     xcb_atom_t atom = 0;
 
     /// Ownership changes, ours included, since we began watching. An owner that exits is no change.
@@ -33,11 +31,11 @@ struct X11Selection {
     xcb_window_t owner = 0; // 0: none
 
     /// Our content while we own the selection, otherwise null.
-    std::shared_ptr<const Items> owned;
+    std::shared_ptr<const OwnedContent> owned;
     xcb_timestamp_t ownedSince = 0;
 
     /// The content that becomes `owned` when the server reports our ownership since `offeredAt`.
-    std::shared_ptr<const Items> offered;
+    std::shared_ptr<const OwnedContent> offered;
     xcb_timestamp_t offeredAt = 0;
 
     /// The change count with which the server reported it; nullopt before.
@@ -54,8 +52,6 @@ struct X11Selection {
 class X11Selections {
 public:
     using Clock = X11Connection::Clock;
-    using Items = pasteboardItems::Items;
-
     X11Selections(std::unique_ptr<X11Connection> connection, const TransferTimeOuts& timeOuts);
     X11Selections(const X11Selections&) = delete;
     X11Selections& operator=(const X11Selections&) = delete;
@@ -77,7 +73,7 @@ public:
     /// Becomes the owner of the selection with this content. Gives the change count of doing so, also if
     /// another program has taken the selection since. nullopt if other programs keep the server from it each
     /// time, or if the server is lost.
-    std::optional<std::int64_t> own(X11Selection& selection, Items items);
+    std::optional<std::int64_t> own(X11Selection& selection, OwnedContent content);
 
     /// The targets of another program's content: as many as its types and its targets of the protocol may be,
     /// without those whose names are too long for a type. Waits for that program the first time.
