@@ -4,6 +4,7 @@
 #include "Linux/Base/System.h"
 #include "Linux/Panel/ProcessNamePanelView.h"
 #include "Linux/X11/Selections/X11Pasteboard.h"
+#include "Platform/PasteboardTypes.h"
 
 #include <utility>
 
@@ -23,7 +24,13 @@ std::shared_ptr<Pasteboard> X11Platform::openPasteboard(const std::optional<std:
 
 std::unique_ptr<NamePanelView> X11Platform::makeNamePanelView(const NamePanelTexts& texts,
                                                               NamePanelActions actions) {
-    return makeProcessNamePanelView(texts, actions, writeToSystemLog);
+    // The user's own copy: the change is reported like one of another program.
+    const auto keepCopy = [selections = selections_](const std::string& text) {
+        const PasteboardValue value{std::string(pasteboardType::string), PasteboardValue::Form::text,
+                                    Bytes::copyOf(text)};
+        X11Pasteboard(selections, std::nullopt).replaceWithValues({&value, 1});
+    };
+    return makeProcessNamePanelView(texts, actions, keepCopy, writeToSystemLog);
 }
 
 bool X11Platform::servesContents() {

@@ -35,6 +35,28 @@ TEST_F(PanelActions, enterOfTheKeypadConfirms) {
     EXPECT_EQ(next(), "confirm stem");
 }
 
+TEST_F(PanelActions, whatTheUserCopiesOrCutsIsReported) {
+    press("End ctrl+c"); // nothing is selected
+    press("shift+Left ctrl+c");
+    EXPECT_EQ(next(), "copy m");
+    press("ctrl+a ctrl+x");
+    EXPECT_EQ(next(), "copy stem");
+}
+
+/// With the platform that the agent has.
+TEST_F(PanelActions, whatTheUserCopiesOutlivesThePanel) {
+    ASSERT_EQ(ask("hide"), "done");
+    awaitNoPanelProcess();
+    ASSERT_EQ(ask("use-platform"), "done");
+    ASSERT_EQ(ask("open \xC3\x89t\xC3\xA9"), "done");
+    show();
+    press("ctrl+a ctrl+c Escape");
+    EXPECT_EQ(next(), "cancel");
+    EXPECT_EQ(ask("hide"), "done");
+    awaitNoPanelProcess();
+    EXPECT_EQ(run("xclip -selection clipboard -o"), "\xC3\x89t\xC3\xA9");
+}
+
 TEST_F(PanelActions, escapeCancels) {
     press("Escape");
     EXPECT_EQ(next(), "cancel");

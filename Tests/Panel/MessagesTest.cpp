@@ -69,6 +69,7 @@ TEST(PanelMessages, reportsArriveAsTheyWereSent) {
     EXPECT_TRUE(sentReport(PanelReady{}).surroundings.screens.empty());
     EXPECT_EQ(sentReport(PanelConfirmed{allBytes()}).text, allBytes());
     sentReport(PanelCancelled{});
+    EXPECT_EQ(sentReport(PanelCopied{"Été\n"}).text, "Été\n");
 }
 
 TEST(PanelMessages, anythingElseIsNone) {

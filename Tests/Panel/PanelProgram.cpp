@@ -1,5 +1,6 @@
 #include "Linux/Base/GlibEventLoop.h"
 #include "Linux/Panel/ProcessNamePanelView.h"
+#include "Linux/X11Platform.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -8,6 +9,7 @@
 #include <cstdio>
 #include <ctime>
 #include <iostream>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -60,6 +62,10 @@ private:
         if (command == "open-file") { // without O_CLOEXEC, so that children would inherit it
             return ::open(argument.c_str(), O_RDONLY) < 0 ? "no file" : "done";
         }
+        if (command == "use-platform") {
+            platform_.emplace(X11Connection::open(nullptr));
+            return "done";
+        }
         if (command == "process")
             return std::to_string(getpid());
         if (command == "processor-time")
@@ -101,8 +107,13 @@ private:
                                        [this] { report("cancel", ""); }};
         const auto log = [](const std::string& message) { print("log " + message); };
         view_.reset();
-        view_ = program_.empty() ? makeProcessNamePanelView(texts, actions, log)
-                                 : makeProcessNamePanelView(texts, actions, log, program_);
+        if (platform_) {
+            view_ = platform_->makeNamePanelView(texts, actions);
+            return view_ == nullptr ? "no view" : "done";
+        }
+        const auto copied = [](const std::string& text) { print("copy " + text); };
+        view_ = program_.empty() ? makeProcessNamePanelView(texts, actions, copied, log)
+                                 : makeProcessNamePanelView(texts, actions, copied, log, program_);
         return view_ == nullptr ? "no view" : "done";
     }
 
@@ -142,6 +153,7 @@ private:
 
     std::filesystem::path program_;
     GlibEventLoop loop_;
+    std::optional<X11Platform> platform_; // instead of the panel alone
     std::unique_ptr<NamePanelView> view_;
     std::string fatalAction_;
     bool isEnding_ = false;

@@ -125,6 +125,10 @@ MessageWriter writerOf(const PanelCancelled&) {
     return MessageWriter("cancel");
 }
 
+MessageWriter writerOf(const PanelCopied& copied) {
+    return MessageWriter("copy").add(copied.text);
+}
+
 std::optional<PanelRequest> readStart(MessageReader& reader) {
     const double process = reader.number();
     if (process < 1 || process > std::numeric_limits<pid_t>::max())
@@ -177,6 +181,8 @@ std::optional<PanelReport> readReport(MessageReader& reader) {
         return PanelConfirmed{reader.text()};
     if (reader.word() == "cancel")
         return PanelCancelled{};
+    if (reader.word() == "copy")
+        return PanelCopied{reader.text()};
     return std::nullopt;
 }
 

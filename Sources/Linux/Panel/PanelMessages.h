@@ -42,8 +42,14 @@ struct PanelConfirmed {
 
 struct PanelCancelled {};
 
+/// The user copied this text in the panel, whose process has put it on the clipboard and takes it along when
+/// it ends.
+struct PanelCopied {
+    std::string text;
+};
+
 /// A report of the panel program.
-using PanelReport = std::variant<PanelReady, PanelConfirmed, PanelCancelled>;
+using PanelReport = std::variant<PanelReady, PanelConfirmed, PanelCancelled, PanelCopied>;
 
 /// The message as a line, with its line feed.
 std::string lineOf(const PanelRequest& request);

@@ -56,7 +56,8 @@ class ProcessNamePanelView final : public NamePanelView {
 public:
     /// Starts the program and waits until it is ready. Throws std::runtime_error with the reason if it does
     /// not become ready.
-    ProcessNamePanelView(const NamePanelTexts& texts, NamePanelActions actions, const Log& log,
+    ProcessNamePanelView(const NamePanelTexts& texts, NamePanelActions actions,
+                         std::function<void(const std::string&)> copied, const Log& log,
                          const std::filesystem::path& program);
 
     ScreenSurroundings surroundings() override { return surroundings_; }
@@ -82,6 +83,7 @@ private:
     void endWithCancel();
 
     NamePanelActions actions_;
+    std::function<void(const std::string&)> copied_;
     std::string text_;
     ScreenSurroundings surroundings_;
     ReceivedLines lines_;
@@ -95,8 +97,10 @@ private:
 };
 
 ProcessNamePanelView::ProcessNamePanelView(const NamePanelTexts& texts, NamePanelActions actions,
-                                           const Log& log, const std::filesystem::path& program)
-    : actions_(std::move(actions)), text_(texts.stem), errorLog_(log), process_(std::in_place, program) {
+                                           std::function<void(const std::string&)> copied, const Log& log,
+                                           const std::filesystem::path& program)
+    : actions_(std::move(actions)), copied_(std::move(copied)), text_(texts.stem), errorLog_(log),
+      process_(std::in_place, program) {
     send(PanelStart{texts, getpid()});
     awaitReady();
 }
@@ -177,6 +181,10 @@ void ProcessNamePanelView::receiveErrors() {
 }
 
 void ProcessNamePanelView::follow(const PanelReport& report) {
+    if (const auto* const copied = std::get_if<PanelCopied>(&report)) {
+        copied_(copied->text);
+        return;
+    }
     std::function<void()> action = actions_.cancel; // a copy: the action may destroy this object
     if (const auto* const confirmed = std::get_if<PanelConfirmed>(&report)) {
         text_ = confirmed->text;
@@ -199,10 +207,12 @@ std::filesystem::path namePanelProgramPath() {
 }
 
 std::unique_ptr<NamePanelView> makeProcessNamePanelView(const NamePanelTexts& texts,
-                                                        const NamePanelActions& actions, const Log& log,
+                                                        const NamePanelActions& actions,
+                                                        const std::function<void(const std::string&)>& copied,
+                                                        const Log& log,
                                                         const std::filesystem::path& program) {
     try {
-        return std::make_unique<ProcessNamePanelView>(texts, actions, log, program);
+        return std::make_unique<ProcessNamePanelView>(texts, actions, copied, log, program);
     } catch (const std::runtime_error& error) {
         log(std::string("The naming panel cannot be shown: ") + error.what());
         return nullptr;

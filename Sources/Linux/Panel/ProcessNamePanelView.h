@@ -4,7 +4,9 @@
 #include "Platform/NamePanelView.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <string>
 
 namespace tavel {
 
@@ -19,8 +21,12 @@ std::filesystem::path namePanelProgramPath();
 /// window as this process's own. If the program or the server ends while the panel is shown, the panel calls
 /// the cancel action. What the program and its libraries write to standard error is logged, up to a limit.
 /// Main thread only.
+///
+/// `copied` gets each text that the user copies in the panel. What the panel's process has put on the
+/// clipboard would go with it.
 std::unique_ptr<NamePanelView>
-makeProcessNamePanelView(const NamePanelTexts& texts, const NamePanelActions& actions, const Log& log,
+makeProcessNamePanelView(const NamePanelTexts& texts, const NamePanelActions& actions,
+                         const std::function<void(const std::string&)>& copied, const Log& log,
                          const std::filesystem::path& program = namePanelProgramPath());
 
 } // namespace tavel

@@ -64,6 +64,11 @@ NamePanelWindow::NamePanelWindow(const PanelStart& start, Reporter report)
     removePingProtocol(gtk_widget_get_window(widgets_.window));
     g_signal_connect(widgets_.window, "key-press-event", G_CALLBACK(handleKey), this);
     g_signal_connect(widgets_.window, "delete-event", G_CALLBACK(handleCloseButton), this);
+    // Cutting removes the selection, so it is noted before.
+    for (const char* const copying : {"copy-clipboard", "cut-clipboard"}) {
+        g_signal_connect(widgets_.field, copying, G_CALLBACK(noteSelection), this);
+        g_signal_connect_after(widgets_.field, copying, G_CALLBACK(handleCopy), this);
+    }
     g_signal_connect(widgets_.cancelButton, "clicked", G_CALLBACK(handleCancelButton), this);
     g_signal_connect(widgets_.confirmButton, "clicked", G_CALLBACK(handleConfirmButton), this);
 }
@@ -118,6 +123,25 @@ void NamePanelWindow::handleCancelButton(GtkButton*, gpointer self) {
 
 void NamePanelWindow::handleConfirmButton(GtkButton*, gpointer self) {
     panel(self).confirm();
+}
+
+void NamePanelWindow::noteSelection(GtkEntry* field, gpointer self) {
+    int start = 0;
+    int end = 0;
+    gtk_editable_get_selection_bounds(GTK_EDITABLE(field), &start, &end);
+    char* const text = gtk_editable_get_chars(GTK_EDITABLE(field), start, end);
+    static_cast<NamePanelWindow*>(self)->copied_ = text;
+    g_free(text);
+}
+
+/// Without a selection, nothing is copied. The report comes after the X server knows this process as the
+/// owner, so that whoever then takes the clipboard over is the later owner.
+void NamePanelWindow::handleCopy(GtkEntry* field, gpointer self) {
+    const std::string& text = panel(self).copied_;
+    if (text.empty())
+        return;
+    gdk_display_sync(gtk_widget_get_display(GTK_WIDGET(field)));
+    panel(self).report_(PanelCopied{text});
 }
 
 /// Whether the input method uses the key: while text is composed, Return accepts it and Escape discards it.

@@ -35,6 +35,8 @@ private:
     static gboolean handleCloseButton(GtkWidget*, GdkEvent*, gpointer self);
     static void handleCancelButton(GtkButton*, gpointer self);
     static void handleConfirmButton(GtkButton*, gpointer self);
+    static void noteSelection(GtkEntry* field, gpointer self);
+    static void handleCopy(GtkEntry* field, gpointer self);
 
     bool isTakenByInputMethod(GdkEventKey* event) const;
     void confirm() const;
@@ -43,6 +45,7 @@ private:
     PanelWidgets widgets_;
     FrameExtents frame_;
     Reporter report_;
+    std::string copied_; // the text that is being copied
 };
 
 } // namespace tavel
