@@ -38,6 +38,7 @@ public:
     void handOverContents() override {}
     KeyboardTap& keyboardTap() override { return keyboardTap_; }
     FocusProbe& focusProbe() override { return focusProbe_; }
+    bool canShowNamePanel() override { return false; }
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts&, NamePanelActions) override {
         return nullptr;
     }

@@ -6,6 +6,8 @@
 #include "Linux/X11/Selections/X11Pasteboard.h"
 #include "Platform/PasteboardTypes.h"
 
+#include <unistd.h>
+
 #include <utility>
 
 namespace tavel {
@@ -20,6 +22,10 @@ X11Platform::X11Platform(std::unique_ptr<X11Connection> connection)
 
 std::shared_ptr<Pasteboard> X11Platform::openPasteboard(const std::optional<std::string>& name) {
     return std::make_shared<X11Pasteboard>(selections_, name);
+}
+
+bool X11Platform::canShowNamePanel() {
+    return access(namePanelProgramPath().c_str(), X_OK) == 0;
 }
 
 std::unique_ptr<NamePanelView> X11Platform::makeNamePanelView(const NamePanelTexts& texts,

@@ -23,6 +23,7 @@ public:
     void handOverContents() override;
     KeyboardTap& keyboardTap() override { return keyboardTap_; }
     FocusProbe& focusProbe() override { return focusProbe_; }
+    bool canShowNamePanel() override;
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
                                                      NamePanelActions actions) override;
 

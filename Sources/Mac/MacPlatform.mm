@@ -29,6 +29,7 @@ public:
     KeyboardTap& keyboardTap() override { return keyboardTap_; }
     FocusProbe& focusProbe() override { return focusProbe_; }
 
+    bool canShowNamePanel() override { return true; }
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
                                                      NamePanelActions actions) override {
         return makeMacNamePanelView(texts, actions);

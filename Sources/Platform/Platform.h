@@ -37,6 +37,10 @@ public:
     virtual KeyboardTap& keyboardTap() = 0;
     virtual FocusProbe& focusProbe() = 0;
 
+    /// Whether a naming panel can be shown here, as far as that can be told without making one. Costs no more
+    /// than a look at a file.
+    virtual bool canShowNamePanel() = 0;
+
     /// A naming panel's window, not shown yet. Null if no window can be shown here.
     virtual std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
                                                              NamePanelActions actions) = 0;

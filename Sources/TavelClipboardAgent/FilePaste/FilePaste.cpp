@@ -78,6 +78,10 @@ void FilePaste::configure(bool enabled) {
 }
 
 void FilePaste::switchOn() {
+    if (!platform_.canShowNamePanel()) {
+        switchOff();
+        throw notPermitted();
+    }
     KeyboardTap& tap = platform_.keyboardTap();
     if (tapCreated_ && !tap.isPermitted()) {
         losePermission();
@@ -189,7 +193,8 @@ KeyVerdict FilePaste::handle(const KeyEvent& event) {
     }
     const bool isPasteShortcut = event.type == KeyEventType::keyDown && event.keyCode == keyCode::v &&
                                  (event.flags & examinedFlags) == keyFlag::command;
-    if (!enabled_ || busy_ || !isPasteShortcut)
+    // Without a panel, which may have been removed since, the shortcut would be lost.
+    if (!enabled_ || busy_ || !isPasteShortcut || !platform_.canShowNamePanel())
         return KeyVerdict::pass;
     const auto pid = processOfFocusedFileView();
     if (!pid || !holdsPasteableContent())

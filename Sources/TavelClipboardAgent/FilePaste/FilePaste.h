@@ -39,8 +39,9 @@ public:
 
     /// Switches the feature on or off. Switching off ends an interception that is in progress, and never
     /// fails. Switching on throws Error ("Tavel", 1), with a description for the user, if the system does not
-    /// let the agent see the keyboard; the feature is then off. It also goes off by itself, within about a
-    /// second, when the user takes that permission away, and has to be switched on again.
+    /// let the agent see the keyboard, or cannot show the naming panel; the feature is then off. It also goes
+    /// off by itself, within about a second, when the user takes that permission away, and has to be switched
+    /// on again.
     void configure(bool enabled);
 
     /// The content of a file made from the pasteboard's first suitable representation. Throws Error

@@ -29,6 +29,7 @@ class PanelPlatform final : public Platform {
 public:
     ManualEventLoop loop;
 
+    bool canShowNamePanel() override { return true; }
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
                                                      NamePanelActions actions) override {
         return makeMacNamePanelView(texts, actions);

@@ -155,6 +155,8 @@ public:
 
     FocusProbe& focusProbe() override { return focus; }
 
+    bool canShowNamePanel() override { return showsWindows; }
+
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
                                                      NamePanelActions actions) override;
 

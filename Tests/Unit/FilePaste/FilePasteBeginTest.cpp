@@ -154,8 +154,8 @@ TEST_F(FilePasteBeginning, isGivenUpWhenThePictureCannotBeEncoded) {
 }
 
 TEST_F(FilePasteBeginning, isGivenUpWhenNoWindowCanBeShown) {
-    platform.showsWindows = false;
     EXPECT_TRUE(typeShortcut());
+    platform.showsWindows = false;
     wait(120ms);
     EXPECT_TRUE(loggedFailure("Tavel:6"));
     platform.showsWindows = true;

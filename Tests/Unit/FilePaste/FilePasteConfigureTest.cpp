@@ -70,6 +70,21 @@ TEST_F(FilePasteSwitch, namesTheMissingPermissions) {
     }
 }
 
+TEST_F(FilePasteSwitch, isRefusedWhereNoPanelCanBeShown) {
+    platform.showsWindows = false;
+    EXPECT_EQ(errorOf([this] { switchOn(); }), "Tavel 1");
+    EXPECT_EQ(platform.tap.creations, 0);
+    platform.showsWindows = true;
+    expectThatItWorksAgain();
+    platform.showsWindows = false;
+    EXPECT_FALSE(typeShortcut()) << "the panel has gone since";
+    EXPECT_EQ(errorOf([this] { switchOn(); }), "Tavel 1");
+    platform.showsWindows = true;
+    EXPECT_FALSE(typeShortcut()) << "the feature is off";
+    switchOn();
+    EXPECT_TRUE(typeShortcut());
+}
+
 TEST_F(FilePasteSwitch, staysOffWhenTheTapIsRefused) {
     platform.tap.allowed = false;
     EXPECT_EQ(errorOf([this] { switchOn(); }), "Tavel 1");
