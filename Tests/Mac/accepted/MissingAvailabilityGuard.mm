@@ -6,3 +6,9 @@ void activate() {
     else
         [NSApp activateIgnoringOtherApps:NO];
 }
+
+bool isAskedAbout(NSPasteboard* pasteboard) {
+    if (@available(macOS 15.4, *))
+        return [pasteboard accessBehavior] == NSPasteboardAccessBehaviorAsk;
+    return false;
+}
