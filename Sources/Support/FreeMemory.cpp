@@ -17,9 +17,15 @@ void useOneHeap() {
 #endif
 }
 
-std::int64_t pagesProvided() {
+MemoryUse memoryUse() {
+    MemoryUse use;
     rusage usage{};
-    return getrusage(RUSAGE_SELF, &usage) == 0 ? usage.ru_minflt : 0;
+    if (getrusage(RUSAGE_SELF, &usage) == 0)
+        use.pagesProvided = usage.ru_minflt;
+#ifdef __GLIBC__
+    use.bytesFree = static_cast<std::int64_t>(mallinfo2().fordblks);
+#endif
+    return use;
 }
 
 void returnFreeMemory() {

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 namespace tavel {
 
@@ -83,6 +84,21 @@ TEST_F(Memory, ofTextsThatTheParentSentAllAtOnceIsReturned) {
                    R"(,"text_b64":")" + base64 + "\"}\n");
     for (std::uint64_t number = 1; number <= count; ++number)
         EXPECT_EQ(agent.nextMessage()["request_id"], number);
+    expectReturned(agent, atStart);
+}
+
+TEST_F(Memory, ofAnEventThatTheParentReadsLateIsReturned) {
+    AgentProcess& agent = start();
+    const std::size_t atStart = memoryOf(agent.processIdentifier());
+    const std::string text = repeated("t", std::size_t{4} << 20);
+    // The C library takes the memory of the first event for itself, and that of the second one from its heap.
+    // The agent has returned what was free by the time that the parent reads.
+    for (const std::chrono::seconds pause : {std::chrono::seconds(0), std::chrono::seconds(4)}) {
+        const std::int64_t sequence = otherApplication().copyText(text);
+        std::this_thread::sleep_for(pause);
+        EXPECT_EQ(agent.nextMessage(), announcement(sequence));
+        EXPECT_EQ(agent.nextMessage()["bytes"], text.size());
+    }
     expectReturned(agent, atStart);
 }
 

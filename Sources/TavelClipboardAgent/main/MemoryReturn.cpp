@@ -1,16 +1,23 @@
 #include "TavelClipboardAgent/main/MemoryReturn.h"
 
+#include <algorithm>
+
 namespace tavel {
 
 bool MemoryReturn::isDue() {
     if (++ticks_ < ticksPerLook)
         return false;
     ticks_ = 0;
-    const std::int64_t pages = pages_();
-    const bool isWorking = pages - std::exchange(atLastLook_, pages) > pagesWithoutWork;
-    if (isWorking || pages - atLastReturn_ < smallestWork)
+    const MemoryUse now = use_();
+    const bool isWorking =
+        now.pagesProvided - std::exchange(pagesAtLastLook_, now.pagesProvided) > pagesWithoutWork;
+    leastFree_ = std::min(leastFree_, now.bytesFree);
+    const bool hasWorked = now.pagesProvided - pagesAtLastReturn_ >= smallestWork;
+    const bool hasFreed = now.bytesFree - leastFree_ >= smallestFreed;
+    if (isWorking || !(hasWorked || hasFreed))
         return false;
-    atLastReturn_ = pages;
+    pagesAtLastReturn_ = now.pagesProvided;
+    leastFree_ = now.bytesFree;
     return true;
 }
 

@@ -22,40 +22,59 @@ protected:
         return returns;
     }
 
-    std::int64_t pages_ = 0;
-    MemoryReturn memory_{[this] { return pages_; }};
+    MemoryUse use_;
+    MemoryReturn memory_{[this] { return use_; }};
 };
 
 TEST_F(MemoryReturnTest, isDueOnceAfterLargeWork) {
-    pages_ += MemoryReturn::smallestWork;
+    use_.pagesProvided += MemoryReturn::smallestWork;
     EXPECT_FALSE(isDueAtNextLook()) << "the work may go on";
     EXPECT_TRUE(isDueAtNextLook());
     EXPECT_EQ(returnsWithin(100), 0) << "an idle agent does nothing";
-    pages_ += MemoryReturn::smallestWork;
+    use_.pagesProvided += MemoryReturn::smallestWork;
     EXPECT_EQ(returnsWithin(100), 1);
 }
 
 TEST_F(MemoryReturnTest, isNotDueAfterSmallWork) {
-    pages_ += MemoryReturn::smallestWork - 1;
+    use_.pagesProvided += MemoryReturn::smallestWork - 1;
     EXPECT_EQ(returnsWithin(100), 0);
-    ++pages_;
+    ++use_.pagesProvided;
     EXPECT_EQ(returnsWithin(100), 1) << "small works add up";
 }
 
 TEST_F(MemoryReturnTest, isNotDueWhileWorkGoesOn) {
     for (int look = 0; look < 100; ++look) {
-        pages_ += MemoryReturn::pagesWithoutWork + 1;
+        use_.pagesProvided += MemoryReturn::pagesWithoutWork + 1;
         EXPECT_FALSE(isDueAtNextLook());
     }
-    pages_ += MemoryReturn::pagesWithoutWork;
+    use_.pagesProvided += MemoryReturn::pagesWithoutWork;
     EXPECT_TRUE(isDueAtNextLook());
+}
+
+TEST_F(MemoryReturnTest, isDueOnceAfterMuchWasFreed) {
+    use_.bytesFree = 1'000'000;
+    EXPECT_EQ(returnsWithin(100), 0) << "it was free from the beginning";
+    use_.bytesFree += MemoryReturn::smallestFreed;
+    EXPECT_EQ(returnsWithin(100), 1);
+    use_.bytesFree -= MemoryReturn::smallestFreed; // the heap's end went back
+    EXPECT_EQ(returnsWithin(100), 0);
+    use_.bytesFree += MemoryReturn::smallestFreed;
+    EXPECT_EQ(returnsWithin(100), 1);
+}
+
+TEST_F(MemoryReturnTest, isNotDueAfterLittleWasFreed) {
+    EXPECT_EQ(returnsWithin(1), 0);
+    use_.bytesFree += MemoryReturn::smallestFreed - 1;
+    EXPECT_EQ(returnsWithin(100), 0);
+    ++use_.bytesFree;
+    EXPECT_EQ(returnsWithin(100), 1);
 }
 
 TEST_F(MemoryReturnTest, looksAtEveryTenthTickOnly) {
     int looks = 0;
     MemoryReturn memory([&] {
         ++looks;
-        return 0;
+        return MemoryUse();
     });
     for (int tick = 0; tick < 1000; ++tick)
         EXPECT_FALSE(memory.isDue());
