@@ -2,6 +2,7 @@
 
 #include "Linux/LinuxPlatform.h"
 #include "Linux/Store/PasteboardStore.h"
+#include "Platform/NoFocusProbe.h"
 
 #include <memory>
 #include <optional>
@@ -18,16 +19,6 @@ public:
     bool isPermitted() override { return true; }
     bool isKeyDown(std::int64_t) override { return false; }
     void post(std::span<const KeyEvent>) override {}
-};
-
-/// Without a display, no application is frontmost.
-class NoFocusProbe final : public FocusProbe {
-public:
-    void follow(bool) override {}
-    std::optional<RunningApplication> frontmostApplication() override { return std::nullopt; }
-    bool isTrusted() override { return false; }
-    std::optional<std::string> focusedRole(std::int32_t) override { return std::nullopt; }
-    void activate(std::int32_t) override {}
 };
 
 /// The platform of a machine without a display: pasteboards in the user's store, no keyboard, no windows.

@@ -24,7 +24,7 @@ void requestActivation() {
     [[NSApplication sharedApplication] activateIgnoringOtherApps:NO];
 }
 
-/// Deliberate: not -activate, which is to replace this call since macOS 14. It is but a request.
+/// Deliberate: not -activate, by which Apple replaces this call since macOS 14. The system may refuse that.
 void demandActivation() {
     [[NSApplication sharedApplication] activateIgnoringOtherApps:YES];
 }

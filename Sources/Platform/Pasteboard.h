@@ -15,7 +15,7 @@ namespace tavel {
 
 /// One type of an item with its data.
 struct Representation {
-    /// A uniform type identifier: letters, digits, hyphens and dots, at least one of these. A platform may
+    /// A uniform type identifier: letters, digits, hyphens and dots, with at least one dot. A platform may
     /// take two names for the same type if only the case of their letters differs, and may rename or refuse a
     /// type that is no such identifier.
     std::string type;

@@ -86,6 +86,9 @@ protected:
 /// Only for backends whose platform shows other programs a replacement as one change.
 class ReplacementIsolationConformance : public PasteboardConformance {};
 
+/// Only for backends whose platform takes every name for a type, and tells names of another case apart.
+class AnyNameConformance : public PasteboardConformance {};
+
 /// Only for backends whose platform keeps the items of another program's content apart.
 class ItemConformance : public PasteboardConformance {};
 

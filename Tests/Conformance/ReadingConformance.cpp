@@ -115,6 +115,17 @@ TEST_P(PasteboardConformance, typesAreAnyIdentifiers) {
         EXPECT_EQ(dataOf(*theirs, identifier), "of " + identifier);
 }
 
+TEST_P(AnyNameConformance, typesAreAnyNames) {
+    const std::vector<std::string> names{"net.example.unheard-of", "NET.EXAMPLE.UNHEARD-OF", "x"};
+    Values values;
+    for (const std::string& one : names)
+        values.push_back(dataValue(one, "of " + one));
+    ASSERT_TRUE(ours->replaceWithValues(values));
+    EXPECT_EQ(theirs->types(), names);
+    for (const std::string& one : names)
+        EXPECT_EQ(dataOf(*theirs, one), "of " + one);
+}
+
 TEST_P(PasteboardConformance, filePathsComeInItemOrder) {
     copyItems(*ours, Items{fileUrlItem("file:///tmp/zebra"),
                            {representation(someType, "in between"),

@@ -31,6 +31,7 @@ constexpr PasteboardBackendMaker headless{
 } // namespace
 
 INSTANTIATE_TEST_SUITE_P(Backend, PasteboardConformance, testing::Values(headless), backendLabel);
+INSTANTIATE_TEST_SUITE_P(Backend, AnyNameConformance, testing::Values(headless), backendLabel);
 INSTANTIATE_TEST_SUITE_P(Backend, ItemConformance, testing::Values(headless), backendLabel);
 INSTANTIATE_TEST_SUITE_P(Backend, TrailingZeroConformance, testing::Values(headless), backendLabel);
 INSTANTIATE_TEST_SUITE_P(Backend, ReplacementIsolationConformance, testing::Values(headless), backendLabel);

@@ -29,6 +29,7 @@ constexpr PasteboardBackendMaker x11{
 } // namespace
 
 INSTANTIATE_TEST_SUITE_P(Backend, PasteboardConformance, testing::Values(x11), backendLabel);
+INSTANTIATE_TEST_SUITE_P(Backend, AnyNameConformance, testing::Values(x11), backendLabel);
 INSTANTIATE_TEST_SUITE_P(Backend, ReplacementIsolationConformance, testing::Values(x11), backendLabel);
 INSTANTIATE_TEST_SUITE_P(Backend, GeneralPasteboardConformance, testing::Values(x11), backendLabel);
 

@@ -38,12 +38,11 @@ xcb_get_property_cookie_t ask(xcb_connection_t* connection, xcb_window_t window,
 }
 
 X11Reply<xcb_get_property_reply_t> answer(const ReplyWaiter& wait, xcb_get_property_cookie_t cookie) {
-    return X11Reply<xcb_get_property_reply_t>(static_cast<xcb_get_property_reply_t*>(wait(cookie.sequence)));
+    return awaitReply(wait, cookie, xcb_get_property_reply);
 }
 
 xcb_atom_t answer(const ReplyWaiter& wait, xcb_intern_atom_cookie_t cookie) {
-    const X11Reply<xcb_intern_atom_reply_t> reply(
-        static_cast<xcb_intern_atom_reply_t*>(wait(cookie.sequence)));
+    const auto reply = awaitReply(wait, cookie, xcb_intern_atom_reply);
     return reply != nullptr ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 

@@ -30,4 +30,11 @@ X11Reply<Reply> awaitReply(xcb_connection_t* connection, Cookie cookie,
 /// caller frees the reply.
 using ReplyWaiter = std::function<void*(std::uint32_t requestNumber)>;
 
+/// Waits as `wait` does. The xcb function for the reply only tells its kind.
+template <typename Reply, typename Cookie>
+X11Reply<Reply> awaitReply(const ReplyWaiter& wait, Cookie cookie,
+                           Reply* (*)(xcb_connection_t*, Cookie, xcb_generic_error_t**)) {
+    return X11Reply<Reply>(static_cast<Reply*>(wait(cookie.sequence)));
+}
+
 } // namespace tavel

@@ -16,7 +16,7 @@ namespace tavel {
 namespace {
 
 /// Longer than a system needs that grants the request, and shorter than a user needs to begin typing.
-constexpr std::chrono::milliseconds keyboardPatience{100};
+constexpr std::chrono::milliseconds keyboardCheckInterval{100};
 
 /// The first demand is expected to suffice. After all of them a further one would only disturb a user who has
 /// begun to do something else.
@@ -70,7 +70,7 @@ void FileNamePanel::hide() {
 void FileNamePanel::awaitKeyboard(int demands) {
     if (demands == 0)
         return;
-    platform_.eventLoop().postAfter(keyboardPatience, [weak = weak_from_this(), demands] {
+    platform_.eventLoop().postAfter(keyboardCheckInterval, [weak = weak_from_this(), demands] {
         if (const auto alive = weak.lock())
             alive->demandKeyboard(demands);
     });

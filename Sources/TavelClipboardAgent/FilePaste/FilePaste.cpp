@@ -193,11 +193,11 @@ KeyVerdict FilePaste::handle(const KeyEvent& event) {
     }
     const bool isPasteShortcut = event.type == KeyEventType::keyDown && event.keyCode == keyCode::v &&
                                  (event.flags & examinedFlags) == keyFlag::command;
-    // Without a panel, which may have been removed since, the shortcut would be lost.
-    if (!enabled_ || busy_ || !isPasteShortcut || !platform_.canShowNamePanel())
+    if (!enabled_ || busy_ || !isPasteShortcut)
         return KeyVerdict::pass;
     const auto pid = processOfFocusedFileView();
-    if (!pid || !holdsPasteableContent())
+    // Without a panel, which may have been removed since, the shortcut would be lost.
+    if (!pid || !holdsPasteableContent() || !platform_.canShowNamePanel())
         return KeyVerdict::pass;
     scheduleBegin(delayBeforePanel, *pid, board_->changeCount());
     busy_ = true;

@@ -2,6 +2,7 @@
 #include "Support/Error.h"
 #include "TavelClipboardAgent/FilePaste/FilePaste.h"
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
+#include "TavelClipboardAgent/main/Images.h"
 #include "TavelClipboardAgent/main/Limits.h"
 
 #include <cstdint>
@@ -41,15 +42,6 @@ std::optional<FilePaste::FileData> unchangedContent(Pasteboard& board, std::span
             return FilePaste::FileData{*std::move(data), std::string(format.fileExtensions.front())};
     }
     return std::nullopt;
-}
-
-std::optional<Bytes> plainPicture(Pasteboard& board, std::span<const std::string> types) {
-    std::optional<Bytes> picture;
-    for (const std::string_view type : plainPictureTypes) {
-        if (!picture && pasteboardType::isOffered(types, type))
-            picture = board.data(type, maximumImageBytes);
-    }
-    return picture;
 }
 
 bool hasAllowedSize(const ImageSize& size) {

@@ -87,13 +87,13 @@ bool ClipboardWorker::startReading() {
 /// False if there is no memory for it now.
 bool ClipboardWorker::startPolling() {
     try {
-        platform_.eventLoop().repeat(pollInterval,
-                                     [worker = weak_from_this(), memory = MemoryReturn(memoryUse)]() mutable {
-                                         if (const auto alive = worker.lock())
-                                             alive->tick();
-                                         if (memory.isDue())
-                                             returnFreeMemory();
-                                     });
+        auto onTick = [worker = weak_from_this(), memory = MemoryReturn(memoryUse)]() mutable {
+            if (const auto alive = worker.lock())
+                alive->tick();
+            if (memory.isDue())
+                returnFreeMemory();
+        };
+        platform_.eventLoop().repeat(pollInterval, std::move(onTick));
         return true;
     } catch (const std::exception&) {
         return false;

@@ -125,11 +125,7 @@ void ClipboardWorker::captureImage(std::span<const std::string> types, std::int6
         if (!started)
             exportSlot_->release();
     });
-    std::optional<Bytes> image;
-    for (const std::string_view type : plainPictureTypes) {
-        if (!image && pasteboardType::isOffered(types, type))
-            image = pasteboard_->data(type, maximumImageBytes);
-    }
+    std::optional<Bytes> image = plainPicture(*pasteboard_, types);
     const bool usable =
         image && image->size() <= maximumImageBytes && validImage(platform_.imageCodec(), *image);
     if (!usable) {

@@ -1,9 +1,19 @@
 #include "TavelClipboardAgent/main/Images.h"
 
 #include "Platform/PasteboardTypes.h"
+#include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/main/Limits.h"
 
 namespace tavel {
+
+std::optional<Bytes> plainPicture(Pasteboard& pasteboard, std::span<const std::string> types) {
+    std::optional<Bytes> picture;
+    for (const std::string_view type : plainPictureTypes) {
+        if (!picture && pasteboardType::isOffered(types, type))
+            picture = pasteboard.data(type, maximumImageBytes);
+    }
+    return picture;
+}
 
 bool validImage(ImageCodec& codec, const Bytes& data) {
     const auto size = codec.measure(data);

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Mac/MacNamePanelView.h"
+#include "Platform/NoFocusProbe.h"
 #include "Platform/Platform.h"
 #include "Tests/Unit/Doubles/ManualEventLoop.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -12,16 +12,6 @@
 #include <string>
 
 namespace tavel {
-
-/// Knows of no program in front.
-class NoFocusProbe final : public FocusProbe {
-public:
-    void follow(bool) override {}
-    std::optional<RunningApplication> frontmostApplication() override { return std::nullopt; }
-    bool isTrusted() override { return false; }
-    std::optional<std::string> focusedRole(std::int32_t) override { return std::nullopt; }
-    void activate(std::int32_t) override {}
-};
 
 /// A platform that provides only what a panel needs. Everything else throws. The test moves the event loop's
 /// clock.

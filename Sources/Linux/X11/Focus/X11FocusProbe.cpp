@@ -26,8 +26,7 @@ constexpr std::size_t mostSeenWindows = 64;
 
 xcb_window_t rootOf(X11Connection& connection, const ReplyWaiter& wait) {
     const auto cookie = xcb_get_geometry(connection.get(), connection.window());
-    const X11Reply<xcb_get_geometry_reply_t> reply(
-        static_cast<xcb_get_geometry_reply_t*>(wait(cookie.sequence)));
+    const auto reply = awaitReply(wait, cookie, xcb_get_geometry_reply);
     return reply == nullptr ? xcb_window_t{XCB_WINDOW_NONE} : reply->root;
 }
 

@@ -89,6 +89,7 @@ void X11KeyboardTap::remove() {
     decider_.reset();
     thread_.reset();
     connection_.reset();
+    restored_.reset();
 }
 
 void X11KeyboardTap::setEnabled(bool enabled) {

@@ -67,19 +67,16 @@ std::int64_t X11Pasteboard::noticedChangeCount() {
 
 /// What this process owns of the selection; null if another program has to be asked. Brings the news of who
 /// owns the selection up to date.
-std::shared_ptr<const X11Pasteboard::Items> X11Pasteboard::ownContent() {
+std::shared_ptr<const OwnedContent> X11Pasteboard::ownContent() {
     owner_.assertCurrent();
     selections_->synchronize();
     // Once the server is gone, nobody can ask for what this process owned.
-    if (selections_->connection().isLost())
-        return std::make_shared<const Items>();
-    const auto& owned = selection_.owned;
-    return owned != nullptr ? std::shared_ptr<const Items>(owned, &owned->items) : nullptr;
+    return selections_->connection().isLost() ? std::make_shared<const OwnedContent>() : selection_.owned;
 }
 
 std::vector<std::string> X11Pasteboard::types() {
     if (const auto own = ownContent()) {
-        std::vector<std::string> types = pasteboardItems::types(*own);
+        std::vector<std::string> types = pasteboardItems::types(own->items);
         types.resize(std::min(types.size(), pasteboardType::mostTypes));
         return types;
     }
@@ -97,7 +94,8 @@ std::vector<std::string> X11Pasteboard::types() {
 
 std::optional<Bytes> X11Pasteboard::string(std::string_view type, std::size_t limit) {
     const auto own = ownContent();
-    const auto text = own != nullptr ? pasteboardItems::string(*own, type) : otherProgramsData(type, limit);
+    const auto text =
+        own != nullptr ? pasteboardItems::string(own->items, type) : otherProgramsData(type, limit);
     const bool isText =
         text && isUtf8(text->size() > limit ? withoutPartialCharacter(text->view()) : text->view());
     return isText ? std::optional(text->slice(0, limit + 1)) : std::nullopt;
@@ -105,14 +103,15 @@ std::optional<Bytes> X11Pasteboard::string(std::string_view type, std::size_t li
 
 std::optional<Bytes> X11Pasteboard::data(std::string_view type, std::size_t limit) {
     const auto own = ownContent();
-    const auto data = own != nullptr ? pasteboardItems::data(*own, type) : otherProgramsData(type, limit);
+    const auto data =
+        own != nullptr ? pasteboardItems::data(own->items, type) : otherProgramsData(type, limit);
     return data ? std::optional(data->slice(0, limit + 1)) : std::nullopt;
 }
 
 FileList X11Pasteboard::files(const FileListLimit& limit) {
     FileListBuilder files(limit);
     if (const auto own = ownContent()) {
-        for (const std::string& url : pasteboardItems::fileUrls(*own))
+        for (const std::string& url : pasteboardItems::fileUrls(own->items))
             files.addUrl(url);
     } else if (auto list = otherProgramsUriList(largestUrlBytes(limit))) {
         // Whole names of a URI that was cut still show whether it names a file.
@@ -192,14 +191,13 @@ std::optional<std::int64_t> X11Pasteboard::addTypes(std::span<const Representati
     if (representations.empty() || !canHoldAll(representations))
         return std::nullopt;
     const auto own = ownContent();
-    auto content = own == nullptr                ? otherProgramsContent()
-                   : selection_.owned != nullptr ? std::optional(*selection_.owned)
-                                                 : std::nullopt;
+    auto content = own != nullptr ? std::optional(*own) : otherProgramsContent();
     if (!content || content->items.empty())
         return std::nullopt;
     for (const Representation& one : representations) {
         pasteboardItems::putOnFirstItem(content->items, one.type, one.data);
-        content->forms.erase(one.type);
+        std::erase_if(content->forms,
+                      [&](const auto& form) { return targetName::typeOf(form.first) == one.type; });
     }
     return selections_->own(selection_, std::move(*content));
 }

@@ -36,7 +36,7 @@ public:
 private:
     using Items = pasteboardItems::Items;
 
-    std::shared_ptr<const Items> ownContent();
+    std::shared_ptr<const OwnedContent> ownContent();
     std::optional<std::int64_t> replace(std::optional<Items> items);
     std::optional<OwnedContent> otherProgramsContent();
     void takeOver(OwnedContent& content, const std::string& type, std::size_t& room);
