@@ -14,6 +14,8 @@ namespace tavel {
 class LinuxPlatform : public Platform {
 public:
     EventLoop& eventLoop() final { return eventLoop_; }
+    bool watchParent(std::int32_t, std::function<void()>) final { return false; }
+    void expectEnd() override {}
     ImageCodec& imageCodec() final { return imageCodec_; }
     std::string fileUrl(const std::string& path) final;
     std::string localTimestamp() final;

@@ -29,6 +29,10 @@ public:
     KeyboardTap& keyboardTap() override { return keyboardTap_; }
     FocusProbe& focusProbe() override { return focusProbe_; }
 
+    /// Deliberate: the tick looks at the parent.
+    bool watchParent(std::int32_t, std::function<void()>) override { return false; }
+    void expectEnd() override {}
+
     bool canShowNamePanel() override { return true; }
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
                                                      NamePanelActions actions) override {

@@ -16,6 +16,9 @@ public:
 
     virtual ~EventLoop() = default;
 
+    /// For a wait that only an event ends.
+    static constexpr std::chrono::milliseconds unlimited = std::chrono::milliseconds::max();
+
     /// One pass: waits until something is ready, until `stopWaiting`, or for `longestWait`, whichever is
     /// first, and runs what is ready. A platform with events of its own waits for those; functions then run
     /// during the wait without ending it. Main thread.

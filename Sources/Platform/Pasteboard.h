@@ -5,6 +5,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -43,6 +45,19 @@ enum class ReadAccess {
     denied, // the user has refused it for good: there is nothing to read, and nobody waits
 };
 
+/// A value that a reader wants of a content, and the most bytes of it that are of use.
+struct WantedValue {
+    std::string type;
+    std::size_t limit;
+};
+
+/// Other programs' values on their way to this process. Its destruction gives up what has not come, and what
+/// was to run then does not run.
+class Gathering {
+public:
+    virtual ~Gathering() = default;
+};
+
 /// A pasteboard that programs share, in AppKit's vocabulary. Its content is a list of items; the change count
 /// numbers the contents. Main thread only.
 ///
@@ -55,9 +70,17 @@ enum class ReadAccess {
 /// else: they may end within a character. A platform that receives a value in parts keeps no more than that.
 ///
 /// Whoever reads data asks for the types first, and then for those that are offered: a request for any other
-/// could block as well, or make the system ask the user.
+/// could make the system ask the user.
+///
+/// Where programs keep their contents themselves, a content has to come from its owner, who may take its time
+/// or never answer. The reading operations do not wait for it: they give what has come. `gather` fetches
+/// values; the types come by themselves, and so do small values that `watch` names.
 class Pasteboard {
 public:
+    /// Runs when a gathering has ended. `isCurrent` is false if the content was replaced meanwhile; no value
+    /// of it can be read then.
+    using Gathered = std::function<void(bool isCurrent)>;
+
     /// The most bytes of another program's content that a platform takes over to add types to it: 256 MiB.
     static constexpr std::size_t mostBytesTakenOver = std::size_t{256} << 20;
 
@@ -66,13 +89,38 @@ public:
     /// The change count, up to date.
     virtual std::int64_t changeCount() = 0;
 
-    /// The change count as far as news of it has come in by itself. Costs no request to another process, and
-    /// lags behind `changeCount` by no more than the event loop does: for polling.
+    /// The change count of the latest content whose types, and values that `watch` names, are there or were
+    /// given up. Costs no request to another process: for polling. Where a content has to come from its
+    /// owner, this lags behind `changeCount`; elsewhere, by no more than the event loop does.
     virtual std::int64_t noticedChangeCount() = 0;
 
-    /// The types of all items, each once, in the order in which they first occur. A platform may list names
-    /// of its own beside them, such as older names of the same types. At most `pasteboardType::mostTypes`; a
-    /// type whose name exceeds `pasteboardType::longestNameBytes` is left out.
+    /// From now on, `noticed` runs in the event loop after `noticedChangeCount` has moved, and these values
+    /// come with the types of each content. False if the platform has no news of changes: then the change
+    /// count has to be polled, and nothing has to come. To be called once.
+    virtual bool watch(std::vector<WantedValue>, std::function<void()>) { return false; }
+
+    /// Fetches these values of the content with the noticed change count, one after the other, and runs
+    /// `done` once, in which they can be read. At once and during this call, if nobody has to be asked for
+    /// them; the result is null then. Types that are not offered are passed over, and so is what the owner
+    /// does not deliver: one that stays silent, or goes on too slowly, is asked for nothing more.
+    virtual std::unique_ptr<Gathering> gather(std::vector<WantedValue>, Gathered done) {
+        done(true);
+        return nullptr;
+    }
+
+    /// Like `gather`, for everything that `addTypes` has to take over from the content's owner. `addTypes`
+    /// called in `done` fails if one of the `required` types is offered and did not come. All others
+    /// together, which only their own program can know, get a second.
+    virtual std::unique_ptr<Gathering> gatherForAddTypes(std::vector<std::string> required, Gathered done) {
+        static_cast<void>(required);
+        done(true);
+        return nullptr;
+    }
+
+    /// The types of all items of the content with the noticed change count, each once, in the order in which
+    /// they first occur. A platform may list names of its own beside them, such as older names of the same
+    /// types. At most `pasteboardType::mostTypes`; a type whose name exceeds
+    /// `pasteboardType::longestNameBytes` is left out.
     virtual std::vector<std::string> types() = 0;
 
     /// What a reading operation would meet now. Cheap enough for a key that waits for it.
@@ -80,16 +128,15 @@ public:
 
     /// The text under `type`, in UTF-8 without a terminator. Of public.utf8-plain-text the texts of all items
     /// that have it, joined by line feeds; of any other type the first item's. nullopt if no item has the
-    /// type, or if its data is no text. Another program may have to deliver the data: the call blocks until
-    /// it has done so or the platform's time limit has passed.
+    /// type, if its data is no text, or if it has not come.
     virtual std::optional<Bytes> string(std::string_view type, std::size_t limit) = 0;
 
-    /// The data under `type` of the first item that has it. Can block like `string`.
+    /// The data under `type` of the first item that has it. nullopt if no item has it, or it has not come.
     virtual std::optional<Bytes> data(std::string_view type, std::size_t limit) = 0;
 
     /// The files that the items' file URLs name, in item order. An item without a file URL, or whose URL
-    /// names no local path in UTF-8, is left out. Can block like `string`, but does so only if a type is
-    /// offered from which the platform reads file URLs. May be called without a look at the types.
+    /// names no local path in UTF-8, is left out. They are gathered as `pasteboardType::fileUrl`. May be
+    /// called without a look at the types.
     virtual FileList files(const FileListLimit& limit) = 0;
 
     /// Whether an item may hold this representation at all. Tells before anything is replaced that writing it
@@ -111,8 +158,8 @@ public:
 
     /// Adds types to the first item of the current content, whoever wrote it; everything else stays. This
     /// makes a new content, whose change count is returned as by `replaceWithValues`. nullopt if the first of
-    /// them was not added: there is no item, or the platform refused. A platform may then still fail to add
-    /// others, without saying.
+    /// them was not added: there is no item, the platform refused, or the content is another program's and
+    /// was not gathered for this. A platform may then still fail to add others, without saying.
     virtual std::optional<std::int64_t> addTypes(std::span<const Representation> representations) = 0;
 };
 

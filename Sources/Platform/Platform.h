@@ -7,7 +7,9 @@
 #include "Platform/NamePanelView.h"
 #include "Platform/Pasteboard.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -36,6 +38,15 @@ public:
     virtual ImageCodec& imageCodec() = 0;
     virtual KeyboardTap& keyboardTap() = 0;
     virtual FocusProbe& focusProbe() = 0;
+
+    /// From now on, `lost` runs in the event loop once the process that started this one is not, or no
+    /// longer, that one; also if it has ended before this call. False if the system cannot tell: then its
+    /// number has to be looked at from time to time. To be called once.
+    virtual bool watchParent(std::int32_t processIdentifier, std::function<void()> lost) = 0;
+
+    /// The process is about to end: from now on, a wait for the display server gives up after a second, and
+    /// the server is lost then. Any thread.
+    virtual void expectEnd() = 0;
 
     /// Whether a naming panel can be shown here, as far as that can be told without making one. Costs no more
     /// than a look at a file.

@@ -50,7 +50,7 @@ GlibEventLoop::~GlibEventLoop() {
 }
 
 void GlibEventLoop::runOnce(std::chrono::milliseconds longestWait) {
-    longestWait_ = static_cast<int>(longestWait.count());
+    longestWait_ = longestWait == unlimited ? -1 : static_cast<int>(longestWait.count());
     g_main_context_iteration(context_, TRUE);
 }
 

@@ -5,7 +5,9 @@
 #include "Platform/Platform.h"
 #include "Tests/Unit/Doubles/ManualEventLoop.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -25,6 +27,8 @@ public:
         return makeMacNamePanelView(texts, actions);
     }
 
+    bool watchParent(std::int32_t, std::function<void()>) override { refuse(); }
+    void expectEnd() override { refuse(); }
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>&) override { refuse(); }
     bool servesContents() override { refuse(); }
     void handOverContents() override { refuse(); }

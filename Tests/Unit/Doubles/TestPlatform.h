@@ -7,6 +7,7 @@
 #include "Tests/Unit/Doubles/ScriptedPasteboard.h"
 #include "Tests/Unit/Fixtures/ScratchDirectory.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -155,6 +156,14 @@ public:
 
     FocusProbe& focusProbe() override { return focus; }
 
+    bool watchParent(std::int32_t processIdentifier, std::function<void()> lost) override {
+        watchedParent = processIdentifier;
+        onParentLost = std::move(lost);
+        return tellsOfParent;
+    }
+
+    void expectEnd() override { ++expectedEnds; }
+
     bool canShowNamePanel() override { return showsWindows; }
 
     std::unique_ptr<NamePanelView> makeNamePanelView(const NamePanelTexts& texts,
@@ -181,6 +190,10 @@ public:
     std::optional<Error> pasteboardError; // if set, opening a pasteboard throws it
     int passingErrors = 0;                // how often it throws before it stops; 0: for ever
     std::vector<std::optional<std::string>> openedPasteboards;
+    bool tellsOfParent = false;
+    std::optional<std::int32_t> watchedParent;
+    std::function<void()> onParentLost;
+    std::atomic<int> expectedEnds = 0;
     bool showsWindows = true;
     ScreenSurroundings surroundings;                  // of every panel
     std::vector<std::shared_ptr<PanelWindow>> panels; // all ever made, oldest first
