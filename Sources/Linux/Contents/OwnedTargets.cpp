@@ -36,8 +36,8 @@ TargetValue filesForTarget(const std::vector<std::string>& urls, const std::stri
     return {target, Bytes::adopt(target == targetName::uriList ? uriListOf(urls) : copiedFilesOf(urls))};
 }
 
-/// text/html is UTF-8 without a byte-order mark on X11; browsers take the mark for the page's first
-/// character.
+/// text/html is UTF-8 without a byte-order mark on X11; Chromium takes the mark for the page's first
+/// character. Readers need no mark and no declaration to take it for UTF-8.
 TargetValue htmlForTarget(const Bytes& html, const std::string& target) {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     const std::size_t start = html.view().starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
