@@ -13,9 +13,9 @@ from pictures import make_random_png, read_png
 TEXT = "Voilà, déjà copié : 100 % « à la main » — ½ € 日本語 😀"
 LINES = f"{TEXT}\n\n\tun deuxième paragraphe\n"
 LONG = "".join(f"ligne {number} : {TEXT}\n" for number in range(12000))  # 1 MB, enough for an incremental transfer
-HTML = "<p>Bonjour <b>tout le monde</b> : déjà</p>"
-RTF = r"{\rtf1\ansi\ansicpg1252 Bonjour {\b tout le monde} : d\'e9j\'e0\par}"
-PLAIN = "Bonjour tout le monde : déjà"
+HTML = "<p>Bonjour <b>tout le monde</b> : déjà 5 € 日本</p>"  # declares no encoding, so a wrong guess shows
+RTF = r"{\rtf1\ansi\ansicpg1252 Bonjour {\b tout le monde} : d\'e9j\'e0 5 \'80 \u26085?\u26412?\par}"
+PLAIN = "Bonjour tout le monde : déjà 5 € 日本"
 PIXEL = (200, 30, 60)
 NAMES = ["a blank.txt", "100%25 & été #1?.txt", "it's \"quoted\";.txt", "a directory"]
 
@@ -268,7 +268,8 @@ def check_writer_text(exports):
     same("the formats", sorted(exports), ["text.html", "text.rtf", "text.txt"])
     same("the text", exports["text.txt"].decode().strip(), PLAIN)
     html = exports["text.html"].decode()
-    expect(re.search(r"<b>tout\s+le\s+monde</b>", html) and "déjà" in html, f"the HTML: {html}")
+    expect(re.search(r"<b>tout\s+le\s+monde</b>", html), f"the HTML: {html}")
+    expect(all(word in html for word in ("déjà", "€", "日本")), f"the HTML: {html}")
     rtf = exports["text.rtf"].decode()
     expect(rtf.startswith("{\\rtf") and re.search(r"\\b\b[^}]*tout le monde", rtf), f"the RTF: {rtf}")
 
