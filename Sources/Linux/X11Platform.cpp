@@ -16,9 +16,7 @@ X11Platform::X11Platform(std::unique_ptr<X11Connection> connection)
     : selections_(std::make_shared<X11Selections>(std::move(connection), TransferTimeOuts{})),
       events_(selections_),
       focusProbe_(selections_->connection(), deadline_, writeToSystemLog, modulePath("tavel-focus")),
-      keyboardTap_(nullptr, eventLoop(), deadline_) {
-    selections_->limitBy(deadline_);
-}
+      keyboardTap_(nullptr, eventLoop(), deadline_) {}
 
 std::shared_ptr<Pasteboard> X11Platform::openPasteboard(const std::optional<std::string>& name) {
     return std::make_shared<X11Pasteboard>(selections_, name);

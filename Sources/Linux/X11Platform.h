@@ -19,6 +19,7 @@ public:
     explicit X11Platform(std::unique_ptr<X11Connection> connection);
 
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;
+    void expectEnd() override { selections_->connection().expectEnd(); }
     bool servesContents() override;
     void handOverContents() override;
     KeyboardTap& keyboardTap() override { return keyboardTap_; }

@@ -13,12 +13,14 @@ namespace {
 
 class ChangeCount : public testing::Test {
 protected:
-    /// How much the operation adds to the change count. Expects both kinds of the count to agree.
+    /// How much the operation adds to the change count. Expects both kinds of the count to agree once the
+    /// content is known.
     template <typename Operation>
     std::int64_t moveOf(const Operation& operation) {
         const std::int64_t before = peers.board().changeCount();
         operation();
         const std::int64_t after = peers.board().changeCount();
+        peers.board().types();
         EXPECT_EQ(peers.board().noticedChangeCount(), after);
         return after - before;
     }

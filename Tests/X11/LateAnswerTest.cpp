@@ -7,7 +7,8 @@ namespace tavel {
 
 namespace {
 
-/// An owner of plain text and HTML that has not answered the first request for the text in time.
+/// An owner of plain text and HTML that has not answered the first request for the text in time. It is asked
+/// again for its next content.
 class LateAnswer : public testing::Test {
 protected:
     void SetUp() override {
@@ -31,20 +32,12 @@ TEST_F(LateAnswer, isTakenOffThePropertyAndDropped) {
     EXPECT_TRUE(owner.awaitDeletion(late));
 }
 
-TEST_F(LateAnswer, isNotTakenForTheSameTargetsNextValue) {
-    owner.on("UTF8_STRING", [&](const auto& request) {
-        answerLate();
-        owner.value("UTF8_STRING", "in time")(request);
-    });
-    EXPECT_EQ(peers.text(), "in time");
-    EXPECT_TRUE(owner.awaitDeletion(late));
-}
-
 TEST_F(LateAnswer, isNotTakenForAnotherTargetsValue) {
     owner.on("text/html", [&](const auto& request) {
         answerLate();
         owner.value("text/html", "<br>")(request);
     });
+    owner.take();
     EXPECT_EQ(peers.data("public.html"), "<br>");
     EXPECT_TRUE(owner.awaitDeletion(late));
 }
@@ -75,6 +68,7 @@ TEST_F(LateAnswer, isNotTakenForAnotherOwnersContent) {
 TEST_F(LateAnswer, inIncrementsIsTakenToItsEnd) {
     owner.announce(late, 1);
     EXPECT_TRUE(owner.sendIncrements(late, "UTF8_STRING", {"one", "two", "three"}));
+    owner.take();
     EXPECT_EQ(peers.data("public.html"), "<p>");
 }
 
@@ -91,6 +85,7 @@ TEST_F(LateAnswer, inIncrementsDoesNotMixWithAnother) {
         owner.sendIncrements(late, "UTF8_STRING", {});
         owner.sendIncrements(request, "UTF8_STRING", {});
     });
+    owner.take();
     EXPECT_EQ(peers.text(), "one,two,three");
     EXPECT_TRUE(owner.awaitDeletion(late));
 }
@@ -100,6 +95,7 @@ TEST_F(LateAnswer, thatRefusesIsNotTakenForTheNextRequestsRefusal) {
         owner.refuse(late);
         owner.value("UTF8_STRING", "in time")(request);
     });
+    owner.take();
     EXPECT_EQ(peers.text(), "in time");
 }
 
@@ -109,13 +105,12 @@ TEST(LateAnswers, toMoreReadsThanThereArePropertiesDoNotDisturbTheNext) {
     X11Peers peers(timeOuts);
     ScriptedOwner owner(peers.display());
     owner.offerValue("UTF8_STRING", "value");
-    owner.take();
-    while (peers.board().types().empty())
-        owner.take(); // on a busy machine, an answer within the short time-out may need several attempts
     owner.on("UTF8_STRING", owner.silence());
     constexpr std::size_t reads = 40;
-    for (std::size_t i = 0; i < reads; ++i)
+    while (owner.countOf("UTF8_STRING") < reads) {
+        owner.take();
         EXPECT_EQ(peers.text(), std::nullopt);
+    }
     const auto all = owner.requests();
     for (const auto& request : all) {
         if (request.targetName == "UTF8_STRING")
@@ -125,8 +120,10 @@ TEST(LateAnswers, toMoreReadsThanThereArePropertiesDoNotDisturbTheNext) {
         EXPECT_TRUE(owner.awaitDeletion(request));
     owner.on("UTF8_STRING", owner.value("UTF8_STRING", "in time"));
     std::optional<std::string> text;
-    for (int i = 0; i < 100 && !text; ++i)
+    for (int i = 0; i < 100 && !text; ++i) {
+        owner.take(); // on a busy machine, an answer within the short time-out may need several attempts
         text = peers.text();
+    }
     EXPECT_EQ(text, "in time");
 }
 
@@ -143,8 +140,10 @@ TEST(LateAnswers, doNotKeepTheNextRequestsRefusalFromBeingUnderstood) {
     owner.on("UTF8_STRING", [&](const auto& request) { owner.refuse(request); });
     // Four refusals take less time than one time-out.
     EXPECT_LT(durationOf([&] {
-                  for (int i = 0; i < 4; ++i)
+                  for (int i = 0; i < 4; ++i) {
+                      owner.take();
                       EXPECT_EQ(peers.text(), std::nullopt);
+                  }
               }),
               timeOuts.ownerInactivity);
 }

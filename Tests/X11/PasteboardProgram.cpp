@@ -1,6 +1,7 @@
 #include "Tests/X11/PasteboardProgram.h"
 
 #include "Linux/X11/Selections/X11Pasteboard.h"
+#include "Platform/PasteboardTypes.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -8,7 +9,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
+#include <exception>
+#include <future>
 #include <stdexcept>
 #include <utility>
 
@@ -23,7 +27,7 @@ std::shared_ptr<X11Selections> connect(const std::string& display, const Transfe
     return std::make_shared<X11Selections>(std::move(connection), timeOuts);
 }
 
-/// Runs every operation on the program's thread.
+/// Runs every operation on the program's thread. What another program owns is gathered first.
 class ForwardingPasteboard final : public Pasteboard {
 public:
     ForwardingPasteboard(PasteboardProgram& program, const std::optional<std::string>& name)
@@ -43,20 +47,38 @@ public:
         return answer<std::int64_t>([](Pasteboard& board) { return board.noticedChangeCount(); });
     }
 
+    bool watch(std::vector<WantedValue> values, std::function<void()> noticed) override {
+        return answer<bool>([&](Pasteboard& board) { return board.watch(values, noticed); });
+    }
+
+    std::unique_ptr<Gathering> gather(std::vector<WantedValue> wanted, Gathered done) override {
+        return answer<std::unique_ptr<Gathering>>(
+            [&](Pasteboard& board) { return board.gather(std::move(wanted), std::move(done)); });
+    }
+
+    std::unique_ptr<Gathering> gatherForAddTypes(std::vector<std::string> required, Gathered done) override {
+        return answer<std::unique_ptr<Gathering>>(
+            [&](Pasteboard& board) { return board.gatherForAddTypes(std::move(required), std::move(done)); });
+    }
+
     std::vector<std::string> types() override {
+        awaitContent();
         return answer<std::vector<std::string>>([](Pasteboard& board) { return board.types(); });
     }
 
     std::optional<Bytes> string(std::string_view type, std::size_t limit) override {
-        return answer<std::optional<Bytes>>([&](Pasteboard& board) { return board.string(type, limit); });
+        return gathered<std::optional<Bytes>>({std::string(type), limit},
+                                              [&](Pasteboard& board) { return board.string(type, limit); });
     }
 
     std::optional<Bytes> data(std::string_view type, std::size_t limit) override {
-        return answer<std::optional<Bytes>>([&](Pasteboard& board) { return board.data(type, limit); });
+        return gathered<std::optional<Bytes>>({std::string(type), limit},
+                                              [&](Pasteboard& board) { return board.data(type, limit); });
     }
 
     FileList files(const FileListLimit& limit) override {
-        return answer<FileList>([&](Pasteboard& board) { return board.files(limit); });
+        return gathered<FileList>({std::string(pasteboardType::fileUrl), largestUrlBytes(limit)},
+                                  [&](Pasteboard& board) { return board.files(limit); });
     }
 
     bool canHold(const Representation& representation) override {
@@ -74,11 +96,53 @@ public:
     }
 
     std::optional<std::int64_t> addTypes(std::span<const Representation> representations) override {
-        return answer<std::optional<std::int64_t>>(
-            [&](Pasteboard& board) { return board.addTypes(representations); });
+        const auto add = [&](Pasteboard& board) { return board.addTypes(representations); };
+        if (program_.isCurrent())
+            return add(*pasteboard_);
+        awaitContent();
+        return awaited<std::optional<std::int64_t>>(add, [](Pasteboard& board, Gathered done) {
+            return board.gatherForAddTypes({}, std::move(done));
+        });
     }
 
 private:
+    /// Returns when the present content is known, unless the caller is the program itself.
+    void awaitContent() {
+        const auto isKnown = [](Pasteboard& board) {
+            return board.changeCount() == board.noticedChangeCount();
+        };
+        while (!program_.isCurrent() && !answer<bool>(isKnown))
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+
+    template <typename Answer, typename Question>
+    Answer gathered(const WantedValue& wanted, const Question& question) {
+        if (program_.isCurrent())
+            return question(*pasteboard_);
+        awaitContent();
+        return awaited<Answer>(question, [&](Pasteboard& board, Gathered done) {
+            return board.gather({wanted}, std::move(done));
+        });
+    }
+
+    /// The answer at the end of the gathering that `begin` begins.
+    template <typename Answer, typename Question, typename Beginning>
+    Answer awaited(const Question& question, const Beginning& begin) {
+        std::promise<Answer> promise;
+        std::unique_ptr<Gathering> gathering;
+        const auto done = [&](bool) {
+            try {
+                promise.set_value(question(*pasteboard_));
+            } catch (...) {
+                promise.set_exception(std::current_exception());
+            }
+        };
+        program_.run([&] { gathering = begin(*pasteboard_, done); });
+        Answer result = promise.get_future().get();
+        program_.run([&] { gathering.reset(); });
+        return result;
+    }
+
     template <typename Answer, typename Question>
     Answer answer(const Question& question) {
         Answer result{};
@@ -111,7 +175,7 @@ std::shared_ptr<Pasteboard> PasteboardProgram::open(const std::optional<std::str
 }
 
 void PasteboardProgram::run(const std::function<void()>& task) {
-    if (std::this_thread::get_id() == thread_.get_id()) {
+    if (isCurrent()) {
         task();
         return;
     }
@@ -146,11 +210,11 @@ void PasteboardProgram::serve() {
         lock.unlock();
         X11Connection& connection = selections_->connection();
         connection.dispatchEvents();
-        selections_->giveUpOverdue(X11Selections::Clock::now());
+        selections_->proceed(X11Selections::Clock::now());
         constexpr int longestWait = 20; // milliseconds; transfers have deadlines
         pollfd ready[] = {{wakeUp_, POLLIN, 0},
                           {connection.isLost() ? -1 : connection.descriptor(), POLLIN, 0}};
-        poll(ready, 2, connection.hasQueuedEvent() ? 0 : longestWait);
+        poll(ready, 2, connection.hasQueuedEvent() || selections_->hasWork() ? 0 : longestWait);
         eventfd_t ignored = 0;
         eventfd_read(wakeUp_, &ignored);
         lock.lock();

@@ -31,6 +31,9 @@ public:
     /// Runs the task on the program's thread and waits for its end. Directly, if this is that thread.
     void run(const std::function<void()>& task);
 
+    /// Whether the caller runs on the program's thread.
+    bool isCurrent() const { return std::this_thread::get_id() == thread_.get_id(); }
+
     /// The selections of the program's pasteboards. Only for use within `run`.
     X11Selections& selections() { return *selections_; }
 

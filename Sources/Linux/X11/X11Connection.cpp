@@ -3,6 +3,7 @@
 #include "Platform/PasteboardTypes.h"
 
 #include <poll.h>
+#include <sys/socket.h>
 #include <xcb/xcbext.h>
 #include <xcb/xfixes.h>
 
@@ -35,6 +36,11 @@ constexpr std::chrono::seconds fetchTimeTimeOut{5};
 
 /// Longer than any usual burst takes. During a flood, everything else in the process gets its turn after it.
 constexpr std::chrono::milliseconds longestBatch{4};
+
+/// How long the server may take for a reply when the process is about to end, and how often a wait looks
+/// whether it is.
+constexpr std::chrono::seconds longestLastWait{1};
+constexpr int millisecondsBetweenLooks = 100;
 
 /// For a connection that no X11Connection owns yet: making one may throw.
 struct Disconnect {
@@ -172,13 +178,16 @@ void* X11Connection::waitForReply(std::uint32_t requestNumber) {
         return xcb_poll_for_reply(connection_, requestNumber, &reply, &error) != 0;
     };
     xcb_flush(connection_);
+    const auto begin = Clock::now();
     while (!isDecided()) {
         if (takeIn())
             continue;
         if (isDecided()) // reading may have brought the reply without any event
             break;
         pollfd readable{descriptor(), POLLIN, 0};
-        poll(&readable, 1, -1);
+        const bool isSilent = poll(&readable, 1, millisecondsBetweenLooks) == 0;
+        if (isSilent && isEndExpected_ && Clock::now() - begin >= longestLastWait)
+            shutdown(descriptor(), SHUT_RDWR); // xcb takes it for the loss of the server
     }
     std::free(error);
     return reply;

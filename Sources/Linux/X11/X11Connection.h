@@ -5,6 +5,7 @@
 
 #include <xcb/xcb.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -46,6 +47,10 @@ public:
 
     xcb_connection_t* get() const { return connection_; }
     xcb_window_t window() const { return window_; }
+    /// From now on, a wait for the server that lasts longer than a second ends with its loss: the process is
+    /// about to end. Any thread.
+    void expectEnd() { isEndExpected_ = true; }
+
     bool isLost() const { return xcb_connection_has_error(connection_) != 0; }
 
     /// A number that all windows of one client share.
@@ -130,6 +135,7 @@ private:
     xcb_atom_t timeProperty_ = 0;
     xcb_timestamp_t latestTime_ = 0;
     bool timeCame_ = false;
+    std::atomic<bool> isEndExpected_ = false;
     EventHandler handler_;
     EventHandler excessHandler_;
     EventQueue queue_;

@@ -23,14 +23,14 @@ struct X11EventSource::Source {
         xcb_flush(connection.get());
         if (const auto deadline = self.selections->nextDeadline())
             *timeout = remaining(*deadline);
-        return connection.hasQueuedEvent() || *timeout == 0 ? TRUE : FALSE;
+        return connection.hasQueuedEvent() || self.selections->hasWork() || *timeout == 0 ? TRUE : FALSE;
     }
 
     static gboolean check(GSource* source) {
         Source& self = from(source);
         const auto deadline = self.selections->nextDeadline();
         return g_source_query_unix_fd(source, self.descriptor) != 0 ||
-                       self.selections->connection().hasQueuedEvent() ||
+                       self.selections->connection().hasQueuedEvent() || self.selections->hasWork() ||
                        (deadline && remaining(*deadline) == 0)
                    ? TRUE
                    : FALSE;
@@ -40,12 +40,13 @@ struct X11EventSource::Source {
         X11Selections& selections = *from(source).selections;
         selections.connection().dispatchEvents();
         try {
-            selections.giveUpOverdue(X11Selections::Clock::now());
+            selections.proceed(X11Selections::Clock::now());
         } catch (const std::bad_alloc&) {
             // Tried again with the next event. GLib's code must see no exception.
         }
         // The descriptor of a lost connection stays readable and would make the loop spin.
-        return selections.connection().isLost() ? G_SOURCE_REMOVE : G_SOURCE_CONTINUE;
+        return selections.connection().isLost() && !selections.hasWork() ? G_SOURCE_REMOVE
+                                                                         : G_SOURCE_CONTINUE;
     }
 
     /// Milliseconds until the deadline, rounded up.

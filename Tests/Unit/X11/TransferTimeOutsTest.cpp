@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstddef>
 
 namespace tavel {
 namespace {
@@ -20,12 +21,28 @@ TEST(InactivityDeadline, isTheTimeOutAfterTheLastStep) {
     EXPECT_TRUE(deadline.hasPassed(start + 7s));
 }
 
-TEST(InactivityDeadline, neverMovesPastTheLatestTime) {
-    InactivityDeadline deadline(5s, start, start + 8s);
-    EXPECT_EQ(deadline.end(), start + 5s);
-    deadline.restart(start + 4s);
-    EXPECT_EQ(deadline.end(), start + 8s);
-    EXPECT_EQ(InactivityDeadline(5s, start, start + 3s).end(), start + 3s);
+TransferTimeOuts timeOutsOf(std::chrono::milliseconds ownerInactivity, std::size_t slowestOwner) {
+    TransferTimeOuts timeOuts;
+    timeOuts.ownerInactivity = ownerInactivity;
+    timeOuts.slowestOwner = slowestOwner;
+    return timeOuts;
+}
+
+TEST(OwnerDeadline, isTheTimeOutAfterTheLastStepOfAFastOwner) {
+    OwnerDeadline deadline(timeOutsOf(2s, 100), start);
+    EXPECT_EQ(deadline.end(), start + 2s);
+    deadline.received(1'000'000, start + 1s);
+    EXPECT_EQ(deadline.end(), start + 3s);
+}
+
+TEST(OwnerDeadline, givesTheTimeThatTheBytesDeserveAtTheLowestSpeed) {
+    OwnerDeadline deadline(timeOutsOf(2s, 100), start);
+    deadline.received(50, start + 1s);
+    EXPECT_EQ(deadline.end(), start + 2500ms);
+    deadline.received(25, start + 2s);
+    EXPECT_EQ(deadline.end(), start + 2750ms);
+    deadline.received(0, start + 2s);
+    EXPECT_EQ(deadline.end(), start + 2750ms);
 }
 
 } // namespace

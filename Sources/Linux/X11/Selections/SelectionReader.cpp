@@ -1,7 +1,5 @@
 #include "Linux/X11/Selections/SelectionReader.h"
 
-#include "Linux/X11/Selections/TransferTimeOuts.h"
-
 #include <algorithm>
 #include <iterator>
 #include <memory>
@@ -30,8 +28,8 @@ std::size_t nextPartBytes(const IncomingTransfer& transfer) {
 
 } // namespace
 
-SelectionReader::SelectionReader(X11Connection& connection)
-    : connection_(connection), incrementalType_(connection.atom("INCR")) {
+SelectionReader::SelectionReader(X11Connection& connection, const TransferTimeOuts& timeOuts)
+    : connection_(connection), timeOuts_(timeOuts), incrementalType_(connection.atom("INCR")) {
     std::vector<std::string> names;
     names.reserve(propertyCount);
     for (int number = 0; number < propertyCount; ++number)
@@ -39,34 +37,72 @@ SelectionReader::SelectionReader(X11Connection& connection)
     properties_ = connection.atoms(names);
 }
 
-std::optional<SelectionReader::Answer>
-SelectionReader::read(const Request& request, Clock::duration inactivityTimeOut, Clock::time_point deadline) {
-    const auto transfer = begin(request);
-    xcb_delete_property(connection_.get(), connection_.window(), transfer->property);
-    return convert(transfer, inactivityTimeOut, deadline);
+SelectionReader::Ticket SelectionReader::ask(const Request& request) {
+    const Transfer& transfer = begin(request);
+    xcb_delete_property(connection_.get(), connection_.window(), transfer.property);
+    return convert(transfer);
 }
 
-std::optional<SelectionReader::Answer>
-SelectionReader::readWithParameter(const Request& request, const std::vector<xcb_atom_t>& parameter,
-                                   Clock::duration inactivityTimeOut, Clock::time_point deadline) {
-    const auto transfer = begin(request);
-    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.window(), transfer->property,
+SelectionReader::Ticket SelectionReader::askWithParameter(const Request& request,
+                                                          const std::vector<xcb_atom_t>& parameter) {
+    const Transfer& transfer = begin(request);
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.window(), transfer.property,
                         XCB_ATOM_ATOM, 32, static_cast<std::uint32_t>(parameter.size()), parameter.data());
-    return convert(transfer, inactivityTimeOut, deadline);
+    return convert(transfer);
 }
 
-std::optional<SelectionReader::Answer>
-SelectionReader::convert(Position transfer, Clock::duration inactivityTimeOut, Clock::time_point deadline) {
-    const Request& request = transfer->request;
+SelectionReader::Ticket SelectionReader::convert(const Transfer& transfer) {
+    const Request& request = transfer.request;
     xcb_convert_selection(connection_.get(), connection_.window(), request.selection, request.target,
-                          transfer->property, request.time);
-    return wait(transfer, inactivityTimeOut, deadline);
+                          transfer.property, request.time);
+    return transfer.ticket;
 }
 
-SelectionReader::Position SelectionReader::begin(const Request& request) {
-    transfers_.remove_if([](const Transfer& transfer) { return transfer.state.isOver(); });
-    transfers_.push_back({request, freeProperty(), IncomingTransfer(request.limit, incrementalType_)});
-    return std::prev(transfers_.end());
+SelectionReader::Transfer& SelectionReader::begin(const Request& request) {
+    transfers_.remove_if(
+        [](const Transfer& transfer) { return transfer.state.isOver() && !transfer.isAwaited; });
+    transfers_.push_back({++lastTicket_, request, freeProperty(),
+                          IncomingTransfer(request.limit, incrementalType_),
+                          OwnerDeadline(timeOuts_, Clock::now())});
+    return transfers_.back();
+}
+
+bool SelectionReader::isDecided(const Transfer& transfer) {
+    return transfer.state.isOver() || transfer.state.letsThrough();
+}
+
+bool SelectionReader::isDecided(Ticket ticket) const {
+    const auto transfer = find(ticket);
+    return transfer == transfers_.end() || isDecided(*transfer);
+}
+
+bool SelectionReader::hasTimedOut(Ticket ticket) const {
+    const auto transfer = find(ticket);
+    return transfer != transfers_.end() && transfer->hasTimedOut;
+}
+
+/// The end of the list if the request was forgotten, because too many others had to be kept.
+std::list<SelectionReader::Transfer>::const_iterator SelectionReader::find(Ticket ticket) const {
+    return std::ranges::find(transfers_, ticket, &Transfer::ticket);
+}
+
+std::optional<SelectionReader::Answer> SelectionReader::take(Ticket ticket) {
+    const auto transfer = std::ranges::find(transfers_, ticket, &Transfer::ticket);
+    if (transfer == transfers_.end())
+        return std::nullopt;
+    transfer->isAwaited = false;
+    IncomingTransfer& state = transfer->state;
+    std::optional<Answer> answer;
+    if (state.hasValue()) {
+        const bool isCut = state.isCut();
+        answer = {state.type(), state.format(), state.takeValue(), isCut};
+    } else {
+        state.abandon();
+    }
+    // Otherwise the transfer stays in the list until the owner has finished.
+    if (state.isOver())
+        transfers_.erase(transfer);
+    return answer;
 }
 
 /// The least recently used free property, so that an owner's late changes are over before it is used again.
@@ -88,37 +124,28 @@ bool SelectionReader::isInUse(xcb_atom_t property) const {
     });
 }
 
-std::optional<SelectionReader::Answer>
-SelectionReader::wait(Position transfer, Clock::duration inactivityTimeOut, Clock::time_point deadline) {
-    InactivityDeadline inactivity(inactivityTimeOut, Clock::now(), deadline);
-    std::size_t received = 0;
-    while (!transfer->state.isOver() && !transfer->state.letsThrough()) {
-        const bool gotEvents = connection_.waitForEvents(inactivity.end());
-        if (transfer->state.receivedBytes() != received) {
-            received = transfer->state.receivedBytes();
-            inactivity.restart(Clock::now());
-        } else if (connection_.isLost() || (!gotEvents && inactivity.hasPassed(Clock::now()))) {
-            transfer->state.abandon();
-        }
-        if (Clock::now() >= deadline)
-            transfer->state.abandon();
-    }
-    IncomingTransfer& state = transfer->state;
-    std::optional<Answer> answer;
-    if (state.hasValue()) {
-        const bool isCut = state.isCut();
-        answer = {state.type(), state.format(), state.takeValue(), isCut};
-    }
-    // Otherwise the transfer stays in the list until the owner has finished.
-    if (state.isOver())
-        transfers_.erase(transfer);
-    return answer;
-}
-
 void SelectionReader::abandon(xcb_atom_t selection) {
     for (Transfer& transfer : transfers_) {
         if (transfer.request.selection == selection)
             transfer.state.abandon();
+    }
+}
+
+std::optional<SelectionReader::Clock::time_point> SelectionReader::nextDeadline() const {
+    std::optional<Clock::time_point> next;
+    for (const Transfer& transfer : transfers_) {
+        if (transfer.isAwaited && !isDecided(transfer))
+            next = std::min(next.value_or(Clock::time_point::max()), transfer.deadline.end());
+    }
+    return next;
+}
+
+void SelectionReader::giveUpOverdue(Clock::time_point now) {
+    for (Transfer& transfer : transfers_) {
+        if (!transfer.isAwaited || isDecided(transfer) || now < transfer.deadline.end())
+            continue;
+        transfer.hasTimedOut = true;
+        transfer.state.abandon();
     }
 }
 
@@ -163,7 +190,7 @@ void SelectionReader::handleAnswer(const xcb_selection_notify_event_t& answer) {
     if (answer.property == XCB_ATOM_NONE)
         transfer->state.refused();
     else
-        takeIn(*transfer);
+        beginReading(*transfer);
 }
 
 void SelectionReader::handlePropertyChange(const xcb_property_notify_event_t& change,
@@ -171,41 +198,60 @@ void SelectionReader::handlePropertyChange(const xcb_property_notify_event_t& ch
     if (change.window != connection_.window() || change.state != XCB_PROPERTY_NEW_VALUE)
         return;
     const auto transfer = std::ranges::find(transfers_, change.atom, &Transfer::property);
-    if (transfer == transfers_.end() || !transfer->state.expectsIncrement())
+    if (transfer == transfers_.end() || !transfer->state.expectsIncrement() || transfer->unread)
         return;
     // The last read has already seen a change from before it. So an owner that changes the property again and
     // again causes one read for all its changes.
     if (isEarlierRequest(requestNumber, transfer->lastReading))
         return;
-    takeIn(*transfer);
+    beginReading(*transfer);
 }
 
-/// Reads the property in parts, as far as the value is kept. The server deletes it with its last part.
-void SelectionReader::takeIn(Transfer& transfer) {
-    std::size_t offset = 0;
-    while (!transfer.state.letsThrough()) {
-        const PropertyPart part = readPart(transfer, offset, nextPartBytes(transfer.state));
-        try {
-            transfer.state.received(part);
-        } catch (const std::bad_alloc&) {
-            transfer.state.abandon();
-        }
-        if (part.remaining == 0)
-            return;
-        offset += part.bytes.size();
+void SelectionReader::beginReading(Transfer& transfer) {
+    transfer.unread = 0;
+    readPart(transfer);
+}
+
+bool SelectionReader::hasUnread() const {
+    return std::ranges::any_of(transfers_,
+                               [](const Transfer& transfer) { return transfer.unread.has_value(); });
+}
+
+void SelectionReader::readOn() {
+    for (Transfer& transfer : transfers_) {
+        if (transfer.unread)
+            readPart(transfer);
     }
-    letThrough(transfer);
+}
+
+/// Reads a part of the property, as far as the value is kept. A value may be as large as its owner likes, and
+/// others want their turn after each part. The server deletes the property with its last part.
+void SelectionReader::readPart(Transfer& transfer) {
+    const std::size_t offset = *std::exchange(transfer.unread, std::nullopt);
+    if (transfer.state.letsThrough()) {
+        letThrough(transfer);
+        return;
+    }
+    const PropertyPart part = fetchPart(transfer, offset, nextPartBytes(transfer.state));
+    try {
+        transfer.state.received(part);
+    } catch (const std::bad_alloc&) {
+        transfer.state.abandon();
+    }
+    transfer.deadline.received(part.bytes.size(), Clock::now());
+    if (part.remaining != 0)
+        transfer.unread = offset + part.bytes.size();
 }
 
 /// Deletes the property, of which only type and format are read.
 void SelectionReader::letThrough(Transfer& transfer) {
-    const PropertyPart unread = readPart(transfer, 0, 0);
+    const PropertyPart unread = fetchPart(transfer, 0, 0);
     transfer.lastReading =
         xcb_delete_property(connection_.get(), connection_.window(), transfer.property).sequence;
     transfer.state.received(unread);
 }
 
-PropertyPart SelectionReader::readPart(Transfer& transfer, std::size_t offset, std::size_t length) {
+PropertyPart SelectionReader::fetchPart(Transfer& transfer, std::size_t offset, std::size_t length) {
     const auto cookie = xcb_get_property(
         connection_.get(), 1, connection_.window(), transfer.property, XCB_GET_PROPERTY_TYPE_ANY,
         static_cast<std::uint32_t>(offset / unitBytes), static_cast<std::uint32_t>(length / unitBytes));

@@ -22,25 +22,8 @@ bool canHoldAll(std::span<const Representation> representations) {
                                [](const auto& one) { return targetName::canBeType(one.type); });
 }
 
-/// The most bytes of one value that this process takes over from another program to add types to its content.
-/// A larger value is left behind, and so is one past the limit for all together.
-constexpr std::size_t largestTakenOver = std::size_t{128} << 20;
-
 /// Comments before the first URL of a list.
 constexpr std::size_t commentBytes = 4096;
-
-std::size_t largestValue(std::string_view type, std::size_t limit) {
-    if (type == pasteboardType::string)
-        return largestPlainTextValue(limit);
-    return type == pasteboardType::html ? largestHtmlValue(limit) : limit;
-}
-
-/// The value as data of the type; nullopt if it is malformed for that type.
-std::optional<Bytes> dataFrom(const SelectionValue& value, std::string_view type) {
-    if (type == pasteboardType::string)
-        return plainTextOf(value);
-    return type == pasteboardType::html ? htmlOf(value) : value.bytes;
-}
 
 void visitUris(const SelectionValue& list, const UriVisitor& visit) {
     if (list.target == targetName::uriList)
@@ -56,20 +39,42 @@ X11Pasteboard::X11Pasteboard(std::shared_ptr<X11Selections> selections,
     : selections_(std::move(selections)), selection_(selections_->selection(name)) {}
 
 std::int64_t X11Pasteboard::changeCount() {
+    owner_.assertCurrent();
     selections_->synchronize();
-    return noticedChangeCount();
+    return selection_.changeCount;
 }
 
 std::int64_t X11Pasteboard::noticedChangeCount() {
     owner_.assertCurrent();
-    return selection_.changeCount;
+    return selection_.foreign.changeCount();
 }
 
-/// What this process owns of the selection; null if another program has to be asked. Brings the news of who
-/// owns the selection up to date.
+bool X11Pasteboard::watch(std::vector<WantedValue> values, std::function<void()> noticed) {
+    owner_.assertCurrent();
+    selection_.foreign.bringWithTargets(std::move(values));
+    selection_.lastNoticed = noticedChangeCount();
+    selection_.noticed = std::move(noticed);
+    return true;
+}
+
+std::unique_ptr<Gathering> X11Pasteboard::gather(std::vector<WantedValue> wanted, Gathered done) {
+    owner_.assertCurrent();
+    for (WantedValue& one : wanted) {
+        if (one.type == pasteboardType::fileUrl)
+            one.limit += commentBytes;
+    }
+    return selection_.foreign.gather(std::move(wanted), std::move(done));
+}
+
+std::unique_ptr<Gathering> X11Pasteboard::gatherForAddTypes(std::vector<std::string> required,
+                                                            Gathered done) {
+    owner_.assertCurrent();
+    return selection_.foreign.gatherForAddTypes(required, std::move(done));
+}
+
+/// What this process owns of the selection; null if it is another program's.
 std::shared_ptr<const OwnedContent> X11Pasteboard::ownContent() {
     owner_.assertCurrent();
-    selections_->synchronize();
     // Once the server is gone, nobody can ask for what this process owned.
     return selections_->connection().isLost() ? std::make_shared<const OwnedContent>() : selection_.owned;
 }
@@ -82,7 +87,7 @@ std::vector<std::string> X11Pasteboard::types() {
     }
     std::vector<std::string> types;
     std::unordered_set<std::string> seen;
-    for (const std::string& target : selections_->targets(selection_)) {
+    for (const std::string& target : selection_.foreign.targets()) {
         if (types.size() == pasteboardType::mostTypes)
             break;
         auto type = targetName::typeOf(target);
@@ -113,58 +118,41 @@ FileList X11Pasteboard::files(const FileListLimit& limit) {
     if (const auto own = ownContent()) {
         for (const std::string& url : pasteboardItems::fileUrls(own->items))
             files.addUrl(url);
-    } else if (auto list = otherProgramsUriList(largestUrlBytes(limit))) {
+    } else if (const GatheredValue* const value = selection_.foreign.value(pasteboardType::fileUrl)) {
+        SelectionValue list = value->source;
         // Whole names of a URI that was cut still show whether it names a file.
-        if (list->isCut)
-            list->bytes = list->bytes.slice(0, list->bytes.view().rfind('/') + 1);
-        visitUris(*list,
+        if (list.isCut)
+            list.bytes = list.bytes.slice(0, list.bytes.view().rfind('/') + 1);
+        visitUris(list,
                   [&](std::string_view uri) { return files.addUrl(withoutOwnHost(uri, g_get_host_name())); });
-        if (list->isCut)
+        if (list.isCut)
             files.noteLostRest();
     }
     return files.take();
 }
 
-/// May return more than the limit. `source` gets the value of which the data is made.
-std::optional<Bytes> X11Pasteboard::otherProgramsData(std::string_view type, std::size_t limit,
-                                                      SelectionValue* source) {
+/// May return more than the limit.
+std::optional<Bytes> X11Pasteboard::otherProgramsData(std::string_view type, std::size_t limit) {
     if (type == pasteboardType::fileUrl)
         return otherProgramsFileUrl(limit);
-    for (const std::string& target : targetName::giving(type, selections_->targets(selection_))) {
-        const auto value = selections_->read(selection_, target, largestValue(type, limit));
-        auto data = value ? dataFrom(*value, type) : std::nullopt;
-        if (data && source != nullptr)
-            *source = *value;
-        if (data)
-            return data;
-    }
-    return std::nullopt;
+    const GatheredValue* const value = selection_.foreign.value(type);
+    return value != nullptr ? std::optional(value->data) : std::nullopt;
 }
 
 /// The first URL of the list.
 std::optional<Bytes> X11Pasteboard::otherProgramsFileUrl(std::size_t limit) {
-    const auto list = otherProgramsUriList(limit + commentBytes);
-    if (!list)
+    const GatheredValue* const value = selection_.foreign.value(pasteboardType::fileUrl);
+    if (value == nullptr)
         return std::nullopt;
     std::string_view first;
-    visitUris(*list, [&](std::string_view uri) {
+    visitUris(value->source, [&](std::string_view uri) {
         first = uri;
         return false;
     });
-    const bool isCut = list->isCut && first.end() == list->bytes.view().end();
+    const bool isCut = value->source.isCut && first.end() == value->data.view().end();
     if (first.empty() || (isCut && first.size() <= limit))
         return std::nullopt;
     return Bytes::adopt(withoutOwnHost(first, g_get_host_name()));
-}
-
-std::optional<SelectionValue> X11Pasteboard::otherProgramsUriList(std::size_t limit) {
-    for (const std::string& target :
-         targetName::giving(pasteboardType::fileUrl, selections_->targets(selection_))) {
-        auto value = selections_->read(selection_, target, limit);
-        if (value && value->format == 8)
-            return value;
-    }
-    return std::nullopt;
 }
 
 bool X11Pasteboard::canHold(const Representation& representation) {
@@ -202,46 +190,43 @@ std::optional<std::int64_t> X11Pasteboard::addTypes(std::span<const Representati
     return selections_->own(selection_, std::move(*content));
 }
 
-/// Everything that the other program delivers of its content, within the limits. nullopt if the content was
-/// replaced meanwhile, or has more files than the limit.
+/// Everything that was gathered of the other program's content. nullopt if something of it is missing that
+/// must not be lost, or if it has more files than the limit.
 std::optional<OwnedContent> X11Pasteboard::otherProgramsContent() {
-    const std::int64_t countBefore = selection_.changeCount;
-    OwnedContent content;
-    Items& items = content.items;
-    std::size_t room = mostBytesTakenOver;
-    for (const std::string& type : types()) {
-        if (type != pasteboardType::fileUrl)
-            takeOver(content, type, room);
-    }
-    const auto list = otherProgramsUriList(largestUrlBytes(mostFilesOfAContent));
-    if (list && list->isCut)
+    if (!selection_.foreign.canAddTypes())
         return std::nullopt;
-    std::size_t files = 0;
-    if (list)
-        visitUris(*list, [&](std::string_view uri) {
-            const Bytes url = Bytes::adopt(withoutOwnHost(uri, g_get_host_name()));
-            if (files++ == 0)
-                pasteboardItems::putOnFirstItem(items, pasteboardType::fileUrl, url);
-            else
-                items.push_back({{std::string(pasteboardType::fileUrl), url}});
-            return files <= mostFilesOfAContent.files;
-        });
-    const bool isWhole = files <= mostFilesOfAContent.files && selection_.changeCount == countBefore;
-    return isWhole ? std::optional(std::move(content)) : std::nullopt;
+    OwnedContent content;
+    for (const std::string& type : types()) {
+        const GatheredValue* const value = selection_.foreign.value(type);
+        if (value == nullptr || value->source.isCut || type == pasteboardType::fileUrl)
+            continue;
+        pasteboardItems::putOnFirstItem(content.items, type, value->data);
+        // Values that are passed on as they are keep their form. Text and HTML are in the form that this
+        // process gives them.
+        const SelectionValue& source = value->source;
+        if (type != pasteboardType::string && type != pasteboardType::html && !source.type.empty())
+            content.forms[source.target] = {source.type, source.format};
+    }
+    return takeOverFiles(content.items) ? std::optional(std::move(content)) : std::nullopt;
 }
 
-/// Adds the other program's data of that type to the first item, if there is room for it. Values that are
-/// passed on as they are keep their form; text and HTML are in the form that this process gives them.
-void X11Pasteboard::takeOver(OwnedContent& content, const std::string& type, std::size_t& room) {
-    const std::size_t limit = std::min(largestTakenOver, room);
-    SelectionValue source;
-    const auto data = otherProgramsData(type, limit, &source);
-    if (!data || data->size() > limit)
-        return;
-    room -= data->size();
-    pasteboardItems::putOnFirstItem(content.items, type, *data);
-    if (type != pasteboardType::string && type != pasteboardType::html && !source.type.empty())
-        content.forms[source.target] = {source.type, source.format};
+/// False if there are more files than the limit.
+bool X11Pasteboard::takeOverFiles(Items& items) {
+    const GatheredValue* const list = selection_.foreign.value(pasteboardType::fileUrl);
+    if (list == nullptr)
+        return true;
+    if (list->source.isCut)
+        return false;
+    std::size_t files = 0;
+    visitUris(list->source, [&](std::string_view uri) {
+        const Bytes url = Bytes::adopt(withoutOwnHost(uri, g_get_host_name()));
+        if (files++ == 0)
+            pasteboardItems::putOnFirstItem(items, pasteboardType::fileUrl, url);
+        else
+            items.push_back({{std::string(pasteboardType::fileUrl), url}});
+        return files <= mostFilesOfAContent.files;
+    });
+    return files <= mostFilesOfAContent.files;
 }
 
 } // namespace tavel

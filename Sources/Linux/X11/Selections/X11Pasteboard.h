@@ -4,6 +4,7 @@
 #include "Platform/Pasteboard.h"
 #include "Support/OwnerThread.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,8 +13,7 @@
 namespace tavel {
 
 /// A selection of an X server as a pasteboard. This process keeps what it writes, and serves requestors. What
-/// another program owns is requested when it is read; this takes as long as that program does, within the
-/// limits of TransferTimeOuts.
+/// another program owns comes in the background of the event loop, within the limits of TransferTimeOuts.
 ///
 /// The server has no change count: this one counts ownership changes, from 0, since the process began to
 /// watch the selection; another process's count may differ. Nor has it items: all types of another program's
@@ -24,6 +24,9 @@ public:
 
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override;
+    bool watch(std::vector<WantedValue> values, std::function<void()> noticed) override;
+    std::unique_ptr<Gathering> gather(std::vector<WantedValue> wanted, Gathered done) override;
+    std::unique_ptr<Gathering> gatherForAddTypes(std::vector<std::string> required, Gathered done) override;
     std::vector<std::string> types() override;
     std::optional<Bytes> string(std::string_view type, std::size_t limit) override;
     std::optional<Bytes> data(std::string_view type, std::size_t limit) override;
@@ -39,11 +42,9 @@ private:
     std::shared_ptr<const OwnedContent> ownContent();
     std::optional<std::int64_t> replace(std::optional<Items> items);
     std::optional<OwnedContent> otherProgramsContent();
-    void takeOver(OwnedContent& content, const std::string& type, std::size_t& room);
-    std::optional<Bytes> otherProgramsData(std::string_view type, std::size_t limit,
-                                           SelectionValue* source = nullptr);
+    bool takeOverFiles(Items& items);
+    std::optional<Bytes> otherProgramsData(std::string_view type, std::size_t limit);
     std::optional<Bytes> otherProgramsFileUrl(std::size_t limit);
-    std::optional<SelectionValue> otherProgramsUriList(std::size_t limit);
 
     [[no_unique_address]] OwnerThread owner_;
     std::shared_ptr<X11Selections> selections_;

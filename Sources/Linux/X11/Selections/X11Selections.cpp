@@ -2,23 +2,20 @@
 
 #include "Linux/Contents/TargetNames.h"
 #include "Linux/X11/Selections/SelectionName.h"
+#include "Platform/EventLoop.h"
 #include "Platform/PasteboardTypes.h"
 
 #include <xcb/xfixes.h>
 
 #include <algorithm>
-#include <cstring>
-#include <unordered_set>
 #include <utility>
 
 namespace tavel {
 
 namespace {
 
-/// Besides its types an owner offers targets of the protocol.
-constexpr std::size_t mostProtocolTargets = 16;
-constexpr std::size_t largestTargetListBytes =
-    (pasteboardType::mostTypes + mostProtocolTargets) * sizeof(xcb_atom_t);
+/// The clipboard manager answers with nothing that is of use.
+constexpr std::size_t noAnswer = 0;
 
 /// The attempts to take a selection that other programs take at the same moment.
 constexpr int mostAttempts = 3;
@@ -26,7 +23,7 @@ constexpr int mostAttempts = 3;
 } // namespace
 
 X11Selections::X11Selections(std::unique_ptr<X11Connection> connection, const TransferTimeOuts& timeOuts)
-    : timeOuts_(timeOuts), connection_(std::move(connection)), reader_(*connection_),
+    : timeOuts_(timeOuts), connection_(std::move(connection)), reader_(*connection_, timeOuts_),
       server_(
           *connection_, [this](xcb_atom_t atom) { return ownedSelection(atom); },
           timeOuts.requestorInactivity) {
@@ -38,12 +35,10 @@ X11Selections::X11Selections(std::unique_ptr<X11Connection> connection, const Tr
 
 X11Selection& X11Selections::selection(const std::optional<std::string>& pasteboardName) {
     const xcb_atom_t atom = connection_->atom(selectionNameOf(pasteboardName));
-    const auto [position, isNew] = selections_.try_emplace(atom);
+    const auto [position, isNew] = selections_.try_emplace(atom, *connection_, reader_, timeOuts_, atom);
     X11Selection& selection = position->second;
     if (!isNew)
         return selection;
-    selection.atom = atom;
-    selection.waitingTimeLeft = timeOuts_.wholeContent;
     xcb_xfixes_select_selection_input(connection_->get(), connection_->window(), atom,
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
@@ -54,6 +49,10 @@ X11Selection& X11Selections::selection(const std::optional<std::string>& pastebo
     // An owner refuses requests with a time before its own. No event has told the current owner's time, so
     // the latest time has to be fetched.
     connection_->fetchTime();
+    if (selection.changeCount == 0 && selection.owner != XCB_NONE)
+        selection.foreign.replace(0, Clock::now());
+    else if (selection.changeCount == 0)
+        selection.foreign.replaceByOwn(0); // nobody's
     return selection;
 }
 
@@ -78,55 +77,40 @@ std::optional<std::int64_t> X11Selections::own(X11Selection& selection, OwnedCon
     return std::nullopt;
 }
 
-std::vector<std::string> X11Selections::targets(X11Selection& selection) {
-    if (!selection.targets) {
-        const auto answer = ask(selection, connection_->atom("TARGETS"), largestTargetListBytes);
-        if (!answer && deadline_ != nullptr && deadline_->isDeciding())
-            return {}; // the key decision's deadline is too short for a conclusion
-        // An owner that does not answer is not asked again.
-        selection.targets = answer && answer->format == 32 ? targetNames(answer->bytes) : Targets();
+bool X11Selections::hasWork() const {
+    return reader_.hasUnread() || std::ranges::any_of(selections_, [](const auto& entry) {
+               const X11Selection& selection = entry.second;
+               return selection.foreign.hasWork() ||
+                      (selection.noticed && selection.lastNoticed != selection.foreign.changeCount());
+           });
+}
+
+std::optional<X11Selections::Clock::time_point> X11Selections::nextDeadline() const {
+    auto next = server_.nextDeadline();
+    const auto limit = [&next](std::optional<Clock::time_point> one) {
+        if (one)
+            next = std::min(next.value_or(*one), *one);
+    };
+    limit(reader_.nextDeadline());
+    for (const auto& entry : selections_)
+        limit(entry.second.foreign.nextDeadline());
+    return next;
+}
+
+void X11Selections::proceed(Clock::time_point now) {
+    server_.giveUpOverdue(now);
+    reader_.giveUpOverdue(now);
+    reader_.readOn();
+    for (auto& entry : selections_)
+        entry.second.foreign.proceed(now);
+    for (auto& entry : selections_) {
+        X11Selection& selection = entry.second;
+        selection.foreign.runFinished();
+        if (std::exchange(selection.lastNoticed, selection.foreign.changeCount()) !=
+                selection.foreign.changeCount() &&
+            selection.noticed)
+            runOrAbandon(selection.noticed);
     }
-    return *selection.targets;
-}
-
-/// The names of a list of atoms, each once, without those that are too long for a type.
-X11Selections::Targets X11Selections::targetNames(const Bytes& list) {
-    std::vector<xcb_atom_t> atoms(list.size() / sizeof(xcb_atom_t));
-    if (!atoms.empty())
-        std::memcpy(atoms.data(), list.data(), atoms.size() * sizeof(xcb_atom_t));
-    Targets targets;
-    std::unordered_set<std::string> seen;
-    for (std::string& name : connection_->atomNames(atoms)) {
-        if (pasteboardType::isReadableName(name) && seen.insert(name).second)
-            targets.push_back(std::move(name));
-    }
-    return targets;
-}
-
-std::optional<SelectionValue> X11Selections::read(X11Selection& selection, const std::string& target,
-                                                  std::size_t limit) {
-    auto answer = ask(selection, connection_->atom(target), limit);
-    if (!answer)
-        return std::nullopt;
-    return SelectionValue{target, connection_->atomNames({&answer->type, 1}).front(), answer->format,
-                          std::move(answer->bytes), answer->isCut};
-}
-
-std::optional<SelectionReader::Answer> X11Selections::ask(X11Selection& selection, xcb_atom_t target,
-                                                          std::size_t limit) {
-    if (selection.owner == XCB_NONE || connection_->isLost())
-        return std::nullopt;
-    const std::int64_t countBefore = selection.changeCount;
-    const auto begin = Clock::now();
-    // Only its time tells a refusal of this request from a late refusal.
-    const xcb_timestamp_t time =
-        reader_.awaitsLateAnswers() ? connection_->fetchTime() : connection_->latestTime();
-    const auto latest = begin + selection.waitingTimeLeft;
-    const auto end = deadline_ == nullptr ? latest : deadline_->limit(latest);
-    auto answer = reader_.read({selection.atom, target, time, limit}, timeOuts_.ownerInactivity, end);
-    if (selection.changeCount == countBefore)
-        selection.waitingTimeLeft -= std::min(Clock::now() - begin, selection.waitingTimeLeft);
-    return answer;
 }
 
 bool X11Selections::isServing() const {
@@ -145,10 +129,15 @@ void X11Selections::handOver() {
     if (content == nullptr || content->items.empty())
         return;
     // Without a clipboard manager, the X server refuses at once.
-    reader_.readWithParameter({connection_->atom("CLIPBOARD_MANAGER"), connection_->atom("SAVE_TARGETS"),
-                               connection_->latestTime(), largestTargetListBytes},
-                              connection_->atoms(contentTargets(content->items)), timeOuts_.clipboardManager,
-                              Clock::now() + timeOuts_.clipboardManager);
+    const auto ticket =
+        reader_.askWithParameter({connection_->atom("CLIPBOARD_MANAGER"), connection_->atom("SAVE_TARGETS"),
+                                  connection_->latestTime(), noAnswer},
+                                 connection_->atoms(contentTargets(content->items)));
+    const auto deadline = Clock::now() + timeOuts_.clipboardManager;
+    while (!reader_.isDecided(ticket) && Clock::now() < deadline && !connection_->isLost()) {
+        connection_->waitForEvents(deadline);
+        reader_.readOn();
+    }
 }
 
 std::optional<OwnedSelection> X11Selections::ownedSelection(xcb_atom_t atom) const {
@@ -200,16 +189,19 @@ void X11Selections::handleOwnerChange(const xcb_generic_event_t& event) {
     X11Selection& selection = found->second;
     selection.owner = change.owner;
     selection.owned.reset();
-    selection.targets.reset();
     reader_.abandon(selection.atom);
-    if (change.owner == XCB_NONE)
+    if (change.owner == XCB_NONE) {
+        selection.foreign.vanish();
         return;
+    }
     ++selection.changeCount;
-    selection.waitingTimeLeft = timeOuts_.wholeContent;
     if (change.owner == connection_->window() && change.selection_timestamp == selection.offeredAt) {
         selection.owned = std::exchange(selection.offered, nullptr);
         selection.ownedSince = selection.offeredAt;
         selection.offeredCount = selection.changeCount;
+        selection.foreign.replaceByOwn(selection.changeCount);
+    } else {
+        selection.foreign.replace(selection.changeCount, Clock::now());
     }
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Linux/Contents/SelectionText.h"
-#include "Linux/X11/DecisionDeadline.h"
+#include "Linux/X11/Selections/ForeignContent.h"
 #include "Linux/X11/Selections/SelectionReader.h"
 #include "Linux/X11/Selections/SelectionServer.h"
 #include "Linux/X11/Selections/TransferTimeOuts.h"
@@ -11,19 +10,22 @@
 #include <xcb/xcb.h>
 
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace tavel {
 
 /// The state of one selection, shared by all pasteboards of this process that use it.
 struct X11Selection {
-    xcb_atom_t atom = 0;
+    X11Selection(X11Connection& connection, SelectionReader& reader, const TransferTimeOuts& timeOuts,
+                 xcb_atom_t selectionAtom)
+        : atom(selectionAtom), foreign(connection, reader, timeOuts, selectionAtom) {}
+
+    const xcb_atom_t atom;
 
     /// Ownership changes, ours included, since we began watching. An owner that exits is no change.
     std::int64_t changeCount = 0;
@@ -41,14 +43,16 @@ struct X11Selection {
     /// The change count with which the server reported it; nullopt before.
     std::optional<std::int64_t> offeredCount;
 
-    /// The targets of another program's content; nullopt before the first request for them.
-    std::optional<std::vector<std::string>> targets;
+    /// What another program owns. Its change count is the one that has been noticed.
+    ForeignContent foreign;
 
-    /// What is left of the time-out for all reads of the current content together.
-    std::chrono::steady_clock::duration waitingTimeLeft{};
+    /// Runs after the noticed change count has moved from this one. Empty: nobody wants to know.
+    std::function<void()> noticed;
+    std::int64_t lastNoticed = -1;
 };
 
-/// The selections of an X server that the pasteboards of this process use. One thread.
+/// The selections of an X server that the pasteboards of this process use. Waits for the server, but for no
+/// other program, `handOver` excepted. One thread.
 class X11Selections {
 public:
     using Clock = X11Connection::Clock;
@@ -58,10 +62,6 @@ public:
     ~X11Selections() = default;
 
     X11Connection& connection() { return *connection_; }
-
-    /// Limits waits for owners to the deadline of a pending key decision. `deadline` must outlive this
-    /// object.
-    void limitBy(const DecisionDeadline& deadline) { deadline_ = &deadline; }
 
     /// The selection of the pasteboard of that name; CLIPBOARD without a name. Watches it from the first call
     /// on. Valid as long as this object.
@@ -75,14 +75,6 @@ public:
     /// time, or if the server is lost.
     std::optional<std::int64_t> own(X11Selection& selection, OwnedContent content);
 
-    /// The targets of another program's content: as many as its types and its targets of the protocol may be,
-    /// without those whose names are too long for a type. Waits for that program the first time.
-    std::vector<std::string> targets(X11Selection& selection);
-
-    /// Another program's value for one of its targets, or the first `limit` + 1 bytes of it. Waits for it.
-    /// nullopt as for SelectionReader::read.
-    std::optional<SelectionValue> read(X11Selection& selection, const std::string& target, std::size_t limit);
-
     /// Whether this process owns a selection with content, or still has a transfer to finish.
     bool isServing() const;
 
@@ -90,22 +82,21 @@ public:
     /// clipboard manager protocol, SAVE_TARGETS). Waits for it.
     void handOver();
 
-    /// The earliest deadline of a transfer, at which `giveUpOverdue` is due; nullopt without a transfer.
-    std::optional<Clock::time_point> nextDeadline() const { return server_.nextDeadline(); }
-    void giveUpOverdue(Clock::time_point now) { server_.giveUpOverdue(now); }
+    /// Whether `proceed` has something to do, besides at the earliest deadline, which is nullopt without one.
+    bool hasWork() const;
+    std::optional<Clock::time_point> nextDeadline() const;
+
+    /// Goes on with all transfers as far as that needs no wait for another program, and tells callers of what
+    /// has ended. To be called after events were dispatched.
+    void proceed(Clock::time_point now);
 
 private:
-    using Targets = std::vector<std::string>;
-
-    Targets targetNames(const Bytes& list);
     void handleEvent(const xcb_generic_event_t& event);
     void handleExcess(const xcb_generic_event_t& event);
     void handleOwnerChange(const xcb_generic_event_t& event);
-    std::optional<SelectionReader::Answer> ask(X11Selection& selection, xcb_atom_t target, std::size_t limit);
     std::optional<OwnedSelection> ownedSelection(xcb_atom_t atom) const;
 
-    TransferTimeOuts timeOuts_;
-    const DecisionDeadline* deadline_ = nullptr; // null: no limit
+    const TransferTimeOuts timeOuts_;
     std::unique_ptr<X11Connection> connection_;
     std::map<xcb_atom_t, X11Selection> selections_;
     SelectionReader reader_;
