@@ -1,9 +1,10 @@
 #include "Linux/Panel/ProcessNamePanelView.h"
 
+#include "Linux/Base/DescriptorWatch.h"
 #include "Linux/Base/Modules.h"
-#include "Linux/Panel/DescriptorInput.h"
 #include "Linux/Panel/PanelMessages.h"
 #include "Linux/Panel/PanelProcess.h"
+#include "Linux/Panel/ReceivedLines.h"
 
 #include <poll.h>
 #include <unistd.h>

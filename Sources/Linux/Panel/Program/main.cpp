@@ -1,6 +1,7 @@
-#include "Linux/Panel/DescriptorInput.h"
+#include "Linux/Base/DescriptorWatch.h"
 #include "Linux/Panel/PanelMessages.h"
 #include "Linux/Panel/Program/NamePanelWindow.h"
+#include "Linux/Panel/ReceivedLines.h"
 #include "Support/Files.h"
 
 #include <fcntl.h>
