@@ -4,10 +4,16 @@
 #include "Linux/Base/System.h"
 #include "Support/FileUrl.h"
 
+#include <utility>
+
 namespace tavel {
 
 LinuxPlatform::LinuxPlatform()
     : imageCodec_(writeToSystemLog), timestamp_(writeToSystemLog, modulePath("tavel-dates")) {}
+
+bool LinuxPlatform::watchParent(std::int32_t processIdentifier, std::function<void()> lost) {
+    return parentWatch_.start(processIdentifier, std::move(lost));
+}
 
 std::string LinuxPlatform::fileUrl(const std::string& path) {
     return fileUrlFromPath(path);

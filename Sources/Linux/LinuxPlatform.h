@@ -2,10 +2,13 @@
 
 #include "Linux/Base/GlibEventLoop.h"
 #include "Linux/Base/LocalTimestamp.h"
+#include "Linux/Base/ParentWatch.h"
 #include "Linux/Images/OnDemandImageCodec.h"
 #include "Platform/Platform.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 namespace tavel {
@@ -14,7 +17,7 @@ namespace tavel {
 class LinuxPlatform : public Platform {
 public:
     EventLoop& eventLoop() final { return eventLoop_; }
-    bool watchParent(std::int32_t, std::function<void()>) final { return false; }
+    bool watchParent(std::int32_t processIdentifier, std::function<void()> lost) final;
     void expectEnd() override {}
     ImageCodec& imageCodec() final { return imageCodec_; }
     std::string fileUrl(const std::string& path) final;
@@ -28,6 +31,7 @@ protected:
 
 private:
     GlibEventLoop eventLoop_;
+    ParentWatch parentWatch_{eventLoop_};
     OnDemandImageCodec imageCodec_;
     LocalTimestamp timestamp_;
 };
