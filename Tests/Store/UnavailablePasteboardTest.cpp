@@ -28,6 +28,7 @@ TEST(UnavailablePasteboard, refusesEveryWrite) {
 
 TEST(UnavailablePasteboard, isEmptyAndNeverChanges) {
     UnavailablePasteboard pasteboard;
+    EXPECT_TRUE(pasteboard.watch({}, [] { FAIL() << "no change"; })) << "nobody has to poll it";
     const std::int64_t before = pasteboard.changeCount();
     pasteboard.replaceWithItems(oneItem());
     pasteboard.addTypes(oneItem().front());

@@ -2,6 +2,8 @@
 
 #include "Support/Error.h"
 
+#include <sys/stat.h>
+
 #include <cstring>
 #include <string>
 #include <utility>
@@ -68,6 +70,18 @@ void LmdbEnvironment::open(const std::filesystem::path& file) {
     check(status);
 }
 
+const char* LmdbEnvironment::path() const {
+    const char* path = nullptr;
+    mdb_env_get_path(environment_, &path);
+    return path;
+}
+
+void LmdbEnvironment::touch() const {
+    mdb_filehandle_t file = -1;
+    mdb_env_get_fd(environment_, &file);
+    futimens(file, nullptr); // takes no space, which a write to the file might
+}
+
 LmdbSnapshot::~LmdbSnapshot() {
     if (transaction_ != nullptr)
         mdb_txn_abort(transaction_);
@@ -125,7 +139,10 @@ bool LmdbWrite::setChangeCount(const BoardKey& board, std::int64_t count) {
 }
 
 bool LmdbWrite::commit() {
-    return mdb_txn_commit(std::exchange(transaction_, nullptr)) == MDB_SUCCESS;
+    if (mdb_txn_commit(std::exchange(transaction_, nullptr)) != MDB_SUCCESS)
+        return false;
+    environment_.touch();
+    return true;
 }
 
 } // namespace tavel

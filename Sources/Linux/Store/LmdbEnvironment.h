@@ -16,6 +16,9 @@ namespace tavel {
 /// twice (lmdb.h, "Caveats"). One thread at a time may use a transaction. Only one write transaction exists
 /// at a time on a machine; a second one waits for the first to end.
 ///
+/// Each commit sets the file's times once readers can see it, so that other processes can wait for it
+/// (CommitWatch).
+///
 /// A record's key is a pasteboard's (BoardKey), its value 8 bytes in this machine's order.
 class LmdbEnvironment {
 public:
@@ -27,6 +30,12 @@ public:
 
     MDB_env* handle() const { return environment_; }
     MDB_dbi database() const { return database_; }
+
+    /// Of the file. Valid as long as this object.
+    const char* path() const;
+
+    /// Sets the file's times to the present.
+    void touch() const;
 
 private:
     void open(const std::filesystem::path& file);

@@ -82,6 +82,18 @@ std::int64_t StorePasteboard::changeCount() {
     return count;
 }
 
+/// Every value is always there, so none needs to be named.
+bool StorePasteboard::watch(std::vector<WantedValue>, std::function<void()> noticed) {
+    owner_.assertCurrent();
+    const bool isWatched = commits_.start(store_->changeCounts(), [this, noticed = std::move(noticed)] {
+        const std::int64_t count = changeCount();
+        if (std::exchange(watchedCount_, count) != count) // the commit can be another pasteboard's
+            noticed();
+    });
+    watchedCount_ = changeCount();
+    return isWatched;
+}
+
 std::vector<std::string> StorePasteboard::types() {
     std::vector<std::string> types;
     const auto current = content();

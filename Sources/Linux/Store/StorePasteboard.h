@@ -1,12 +1,16 @@
 #pragma once
 
+#include "Linux/Store/CommitWatch.h"
 #include "Linux/Store/PasteboardStore.h"
 #include "Platform/Pasteboard.h"
 #include "Support/OwnerThread.h"
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tavel {
 
@@ -19,6 +23,7 @@ public:
 
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override { return changeCount(); }
+    bool watch(std::vector<WantedValue> values, std::function<void()> noticed) override;
     std::vector<std::string> types() override;
     std::optional<Bytes> string(std::string_view type, std::size_t limit) override;
     std::optional<Bytes> data(std::string_view type, std::size_t limit) override;
@@ -40,6 +45,8 @@ private:
     std::shared_ptr<const PasteboardStore> store_;
     BoardKey key_;
     std::unique_ptr<LmdbSnapshot> countSnapshot_; // idle between readings
+    CommitWatch commits_;
+    std::int64_t watchedCount_ = 0; // the change count at the last look, while commits are watched
 };
 
 } // namespace tavel
