@@ -6,7 +6,10 @@
 
 #include <atomic>
 #include <chrono>
+#include <memory>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace tavel {
 
@@ -29,6 +32,9 @@ public:
     /// Returns when the loop waits or is about to.
     void awaitWait() const { waiting_.wait(false); }
 
+    /// The time-outs of all waits so far, in milliseconds; -1 for none.
+    const std::vector<gint>& timeouts() const { return timeouts_; }
+
     /// Ends awaitWait even if the loop did not wait.
     void release() {
         waiting_ = true;
@@ -37,6 +43,7 @@ public:
 
 private:
     static gint poll(GPollFD* descriptors, guint count, gint timeout) {
+        current_->timeouts_.push_back(timeout);
         if (timeout != 0)
             current_->release();
         return current_->before_(descriptors, count, timeout);
@@ -44,6 +51,7 @@ private:
 
     inline static WaitObserver* current_ = nullptr;
     GPollFunc before_;
+    std::vector<gint> timeouts_;
     std::atomic<bool> waiting_ = false;
 };
 
@@ -94,6 +102,22 @@ TEST(GlibEventLoop, aPostFromAnotherThreadEndsTheWaitAtOnce) {
     loop.runOnce(forEver);
     EXPECT_LT(Clock::now() - start, testTimeout);
     EXPECT_TRUE(ran) << "in the pass that was waiting";
+    observer.release();
+    poster.join();
+}
+
+TEST(GlibEventLoop, anUnlimitedPassSleepsOnceUntilSomethingIsPosted) {
+    GlibEventLoop loop;
+    loop.runOnce(0ms);
+    WaitObserver observer;
+    bool ran = false;
+    std::thread poster([&] {
+        observer.awaitWait();
+        loop.post([&] { ran = true; });
+    });
+    loop.runOnce(EventLoop::unlimited);
+    EXPECT_TRUE(ran);
+    EXPECT_EQ(observer.timeouts(), std::vector<gint>{-1});
     observer.release();
     poster.join();
 }
