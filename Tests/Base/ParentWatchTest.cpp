@@ -1,6 +1,5 @@
 #include "Linux/Base/ParentWatch.h"
 
-#include "Support/Process.h"
 #include "Tests/Base/TestedEventLoop.h"
 #include "Tests/Support/RefusedSystemCall.h"
 #include "Tests/Unit/Fixtures/ForkedFunction.h"
@@ -14,7 +13,9 @@
 
 #include <cerrno>
 #include <csignal>
+#include <exception>
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace tavel {

@@ -7,10 +7,14 @@
 #include <fcntl.h>
 #include <sys/syscall.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <optional>
+#include <csignal>
+#include <memory>
 #include <stdexcept>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace tavel {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <sys/ptrace.h>
+#include <sys/types.h>
 #include <sys/wait.h>
 
 #include <cerrno>
