@@ -35,9 +35,14 @@ def running_agent():
         agent.kill()
 
 
+def threads(pid):
+    """Returns the directories of the process's threads in /proc."""
+    return list(pathlib.Path(f"/proc/{pid}/task").iterdir())
+
+
 def processor_milliseconds(pid):
-    fields = pathlib.Path(f"/proc/{pid}/schedstat").read_text().split()
-    return int(fields[0]) / 1e6
+    """Returns the time of all threads. The process's own schedstat has that of its first one only."""
+    return sum(int((thread / "schedstat").read_text().split()[0]) for thread in threads(pid)) / 1e6
 
 
 def private_mebibytes(pid, kind):
