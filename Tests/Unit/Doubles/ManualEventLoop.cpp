@@ -35,8 +35,16 @@ void ManualEventLoop::runOnce(std::chrono::milliseconds longestWait) {
     if (idlePasses_ > mostIdlePasses)
         throw std::logic_error("The event loop waits for something that the test never does");
     runPosted();
-    if (waits)
+    if (!waits)
+        return;
+    if (longestWait != unlimited)
         runTimersUntil(now_ + longestWait, [this] { return isToldToStopWaiting(); });
+    else if (!timers_.empty())
+        runTimersUntil(std::ranges::min(timers_, {}, &Timer::due).due, [] { return false; });
+    else if (whenAtRest_)
+        whenAtRest_();
+    else
+        throw std::logic_error("The event loop waits for an event that the test never makes");
 }
 
 void ManualEventLoop::post(Function function) {

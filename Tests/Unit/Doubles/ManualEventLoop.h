@@ -8,6 +8,7 @@
 #include <deque>
 #include <mutex>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace tavel {
@@ -17,8 +18,8 @@ namespace tavel {
 class ManualEventLoop final : public EventLoop {
 public:
     /// One pass: first the test's plan for it, then posted functions. Without either, the clock moves by
-    /// `longestWait`, or to the timer that ends the wait. Throws after very many such passes in a row, as
-    /// nothing will end the wait.
+    /// `longestWait`, or to the timer that ends the wait; every timer ends an unlimited wait. Throws when
+    /// nothing will end the wait: in an unlimited one, and after very many such passes in a row.
     void runOnce(std::chrono::milliseconds longestWait) override;
 
     void post(Function function) override;
@@ -48,6 +49,9 @@ public:
 
     /// Plans a step for one of the next passes of `runOnce`, in the order of planning.
     void planPass(Function pass) { plannedPasses_.push_back(std::move(pass)); }
+
+    /// The function runs when an unlimited wait has nothing to wait for.
+    void onRest(Function function) { whenAtRest_ = std::move(function); }
 
     std::size_t passes() const { return passes_; }
 
@@ -80,6 +84,7 @@ private:
     std::size_t refusedJobs_ = 0;
     std::size_t refusedDelays_ = 0;
     std::deque<Function> plannedPasses_;
+    Function whenAtRest_;
     std::size_t passes_ = 0;
     std::size_t idlePasses_ = 0;
     bool running_ = false;

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace tavel {
 
@@ -41,6 +42,12 @@ std::int64_t ScriptedPasteboard::changeCount() {
 
 std::vector<std::string> ScriptedPasteboard::types() {
     record("types");
+    std::vector<std::string> types = currentTypes();
+    seenTypes_ = {types.begin(), types.end()};
+    return types;
+}
+
+std::vector<std::string> ScriptedPasteboard::currentTypes() const {
     std::vector<std::string> types;
     for (const PasteboardItem& item : items_) {
         for (const Representation& representation : item) {
@@ -48,7 +55,6 @@ std::vector<std::string> ScriptedPasteboard::types() {
                 types.push_back(representation.type);
         }
     }
-    seenTypes_ = {types.begin(), types.end()};
     return types;
 }
 
@@ -85,6 +91,8 @@ FileList ScriptedPasteboard::files(const FileListLimit& limit) {
     record("files");
     if (readAccess_ == ReadAccess::denied)
         return {};
+    if (isOffered(pasteboardType::fileUrl) && !hasCome(pasteboardType::fileUrl))
+        return {};
     FileListBuilder files(limit);
     for (const PasteboardItem& item : items_) {
         if (const Representation* const url = find(item, pasteboardType::fileUrl))
@@ -95,7 +103,17 @@ FileList ScriptedPasteboard::files(const FileListLimit& limit) {
 
 bool ScriptedPasteboard::isReadable(std::string_view type) const {
     EXPECT_TRUE(seenTypes_.contains(type)) << "nobody has seen that " << type << " is offered";
-    return readAccess_ != ReadAccess::denied && !withheld_.contains(type);
+    return readAccess_ != ReadAccess::denied && !withheld_.contains(type) && hasCome(type);
+}
+
+bool ScriptedPasteboard::hasCome(std::string_view type) const {
+    const bool has = !holdsValues_ || !isForeign_ || come_.contains(type);
+    EXPECT_TRUE(has) << "nobody has gathered " << type;
+    return has;
+}
+
+bool ScriptedPasteboard::isOffered(std::string_view type) const {
+    return find(items_, type) != nullptr;
 }
 
 bool ScriptedPasteboard::canHold(const Representation& representation) {
@@ -131,6 +149,8 @@ std::optional<std::int64_t> ScriptedPasteboard::replace(Operation operation,
 /// The change count of a write.
 std::int64_t ScriptedPasteboard::written() {
     const std::int64_t count = changeCount_;
+    noticed_ = count;
+    isForeign_ = false;
     if (writeObserver_)
         writeObserver_();
     return count;
@@ -138,7 +158,8 @@ std::int64_t ScriptedPasteboard::written() {
 
 std::optional<std::int64_t> ScriptedPasteboard::addTypes(std::span<const Representation> representations) {
     record("addTypes");
-    if (items_.empty() || isRefused(Operation::addTypes, representations))
+    const bool isTheirs = holdsValues_ && isForeign_ && !isTakenOver_;
+    if (items_.empty() || isTheirs || isRefused(Operation::addTypes, representations))
         return std::nullopt;
     ++changeCount_;
     for (const Representation& added : representations)
@@ -149,6 +170,9 @@ std::optional<std::int64_t> ScriptedPasteboard::addTypes(std::span<const Represe
 void ScriptedPasteboard::changeFromOutside(std::vector<PasteboardItem> items) {
     items_ = std::move(items);
     ++changeCount_;
+    isForeign_ = true;
+    isTakenOver_ = false;
+    come_.clear();
 }
 
 void ScriptedPasteboard::copyFromOutside(std::string_view text) {
@@ -161,6 +185,100 @@ void ScriptedPasteboard::copyFilesFromOutside(std::span<const std::string> paths
     for (const std::string& path : paths)
         items.push_back({{std::string(pasteboardType::fileUrl), Bytes::adopt(fileUrlFromPath(path))}});
     changeFromOutside(std::move(items));
+}
+
+/// A gathering that the test ends, unless its destruction does.
+class ScriptedPasteboard::HeldGathering final : public Gathering {
+public:
+    HeldGathering(ScriptedPasteboard& board, std::vector<std::string> types, Gathered gathered)
+        : wanted(std::move(types)), count(board.noticedChangeCount()), done(std::move(gathered)),
+          board_(board) {
+        board_.gatherings_.push_back(this);
+    }
+    ~HeldGathering() override { std::erase(board_.gatherings_, this); }
+    HeldGathering(const HeldGathering&) = delete;
+    HeldGathering& operator=(const HeldGathering&) = delete;
+
+    std::vector<std::string> wanted;
+    bool takesOver = false;
+    std::int64_t count;
+    Gathered done;
+
+private:
+    ScriptedPasteboard& board_;
+};
+
+bool ScriptedPasteboard::watch(std::vector<WantedValue> values, std::function<void()> noticed) {
+    EXPECT_TRUE(watched_.empty()) << "it is watched already";
+    watched_ = std::move(values);
+    onNoticed_ = std::move(noticed);
+    return tellsNews_;
+}
+
+std::unique_ptr<Gathering> ScriptedPasteboard::gather(std::vector<WantedValue> wanted, Gathered done) {
+    std::vector<std::string> types;
+    for (const WantedValue& value : wanted) {
+        gatheredLimits_.insert_or_assign(value.type, value.limit);
+        if (isOffered(value.type) && !come_.contains(value.type))
+            types.push_back(value.type);
+    }
+    if (holdsValues_ && isForeign_ && !types.empty())
+        return std::make_unique<HeldGathering>(*this, std::move(types), std::move(done));
+    done(true);
+    return nullptr;
+}
+
+std::unique_ptr<Gathering> ScriptedPasteboard::gatherForAddTypes(std::vector<std::string> required,
+                                                                 Gathered done) {
+    required_ = required;
+    if (!holdsValues_ || !isForeign_) {
+        done(true);
+        return nullptr;
+    }
+    auto held = std::make_unique<HeldGathering>(*this, currentTypes(), std::move(done));
+    held->takesOver = true;
+    return held;
+}
+
+void ScriptedPasteboard::deliver() {
+    ASSERT_FALSE(gatherings_.empty()) << "nobody gathers anything";
+    HeldGathering& held = *gatherings_.front();
+    gatherings_.erase(gatherings_.begin());
+    const Gathered done = std::exchange(held.done, nullptr);
+    const bool isCurrent = held.count == changeCount_;
+    if (isCurrent) {
+        come_.insert(held.wanted.begin(), held.wanted.end());
+        const auto isMissing = [this](const std::string& type) {
+            return isOffered(type) && withheld_.contains(type);
+        };
+        isTakenOver_ = held.takesOver && std::ranges::none_of(required_, isMissing);
+    }
+    done(isCurrent); // the gathering may go
+}
+
+std::vector<std::string> ScriptedPasteboard::awaited() const {
+    std::vector<std::string> types;
+    for (const HeldGathering* const held : gatherings_)
+        types.insert(types.end(), held->wanted.begin(), held->wanted.end());
+    return types;
+}
+
+std::size_t ScriptedPasteboard::gatheredLimitOf(std::string_view type) const {
+    const auto found = gatheredLimits_.find(type);
+    return found == gatheredLimits_.end() ? 0 : found->second;
+}
+
+void ScriptedPasteboard::holdNews(std::int64_t noticed) {
+    holdsNews_ = true;
+    noticed_ = noticed;
+}
+
+void ScriptedPasteboard::notice() {
+    noticed_ = changeCount_;
+    for (const WantedValue& value : watched_)
+        come_.insert(value.type);
+    if (tellsNews_ && onNoticed_)
+        onNoticed_();
 }
 
 void ScriptedPasteboard::refuse(Operation operation, std::string_view type) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -15,7 +16,8 @@ namespace tavel {
 
 /// A pasteboard in memory. It keeps the interface's promises; a test can make it refuse what a platform may
 /// refuse, change it as another program would, and see the calls in their order. The test fails if data is
-/// requested of a type that was not among the types when these were asked for last.
+/// requested of a type that was not among the types when these were asked for last. At first it holds every
+/// content itself and tells nothing by itself.
 class ScriptedPasteboard final : public Pasteboard {
 public:
     enum class Operation { canHold, replaceWithValues, replaceWithItems, addTypes };
@@ -24,7 +26,10 @@ public:
     static constexpr std::string_view anyType{};
 
     std::int64_t changeCount() override;
-    std::int64_t noticedChangeCount() override { return changeCount(); }
+    std::int64_t noticedChangeCount() override { return holdsNews_ ? noticed_ : changeCount_; }
+    bool watch(std::vector<WantedValue> values, std::function<void()> noticed) override;
+    std::unique_ptr<Gathering> gather(std::vector<WantedValue> wanted, Gathered done) override;
+    std::unique_ptr<Gathering> gatherForAddTypes(std::vector<std::string> required, Gathered done) override;
     std::vector<std::string> types() override;
     ReadAccess readAccess() override { return readAccess_; }
     std::optional<Bytes> string(std::string_view type, std::size_t limit) override;
@@ -51,6 +56,33 @@ public:
 
     /// From now on the user has chosen this. Denied, nothing can be read.
     void setReadAccess(ReadAccess access) { readAccess_ = access; }
+
+    /// From now on, contents come from their owners: a gathering ends when the test delivers its values. The
+    /// test fails if a value is read that was neither gathered nor named by `watch`.
+    void holdValues() { holdsValues_ = true; }
+
+    /// Ends the oldest gathering: its values are there, or the content was replaced meanwhile.
+    void deliver();
+
+    /// The types that are being gathered, the oldest gathering's first.
+    std::vector<std::string> awaited() const;
+
+    /// The limit with which the type was gathered last; 0 if it never was.
+    std::size_t gatheredLimitOf(std::string_view type) const;
+
+    /// The types without which the last content cannot be taken over.
+    const std::vector<std::string>& required() const { return required_; }
+
+    /// From now on `watch` is served: `notice` tells.
+    void tellNews() { tellsNews_ = true; }
+
+    /// From now on, another program's content is noticed when the test says so. `noticed` is the count until
+    /// then.
+    void holdNews(std::int64_t noticed);
+    void holdNews() { holdNews(changeCount_); }
+
+    /// The types of the current content, and the small values, are there.
+    void notice();
 
     /// The observer runs before each operation but `changeCount` and `readAccess`, with the call as `calls`
     /// records it.
@@ -80,6 +112,11 @@ public:
     void setChangeCount(std::int64_t changeCount) { changeCount_ = changeCount; }
 
 private:
+    class HeldGathering;
+
+    std::vector<std::string> currentTypes() const;
+    bool hasCome(std::string_view type) const;
+    bool isOffered(std::string_view type) const;
     void record(std::string call);
     bool isReadable(std::string_view type) const;
     bool isRefused(Operation operation, std::string_view type) const;
@@ -93,6 +130,21 @@ private:
     std::set<std::string, std::less<>> withheld_;
     std::set<std::string, std::less<>> seenTypes_; // the last answer
     ReadAccess readAccess_ = ReadAccess::free;
+
+    bool holdsValues_ = false;
+    bool isForeign_ = false;                  // the current content is another program's
+    std::set<std::string, std::less<>> come_; // of the current content
+    std::vector<HeldGathering*> gatherings_;  // oldest first
+    std::map<std::string, std::size_t, std::less<>> gatheredLimits_;
+    std::vector<std::string> required_;
+    bool isTakenOver_ = false; // the current content was gathered for `addTypes`
+
+    bool tellsNews_ = false;
+    bool holdsNews_ = false;
+    std::int64_t noticed_ = 0; // while news is held
+    std::vector<WantedValue> watched_;
+    std::function<void()> onNoticed_;
+
     std::vector<std::string> calls_;
     std::map<std::string, std::size_t, std::less<>> limits_;
     std::function<void(const std::string& call)> observer_;
