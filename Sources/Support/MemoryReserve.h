@@ -34,10 +34,11 @@ public:
         return false;
     }
 
-    /// Takes a block again, if it was given back and there is memory.
-    void refill() {
+    /// Takes a block again, if it was given back and there is memory. Returns whether it has one.
+    bool refill() {
         if (block_ == nullptr)
             block_.reset(std::malloc(size));
+        return block_ != nullptr;
     }
 
 private:

@@ -158,6 +158,8 @@ void FilePaste::checkPermission() {
 void FilePaste::endInterception() {
     busy_ = false;
     ++generation_;
+    search_.reset();
+    gathering_.reset();
     if (panel_ != nullptr)
         std::exchange(panel_, nullptr)->hide();
 }
@@ -196,10 +198,16 @@ KeyVerdict FilePaste::handle(const KeyEvent& event) {
     if (!enabled_ || busy_ || !isPasteShortcut)
         return KeyVerdict::pass;
     const auto pid = processOfFocusedFileView();
-    // Without a panel, which may have been removed since, the shortcut would be lost.
-    if (!pid || !holdsPasteableContent() || !platform_.canShowNamePanel())
+    if (!pid)
         return KeyVerdict::pass;
-    scheduleBegin(delayBeforePanel, *pid, board_->changeCount());
+    // The key waits for nobody, so a content passes of which nothing is known yet.
+    const std::int64_t sequence = board_->changeCount();
+    if (sequence != board_->noticedChangeCount())
+        return KeyVerdict::pass;
+    // Without a panel, which may have been removed since, the shortcut would be lost.
+    if (!holdsPasteableContent(sequence) || !platform_.canShowNamePanel())
+        return KeyVerdict::pass;
+    scheduleBegin(delayBeforePanel, *pid, sequence);
     busy_ = true;
     hasJustIntercepted_ = true;
     swallowed_ = keyCode::v;
@@ -228,19 +236,19 @@ void FilePaste::handleDisabledTap(bool verdictWasLate) {
         platform_.keyboardTap().setEnabled(true);
 }
 
-bool FilePaste::holdsPasteableContent() {
+bool FilePaste::holdsPasteableContent(std::int64_t sequence) {
     const std::vector<std::string> types = board_->types();
     if (!pasteboardType::isAnyOffered(types, pasteableTypes) || board_->readAccess() == ReadAccess::denied)
         return false;
     // The file manager itself pastes a file that the user copied. A generated file has the content that it
     // was made from beside it.
-    return !pasteboardType::isOffered(types, pasteboardType::fileUrl) || holdsGeneratedFile(types);
+    return !pasteboardType::isOffered(types, pasteboardType::fileUrl) || holdsGeneratedFile(types, sequence);
 }
 
-bool FilePaste::holdsGeneratedFile(std::span<const std::string> types) {
+bool FilePaste::holdsGeneratedFile(std::span<const std::string> types, std::int64_t sequence) {
     if (!pasteboardType::isOffered(types, alternative))
         return false;
-    if (board_->changeCount() == published_)
+    if (sequence == published_)
         return true;
     // Another agent's, perhaps. The key cannot wait for the user to permit a look.
     if (board_->readAccess() != ReadAccess::free)
@@ -290,30 +298,66 @@ bool FilePaste::isPasteShortcutHeld() {
 
 void FilePaste::begin(std::int32_t pid, std::int64_t sequence) {
     try {
-        if (!enabled_ || board_->changeCount() != sequence || processOfFocusedFileView() != pid) {
+        if (!canGoOn(pid, sequence))
+            return;
+        auto search =
+            FileDataSearch::start(*board_, platform_.imageCodec(),
+                                  [weak = weak_from_this(), pid, sequence](FileDataSearch::Outcome outcome) {
+                                      if (const auto self = weak.lock())
+                                          self->askForName(pid, sequence, std::move(outcome));
+                                  });
+        // Without one, the panel is shown already.
+        if (search != nullptr)
+            search_ = std::move(search);
+    } catch (const std::exception&) {
+        busy_ = false; // there is no memory for it
+    }
+}
+
+/// Whether a panel may open now. If not, the interception has ended, or begins anew when the keys are up.
+/// Throws std::bad_alloc.
+bool FilePaste::canGoOn(std::int32_t pid, std::int64_t sequence) {
+    if (!enabled_ || board_->changeCount() != sequence || processOfFocusedFileView() != pid) {
+        busy_ = false;
+        return false;
+    }
+    // A panel opened now would receive the keys' repeats.
+    if (isPasteShortcutHeld()) {
+        scheduleBegin(keyCheckInterval, pid, sequence);
+        return false;
+    }
+    return true;
+}
+
+void FilePaste::askForName(std::int32_t pid, std::int64_t sequence, FileDataSearch::Outcome outcome) {
+    try {
+        const bool tookTime = std::exchange(search_, nullptr) != nullptr;
+        if (std::holds_alternative<FileDataSearch::GivenUp>(outcome)) {
             busy_ = false;
             return;
         }
-        // A panel opened now would receive the keys' repeats.
-        if (isPasteShortcutHeld()) {
-            scheduleBegin(keyCheckInterval, pid, sequence);
+        if (tookTime && !canGoOn(pid, sequence))
             return;
-        }
-        const FileData content = fileData();
-        const auto panel = makePanel(content);
-        panel->setFinished([weak = weak_from_this(), weakPanel = std::weak_ptr(panel), pid, sequence,
-                            data = content.data](const std::optional<std::string>& name) {
-            if (const auto self = weak.lock())
-                self->finish(weakPanel.lock(), pid, sequence, data, name);
-        });
-        panel_ = panel;
-        panel->show();
+        if (auto* const failure = std::get_if<Error>(&outcome))
+            throw Error(std::move(*failure));
+        showPanel(pid, sequence, std::get<FileData>(outcome));
     } catch (const Error& error) {
         busy_ = false;
         logFailure(error);
     } catch (const std::exception&) {
         busy_ = false; // there is no memory for it
     }
+}
+
+void FilePaste::showPanel(std::int32_t pid, std::int64_t sequence, const FileData& content) {
+    const auto panel = makePanel(content);
+    panel->setFinished([weak = weak_from_this(), weakPanel = std::weak_ptr(panel), pid, sequence,
+                        data = content.data](const std::optional<std::string>& name) {
+        if (const auto self = weak.lock())
+            self->finish(weakPanel.lock(), pid, sequence, data, name);
+    });
+    panel_ = panel;
+    panel->show();
 }
 
 std::shared_ptr<FileNamePanel> FilePaste::makePanel(const FileData& content) {

@@ -4,6 +4,7 @@
 #include "Support/Bytes.h"
 #include "Support/Error.h"
 #include "Support/OwnerThread.h"
+#include "TavelClipboardAgent/FilePaste/FileDataSearch.h"
 #include "TavelClipboardAgent/FilePaste/FileNamePanel.h"
 #include "TavelClipboardAgent/main/ExportDirectory.h"
 
@@ -26,11 +27,6 @@ namespace tavel {
 /// Main thread only. Held by a shared_ptr; whatever outlives a call holds it weakly.
 class FilePaste : public std::enable_shared_from_this<FilePaste> {
 public:
-    struct FileData {
-        Bytes data;
-        std::string ext; // without a dot
-    };
-
     /// Generated files go below `root`. At the end of each publication, when older files are gone, `changed`
     /// gets the change count that it produced; it must not throw. `platform` must outlive this object. The
     /// keyboard is not tapped before `configure`.
@@ -44,13 +40,13 @@ public:
     /// on again.
     void configure(bool enabled);
 
-    /// The content of a file made from the pasteboard's first suitable representation. Throws Error
-    /// ("Tavel", 4) if there is none, and ("Tavel", 3) if a picture cannot be encoded here. Can block like
-    /// Pasteboard::data, and may have to encode a picture.
-    FileData fileData();
+    /// The value that marks the file URL beside it as that of a generated file. To be watched on the
+    /// pasteboard, because the key handler cannot wait for it.
+    static WantedValue generatedFileMark() { return {std::string(alternative), alternativeValue.size()}; }
 
-    /// Ends an interception after the user chose a name: publishes the file, and pastes it if the keyboard
-    /// focus is still in a view of files of the process `pid`.
+    /// Ends an interception after the user chose a name: gathers what the content's owner keeps of it, if
+    /// anything, publishes the file, and pastes it if the keyboard focus is still in a view of files of the
+    /// process `pid`.
     void complete(std::int32_t pid, std::int64_t sequence, const Bytes& data, const std::string& name);
 
     /// Writes the file and adds it to the pasteboard's content. Returns its path, or nullopt if the change
@@ -80,17 +76,21 @@ private:
     void handleDisabledTap(bool verdictWasLate);
     void endInterception();
     void passUntilReleased();
-    bool holdsPasteableContent();
-    bool holdsGeneratedFile(std::span<const std::string> types);
+    bool holdsPasteableContent(std::int64_t sequence);
+    bool holdsGeneratedFile(std::span<const std::string> types, std::int64_t sequence);
     std::optional<std::int32_t> processOfFocusedFileView();
     void begin(std::int32_t pid, std::int64_t sequence);
     void scheduleBegin(std::chrono::milliseconds delay, std::int32_t pid, std::int64_t sequence);
     void schedule(std::chrono::milliseconds delay, const std::function<void(FilePaste&)>& step);
     bool isPasteShortcutHeld();
+    bool canGoOn(std::int32_t pid, std::int64_t sequence);
+    void askForName(std::int32_t pid, std::int64_t sequence, FileDataSearch::Outcome outcome);
+    void showPanel(std::int32_t pid, std::int64_t sequence, const FileData& content);
     std::shared_ptr<FileNamePanel> makePanel(const FileData& content);
     void finish(const std::shared_ptr<FileNamePanel>& panel, std::int32_t pid, std::int64_t sequence,
                 const Bytes& data, const std::optional<std::string>& name);
-    std::optional<FileData> encodedImage(std::span<const std::string> types);
+    void publishAndPaste(std::int32_t pid, std::int64_t sequence, const Bytes& data, const std::string& name,
+                         bool isCurrent);
     void retain(PrivateDirectory directory);
     void postPasteShortcut();
     void logFailure(const Error& error);
@@ -109,6 +109,8 @@ private:
     std::optional<std::int64_t> published_;    // change count of the last generated file
     std::optional<std::int64_t> swallowed_;    // key code whose repeats and release are still to be swallowed
     std::deque<PrivateDirectory> directories_; // of the retained generated files, oldest first
+    std::shared_ptr<FileDataSearch> search_;   // while it waits for the content's owner
+    std::unique_ptr<Gathering> gathering_;     // of what the publication takes over
     std::shared_ptr<FileNamePanel> panel_;     // while it is shown
 };
 

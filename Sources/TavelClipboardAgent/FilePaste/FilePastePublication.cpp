@@ -3,11 +3,13 @@
 #include "Support/ScopeExit.h"
 #include "TavelClipboardAgent/FilePaste/FileNames.h"
 #include "TavelClipboardAgent/FilePaste/FilePaste.h"
+#include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/main/ExportNames.h"
 
 #include <array>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace tavel {
 
@@ -15,6 +17,14 @@ namespace {
 
 /// Another program may still be reading the previous file.
 constexpr std::size_t maximumDirectories = 2;
+
+/// What of another program's content must be there still when the file is added: all that anybody pastes.
+std::vector<std::string> requiredTypes() {
+    std::vector<std::string> types{std::string(pasteboardType::fileUrl)};
+    for (const ClipboardFormat& format : clipboardFormats)
+        types.emplace_back(format.type);
+    return types;
+}
 
 /// Whether `validName` could have returned the name.
 bool isValidFileName(std::string_view name) {
@@ -27,21 +37,44 @@ bool isValidFileName(std::string_view name) {
 void FilePaste::complete(std::int32_t pid, std::int64_t sequence, const Bytes& data,
                          const std::string& name) {
     owner_.assertCurrent();
+    try {
+        if (!enabled_ || board_->changeCount() != sequence || processOfFocusedFileView() != pid) {
+            busy_ = false;
+            return;
+        }
+        auto gathering = board_->gatherForAddTypes(
+            requiredTypes(), [weak = weak_from_this(), pid, sequence, data, name](bool isCurrent) {
+                if (const auto self = weak.lock())
+                    self->publishAndPaste(pid, sequence, data, name, isCurrent);
+            });
+        // Without one, the interception has ended already.
+        if (gathering != nullptr)
+            gathering_ = std::move(gathering);
+    } catch (const std::exception&) {
+        busy_ = false; // there is no memory for it
+    }
+}
+
+/// The last step, also when the content was replaced meanwhile.
+void FilePaste::publishAndPaste(std::int32_t pid, std::int64_t sequence, const Bytes& data,
+                                const std::string& name, bool isCurrent) {
     const ScopeExit ended([this] { busy_ = false; });
-    if (!enabled_ || board_->changeCount() != sequence || processOfFocusedFileView() != pid)
+    const auto gathering = std::exchange(gathering_, nullptr);
+    const bool tookTime = gathering != nullptr;
+    if (!isCurrent || (tookTime && processOfFocusedFileView() != pid))
         return;
     try {
         if (!publishGeneratedFile(sequence, data, name))
             return;
+        // If the focus has moved elsewhere, the user can still paste the file from the pasteboard.
+        if (processOfFocusedFileView() == pid)
+            postPasteShortcut();
     } catch (const Error& error) {
         logFailure(error);
-        return;
+    } catch (const std::exception&) {
+        // There is no memory for it.
     }
-    // If the focus has moved elsewhere, the user can still paste the file from the pasteboard.
-    if (processOfFocusedFileView() == pid)
-        postPasteShortcut();
 }
-
 std::optional<std::filesystem::path> FilePaste::publishGeneratedFile(std::int64_t sequence, const Bytes& data,
                                                                      const std::string& name) {
     owner_.assertCurrent();

@@ -7,8 +7,11 @@
 #include "TavelClipboardAgent/main/CommandReader.h"
 #include "TavelClipboardAgent/main/ExportNames.h"
 #include "TavelClipboardAgent/main/LeftOvers.h"
+#include "TavelClipboardAgent/main/Limits.h"
+#include "TavelClipboardAgent/main/MemoryLooks.h"
 #include "TavelClipboardAgent/main/MemoryReturn.h"
 #include "TavelClipboardAgent/main/Pace.h"
+#include "TavelClipboardAgent/main/PollSchedule.h"
 
 #include <cerrno>
 #include <chrono>
@@ -20,9 +23,6 @@ namespace tavel {
 namespace {
 
 using namespace std::chrono_literals;
-
-/// Parents below 2 are not watched: 1 is the parent of every orphan.
-constexpr std::int32_t smallestWatchedParent = 2;
 
 std::shared_ptr<Pasteboard> openPasteboard(Platform& platform, const std::optional<std::string>& name) {
     // A lack of memory may pass, and without its pasteboard the agent is of no use.
@@ -50,7 +50,7 @@ ClipboardWorker::ClipboardWorker(Platform& platform, Pipes pipes, std::int32_t p
           std::make_shared<ExportDirectory>(platform.temporaryDirectory() / exportNames::newDirectory())),
       expectedParentPID_(parentPID) {
     lowerSchedulingPriority();
-    previousChangeCount_ = pasteboard_->changeCount();
+    passOverContents();
 }
 
 void ClipboardWorker::run() {
@@ -58,13 +58,19 @@ void ClipboardWorker::run() {
     platform_.becomeAccessory();
     EventLoop& loop = platform_.eventLoop();
     bool reading = startReading();
-    bool polling = startPolling();
+    bool polling = startWatching() || startPolling();
     reserve_.insist([this] { exportDirectory_->create(); });
     startRemovingLeftOvers();
+    if (schedule_ != nullptr)
+        schedule_->noteNews(); // what has come before anything told of it
     while (!stopping_) {
-        loop.runOnce(reading && polling ? longestWait : pollInterval);
+        const bool hasTick = schedule_ == nullptr;
+        const bool isSettled = reading && polling && (hasTick || catchUp());
+        const auto untilNextEvent = hasTick ? longestWait : EventLoop::unlimited;
+        loop.runOnce(isSettled ? untilNextEvent : pollInterval);
         reading = reading || startReading();
         polling = polling || startPolling();
+        afterPass();
     }
     reserve_.insist([this] { exportDirectory_->remove(); });
     reserve_.insist([this] { platform_.handOverContents(); });
@@ -73,14 +79,49 @@ void ClipboardWorker::run() {
 
 /// False if the system has no thread for it now.
 bool ClipboardWorker::startReading() {
-    EventLoop& loop = platform_.eventLoop();
     try {
-        loop.runInBackground([descriptor = pipes_.input, &loop, worker = weak_from_this()] {
-            readCommands(descriptor, loop, worker);
-        });
+        platform_.eventLoop().runInBackground(
+            [descriptor = pipes_.input, &platform = platform_, worker = weak_from_this()] {
+                readCommands(descriptor, platform, worker);
+            });
         return true;
     } catch (const std::exception&) {
         return false;
+    }
+}
+
+/// True if events tell of all that a tick would look for: new contents, and the parent's end.
+bool ClipboardWorker::startWatching() {
+    try {
+        const auto weak = weak_from_this();
+        auto schedule = std::make_shared<PollSchedule>(platform_.eventLoop(), [weak] {
+            if (const auto worker = weak.lock())
+                worker->poll();
+        });
+        auto memoryLooks = std::make_shared<MemoryLooks>(
+            platform_.eventLoop(), MemoryReturn(memoryUse),
+            [output = output_, slot = exportSlot_] {
+                return slot->isTaken() || !output->hasWritten(output->queuedLines());
+            },
+            returnFreeMemory);
+        // Also with a tick, the small values have to come with the types.
+        const bool tellsOfContents = pasteboard_->watch(
+            {{std::string(markerType), maximumMarkerBytes}, FilePaste::generatedFileMark()},
+            [weakSchedule = std::weak_ptr(schedule)] {
+                if (const auto alive = weakSchedule.lock())
+                    alive->noteNews();
+            });
+        const bool tellsOfParent = !isWatchedParent() || platform_.watchParent(expectedParentPID_, [weak] {
+            if (const auto worker = weak.lock())
+                worker->stop();
+        });
+        if (!tellsOfContents || !tellsOfParent)
+            return false;
+        schedule_ = std::move(schedule);
+        memoryLooks_ = std::move(memoryLooks);
+        return true;
+    } catch (const std::exception&) {
+        return false; // there is no memory for it
     }
 }
 
@@ -122,14 +163,33 @@ void ClipboardWorker::tick() {
         poll();
 }
 
+void ClipboardWorker::afterPass() {
+    if (schedule_ == nullptr)
+        return;
+    schedule_->goOnWithoutTimer();
+    memoryLooks_->afterPass();
+}
+
+/// Tries again what memory or threads were missing for. False if something still lacks them.
+bool ClipboardWorker::catchUp() {
+    const bool hasReserve = reserve_.refill();
+    const bool isWriting = output_->startWriting();
+    return hasReserve && isWriting && (schedule_ == nullptr || schedule_->hasTimerIfNeeded());
+}
+
 bool ClipboardWorker::isParentLost() const {
-    return expectedParentPID_ >= smallestWatchedParent && parentProcessIdentifier() != expectedParentPID_;
+    return isWatchedParent() && parentProcessIdentifier() != expectedParentPID_;
+}
+
+/// The content that is there now is not reported, nor is one before it that the news may still name.
+void ClipboardWorker::passOverContents() {
+    previousChangeCount_ = pasteboard_->changeCount();
+    passedOver_ = pasteboard_->noticedChangeCount();
 }
 
 /// Waits until the parent has taken all output or is gone.
 void ClipboardWorker::finishOutput() {
     using Clock = std::chrono::steady_clock;
-    const bool isWatched = expectedParentPID_ >= smallestWatchedParent;
     std::uint64_t progress = output_->progress();
     Clock::time_point lastProgress = Clock::now();
     while (!output_->waitUntilWritten(pollInterval) && !isParentLost()) {
@@ -139,7 +199,7 @@ void ClipboardWorker::finishOutput() {
             progress = now;
             lastProgress = Clock::now();
         }
-        if (!isWatched && inputEnded_ && Clock::now() - lastProgress >= pipes_.outputTimeOut)
+        if (!isWatchedParent() && inputEnded_ && Clock::now() - lastProgress >= pipes_.outputTimeOut)
             return;
     }
 }
@@ -147,6 +207,7 @@ void ClipboardWorker::finishOutput() {
 void ClipboardWorker::stop() {
     owner_.assertCurrent();
     stopping_ = true;
+    gathering_.reset();
     if (filePaste_ != nullptr)
         filePaste_->configure(false); // cancels what it has scheduled
     platform_.eventLoop().stopWaiting();
@@ -173,6 +234,7 @@ FilePaste& ClipboardWorker::filePaste() {
 void ClipboardWorker::generatedFilePasted(std::int64_t changeCount) {
     owner_.assertCurrent();
     previousChangeCount_ = changeCount;
+    gathering_.reset();
     reserve_.insist([&] { output_->emit(event::FileRenamed{sequenceFrom(changeCount)}); });
 }
 

@@ -21,7 +21,10 @@
 
 namespace tavel {
 
+struct Capture;
 struct FormatExport;
+class MemoryLooks;
+class PollSchedule;
 
 /// The one long-lived object of the agent: it watches the pasteboard, carries out the parent's commands and
 /// reports to the parent. Main thread only. Held by a shared_ptr, because everything that outlives a call
@@ -52,7 +55,8 @@ public:
     void handle(ClipboardCommand command);
 
     /// Reports the pasteboard's content if it has changed since the last call and the parent has taken the
-    /// last report.
+    /// last report. Announces it at once; what has to come from another program is described when it is
+    /// there, unless the content changes or the agent writes before that.
     void poll();
 
     /// Makes `run` return, for good. Nothing changes the pasteboard any more.
@@ -83,14 +87,22 @@ public:
     bool hasWrittenOutput() const { return output_->hasWritten(output_->queuedLines()); }
 
 private:
+    /// Parents below 2 are not watched: 1 is the parent of every orphan.
+    static constexpr std::int32_t smallestWatchedParent = 2;
+
     /// The outcome of a command: the reason of its failure, or nullopt.
     using Result = std::optional<std::string>;
 
     bool startReading();
+    bool startWatching();
     bool startPolling();
     void startRemovingLeftOvers();
     void tick();
+    void afterPass();
+    bool catchUp();
+    bool isWatchedParent() const { return expectedParentPID_ >= smallestWatchedParent; }
     bool isParentLost() const;
+    void passOverContents();
     void finishOutput();
 
     // ClipboardWorkerCommands.cpp
@@ -113,19 +125,29 @@ private:
     bool noteOwnWrite(std::optional<std::int64_t> changeCount);
     bool hasChangedSince(std::optional<std::uint64_t> expectedSequence);
 
-    // ClipboardWorkerPoll.cpp
+    // ClipboardWorkerPoll.cpp. Each step of a capture either ends it or gathers values for the next step.
+    using CaptureStep = void (ClipboardWorker::*)(const std::shared_ptr<Capture>&);
+    void report();
+    bool isNews(std::int64_t changeCount) const;
+    void retryLeftNews();
     void capture(std::int64_t current);
+    void gatherFor(const std::shared_ptr<Capture>& capture, WantedValue wanted, CaptureStep step);
+    void resume(std::shared_ptr<Capture> capture, CaptureStep step);
+    void captureFiles(const std::shared_ptr<Capture>& capture);
+    void capturePlainContent(const std::shared_ptr<Capture>& capture);
+    void captureText(const std::shared_ptr<Capture>& capture);
     void warn(std::string_view message);
-    bool captureFiles(std::string_view marker, std::uint64_t sequence);
-    void captureText(const Bytes& text, std::string_view marker, std::uint64_t sequence);
-    std::optional<Bytes> offeredString(std::span<const std::string> types, std::string_view type,
-                                       std::size_t limit);
 
     // ClipboardWorkerExports.cpp
-    bool captureFormats(std::span<const std::string> types, std::int64_t current, const std::string& marker);
-    void captureImage(std::span<const std::string> types, std::int64_t current, const std::string& marker);
+    void captureFormats(const std::shared_ptr<Capture>& capture);
+    void gatherNextFormat(const std::shared_ptr<Capture>& capture);
+    void captureFormat(const std::shared_ptr<Capture>& capture);
+    void exportCapturedFormats(const std::shared_ptr<Capture>& capture);
+    void captureImage(const std::shared_ptr<Capture>& capture);
+    void gatherNextPicture(const std::shared_ptr<Capture>& capture);
+    void capturePicture(const std::shared_ptr<Capture>& capture);
     void retryAtNextPoll(std::int64_t current);
-    bool startExport(std::int64_t current, EventLoop::Function job);
+    void startExport(Capture& capture, EventLoop::Function job);
     ExportContext exportContext();
     bool isStillWanted(const ExportOrigin& origin);
     void emitExport(std::string_view kind, const std::vector<std::string>& paths, const ExportOrigin& origin);
@@ -140,6 +162,11 @@ private:
     std::shared_ptr<Output> output_;
     MemoryReserve reserve_;
     std::int64_t previousChangeCount_ = 0; // last reported, or made by the agent
+    std::optional<std::int64_t>
+        passedOver_;                       // another one that is not to be reported: the news may lag behind
+    std::unique_ptr<Gathering> gathering_; // for the next step of the capture in progress
+    std::shared_ptr<PollSchedule> schedule_; // with it and the next there is no tick; null where there is one
+    std::shared_ptr<MemoryLooks> memoryLooks_;
     std::shared_ptr<FilePaste> filePaste_;
     std::uint64_t reportedLines_ = 0; // lines of output up to the end of the last report
     bool stopping_ = false;

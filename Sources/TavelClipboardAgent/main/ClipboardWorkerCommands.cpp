@@ -72,7 +72,8 @@ ClipboardWorker::Result ClipboardWorker::execute(const command::Ping&) {
 }
 
 ClipboardWorker::Result ClipboardWorker::execute(const command::DiscardPending&) {
-    reserve_.insist([&] { previousChangeCount_ = pasteboard_->changeCount(); });
+    reserve_.insist([&] { passOverContents(); });
+    gathering_.reset();
     ++exportGeneration_;
     return std::nullopt;
 }

@@ -1,8 +1,8 @@
 #include "Platform/PasteboardTypes.h"
-#include "Support/ScopeExit.h"
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/Formats/ValidRepresentation.h"
 #include "TavelClipboardAgent/Messages.h"
+#include "TavelClipboardAgent/main/Capture.h"
 #include "TavelClipboardAgent/main/ClipboardWorker.h"
 #include "TavelClipboardAgent/main/ExportNames.h"
 #include "TavelClipboardAgent/main/FormatExport.h"
@@ -23,31 +23,25 @@ bool isExtra(const ClipboardFormat& format) {
     return format.type != pasteboardType::png && format.type != pasteboardType::string;
 }
 
-std::optional<Bytes> readFormat(Pasteboard& pasteboard, const ClipboardFormat& format, std::size_t room) {
-    const std::size_t limit = std::min(maximumBytes(format.kind), room);
-    const bool isText = format.type == pasteboardType::string;
-    return isText ? pasteboard.string(format.type, limit) : pasteboard.data(format.type, limit);
+/// The most that is read of the format beside those that were captured before it.
+std::size_t readingLimit(const ClipboardFormat& format, const Capture& capture) {
+    return std::min(maximumBytes(format.kind), capture.room);
 }
 
-/// Every representation that is offered, valid, and fits beside those before it.
-CapturedFormats readFormats(Pasteboard& pasteboard, std::span<const std::string> types) {
-    CapturedFormats captured;
-    std::size_t room = maximumFormatsBytes;
-    for (const ClipboardFormat& format : clipboardFormats) {
-        if (!pasteboardType::isOffered(types, format.type))
-            continue;
-        std::optional<Bytes> content;
-        try {
-            content = readFormat(pasteboard, format, room);
-        } catch (const std::bad_alloc&) {
-            continue; // too large for the memory; a smaller one may still fit
-        }
-        if (!content || content->size() > room || !validRepresentation(format.name, content->view()))
-            continue;
-        room -= content->size();
-        captured.emplace(format.name, std::move(*content));
+/// Adds the representation if it was delivered, is valid, and fits beside those before it.
+void takeFormat(Pasteboard& pasteboard, const ClipboardFormat& format, Capture& capture) {
+    const std::size_t limit = readingLimit(format, capture);
+    const bool isText = format.type == pasteboardType::string;
+    std::optional<Bytes> content;
+    try {
+        content = isText ? pasteboard.string(format.type, limit) : pasteboard.data(format.type, limit);
+    } catch (const std::bad_alloc&) {
+        return; // too large for the memory; a smaller one may still fit
     }
-    return captured;
+    if (!content || content->size() > capture.room || !validRepresentation(format.name, content->view()))
+        return;
+    capture.room -= content->size();
+    capture.formats.emplace(format.name, std::move(*content));
 }
 
 /// The types that the pasteboard offers now and that stand in the table, in the pasteboard's order.
@@ -73,69 +67,95 @@ ExportContext ClipboardWorker::exportContext() {
             platform_.imageCodec(), platform_.eventLoop(), output_};
 }
 
-/// Starts the job of an export, which takes over the slot. Without a thread for it, the next poll treats the
-/// content as new, and the slot stays the caller's.
-bool ClipboardWorker::startExport(std::int64_t current, EventLoop::Function job) {
+/// Starts the job of the capture's export, which takes over the slot. Without a thread for it, the next poll
+/// treats the content as new.
+void ClipboardWorker::startExport(Capture& capture, EventLoop::Function job) {
     try {
         platform_.eventLoop().runInBackground(std::move(job));
-        return true;
+        capture.slot.handOver();
     } catch (const std::exception&) {
-        retryAtNextPoll(current);
-        return false;
+        retryAtNextPoll(capture.origin.changeCount);
     }
 }
 
-/// Whether the content has rich formats; their export has then started, or waits for the slot.
-bool ClipboardWorker::captureFormats(std::span<const std::string> types, std::int64_t current,
-                                     const std::string& marker) {
+/// A content with rich formats waits for the slot, or is exported; without one of them that can be read, it
+/// is captured like any other.
+void ClipboardWorker::captureFormats(const std::shared_ptr<Capture>& capture) {
     const auto isOfferedExtra = [&](const ClipboardFormat& format) {
-        return isExtra(format) && pasteboardType::isOffered(types, format.type);
+        return isExtra(format) && pasteboardType::isOffered(capture->types, format.type);
     };
     if (!std::ranges::any_of(clipboardFormats, isOfferedExtra))
-        return false;
-    if (!exportSlot_->tryAcquire()) {
-        retryAtNextPoll(current);
-        return true;
-    }
-    bool started = false;
-    const ScopeExit release([&] {
-        if (!started)
-            exportSlot_->release();
-    });
-    CapturedFormats formats = readFormats(*pasteboard_, types);
-    if (formats.empty()) {
-        warn(messages::noReadableFormat(knownTypes(*pasteboard_)));
-        return false;
-    }
-    started = startExport(
-        current,
-        [context = exportContext(), origin = ExportOrigin{current, exportGeneration_, marker},
-         formats = std::move(formats)]() mutable { exportFormats(context, origin, std::move(formats)); });
-    return true;
+        capturePlainContent(capture);
+    else if (capture->slot.tryAcquire())
+        gatherNextFormat(capture);
+    else
+        retryAtNextPoll(capture->origin.changeCount);
 }
 
-void ClipboardWorker::captureImage(std::span<const std::string> types, std::int64_t current,
-                                   const std::string& marker) {
-    if (!exportSlot_->tryAcquire()) {
-        retryAtNextPoll(current);
+/// One at a time, so that no more is fetched than there is room for.
+void ClipboardWorker::gatherNextFormat(const std::shared_ptr<Capture>& capture) {
+    std::size_t& next = capture->nextFormat;
+    while (next < clipboardFormats.size() &&
+           !pasteboardType::isOffered(capture->types, clipboardFormats[next].type))
+        ++next;
+    if (next == clipboardFormats.size()) {
+        exportCapturedFormats(capture);
         return;
     }
-    bool started = false;
-    const ScopeExit release([&] {
-        if (!started)
-            exportSlot_->release();
+    const ClipboardFormat& format = clipboardFormats[next];
+    gatherFor(capture, {std::string(format.type), readingLimit(format, *capture)},
+              &ClipboardWorker::captureFormat);
+}
+
+void ClipboardWorker::captureFormat(const std::shared_ptr<Capture>& capture) {
+    takeFormat(*pasteboard_, clipboardFormats[capture->nextFormat], *capture);
+    ++capture->nextFormat;
+    gatherNextFormat(capture);
+}
+
+void ClipboardWorker::exportCapturedFormats(const std::shared_ptr<Capture>& capture) {
+    if (capture->formats.empty()) {
+        capture->slot.release();
+        warn(messages::noReadableFormat(knownTypes(*pasteboard_)));
+        capturePlainContent(capture);
+        return;
+    }
+    startExport(*capture, [context = exportContext(), origin = capture->origin,
+                           formats = std::move(capture->formats)]() mutable {
+        exportFormats(context, origin, std::move(formats));
     });
-    std::optional<Bytes> image = plainPicture(*pasteboard_, types);
-    const bool usable =
-        image && image->size() <= maximumImageBytes && validImage(platform_.imageCodec(), *image);
-    if (!usable) {
-        if (image)
-            warn(messages::imageIgnored);
+}
+
+void ClipboardWorker::captureImage(const std::shared_ptr<Capture>& capture) {
+    if (!capture->slot.tryAcquire()) {
+        retryAtNextPoll(capture->origin.changeCount);
         return;
     }
-    ImageExport pending{{current, exportGeneration_, marker}, {nullptr, exportNames::newPicture()}};
-    started = startExport(current, [context = exportContext(), pending = std::move(pending),
-                                    image = std::move(*image)]() mutable {
+    capture->pictureTypes = offeredPlainPictures(capture->types);
+    gatherNextPicture(capture);
+}
+
+/// Without a further type, the picture is not delivered, and nothing more is said of it.
+void ClipboardWorker::gatherNextPicture(const std::shared_ptr<Capture>& capture) {
+    if (!capture->pictureTypes.empty())
+        gatherFor(capture, {std::string(capture->pictureTypes.front()), maximumImageBytes},
+                  &ClipboardWorker::capturePicture);
+}
+
+void ClipboardWorker::capturePicture(const std::shared_ptr<Capture>& capture) {
+    std::optional<Bytes> image = pasteboard_->data(capture->pictureTypes.front(), maximumImageBytes);
+    if (!image) {
+        capture->pictureTypes.erase(capture->pictureTypes.begin());
+        gatherNextPicture(capture);
+        return;
+    }
+    if (image->size() > maximumImageBytes || !validImage(platform_.imageCodec(), *image)) {
+        warn(messages::imageIgnored);
+        return;
+    }
+    ImageExport pending{capture->origin, {nullptr, exportNames::newPicture()}};
+    startExport(*capture, [context = exportContext(), pending = std::move(pending),
+                           image = std::move(*image)]() mutable {
         exportImage(context, std::move(pending), image); // moved, as a copy needs memory
     });
 }

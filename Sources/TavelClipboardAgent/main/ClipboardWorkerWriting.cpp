@@ -153,8 +153,11 @@ ClipboardWorker::Result ClipboardWorker::writeFileReferences(const command::Writ
 /// Notes the change count of the agent's own content, which the next poll then does not report. After a
 /// failure the next poll reports the cleared pasteboard as a change. Returns whether the write succeeded.
 bool ClipboardWorker::noteOwnWrite(std::optional<std::int64_t> changeCount) {
-    previousChangeCount_ = changeCount.value_or(previousChangeCount_);
-    return changeCount.has_value();
+    if (!changeCount)
+        return false;
+    previousChangeCount_ = *changeCount;
+    gathering_.reset();
+    return true;
 }
 
 bool ClipboardWorker::hasChangedSince(std::optional<std::uint64_t> expectedSequence) {

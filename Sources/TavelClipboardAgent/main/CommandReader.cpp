@@ -23,7 +23,8 @@ void waitForMemory(MemoryReserve& reserve, const Action& action) {
 
 } // namespace
 
-void readCommands(int descriptor, EventLoop& loop, const std::weak_ptr<ClipboardWorker>& worker) {
+void readCommands(int descriptor, Platform& platform, const std::weak_ptr<ClipboardWorker>& worker) {
+    EventLoop& loop = platform.eventLoop();
     MemoryReserve reserve;
     std::optional<LineReader> reader;
     waitForMemory(reserve, [&] { reader.emplace(descriptor); });
@@ -38,8 +39,11 @@ void readCommands(int descriptor, EventLoop& loop, const std::weak_ptr<Clipboard
         // A line for which the parser finds no memory is dropped: not even its request identifier is known.
         reserve.insist([&] { command = decoder.decode(*line); });
         line.reset(); // only the command holds a large payload now, which is freed with it
-        if (!command)
+        if (!command) {
+            loop.stopWaiting(); // the main thread looks after the memory, and the line may have taken much
             continue;
+        }
+        const bool quits = std::holds_alternative<command::Quit>(*command);
         // Shared, because a function may be copied; and allocated first, so that a failure leaves the
         // command.
         std::shared_ptr<ClipboardCommand> shared;
@@ -50,6 +54,8 @@ void readCommands(int descriptor, EventLoop& loop, const std::weak_ptr<Clipboard
                     alive->handle(std::move(*shared));
             });
         });
+        if (quits)
+            platform.expectEnd();
         reserve.refill();
     }
     waitForMemory(reserve, [&] {
@@ -59,6 +65,7 @@ void readCommands(int descriptor, EventLoop& loop, const std::weak_ptr<Clipboard
             loop.stopWaiting();
         });
     });
+    platform.expectEnd();
 }
 
 } // namespace tavel

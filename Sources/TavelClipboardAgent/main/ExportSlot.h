@@ -1,6 +1,8 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
+#include <utility>
 
 namespace tavel {
 
@@ -18,6 +20,30 @@ public:
 
 private:
     std::atomic<bool> taken_ = false;
+};
+
+/// Frees the slot when it goes away, if it has taken it and not handed it over.
+class ExportLease {
+public:
+    explicit ExportLease(std::shared_ptr<ExportSlot> slot) : slot_(std::move(slot)) {}
+    ~ExportLease() { release(); }
+    ExportLease(const ExportLease&) = delete;
+    ExportLease& operator=(const ExportLease&) = delete;
+
+    /// Takes the slot; false if it is taken already.
+    bool tryAcquire() { return holds_ = slot_->tryAcquire(); }
+
+    void release() {
+        if (std::exchange(holds_, false))
+            slot_->release();
+    }
+
+    /// The slot stays taken; somebody else frees it.
+    void handOver() { holds_ = false; }
+
+private:
+    std::shared_ptr<ExportSlot> slot_;
+    bool holds_ = false;
 };
 
 } // namespace tavel

@@ -4,15 +4,16 @@
 #include "TavelClipboardAgent/Formats/ClipboardFormats.h"
 #include "TavelClipboardAgent/main/Limits.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace tavel {
 
-std::optional<Bytes> plainPicture(Pasteboard& pasteboard, std::span<const std::string> types) {
-    std::optional<Bytes> picture;
-    for (const std::string_view type : plainPictureTypes) {
-        if (!picture && pasteboardType::isOffered(types, type))
-            picture = pasteboard.data(type, maximumImageBytes);
-    }
-    return picture;
+std::vector<std::string_view> offeredPlainPictures(std::span<const std::string> types) {
+    std::vector<std::string_view> offered;
+    std::ranges::copy_if(plainPictureTypes, std::back_inserter(offered),
+                         [&](std::string_view type) { return pasteboardType::isOffered(types, type); });
+    return offered;
 }
 
 bool validImage(ImageCodec& codec, const Bytes& data) {

@@ -1,18 +1,19 @@
 #pragma once
 
 #include "Platform/ImageCodec.h"
-#include "Platform/Pasteboard.h"
+#include "Support/Bytes.h"
 
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace tavel {
 
-/// The picture of a content with these types: its PNG, or else its TIFF. Of a larger one than
-/// `maximumImageBytes`, the beginning. nullopt if neither is offered and delivered. Main thread; can block
-/// like Pasteboard::data.
-std::optional<Bytes> plainPicture(Pasteboard& pasteboard, std::span<const std::string> types);
+/// The types under which a content that offers these types may hold its plain picture: PNG, then TIFF. The
+/// picture is the first of them that is delivered.
+std::vector<std::string_view> offeredPlainPictures(std::span<const std::string> types);
 
 /// Whether the bytes are an image whose first picture has at most `maximumImagePixels`. Reads only headers,
 /// and does not check the size in bytes. Any thread.

@@ -8,13 +8,16 @@ bool MemoryReturn::isDue() {
     if (++ticks_ < ticksPerLook)
         return false;
     ticks_ = 0;
+    return look();
+}
+
+bool MemoryReturn::look() {
     const MemoryUse now = use_();
-    const bool isWorking =
-        now.pagesProvided - std::exchange(pagesAtLastLook_, now.pagesProvided) > pagesWithoutWork;
+    isWorking_ = now.pagesProvided - std::exchange(pagesAtLastLook_, now.pagesProvided) > pagesWithoutWork;
     leastFree_ = std::min(leastFree_, now.bytesFree);
     const bool hasWorked = now.pagesProvided - pagesAtLastReturn_ >= smallestWork;
     const bool hasFreed = now.bytesFree - leastFree_ >= smallestFreed;
-    if (isWorking || !(hasWorked || hasFreed))
+    if (isWorking_ || !(hasWorked || hasFreed))
         return false;
     pagesAtLastReturn_ = now.pagesProvided;
     leastFree_ = now.bytesFree;

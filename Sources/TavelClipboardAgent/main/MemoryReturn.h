@@ -18,15 +18,21 @@ public:
     static constexpr std::int64_t smallestWork = 64;
     static constexpr std::int64_t smallestFreed = smallestWork * 4096; // bytes
 
-    /// It looks at every tenth tick only, because a look is a system call. The work has ended when no more
-    /// than those pages were taken since the last look.
+    /// With a tick, it looks at every tenth one only, because a look is a system call. The work has ended
+    /// when no more than those pages were taken since the last look, about a second ago.
     static constexpr int ticksPerLook = 10;
     static constexpr std::int64_t pagesWithoutWork = 8;
 
     explicit MemoryReturn(std::function<MemoryUse()> use) : use_(std::move(use)) {}
 
-    /// To be called at each tick. True if it is time to return free memory to the system: once after each
-    /// large work, and once after much was freed.
+    /// Looks. True if it is time to return free memory to the system: once after each large work, and once
+    /// after much was freed.
+    bool look();
+
+    /// Whether the last look found that work goes on.
+    bool isWorking() const { return isWorking_; }
+
+    /// To be called at each tick. Looks at every tenth one.
     bool isDue();
 
 private:
@@ -34,7 +40,8 @@ private:
     std::int64_t pagesAtLastReturn_ = 0;
     std::int64_t pagesAtLastLook_ = 0;
     std::int64_t leastFree_ = std::numeric_limits<std::int64_t>::max(); // since the last return
-    int ticks_ = 0;                                                     // since the last look
+    bool isWorking_ = false;
+    int ticks_ = 0; // since the last look
 };
 
 } // namespace tavel

@@ -22,7 +22,7 @@ protected:
     /// Reads these bytes to their end. The commands are posted, but not yet carried out.
     void read(std::string_view content) {
         const TemporaryFile input(content);
-        readCommands(input.descriptor(), platform.loop, worker);
+        readCommands(input.descriptor(), platform, worker);
     }
 
     std::vector<std::uint64_t> repliedRequests() {

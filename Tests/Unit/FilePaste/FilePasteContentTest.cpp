@@ -27,8 +27,8 @@ protected:
     }
 
     std::string file() {
-        FilePaste::FileData data;
-        const std::string error = errorOf([&] { data = paste->fileData(); });
+        FileData data;
+        const std::string error = errorOf([&] { data = fileData(); });
         return error.empty() ? data.ext + ":" + std::string(data.data.view()) : error;
     }
 
@@ -154,7 +154,7 @@ TEST_F(FilePasteContent, hasAtMost128MebibytesForAnImage) {
          }) {
         const Bytes largest = buffer.slice(offset, mostImageBytes);
         copy({Representation{std::string(type), largest}, text()});
-        const FilePaste::FileData data = paste->fileData();
+        const FileData data = fileData();
         EXPECT_EQ(data.ext, ext);
         EXPECT_EQ(data.data.size(), mostImageBytes) << type;
         EXPECT_EQ(data.data.data(), largest.data()) << "nothing is copied";

@@ -6,6 +6,7 @@
 #include <optional>
 #include <stdexcept>
 #include <utility>
+#include <variant>
 
 namespace tavel {
 
@@ -78,6 +79,16 @@ std::vector<FilePasteFixture::Change> FilePasteFixture::focusMoves() {
         {"no role", [&] { focus.role = std::nullopt; }},
         {"no trust", [&] { focus.trusted = false; }},
     };
+}
+
+FileData FilePasteFixture::fileData() {
+    std::optional<FileDataSearch::Outcome> outcome;
+    const auto search = FileDataSearch::start(
+        pasteboard(), platform.codec, [&](FileDataSearch::Outcome found) { outcome = std::move(found); });
+    EXPECT_EQ(search, nullptr) << "nobody has to be waited for";
+    if (const auto* const error = std::get_if<Error>(&outcome.value()))
+        throw Error(*error);
+    return std::get<FileData>(*std::move(outcome));
 }
 
 bool FilePasteFixture::isPanelOpen() const {

@@ -73,6 +73,9 @@ protected:
     /// All ways in which the focus can leave the file manager's list.
     std::vector<Change> focusMoves();
 
+    /// What the pasteboard's content becomes as a file. Throws Error.
+    FileData fileData();
+
     bool isPanelOpen() const;
 
     /// The generated files that exist.

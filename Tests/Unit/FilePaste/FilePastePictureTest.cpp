@@ -28,7 +28,7 @@ protected:
               representation("public.utf8-plain-text", "text")});
     }
 
-    std::string extension() { return paste->fileData().ext; }
+    std::string extension() { return fileData().ext; }
 
     bool isAllowed(std::int64_t width, std::int64_t height) {
         show("public.png", "a PNG", width, height);
@@ -40,7 +40,7 @@ TEST_F(FilePastePicture, isEncodedAsPngWithAlpha) {
     platform.codec.alpha = true;
     for (const std::string_view type : {"public.png", "public.tiff"}) {
         show(type, "original");
-        const FilePaste::FileData file = paste->fileData();
+        const FileData file = fileData();
         EXPECT_EQ(file.ext, "png") << type;
         EXPECT_EQ(file.data.view(), scriptedPicture(pngSignature, 2, 3)) << type;
     }
@@ -52,7 +52,7 @@ TEST_F(FilePastePicture, isEncodedAsJpegWithoutAlpha) {
         platform.codec.alpha = alpha;
         for (const std::string_view type : {"public.png", "public.tiff"}) {
             show(type, "original");
-            const FilePaste::FileData file = paste->fileData();
+            const FileData file = fileData();
             EXPECT_EQ(file.ext, "jpg") << type;
             EXPECT_EQ(file.data.view(), scriptedPicture(jpegSignature, 2, 3)) << type;
         }
@@ -63,14 +63,14 @@ TEST_F(FilePastePicture, isEncodedAsJpegWithoutAlpha) {
 TEST_F(FilePastePicture, isEncodedEvenIfAlreadyInThatFormat) {
     platform.codec.alpha = true;
     show("public.png", std::string(pngSignature) + " with what else the file held");
-    EXPECT_EQ(paste->fileData().data.view(), scriptedPicture(pngSignature, 2, 3));
+    EXPECT_EQ(fileData().data.view(), scriptedPicture(pngSignature, 2, 3));
     EXPECT_EQ(platform.codec.converted.size(), 1U);
 }
 
 TEST_F(FilePastePicture, isThePngOfBoth) {
     copy({representation("public.tiff", scriptedPicture("a TIFF", 5, 6)),
           representation("public.png", scriptedPicture("a PNG", 2, 3))});
-    EXPECT_EQ(paste->fileData().data.view(), scriptedPicture(jpegSignature, 2, 3));
+    EXPECT_EQ(fileData().data.view(), scriptedPicture(jpegSignature, 2, 3));
 }
 
 TEST_F(FilePastePicture, isNotTheTiffWhenThePngIsBroken) {
@@ -134,14 +134,14 @@ TEST_F(FilePastePicture, givesWayToTheTextWhenItCannotBeConverted) {
 TEST_F(FilePastePicture, failsWhenItCannotBeConvertedAndThereIsNoText) {
     platform.codec.converts = false;
     copy("public.png", scriptedPicture("a PNG", 2, 3));
-    EXPECT_EQ(errorOf([this] { paste->fileData(); }), "Tavel 4");
+    EXPECT_EQ(errorOf([this] { fileData(); }), "Tavel 4");
 }
 
 TEST_F(FilePastePicture, hasAtMost128MebibytesEncoded) {
     const std::size_t encoded = scriptedPicture(jpegSignature, 2, 3).size();
     platform.codec.extraEncodedBytes = mostImageBytes - encoded;
     {
-        const FilePaste::FileData file = paste->fileData();
+        const FileData file = fileData();
         EXPECT_EQ(file.ext, "jpg");
         EXPECT_EQ(file.data.size(), mostImageBytes);
     }
@@ -151,11 +151,11 @@ TEST_F(FilePastePicture, hasAtMost128MebibytesEncoded) {
 
 TEST_F(FilePastePicture, cannotBeEncodedWithoutAnEncoder) {
     platform.codec.unknownTypes = {"public.jpeg"};
-    EXPECT_EQ(errorOf([this] { paste->fileData(); }), "Tavel 3") << "although there is a text";
+    EXPECT_EQ(errorOf([this] { fileData(); }), "Tavel 3") << "although there is a text";
     platform.codec.alpha = true;
     EXPECT_EQ(extension(), "png");
     platform.codec.unknownTypes = {"public.png"};
-    EXPECT_EQ(errorOf([this] { paste->fileData(); }), "Tavel 3");
+    EXPECT_EQ(errorOf([this] { fileData(); }), "Tavel 3");
     platform.codec.alpha = false;
     EXPECT_EQ(extension(), "jpg");
     EXPECT_EQ(platform.codec.converted.size(), 2U);

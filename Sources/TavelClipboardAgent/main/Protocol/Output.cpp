@@ -38,15 +38,14 @@ void Output::emit(const AgentMessage& message) {
         const std::lock_guard guard(lock_);
         queue_.push_back(std::move(*line));
         ++queued_;
-        startThread();
+        static_cast<void>(startThread());
     }
     changed_.notify_all();
 }
 
-void Output::startWriting() {
+bool Output::startWriting() {
     const std::lock_guard guard(lock_);
-    if (!queue_.empty())
-        startThread();
+    return queue_.empty() || startThread();
 }
 
 std::uint64_t Output::queuedLines() const {
@@ -60,7 +59,7 @@ bool Output::hasWritten(std::uint64_t lines) const {
 }
 
 bool Output::waitUntilWritten(std::chrono::milliseconds longestWait) {
-    startWriting();
+    static_cast<void>(startWriting());
     std::unique_lock guard(lock_);
     return changed_.wait_for(guard, longestWait, [this] { return queue_.empty(); });
 }
@@ -71,13 +70,14 @@ std::uint64_t Output::progress() const {
 }
 
 /// The lock must be held.
-void Output::startThread() {
+bool Output::startThread() {
     if (writer_.joinable())
-        return;
+        return true;
     try {
         writer_ = std::thread([this] { writeQueue(); });
+        return true;
     } catch (const std::exception&) {
-        // The system has no thread or no memory for it now. The lines wait for the next attempt.
+        return false; // the lines wait for the next attempt
     }
 }
 

@@ -32,8 +32,9 @@ public:
     /// queued then.
     void emit(const AgentMessage& message);
 
-    /// Starts the thread if it could not be started when a message came. To be called now and then.
-    void startWriting();
+    /// Starts the thread if it could not be started when a message came. To be called now and then while it
+    /// returns false: lines wait, and there is still no thread for them.
+    bool startWriting();
 
     /// The number of lines that were queued so far.
     std::uint64_t queuedLines() const;
@@ -48,7 +49,7 @@ public:
     std::uint64_t progress() const;
 
 private:
-    void startThread();
+    bool startThread();
     void writeQueue();
     void write(std::string_view line);
 
