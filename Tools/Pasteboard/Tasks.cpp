@@ -1,5 +1,6 @@
 #include "Pasteboard/Tasks.h"
 
+#include "Pasteboard/Gathered.h"
 #include "Pasteboard/Input.h"
 #include "Platform/PasteboardTypes.h"
 #include "Support/Error.h"
@@ -51,7 +52,8 @@ PasteboardItem fileItem(const std::string& given) {
 
 class Performer {
 public:
-    Performer(Pasteboard& pasteboard, int output) : pasteboard_(pasteboard), output_(output) {}
+    Performer(EventLoop& loop, Pasteboard& pasteboard, int output)
+        : loop_(loop), pasteboard_(pasteboard), output_(output) {}
 
     void operator()(const task::Copy& copy) { replaceContents({{loadRepresentation(copy.type, copy.file)}}); }
 
@@ -71,6 +73,7 @@ public:
     }
 
     void operator()(const task::Paste& paste) {
+        Gathered(loop_, pasteboard_).awaitValues({{paste.type, largestContent}});
         // `string` joins the texts of all items; `data` reads only the first.
         auto content = paste.type == pasteboardType::string ? pasteboard_.string(paste.type, largestContent)
                                                             : std::nullopt;
@@ -87,6 +90,8 @@ public:
     }
 
     void operator()(const task::PasteFiles&) {
+        const WantedValue urls{std::string(pasteboardType::fileUrl), largestUrlBytes(mostFiles)};
+        Gathered(loop_, pasteboard_).awaitValues({urls});
         const FileList files = pasteboard_.files(mostFiles);
         if (!files.isComplete)
             fail("there are more than a million files on the pasteboard");
@@ -95,7 +100,10 @@ public:
         writeLines(files.paths);
     }
 
-    void operator()(const task::Types&) { writeLines(pasteboard_.types()); }
+    void operator()(const task::Types&) {
+        Gathered(loop_, pasteboard_).awaitTypes();
+        writeLines(pasteboard_.types());
+    }
 
     void operator()(const task::Count&) { writeLines({std::to_string(pasteboard_.changeCount())}); }
 
@@ -122,14 +130,15 @@ private:
             fail("standard output: " + std::generic_category().message(errno));
     }
 
+    EventLoop& loop_;
     Pasteboard& pasteboard_;
     int output_;
 };
 
 } // namespace
 
-void performTask(const PasteboardTask& task, Pasteboard& pasteboard, int output) {
-    std::visit(Performer(pasteboard, output), task);
+void performTask(const PasteboardTask& task, EventLoop& loop, Pasteboard& pasteboard, int output) {
+    std::visit(Performer(loop, pasteboard, output), task);
 }
 
 } // namespace tavel

@@ -29,7 +29,7 @@ int run(const std::vector<std::string>& arguments) {
     const auto& invocation = std::get<tavel::PasteboardInvocation>(parsed);
     const auto platform = tavel::makePlatform();
     const auto pasteboard = platform->openPasteboard(invocation.pasteboard);
-    tavel::performTask(invocation.task, *pasteboard, STDOUT_FILENO);
+    tavel::performTask(invocation.task, platform->eventLoop(), *pasteboard, STDOUT_FILENO);
     if (platform->servesContents())
         tavel::serveInBackground(*platform);
     return 0;

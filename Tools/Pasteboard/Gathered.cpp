@@ -1,0 +1,33 @@
+#include "Pasteboard/Gathered.h"
+
+#include <optional>
+
+namespace tavel {
+
+Gathered::Gathered(EventLoop& loop, Pasteboard& pasteboard)
+    : loop_(loop), pasteboard_(pasteboard), hasNews_(pasteboard.watch({}, [&loop] { loop.stopWaiting(); })) {}
+
+void Gathered::awaitTypes() {
+    while (hasNews_ && pasteboard_.changeCount() != pasteboard_.noticedChangeCount())
+        loop_.runOnce(EventLoop::unlimited);
+}
+
+void Gathered::awaitValues(const std::vector<WantedValue>& wanted) {
+    do
+        awaitTypes();
+    while (!awaitValuesOfOneContent(wanted));
+}
+
+/// False if the content was replaced meanwhile.
+bool Gathered::awaitValuesOfOneContent(const std::vector<WantedValue>& wanted) {
+    std::optional<bool> outcome;
+    const auto gathering = pasteboard_.gather(wanted, [&](bool isCurrent) {
+        outcome = isCurrent;
+        loop_.stopWaiting();
+    });
+    while (!outcome)
+        loop_.runOnce(EventLoop::unlimited);
+    return *outcome;
+}
+
+} // namespace tavel

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Platform/EventLoop.h"
+#include "Platform/Pasteboard.h"
+
+#include <vector>
+
+namespace tavel {
+
+/// Reads the contents of a pasteboard that another program may have to deliver: waits for it and runs the
+/// event loop meanwhile. Ends only with the owner's answer, or when the platform gives up a silent owner.
+class Gathered {
+public:
+    /// Both must outlive this object; the pasteboard must not be watched otherwise.
+    Gathered(EventLoop& loop, Pasteboard& pasteboard);
+
+    /// The current content is known: its types can be read.
+    void awaitTypes();
+
+    /// These values of the current content can be read, if it offers them and its owner delivers.
+    void awaitValues(const std::vector<WantedValue>& wanted);
+
+private:
+    bool awaitValuesOfOneContent(const std::vector<WantedValue>& wanted);
+
+    EventLoop& loop_;
+    Pasteboard& pasteboard_;
+    bool hasNews_; // without news of contents, the platform knows each of them at once
+};
+
+} // namespace tavel
