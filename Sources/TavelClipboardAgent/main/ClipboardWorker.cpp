@@ -63,14 +63,15 @@ void ClipboardWorker::run() {
     startRemovingLeftOvers();
     if (schedule_ != nullptr)
         schedule_->noteNews(); // what has come before anything told of it
+    const bool hasTick = schedule_ == nullptr;
+    const auto untilNextEvent = hasTick ? longestWait : EventLoop::unlimited;
     while (!stopping_) {
-        const bool hasTick = schedule_ == nullptr;
         const bool isSettled = reading && polling && (hasTick || catchUp());
-        const auto untilNextEvent = hasTick ? longestWait : EventLoop::unlimited;
         loop.runOnce(isSettled ? untilNextEvent : pollInterval);
         reading = reading || startReading();
         polling = polling || startPolling();
-        afterPass();
+        if (!hasTick)
+            afterPass(isSettled);
     }
     reserve_.insist([this] { exportDirectory_->remove(); });
     reserve_.insist([this] { platform_.handOverContents(); });
@@ -163,10 +164,10 @@ void ClipboardWorker::tick() {
         poll();
 }
 
-void ClipboardWorker::afterPass() {
-    if (schedule_ == nullptr)
-        return;
-    schedule_->goOnWithoutTimer();
+/// Does what a tick would do.
+void ClipboardWorker::afterPass(bool wasSettled) {
+    if (!wasSettled)
+        schedule_->goOnWithoutTimer();
     memoryLooks_->afterPass();
 }
 

@@ -98,7 +98,7 @@ private:
     bool startPolling();
     void startRemovingLeftOvers();
     void tick();
-    void afterPass();
+    void afterPass(bool wasSettled);
     bool catchUp();
     bool isWatchedParent() const { return expectedParentPID_ >= smallestWatchedParent; }
     bool isParentLost() const;

@@ -1,12 +1,16 @@
 #include "TavelClipboardAgent/main/CommandReader.h"
 
 #include "Support/Files.h"
+#include "Support/ScopeExit.h"
+#include "Tests/Support/WaitUntil.h"
 #include "Tests/Unit/Agent/Decoding.h"
 #include "Tests/Unit/Agent/WorkerFixture.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -88,6 +92,26 @@ TEST_F(CommandReader, stopsTheLoopsWaitAtTheEndOfInput) {
     EXPECT_FALSE(platform.loop.wasToldToStopWaiting());
     platform.loop.runPosted();
     EXPECT_TRUE(platform.loop.wasToldToStopWaiting());
+}
+
+TEST_F(CommandReader, tellsThePlatformThatTheProcessEndsBehindTheEndOfInput) {
+    read(commandLine("ping") + "\n");
+    EXPECT_EQ(platform.expectedEnds, 1);
+    EXPECT_EQ(repliedRequests(), Requests()) << "though the main thread has carried out nothing yet";
+}
+
+TEST_F(CommandReader, tellsThePlatformThatTheProcessEndsBehindQuit) {
+    Pipe input;
+    ASSERT_TRUE(writeAll(input.writer(), commandLine("quit") + "\n"));
+    const auto reading =
+        std::async(std::launch::async, [&] { readCommands(input.reader(), platform, worker); });
+    const ScopeExit end([&input] { input.closeWriter(); });
+    waitUntil([this] { return platform.expectedEnds == 1; }, std::chrono::seconds(30));
+}
+
+TEST_F(CommandReader, wakesTheLoopForALineThatItDrops) {
+    read("nonsense\n");
+    EXPECT_TRUE(platform.loop.wasToldToStopWaiting()) << "the line may have taken much memory";
 }
 
 TEST_F(CommandReader, doesNothingOnceTheWorkerIsGone) {

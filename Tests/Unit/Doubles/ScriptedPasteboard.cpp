@@ -173,6 +173,8 @@ void ScriptedPasteboard::changeFromOutside(std::vector<PasteboardItem> items) {
     isForeign_ = true;
     isTakenOver_ = false;
     come_.clear();
+    if (!holdsNews_)
+        bringWatchedValues();
 }
 
 void ScriptedPasteboard::copyFromOutside(std::string_view text) {
@@ -273,10 +275,14 @@ void ScriptedPasteboard::holdNews(std::int64_t noticed) {
     noticed_ = noticed;
 }
 
-void ScriptedPasteboard::notice() {
-    noticed_ = changeCount_;
+void ScriptedPasteboard::bringWatchedValues() {
     for (const WantedValue& value : watched_)
         come_.insert(value.type);
+}
+
+void ScriptedPasteboard::notice() {
+    noticed_ = changeCount_;
+    bringWatchedValues();
     if (tellsNews_ && onNoticed_)
         onNoticed_();
 }

@@ -76,6 +76,9 @@ public:
     /// From now on `watch` is served: `notice` tells.
     void tellNews() { tellsNews_ = true; }
 
+    /// The values that `watch` named.
+    const std::vector<WantedValue>& watched() const { return watched_; }
+
     /// From now on, another program's content is noticed when the test says so. `noticed` is the count until
     /// then.
     void holdNews(std::int64_t noticed);
@@ -116,6 +119,7 @@ private:
 
     std::vector<std::string> currentTypes() const;
     bool hasCome(std::string_view type) const;
+    void bringWatchedValues();
     bool isOffered(std::string_view type) const;
     void record(std::string call);
     bool isReadable(std::string_view type) const;
