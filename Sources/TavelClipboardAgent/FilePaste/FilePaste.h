@@ -64,6 +64,9 @@ private:
     /// The user data of the key events that the agent posts: "TAVP".
     static constexpr std::int64_t tag = 0x54415650;
 
+    /// How often to check whether the shortcut has been released.
+    static constexpr std::chrono::milliseconds keyCheckInterval{80};
+
     void switchOn();
     void switchOff();
     void createTap();

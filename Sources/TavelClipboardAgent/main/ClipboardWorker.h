@@ -161,11 +161,10 @@ private:
     std::shared_ptr<Pasteboard> pasteboard_;
     std::shared_ptr<Output> output_;
     MemoryReserve reserve_;
-    std::int64_t previousChangeCount_ = 0; // last reported, or made by the agent
-    std::optional<std::int64_t>
-        passedOver_;                       // another one that is not to be reported: the news may lag behind
-    std::unique_ptr<Gathering> gathering_; // for the next step of the capture in progress
-    std::shared_ptr<PollSchedule> schedule_; // with it and the next there is no tick; null where there is one
+    std::int64_t previousChangeCount_ = 0;   // last reported, or made by the agent
+    std::optional<std::int64_t> passedOver_; // an older one that late news may name, never reported
+    std::unique_ptr<Gathering> gathering_;   // for the next step of the capture in progress
+    std::shared_ptr<PollSchedule> schedule_; // like the next one, null where there is a tick
     std::shared_ptr<MemoryLooks> memoryLooks_;
     std::shared_ptr<FilePaste> filePaste_;
     std::uint64_t reportedLines_ = 0; // lines of output up to the end of the last report
