@@ -106,13 +106,13 @@ public:
     }
 
 private:
-    /// Returns when the present content is known, unless the caller is the program itself.
+    /// Returns when the present content is known, or a later one, unless the caller is the program itself.
     void awaitContent() {
-        const auto isKnown = [](Pasteboard& board) {
-            return board.changeCount() == board.noticedChangeCount();
-        };
-        while (!program_.isCurrent() && !answer<bool>(isKnown))
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        if (program_.isCurrent())
+            return;
+        const std::int64_t present = changeCount();
+        while (noticedChangeCount() < present)
+            std::this_thread::yield();
     }
 
     template <typename Answer, typename Question>

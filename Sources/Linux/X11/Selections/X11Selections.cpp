@@ -111,6 +111,7 @@ void X11Selections::proceed(Clock::time_point now) {
             selection.noticed)
             runOrAbandon(selection.noticed);
     }
+    xcb_flush(connection_->get());
 }
 
 bool X11Selections::isServing() const {
