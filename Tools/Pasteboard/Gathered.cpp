@@ -12,18 +12,20 @@ void Gathered::awaitTypes() {
         loop_.runOnce(EventLoop::unlimited);
 }
 
-void Gathered::awaitValues(const std::vector<WantedValue>& wanted) {
+void Gathered::awaitValue(const WantedValue& wanted, const std::function<void()>& read) {
     do
         awaitTypes();
-    while (!awaitValuesOfOneContent(wanted));
+    while (!readFromOneContent(wanted, read));
 }
 
 /// False if the content was replaced meanwhile.
-bool Gathered::awaitValuesOfOneContent(const std::vector<WantedValue>& wanted) {
+bool Gathered::readFromOneContent(const WantedValue& wanted, const std::function<void()>& read) {
     std::optional<bool> outcome;
-    const auto gathering = pasteboard_.gather(wanted, [&](bool isCurrent) {
+    const auto gathering = pasteboard_.gather({wanted}, [&](bool isCurrent) {
         outcome = isCurrent;
         loop_.stopWaiting();
+        if (isCurrent)
+            read();
     });
     while (!outcome)
         loop_.runOnce(EventLoop::unlimited);

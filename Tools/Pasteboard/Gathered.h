@@ -3,7 +3,7 @@
 #include "Platform/EventLoop.h"
 #include "Platform/Pasteboard.h"
 
-#include <vector>
+#include <functional>
 
 namespace tavel {
 
@@ -17,11 +17,12 @@ public:
     /// The current content is known: its types can be read.
     void awaitTypes();
 
-    /// These values of the current content can be read, if it offers them and its owner delivers.
-    void awaitValues(const std::vector<WantedValue>& wanted);
+    /// Runs `read`, which must not throw, once the value can be read in it: if the current content offers it
+    /// and its owner delivers.
+    void awaitValue(const WantedValue& wanted, const std::function<void()>& read);
 
 private:
-    bool awaitValuesOfOneContent(const std::vector<WantedValue>& wanted);
+    bool readFromOneContent(const WantedValue& wanted, const std::function<void()>& read);
 
     EventLoop& loop_;
     Pasteboard& pasteboard_;

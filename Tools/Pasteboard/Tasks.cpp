@@ -12,6 +12,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -73,12 +74,14 @@ public:
     }
 
     void operator()(const task::Paste& paste) {
-        Gathered(loop_, pasteboard_).awaitValues({{paste.type, largestContent}});
-        // `string` joins the texts of all items; `data` reads only the first.
-        auto content = paste.type == pasteboardType::string ? pasteboard_.string(paste.type, largestContent)
-                                                            : std::nullopt;
-        if (!content)
-            content = pasteboard_.data(paste.type, largestContent);
+        std::optional<Bytes> content;
+        Gathered(loop_, pasteboard_).awaitValue({paste.type, largestContent}, [&] {
+            // `string` joins the texts of all items; `data` reads only the first.
+            if (paste.type == pasteboardType::string)
+                content = pasteboard_.string(paste.type, largestContent);
+            if (!content)
+                content = pasteboard_.data(paste.type, largestContent);
+        });
         if (!content)
             fail("there is nothing of the type " + paste.type + " on the pasteboard");
         if (content->size() > largestContent)
@@ -91,8 +94,8 @@ public:
 
     void operator()(const task::PasteFiles&) {
         const WantedValue urls{std::string(pasteboardType::fileUrl), largestUrlBytes(mostFiles)};
-        Gathered(loop_, pasteboard_).awaitValues({urls});
-        const FileList files = pasteboard_.files(mostFiles);
+        FileList files;
+        Gathered(loop_, pasteboard_).awaitValue(urls, [&] { files = pasteboard_.files(mostFiles); });
         if (!files.isComplete)
             fail("there are more than a million files on the pasteboard");
         if (files.paths.empty())

@@ -4,6 +4,7 @@
 #include "TavelClipboardAgent/main/Capture.h"
 #include "TavelClipboardAgent/main/ClipboardWorker.h"
 #include "TavelClipboardAgent/main/Limits.h"
+#include "TavelClipboardAgent/main/PollSchedule.h"
 
 #include <utility>
 
