@@ -42,12 +42,17 @@ protected:
         EXPECT_EQ(rests_, 1) << "the agent has not come to rest";
     }
 
+    /// The parent has taken all before that.
     void tellOfCopied(std::string_view text) {
+        flush();
         pasteboard().copyFromOutside(text);
         pasteboard().notice();
     }
 
-    void wait(std::chrono::milliseconds time) { platform.loop.advance(time); }
+    void wait(std::chrono::milliseconds time) {
+        flush();
+        platform.loop.advance(time);
+    }
 
 private:
     int rests_ = 0;
@@ -111,6 +116,7 @@ TEST_F(ClipboardWorkerEvents, namesTheSmallValuesThatItNeedsAtOnce) {
 TEST_F(ClipboardWorkerEvents, triesAgainWhileAnotherExportRuns) {
     makeWorker();
     const auto copyPicture = [this] {
+        flush();
         pasteboard().changeFromOutside({{representation("public.png", scriptedPicture(pngSignature, 2, 2))}});
         pasteboard().notice();
     };
@@ -140,10 +146,11 @@ TEST_F(ClipboardWorkerEvents, triesAgainUntilTheParentHasTakenTheLastReport) {
     std::future<std::string> rest;
     plan([&] {
         tellOfCopied(std::string(3'000'000, 'a')); // more than the pipe holds
-        wait(100ms);
-        tellOfCopied("b");
+        platform.loop.advance(100ms);
+        pasteboard().copyFromOutside("b");
+        pasteboard().notice();
         pasteboard().forgetCalls();
-        wait(500ms);
+        platform.loop.advance(500ms);
         EXPECT_EQ(pasteboard().calls(), std::vector<std::string>());
         rest = std::async(std::launch::async, [&unread] { return unread.drain(); });
         flush();
@@ -172,8 +179,12 @@ TEST_F(ClipboardWorkerEvents, losesNoNewsWithoutTheMemoryForATimer) {
 TEST_F(ClipboardWorkerEvents, looksForAThreadEveryTenthOfASecond) {
     makeWorker();
     platform.loop.refuseJobs(2); // one of them removes left-overs
-    runToRest();
-    EXPECT_EQ(platform.loop.heldBackgroundJobs(), 1U);
+    platform.loop.onRest([this] {
+        EXPECT_EQ(platform.loop.heldBackgroundJobs(), 1U);
+        EXPECT_GE(platform.loop.now(), 100ms);
+        worker->stop();
+    });
+    worker->run();
 }
 
 TEST_F(ClipboardWorkerEvents, endsWhenTheParentIsLost) {

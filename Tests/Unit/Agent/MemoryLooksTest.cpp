@@ -19,6 +19,7 @@ protected:
 
     /// The next timer ends a pass of the loop, which serves nothing else.
     void look() {
+        EXPECT_EQ(loop_.pendingTimers(), 1U) << "nobody is going to look";
         loop_.advance(1s);
         looks_->afterPass();
     }

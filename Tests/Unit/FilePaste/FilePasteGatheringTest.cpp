@@ -7,6 +7,7 @@
 #include <chrono>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 namespace tavel {
@@ -114,6 +115,17 @@ TEST_F(FilePasteGathering, logsThatNothingCanBecomeAFile) {
     pasteboard().deliver();
     EXPECT_TRUE(loggedFailure("Tavel:4"));
     EXPECT_TRUE(typeShortcut());
+}
+
+TEST_F(FilePasteGathering, givesUpAContentThatIsReplaced) {
+    bool hasGivenUp = false;
+    const auto search =
+        FileDataSearch::start(pasteboard(), platform.codec, [&](const FileDataSearch::Outcome& outcome) {
+            hasGivenUp = std::holds_alternative<FileDataSearch::GivenUp>(outcome);
+        });
+    copy("public.utf8-plain-text", "other");
+    pasteboard().deliver();
+    EXPECT_TRUE(hasGivenUp);
 }
 
 TEST_F(FilePasteGathering, isAbandonedQuietlyWhenTheContentIsReplaced) {
