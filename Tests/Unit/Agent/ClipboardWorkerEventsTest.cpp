@@ -1,3 +1,4 @@
+#include "Support/ScopeExit.h"
 #include "TavelClipboardAgent/main/Limits.h"
 #include "Tests/Unit/Agent/WorkerFixture.h"
 
@@ -144,6 +145,7 @@ TEST_F(ClipboardWorkerEvents, triesAgainUntilTheParentHasTakenTheLastReport) {
     worker = std::make_shared<ClipboardWorker>(
         platform, ClipboardWorker::Pipes{commands.reader(), unread.writer()}, 0, std::nullopt);
     std::future<std::string> rest;
+    const ScopeExit ended([&unread] { unread.closeWriter(); }); // also after an exception
     plan([&] {
         tellOfCopied(std::string(3'000'000, 'a')); // more than the pipe holds
         platform.loop.advance(100ms);
