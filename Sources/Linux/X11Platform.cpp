@@ -42,6 +42,7 @@ bool X11Platform::servesContents() {
 }
 
 void X11Platform::handOverContents() {
+    selections_->letOwnersFinish();
     selections_->handOver();
 }
 

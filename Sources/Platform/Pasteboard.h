@@ -96,23 +96,24 @@ public:
 
     /// From now on, `noticed` runs in the event loop after `noticedChangeCount` has moved, and these values
     /// come with the types of each content. False if the platform has no news of changes: then the change
-    /// count has to be polled, and nothing has to come. To be called once.
-    virtual bool watch(std::vector<WantedValue>, std::function<void()>) { return false; }
+    /// count has to be polled, and nothing has to come. To be called once. Where a content has to come from
+    /// its owner, this call is what makes it come at all: without it, the noticed change count stays.
+    virtual bool watch(const std::vector<WantedValue>&, const std::function<void()>&) { return false; }
 
     /// Fetches these values of the content with the noticed change count, one after the other, and runs
     /// `done` once, in which they can be read. At once and during this call, if nobody has to be asked for
     /// them; the result is null then. Types that are not offered are passed over, and so is what the owner
     /// does not deliver: one that stays silent, or goes on too slowly, is asked for nothing more.
-    virtual std::unique_ptr<Gathering> gather(std::vector<WantedValue>, Gathered done) {
+    virtual std::unique_ptr<Gathering> gather(const std::vector<WantedValue>&, const Gathered& done) {
         done(true);
         return nullptr;
     }
 
     /// Like `gather`, for everything that `addTypes` has to take over from the content's owner. `addTypes`
-    /// called in `done` fails if one of the `required` types is offered and did not come. All others
-    /// together, which only their own program can know, get a second.
-    virtual std::unique_ptr<Gathering> gatherForAddTypes(std::vector<std::string> required, Gathered done) {
-        static_cast<void>(required);
+    /// called in `done` fails if one of these types, the required ones, is offered and did not come. All
+    /// others together, which only their own program can know, get a second.
+    virtual std::unique_ptr<Gathering> gatherForAddTypes(const std::vector<std::string>&,
+                                                         const Gathered& done) {
         done(true);
         return nullptr;
     }

@@ -9,7 +9,7 @@ class UnavailablePasteboard final : public Pasteboard {
 public:
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override;
-    bool watch(std::vector<WantedValue>, std::function<void()>) override { return true; }
+    bool watch(const std::vector<WantedValue>&, const std::function<void()>&) override { return true; }
     std::vector<std::string> types() override;
     std::optional<Bytes> string(std::string_view type, std::size_t limit) override;
     std::optional<Bytes> data(std::string_view type, std::size_t limit) override;

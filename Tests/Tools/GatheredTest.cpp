@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
-#include <vector>
 
 namespace tavel {
 
@@ -22,7 +22,18 @@ protected:
         pasteboard_.copyFromOutside("a");
     }
 
-    static std::vector<WantedValue> text() { return {{std::string(pasteboardType::string), 100}}; }
+    static WantedValue text() { return {std::string(pasteboardType::string), 100}; }
+
+    /// The text that `gathered` reads. nullopt if none is there.
+    std::optional<std::string> textOf(Gathered& gathered) {
+        std::optional<std::string> read;
+        gathered.awaitValue(text(), [&] {
+            static_cast<void>(pasteboard_.types());
+            if (const auto value = pasteboard_.string(pasteboardType::string, 100))
+                read = value->view();
+        });
+        return read;
+    }
 
     ManualEventLoop loop_;
     ScriptedPasteboard pasteboard_;
@@ -42,9 +53,7 @@ TEST_F(GatheredTest, WaitsForTheTypesAndThenForTheValues) {
     Gathered gathered(loop_, pasteboard_);
     loop_.planPass([this] { pasteboard_.notice(); });
     loop_.planPass([this] { pasteboard_.deliver(); });
-    gathered.awaitValues(text());
-    static_cast<void>(pasteboard_.types());
-    EXPECT_TRUE(pasteboard_.string(pasteboardType::string, 100));
+    EXPECT_EQ(textOf(gathered), "a");
 }
 
 TEST_F(GatheredTest, TakesTheContentThatReplacesTheAwaitedOne) {
@@ -56,15 +65,13 @@ TEST_F(GatheredTest, TakesTheContentThatReplacesTheAwaitedOne) {
     });
     loop_.planPass([this] { pasteboard_.notice(); });
     loop_.planPass([this] { pasteboard_.deliver(); });
-    gathered.awaitValues(text());
-    static_cast<void>(pasteboard_.types());
-    EXPECT_EQ(pasteboard_.string(pasteboardType::string, 100).value().view(), "b");
+    EXPECT_EQ(textOf(gathered), "b");
 }
 
 TEST_F(GatheredTest, DoesNotWaitWithoutNews) {
     ScriptedPasteboard other;
     other.holdNews(7);
-    Gathered(loop_, other).awaitValues(text());
+    Gathered(loop_, other).awaitValue(text(), [] {});
     EXPECT_EQ(loop_.passes(), 0U);
 }
 

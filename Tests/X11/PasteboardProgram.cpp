@@ -36,6 +36,7 @@ public:
             // Owns nothing: a pasteboard that outlives the program must not keep its selections alive.
             const std::shared_ptr<X11Selections> selections(&program_.selections(), [](X11Selections*) {});
             pasteboard_ = std::make_unique<X11Pasteboard>(selections, name);
+            pasteboard_->watch({}, {}); // so that contents come
         });
     }
 
@@ -47,18 +48,19 @@ public:
         return answer<std::int64_t>([](Pasteboard& board) { return board.noticedChangeCount(); });
     }
 
-    bool watch(std::vector<WantedValue> values, std::function<void()> noticed) override {
+    bool watch(const std::vector<WantedValue>& values, const std::function<void()>& noticed) override {
         return answer<bool>([&](Pasteboard& board) { return board.watch(values, noticed); });
     }
 
-    std::unique_ptr<Gathering> gather(std::vector<WantedValue> wanted, Gathered done) override {
+    std::unique_ptr<Gathering> gather(const std::vector<WantedValue>& wanted, const Gathered& done) override {
         return answer<std::unique_ptr<Gathering>>(
-            [&](Pasteboard& board) { return board.gather(std::move(wanted), std::move(done)); });
+            [&](Pasteboard& board) { return board.gather(wanted, done); });
     }
 
-    std::unique_ptr<Gathering> gatherForAddTypes(std::vector<std::string> required, Gathered done) override {
+    std::unique_ptr<Gathering> gatherForAddTypes(const std::vector<std::string>& required,
+                                                 const Gathered& done) override {
         return answer<std::unique_ptr<Gathering>>(
-            [&](Pasteboard& board) { return board.gatherForAddTypes(std::move(required), std::move(done)); });
+            [&](Pasteboard& board) { return board.gatherForAddTypes(required, done); });
     }
 
     std::vector<std::string> types() override {
@@ -100,9 +102,8 @@ public:
         if (program_.isCurrent())
             return add(*pasteboard_);
         awaitContent();
-        return awaited<std::optional<std::int64_t>>(add, [](Pasteboard& board, Gathered done) {
-            return board.gatherForAddTypes({}, std::move(done));
-        });
+        return awaited<std::optional<std::int64_t>>(
+            add, [](Pasteboard& board, const Gathered& done) { return board.gatherForAddTypes({}, done); });
     }
 
 private:
@@ -120,9 +121,8 @@ private:
         if (program_.isCurrent())
             return question(*pasteboard_);
         awaitContent();
-        return awaited<Answer>(question, [&](Pasteboard& board, Gathered done) {
-            return board.gather({wanted}, std::move(done));
-        });
+        return awaited<Answer>(
+            question, [&](Pasteboard& board, const Gathered& done) { return board.gather({wanted}, done); });
     }
 
     /// The answer at the end of the gathering that `begin` begins.

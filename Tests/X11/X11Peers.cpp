@@ -15,7 +15,7 @@ TransferTimeOuts shortOwnerTimeOut() {
 
 TransferTimeOuts longTimeOuts() {
     constexpr std::chrono::seconds limit{30};
-    return {limit, limit, limit, limit, 1};
+    return {limit, limit, limit, limit, limit, 1};
 }
 
 X11Peers::X11Peers(const TransferTimeOuts& timeOuts)

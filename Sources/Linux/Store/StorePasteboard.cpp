@@ -83,9 +83,9 @@ std::int64_t StorePasteboard::changeCount() {
 }
 
 /// Every value is always there, so none needs to be named.
-bool StorePasteboard::watch(std::vector<WantedValue>, std::function<void()> noticed) {
+bool StorePasteboard::watch(const std::vector<WantedValue>&, const std::function<void()>& noticed) {
     owner_.assertCurrent();
-    const bool isWatched = commits_.start(store_->changeCounts(), [this, noticed = std::move(noticed)] {
+    const bool isWatched = commits_.start(store_->changeCounts(), [this, noticed] {
         const std::int64_t count = changeCount();
         if (std::exchange(watchedCount_, count) != count) // the commit can be another pasteboard's
             noticed();

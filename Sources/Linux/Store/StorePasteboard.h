@@ -23,7 +23,7 @@ public:
 
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override { return changeCount(); }
-    bool watch(std::vector<WantedValue> values, std::function<void()> noticed) override;
+    bool watch(const std::vector<WantedValue>& values, const std::function<void()>& noticed) override;
     std::vector<std::string> types() override;
     std::optional<Bytes> string(std::string_view type, std::size_t limit) override;
     std::optional<Bytes> data(std::string_view type, std::size_t limit) override;

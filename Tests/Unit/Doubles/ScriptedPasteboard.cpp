@@ -210,14 +210,15 @@ private:
     ScriptedPasteboard& board_;
 };
 
-bool ScriptedPasteboard::watch(std::vector<WantedValue> values, std::function<void()> noticed) {
+bool ScriptedPasteboard::watch(const std::vector<WantedValue>& values, const std::function<void()>& noticed) {
     EXPECT_TRUE(watched_.empty()) << "it is watched already";
-    watched_ = std::move(values);
-    onNoticed_ = std::move(noticed);
+    watched_ = values;
+    onNoticed_ = noticed;
     return tellsNews_;
 }
 
-std::unique_ptr<Gathering> ScriptedPasteboard::gather(std::vector<WantedValue> wanted, Gathered done) {
+std::unique_ptr<Gathering> ScriptedPasteboard::gather(const std::vector<WantedValue>& wanted,
+                                                      const Gathered& done) {
     std::vector<std::string> types;
     for (const WantedValue& value : wanted) {
         gatheredLimits_.insert_or_assign(value.type, value.limit);
@@ -225,19 +226,19 @@ std::unique_ptr<Gathering> ScriptedPasteboard::gather(std::vector<WantedValue> w
             types.push_back(value.type);
     }
     if (holdsValues_ && isForeign_ && !types.empty())
-        return std::make_unique<HeldGathering>(*this, std::move(types), std::move(done));
+        return std::make_unique<HeldGathering>(*this, std::move(types), done);
     done(true);
     return nullptr;
 }
 
-std::unique_ptr<Gathering> ScriptedPasteboard::gatherForAddTypes(std::vector<std::string> required,
-                                                                 Gathered done) {
+std::unique_ptr<Gathering> ScriptedPasteboard::gatherForAddTypes(const std::vector<std::string>& required,
+                                                                 const Gathered& done) {
     required_ = required;
     if (!holdsValues_ || !isForeign_) {
         done(true);
         return nullptr;
     }
-    auto held = std::make_unique<HeldGathering>(*this, currentTypes(), std::move(done));
+    auto held = std::make_unique<HeldGathering>(*this, currentTypes(), done);
     held->takesOver = true;
     return held;
 }

@@ -27,9 +27,10 @@ public:
 
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override { return holdsNews_ ? noticed_ : changeCount_; }
-    bool watch(std::vector<WantedValue> values, std::function<void()> noticed) override;
-    std::unique_ptr<Gathering> gather(std::vector<WantedValue> wanted, Gathered done) override;
-    std::unique_ptr<Gathering> gatherForAddTypes(std::vector<std::string> required, Gathered done) override;
+    bool watch(const std::vector<WantedValue>& values, const std::function<void()>& noticed) override;
+    std::unique_ptr<Gathering> gather(const std::vector<WantedValue>& wanted, const Gathered& done) override;
+    std::unique_ptr<Gathering> gatherForAddTypes(const std::vector<std::string>& required,
+                                                 const Gathered& done) override;
     std::vector<std::string> types() override;
     ReadAccess readAccess() override { return readAccess_; }
     std::optional<Bytes> string(std::string_view type, std::size_t limit) override;

@@ -18,7 +18,12 @@ constexpr std::size_t mostProtocolTargets = 16;
 constexpr std::size_t largestTargetListBytes =
     (pasteboardType::mostTypes + mostProtocolTargets) * sizeof(xcb_atom_t);
 
+/// Comments before the first URL of a list.
+constexpr std::size_t commentBytes = 4096;
+
 std::size_t largestValue(std::string_view type, std::size_t limit) {
+    if (type == pasteboardType::fileUrl)
+        return limit + commentBytes;
     if (type == pasteboardType::string)
         return largestPlainTextValue(limit);
     return type == pasteboardType::html ? largestHtmlValue(limit) : limit;
@@ -107,7 +112,7 @@ bool ForeignContent::hasWork() const {
     if (unknown_) {
         if (unknown_->ticket)
             return reader_.isDecided(*unknown_->ticket);
-        return !unknown_->fetch || needsAttention(*unknown_->fetch);
+        return isWatched_ && (!unknown_->fetch || needsAttention(*unknown_->fetch));
     }
     if (active_.empty())
         return false;
@@ -124,6 +129,8 @@ void ForeignContent::proceed(Clock::time_point now) {
         vanish();
         return;
     }
+    if (!isWatched_)
+        return;
     // Only its time tells a refusal of the next request from a late refusal.
     if ((unknown_ || !active_.empty()) && reader_.awaitsLateAnswers() && hasWork())
         connection_.fetchTime(); // dispatches events: everything here may have changed

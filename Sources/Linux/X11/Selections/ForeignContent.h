@@ -44,8 +44,12 @@ public:
     ForeignContent(X11Connection& connection, SelectionReader& reader, const TransferTimeOuts& timeOuts,
                    xcb_atom_t selection);
 
-    /// These values come with the targets of each content from now on.
-    void bringWithTargets(std::vector<WantedValue> values) { valuesWithTargets_ = std::move(values); }
+    /// From now on, the targets of each content are asked for, and these values with them. A program that is
+    /// not interested should ask nobody: some owners fail when a requestor ends before the answer.
+    void watch(const std::vector<WantedValue>& values) {
+        valuesWithTargets_ = values;
+        isWatched_ = true;
+    }
 
     /// Another program has become the owner, and its content has that change count.
     void replace(std::int64_t changeCount, Clock::time_point now);
@@ -56,7 +60,8 @@ public:
     /// The owner has gone, and its content with it.
     void vanish();
 
-    /// The change count of the latest content whose targets are known; -1 before the first.
+    /// The change count of the latest content whose targets are known; -1 before the first, and if nobody
+    /// watches another program's.
     std::int64_t changeCount() const { return known_.changeCount; }
 
     /// The targets of that content. None, if it is this process's.
@@ -67,9 +72,10 @@ public:
     const GatheredValue* value(std::string_view type) const;
 
     /// As Pasteboard says.
-    std::unique_ptr<Gathering> gather(std::vector<WantedValue> wanted, Pasteboard::Gathered done);
+    std::unique_ptr<Gathering> gather(const std::vector<WantedValue>& wanted,
+                                      const Pasteboard::Gathered& done);
     std::unique_ptr<Gathering> gatherForAddTypes(std::span<const std::string> required,
-                                                 Pasteboard::Gathered done);
+                                                 const Pasteboard::Gathered& done);
 
     /// Whether `done` of a gathering for adding types is running, and every required type has come.
     bool canAddTypes() const;
@@ -147,6 +153,7 @@ private:
     SelectionReader& reader_;
     const TransferTimeOuts& timeOuts_;
     xcb_atom_t selection_;
+    bool isWatched_ = false;
     std::vector<WantedValue> valuesWithTargets_;
     Offer known_;
     std::optional<Unknown> unknown_;

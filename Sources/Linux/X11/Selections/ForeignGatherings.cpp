@@ -36,22 +36,22 @@ private:
     std::weak_ptr<State> state_;
 };
 
-std::unique_ptr<Gathering> ForeignContent::gather(std::vector<WantedValue> wanted,
-                                                  Pasteboard::Gathered done) {
+std::unique_ptr<Gathering> ForeignContent::gather(const std::vector<WantedValue>& wanted,
+                                                  const Pasteboard::Gathered& done) {
     auto state = std::make_shared<State>();
-    state->done = std::move(done);
-    for (WantedValue& one : wanted) {
+    state->done = done;
+    for (const WantedValue& one : wanted) {
         if (!isThere(one.type) && !targetName::giving(one.type, known_.targets).empty())
-            state->wishes.push_back({std::move(one)});
+            state->wishes.push_back({one});
     }
     return start(std::move(state));
 }
 
 /// The required types come first: the others may cost them no time.
 std::unique_ptr<Gathering> ForeignContent::gatherForAddTypes(std::span<const std::string> required,
-                                                             Pasteboard::Gathered done) {
+                                                             const Pasteboard::Gathered& done) {
     auto state = std::make_shared<State>();
-    state->done = std::move(done);
+    state->done = done;
     state->isForAddTypes = true;
     std::deque<Wish> privateWishes;
     std::unordered_set<std::string> seen;

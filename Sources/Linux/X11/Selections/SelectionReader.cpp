@@ -212,6 +212,10 @@ void SelectionReader::beginReading(Transfer& transfer) {
     readPart(transfer);
 }
 
+bool SelectionReader::hasOpenTransfers() const {
+    return std::ranges::any_of(transfers_, [](const Transfer& transfer) { return !transfer.state.isOver(); });
+}
+
 bool SelectionReader::hasUnread() const {
     return std::ranges::any_of(transfers_,
                                [](const Transfer& transfer) { return transfer.unread.has_value(); });

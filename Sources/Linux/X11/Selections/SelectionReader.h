@@ -62,6 +62,9 @@ public:
     /// Whether owners may still answer requests that have been given up.
     bool awaitsLateAnswers() const;
 
+    /// Whether an owner may still write to a property of this process's.
+    bool hasOpenTransfers() const;
+
     /// Whether a value waits in a property for `readOn`.
     bool hasUnread() const;
 

@@ -15,6 +15,8 @@ struct TransferTimeOuts {
     Duration requestorInactivity = std::chrono::seconds(10); // a requestor takes nothing more
     Duration clipboardManager = std::chrono::seconds(1);     // the clipboard manager takes a content over
 
+    Duration lastAnswers = std::chrono::milliseconds(50); // at the end of this process
+
     /// An owner that sends fewer bytes in a second, in the mean since its first `ownerInactivity`, is given
     /// up. A text of the largest size may take four minutes, as over a poor line.
     std::size_t slowestOwner = std::size_t{16} * 1024;

@@ -22,9 +22,6 @@ bool canHoldAll(std::span<const Representation> representations) {
                                [](const auto& one) { return targetName::canBeType(one.type); });
 }
 
-/// Comments before the first URL of a list.
-constexpr std::size_t commentBytes = 4096;
-
 void visitUris(const SelectionValue& list, const UriVisitor& visit) {
     if (list.target == targetName::uriList)
         visitUrisInList(list.bytes.view(), visit);
@@ -49,27 +46,24 @@ std::int64_t X11Pasteboard::noticedChangeCount() {
     return selection_.foreign.changeCount();
 }
 
-bool X11Pasteboard::watch(std::vector<WantedValue> values, std::function<void()> noticed) {
+bool X11Pasteboard::watch(const std::vector<WantedValue>& values, const std::function<void()>& noticed) {
     owner_.assertCurrent();
-    selection_.foreign.bringWithTargets(std::move(values));
+    selection_.foreign.watch(values);
     selection_.lastNoticed = noticedChangeCount();
-    selection_.noticed = std::move(noticed);
+    selection_.noticed = noticed;
     return true;
 }
 
-std::unique_ptr<Gathering> X11Pasteboard::gather(std::vector<WantedValue> wanted, Gathered done) {
+std::unique_ptr<Gathering> X11Pasteboard::gather(const std::vector<WantedValue>& wanted,
+                                                 const Gathered& done) {
     owner_.assertCurrent();
-    for (WantedValue& one : wanted) {
-        if (one.type == pasteboardType::fileUrl)
-            one.limit += commentBytes;
-    }
-    return selection_.foreign.gather(std::move(wanted), std::move(done));
+    return selection_.foreign.gather(wanted, done);
 }
 
-std::unique_ptr<Gathering> X11Pasteboard::gatherForAddTypes(std::vector<std::string> required,
-                                                            Gathered done) {
+std::unique_ptr<Gathering> X11Pasteboard::gatherForAddTypes(const std::vector<std::string>& required,
+                                                            const Gathered& done) {
     owner_.assertCurrent();
-    return selection_.foreign.gatherForAddTypes(required, std::move(done));
+    return selection_.foreign.gatherForAddTypes(required, done);
 }
 
 /// What this process owns of the selection; null if it is another program's.

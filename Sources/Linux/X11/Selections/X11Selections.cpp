@@ -121,6 +121,14 @@ bool X11Selections::isServing() const {
             }));
 }
 
+void X11Selections::letOwnersFinish() {
+    const auto deadline = Clock::now() + timeOuts_.lastAnswers;
+    while (reader_.hasOpenTransfers() && Clock::now() < deadline && !connection_->isLost()) {
+        connection_->waitForEvents(deadline);
+        reader_.readOn();
+    }
+}
+
 void X11Selections::handOver() {
     const auto clipboard = selections_.find(connection_->atom(selectionNameOf(std::nullopt)));
     if (clipboard == selections_.end() || connection_->isLost())

@@ -52,7 +52,7 @@ struct X11Selection {
 };
 
 /// The selections of an X server that the pasteboards of this process use. Waits for the server, but for no
-/// other program, `handOver` excepted. One thread.
+/// other program, except in the two operations for the process's end. One thread.
 class X11Selections {
 public:
     using Clock = X11Connection::Clock;
@@ -77,6 +77,9 @@ public:
 
     /// Whether this process owns a selection with content, or still has a transfer to finish.
     bool isServing() const;
+
+    /// Gives owners a moment to finish what they send. Some programs fail when a requestor has ended.
+    void letOwnersFinish();
 
     /// Asks the clipboard manager, if one runs, to save this process's content of CLIPBOARD (freedesktop.org,
     /// clipboard manager protocol, SAVE_TARGETS). Waits for it.
