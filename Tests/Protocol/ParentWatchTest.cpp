@@ -54,6 +54,14 @@ TEST_F(ParentWatch, endsTheAgentWhenItsParentDies) {
     EXPECT_TRUE(exportDirectories().empty());
 }
 
+TEST_F(ParentWatch, needsNoTick) {
+    AgentProcess::Options watched = options();
+    watched.arguments.insert(watched.arguments.end(), {"--parent-pid", std::to_string(getpid())});
+    AgentProcess& agent = start(watched);
+    expectPolling(agent);
+    agent.waitUntilAtRest();
+}
+
 TEST_F(ParentWatch, endsAnAgentWhoseOutputNobodyReads) {
     AgentProcess& agent = startBelowShell("--parent-pid $$");
     std::string lines;

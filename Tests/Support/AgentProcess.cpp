@@ -5,9 +5,12 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <thread>
+#include <utility>
 
 namespace tavel {
 
@@ -56,6 +59,21 @@ TestProcess::Options processOptions(const AgentProcess::Options& agent) {
     options.nonBlockingPipes = agent.nonBlockingPipes;
     options.outputPipeBytes = agent.outputPipeBytes;
     return options;
+}
+
+/// How often the process's threads have gone to sleep so far. A thread that runs does so again.
+std::uint64_t contextSwitches(pid_t process) {
+    const std::string name = "voluntary_ctxt_switches:";
+    std::uint64_t switches = 0;
+    for (const auto& thread :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
+        std::ifstream lines(thread.path() / "status");
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with(name))
+                switches += std::stoull(line.substr(name.size()));
+        }
+    }
+    return switches;
 }
 
 } // namespace
@@ -107,6 +125,19 @@ void AgentProcess::waitUntilIdle() {
         [&] {
             const bool first = isIdle();
             return first && isIdle();
+        },
+        deadline);
+}
+
+void AgentProcess::waitUntilAtRest() {
+    std::uint64_t before = 0;
+    waitUntil(
+        [&] {
+            const std::uint64_t switches = contextSwitches(process_.processIdentifier());
+            if (std::exchange(before, switches) == switches)
+                return true;
+            std::this_thread::sleep_for(1s);
+            return false;
         },
         deadline);
 }

@@ -81,6 +81,9 @@ public:
     /// Waits until the agent has read its input and each of its threads waits for something.
     void waitUntilIdle();
 
+    /// Waits for a whole second in which no thread of the agent runs. An agent with a tick has none.
+    void waitUntilAtRest();
+
     /// Waits for the end of the process, taking in its output. Gives the wait status, which is 0 if and only
     /// if the process ended by itself with the status 0.
     int waitForExit();
