@@ -62,19 +62,21 @@ TEST_F(TakenOverContent, staysTheOwnersIfARequiredTypeIsRefused) {
 TEST_F(TakenOverContent, staysTheOwnersIfARequiredTypeIsNotAnswered) {
     X11Peers peers(shortOwnerTimeOut());
     ScriptedOwner owner(peers.display());
-    owner.offer({"UTF8_STRING"});
+    owner.offer({"image/png", "UTF8_STRING"});
+    owner.on("image/png", owner.value("image/png", "picture"));
     owner.on("UTF8_STRING", owner.silence());
-    EXPECT_EQ(addWith(peers, owner, {plainText}), std::nullopt);
+    EXPECT_EQ(addWith(peers, owner, {"public.png", plainText}), std::nullopt);
     EXPECT_EQ(peers.board().changeCount(), 1);
 }
 
 TEST_F(TakenOverContent, staysTheOwnersIfARequiredTypeIsTooLarge) {
     X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
-    owner.offer({"image/png"});
-    owner.on("image/png", owner.increments("image/png", std::vector<std::string>(
-                                                            17, std::string(std::size_t{8} << 20, 'x'))));
-    EXPECT_EQ(addWith(peers, owner, {"public.png"}), std::nullopt);
+    const std::string part(std::size_t{8} << 20, 'x');
+    owner.offer({"UTF8_STRING", "image/png"});
+    owner.on("UTF8_STRING", owner.value("UTF8_STRING", "text"));
+    owner.on("image/png", owner.increments("image/png", std::vector<std::string>(17, part)));
+    EXPECT_EQ(addWith(peers, owner, {plainText, "public.png"}), std::nullopt);
     EXPECT_EQ(peers.board().changeCount(), 1);
 }
 
