@@ -126,7 +126,7 @@ FileList X11Pasteboard::files(const FileListLimit& limit) {
 }
 
 /// May return more than the limit.
-std::optional<Bytes> X11Pasteboard::otherProgramsData(std::string_view type, std::size_t limit) {
+std::optional<Bytes> X11Pasteboard::otherProgramsData(std::string_view type, std::size_t limit) const {
     if (type == pasteboardType::fileUrl)
         return otherProgramsFileUrl(limit);
     const GatheredValue* const value = selection_.foreign.value(type);
@@ -134,7 +134,7 @@ std::optional<Bytes> X11Pasteboard::otherProgramsData(std::string_view type, std
 }
 
 /// The first URL of the list.
-std::optional<Bytes> X11Pasteboard::otherProgramsFileUrl(std::size_t limit) {
+std::optional<Bytes> X11Pasteboard::otherProgramsFileUrl(std::size_t limit) const {
     const GatheredValue* const value = selection_.foreign.value(pasteboardType::fileUrl);
     if (value == nullptr)
         return std::nullopt;
@@ -205,7 +205,7 @@ std::optional<OwnedContent> X11Pasteboard::otherProgramsContent() {
 }
 
 /// False if there are more files than the limit.
-bool X11Pasteboard::takeOverFiles(Items& items) {
+bool X11Pasteboard::takeOverFiles(Items& items) const {
     const GatheredValue* const list = selection_.foreign.value(pasteboardType::fileUrl);
     if (list == nullptr)
         return true;

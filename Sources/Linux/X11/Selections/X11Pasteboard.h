@@ -43,9 +43,9 @@ private:
     std::shared_ptr<const OwnedContent> ownContent();
     std::optional<std::int64_t> replace(std::optional<Items> items);
     std::optional<OwnedContent> otherProgramsContent();
-    bool takeOverFiles(Items& items);
-    std::optional<Bytes> otherProgramsData(std::string_view type, std::size_t limit);
-    std::optional<Bytes> otherProgramsFileUrl(std::size_t limit);
+    bool takeOverFiles(Items& items) const;
+    std::optional<Bytes> otherProgramsData(std::string_view type, std::size_t limit) const;
+    std::optional<Bytes> otherProgramsFileUrl(std::size_t limit) const;
 
     [[no_unique_address]] OwnerThread owner_;
     std::shared_ptr<X11Selections> selections_;
