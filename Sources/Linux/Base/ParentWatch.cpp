@@ -15,6 +15,7 @@ extern "C" {
 namespace tavel {
 
 bool ParentWatch::start(std::int32_t processIdentifier, EventLoop::Function lost) {
+    end();                                       // of a start that found no memory
     process_ = pidfd_open(processIdentifier, 0); // closed on exec
     if (process_ < 0 && errno != ESRCH)
         return false;

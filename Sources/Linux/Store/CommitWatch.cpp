@@ -19,6 +19,7 @@ constexpr std::uint32_t signsOfACommit = IN_ATTRIB | IN_CLOSE_WRITE;
 } // namespace
 
 bool CommitWatch::start(const LmdbEnvironment& environment, EventLoop::Function committed) {
+    end(); // of a start that found no memory
     events_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     // The file is watched, not its directory: it is made anew only while nobody has the store open.
     if (events_ < 0 || inotify_add_watch(events_, environment.path(), signsOfACommit) < 0) {

@@ -93,37 +93,41 @@ bool ClipboardWorker::startReading() {
 
 /// True if events tell of all that a tick would look for: new contents, and the parent's end.
 bool ClipboardWorker::startWatching() {
-    try {
-        const auto weak = weak_from_this();
-        auto schedule = std::make_shared<PollSchedule>(platform_.eventLoop(), [weak] {
-            if (const auto worker = weak.lock())
-                worker->poll();
-        });
-        auto memoryLooks = std::make_shared<MemoryLooks>(
-            platform_.eventLoop(), MemoryReturn(memoryUse),
-            [output = output_, slot = exportSlot_] {
-                return slot->isTaken() || !output->hasWritten(output->queuedLines());
-            },
-            returnFreeMemory);
-        // Also with a tick, the small values have to come with the types.
-        const bool tellsOfContents = pasteboard_->watch(
-            {{std::string(markerType), maximumMarkerBytes}, FilePaste::generatedFileMark()},
-            [weakSchedule = std::weak_ptr(schedule)] {
-                if (const auto alive = weakSchedule.lock())
-                    alive->noteNews();
-            });
-        const bool tellsOfParent = !isWatchedParent() || platform_.watchParent(expectedParentPID_, [weak] {
-            if (const auto worker = weak.lock())
-                worker->stop();
-        });
-        if (!tellsOfContents || !tellsOfParent)
-            return false;
-        schedule_ = std::move(schedule);
-        memoryLooks_ = std::move(memoryLooks);
-        return true;
-    } catch (const std::exception&) {
-        return false; // there is no memory for it
-    }
+    // Insists, because some platforms fetch only contents that are watched.
+    bool tellsOfAll = false;
+    reserve_.insist([&] { tellsOfAll = watch(); });
+    return tellsOfAll;
+}
+
+/// Throws std::bad_alloc; it may be called again then.
+bool ClipboardWorker::watch() {
+    const auto weak = weak_from_this();
+    auto schedule = std::make_shared<PollSchedule>(platform_.eventLoop(), [weak] {
+        if (const auto worker = weak.lock())
+            worker->poll();
+    });
+    auto memoryLooks = std::make_shared<MemoryLooks>(
+        platform_.eventLoop(), MemoryReturn(memoryUse),
+        [output = output_, slot = exportSlot_] {
+            return slot->isTaken() || !output->hasWritten(output->queuedLines());
+        },
+        returnFreeMemory);
+    // Also with a tick, the small values have to come with the types.
+    const bool tellsOfContents =
+        pasteboard_->watch({{std::string(markerType), maximumMarkerBytes}, FilePaste::generatedFileMark()},
+                           [weakSchedule = std::weak_ptr(schedule)] {
+                               if (const auto alive = weakSchedule.lock())
+                                   alive->noteNews();
+                           });
+    const bool tellsOfParent = !isWatchedParent() || platform_.watchParent(expectedParentPID_, [weak] {
+        if (const auto worker = weak.lock())
+            worker->stop();
+    });
+    if (!tellsOfContents || !tellsOfParent)
+        return false;
+    schedule_ = std::move(schedule);
+    memoryLooks_ = std::move(memoryLooks);
+    return true;
 }
 
 /// False if there is no memory for it now.

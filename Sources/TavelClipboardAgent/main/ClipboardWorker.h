@@ -95,6 +95,7 @@ private:
 
     bool startReading();
     bool startWatching();
+    bool watch();
     bool startPolling();
     void startRemovingLeftOvers();
     void tick();

@@ -75,8 +75,7 @@ void ForeignContent::giveUp(bool isCurrent) {
     }
     for (const auto& state : active_)
         end(state->fetch);
-    finished_.insert(finished_.end(), active_.begin(), active_.end());
-    active_.clear();
+    finished_.splice(finished_.end(), active_); // needs no memory: no change may be lost for want of it
     if (isCurrent)
         return;
     for (const auto& state : finished_) {
@@ -146,8 +145,7 @@ void ForeignContent::proceed(Clock::time_point now) {
             end(first.fetch);
         else if (!proceed(first, now))
             return;
-        finished_.push_back(active_.front());
-        active_.pop_front();
+        finished_.splice(finished_.end(), active_, active_.begin());
     }
 }
 

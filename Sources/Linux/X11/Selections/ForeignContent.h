@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -159,8 +160,8 @@ private:
     std::optional<Unknown> unknown_;
     Clock::time_point unknownSince_;
     bool isSilent_ = false; // the owner was given up at a deadline, and is asked for nothing more
-    std::deque<std::shared_ptr<State>> active_; // the first one is under way
-    std::deque<std::shared_ptr<State>> finished_;
+    std::list<std::shared_ptr<State>> active_; // the first one is under way
+    std::list<std::shared_ptr<State>> finished_;
     std::shared_ptr<State> running_; // its `done` is running
 };
 
