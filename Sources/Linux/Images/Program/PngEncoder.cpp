@@ -1,8 +1,8 @@
-#include "Linux/Images/Module/PngEncoder.h"
+#include "Linux/Images/Program/PngEncoder.h"
 
-#include "Linux/Images/Module/Palette.h"
-#include "Linux/Images/Module/PixelRows.h"
-#include "Linux/Images/Module/PngFile.h"
+#include "Linux/Images/Program/Palette.h"
+#include "Linux/Images/Program/PixelRows.h"
+#include "Linux/Images/Program/PngFile.h"
 
 #include <array>
 #include <memory>

@@ -1,7 +1,7 @@
-#include "Linux/Images/Module/FileGuards.h"
+#include "Linux/Images/Program/FileGuards.h"
 
 #include "ImageHeaders/ImageFields.h"
-#include "Linux/Images/Module/ImageSource.h"
+#include "Linux/Images/Program/ImageSource.h"
 
 #include <algorithm>
 #include <cstring>

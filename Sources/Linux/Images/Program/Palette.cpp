@@ -1,4 +1,4 @@
-#include "Linux/Images/Module/Palette.h"
+#include "Linux/Images/Program/Palette.h"
 
 #include <algorithm>
 #include <unordered_map>

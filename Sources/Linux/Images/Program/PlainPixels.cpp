@@ -1,4 +1,4 @@
-#include "Linux/Images/Module/PlainPixels.h"
+#include "Linux/Images/Program/PlainPixels.h"
 
 #include <array>
 #include <utility>

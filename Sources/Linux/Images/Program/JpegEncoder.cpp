@@ -1,4 +1,4 @@
-#include "Linux/Images/Module/JpegEncoder.h"
+#include "Linux/Images/Program/JpegEncoder.h"
 
 #include <algorithm>
 #include <array>

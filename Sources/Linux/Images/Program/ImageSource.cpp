@@ -1,9 +1,9 @@
-#include "Linux/Images/Module/ImageSource.h"
+#include "Linux/Images/Program/ImageSource.h"
 
 #include "ImageHeaders/ImageHeader.h"
 #include "Linux/Images/HeifBrand.h"
-#include "Linux/Images/Module/BmpDecoder.h"
-#include "Linux/Images/Module/FileGuards.h"
+#include "Linux/Images/Program/BmpDecoder.h"
+#include "Linux/Images/Program/FileGuards.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/Images/Module/VipsRuntime.h"
+#include "Linux/Images/Program/VipsRuntime.h"
 #include "Platform/ImageCodec.h"
 #include "Support/Bytes.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ImageHeaders/ImageHeader.h"
-#include "Linux/Images/Module/VipsRuntime.h"
+#include "Linux/Images/Program/VipsRuntime.h"
 #include "Support/Bytes.h"
 
 namespace tavel {

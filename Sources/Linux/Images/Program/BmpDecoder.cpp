@@ -1,4 +1,4 @@
-#include "Linux/Images/Module/BmpDecoder.h"
+#include "Linux/Images/Program/BmpDecoder.h"
 
 #include "ImageHeaders/ImageFields.h"
 

@@ -1,4 +1,4 @@
-#include "Linux/Images/Module/VipsRuntime.h"
+#include "Linux/Images/Program/VipsRuntime.h"
 
 #include <gmodule.h>
 #include <malloc.h>

@@ -1,4 +1,4 @@
-#include "Linux/Images/Module/PngFile.h"
+#include "Linux/Images/Program/PngFile.h"
 
 #include <libdeflate.h>
 

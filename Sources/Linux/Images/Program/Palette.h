@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Linux/Images/Module/PixelRows.h"
-#include "Linux/Images/Module/PngFile.h"
+#include "Linux/Images/Program/PixelRows.h"
+#include "Linux/Images/Program/PngFile.h"
 
 #include <cstdint>
 #include <optional>

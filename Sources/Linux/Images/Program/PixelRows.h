@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/Images/Module/VipsRuntime.h"
+#include "Linux/Images/Program/VipsRuntime.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "Linux/Images/Module/PixelRows.h"
+#include "Linux/Images/Program/PixelRows.h"
 
 #include <mutex>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/Images/Module/PlainPixels.h"
+#include "Linux/Images/Program/PlainPixels.h"
 #include "Support/Bytes.h"
 
 #include <optional>

@@ -1,8 +1,8 @@
 #include "ImageHeaders/ImageHeader.h"
 #include "Linux/Images/ImageModule.h"
-#include "Linux/Images/Module/ImageSource.h"
-#include "Linux/Images/Module/JpegEncoder.h"
-#include "Linux/Images/Module/PngEncoder.h"
+#include "Linux/Images/Program/ImageSource.h"
+#include "Linux/Images/Program/JpegEncoder.h"
+#include "Linux/Images/Program/PngEncoder.h"
 
 #include <new>
 
