@@ -112,11 +112,11 @@ TEST_F(PasteboardToolOnX11, keepsNoDirectoryAndNoPipeInTheBackground) {
     EXPECT_EQ(fs::read_symlink(processes.front() / "cwd"), "/");
 }
 
-TEST_F(PasteboardToolOnX11, carriesHundredFiftyMegabytesBothWays) {
+TEST_F(PasteboardToolOnX11, carriesThreeHundredMegabytesBothWays) {
     std::string block(1'000'003, '\0'); // no chunk size is a multiple of this
     std::minstd_rand random(20240229);
     std::ranges::generate(block, [&] { return static_cast<char>(random() >> 8); });
-    const std::string content = repeated(block, 158).substr(0, 150 << 20);
+    const std::string content = repeated(block, 315).substr(0, 300 << 20);
     const std::string file = world_.write("large", content);
 
     // Compared by a program, as reading so much in the test itself is slow.

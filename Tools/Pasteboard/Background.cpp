@@ -6,15 +6,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <system_error>
 
 namespace tavel {
 
 namespace {
-
-/// The loop wakes up for every request; this only bounds one wait.
-constexpr std::chrono::hours longestWait{1};
 
 /// Detaches the child: readers of the command's output see its end, and the child keeps no directory busy.
 void detach() {
@@ -36,7 +32,7 @@ void serveInBackground(Platform& platform) {
         _exit(0);
     detach();
     while (platform.servesContents())
-        platform.eventLoop().runOnce(longestWait);
+        platform.eventLoop().runOnce(EventLoop::unlimited);
     _exit(0);
 }
 

@@ -40,7 +40,7 @@ constexpr std::chrono::milliseconds longestBatch{4};
 /// How long the server may take for a reply when the process is about to end, and how often a wait looks
 /// whether it is.
 constexpr std::chrono::seconds longestLastWait{1};
-constexpr int millisecondsBetweenLooks = 100;
+constexpr std::chrono::milliseconds timeBetweenLooks{100};
 
 /// For a connection that no X11Connection owns yet: making one may throw.
 struct Disconnect {
@@ -185,7 +185,7 @@ void* X11Connection::waitForReply(std::uint32_t requestNumber) {
         if (isDecided()) // reading may have brought the reply without any event
             break;
         pollfd readable{descriptor(), POLLIN, 0};
-        const bool isSilent = poll(&readable, 1, millisecondsBetweenLooks) == 0;
+        const bool isSilent = poll(&readable, 1, static_cast<int>(timeBetweenLooks.count())) == 0;
         if (isSilent && isEndExpected_ && Clock::now() - begin >= longestLastWait)
             shutdown(descriptor(), SHUT_RDWR); // xcb takes it for the loss of the server
     }
@@ -278,9 +278,10 @@ xcb_timestamp_t X11Connection::fetchTime() {
     timeCame_ = false;
     xcb_change_property(connection_, XCB_PROP_MODE_APPEND, window_, timeProperty_, XCB_ATOM_INTEGER, 32, 0,
                         nullptr);
-    const auto deadline = Clock::now() + fetchTimeTimeOut;
-    while (!timeCame_ && !isLost() && Clock::now() < deadline)
-        waitForEvents(deadline);
+    const auto begin = Clock::now();
+    const auto deadline = [&] { return begin + (isEndExpected_ ? longestLastWait : fetchTimeTimeOut); };
+    while (!timeCame_ && !isLost() && Clock::now() < deadline())
+        waitForEvents(std::min(deadline(), Clock::now() + timeBetweenLooks));
     return timeCame_ ? latestTime_ : XCB_CURRENT_TIME;
 }
 

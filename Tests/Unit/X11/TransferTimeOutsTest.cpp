@@ -17,8 +17,6 @@ TEST(InactivityDeadline, isTheTimeOutAfterTheLastStep) {
     EXPECT_EQ(deadline.end(), start + 5s);
     deadline.restart(start + 2s);
     EXPECT_EQ(deadline.end(), start + 7s);
-    EXPECT_FALSE(deadline.hasPassed(start + 7s - 1ns));
-    EXPECT_TRUE(deadline.hasPassed(start + 7s));
 }
 
 TransferTimeOuts timeOutsOf(std::chrono::milliseconds ownerInactivity, std::size_t slowestOwner) {

@@ -186,7 +186,8 @@ bool ForeignContent::proceed(State& state, Clock::time_point now) {
         }
         if (!state.fetch) {
             state.fetch = fetchOf(wish.value, known_.targets);
-            state.fetch->limit = std::min(state.fetch->limit, state.room);
+            if (state.isForAddTypes)
+                state.fetch->limit = std::min(state.fetch->limit, state.room);
         }
         if (!proceed(*state.fetch, state.values))
             return false;

@@ -32,7 +32,6 @@ public:
     void restart(Clock::time_point now) { end_ = now + timeOut_; }
 
     Clock::time_point end() const { return end_; }
-    bool hasPassed(Clock::time_point now) const { return now >= end_; }
 
 private:
     Clock::duration timeOut_;

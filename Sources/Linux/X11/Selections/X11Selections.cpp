@@ -122,11 +122,7 @@ bool X11Selections::isServing() const {
 }
 
 void X11Selections::letOwnersFinish() {
-    const auto deadline = Clock::now() + timeOuts_.lastAnswers;
-    while (reader_.hasOpenTransfers() && Clock::now() < deadline && !connection_->isLost()) {
-        connection_->waitForEvents(deadline);
-        reader_.readOn();
-    }
+    readOnWhile([this] { return reader_.hasOpenTransfers(); }, timeOuts_.lastAnswers);
 }
 
 void X11Selections::handOver() {
@@ -142,8 +138,12 @@ void X11Selections::handOver() {
         reader_.askWithParameter({connection_->atom("CLIPBOARD_MANAGER"), connection_->atom("SAVE_TARGETS"),
                                   connection_->latestTime(), noAnswer},
                                  connection_->atoms(contentTargets(content->items)));
-    const auto deadline = Clock::now() + timeOuts_.clipboardManager;
-    while (!reader_.isDecided(ticket) && Clock::now() < deadline && !connection_->isLost()) {
+    readOnWhile([&] { return !reader_.isDecided(ticket); }, timeOuts_.clipboardManager);
+}
+
+void X11Selections::readOnWhile(const std::function<bool()>& isOpen, Clock::duration longest) {
+    const auto deadline = Clock::now() + longest;
+    while (isOpen() && Clock::now() < deadline && !connection_->isLost()) {
         connection_->waitForEvents(deadline);
         reader_.readOn();
     }

@@ -98,6 +98,7 @@ private:
     void handleExcess(const xcb_generic_event_t& event);
     void handleOwnerChange(const xcb_generic_event_t& event);
     std::optional<OwnedSelection> ownedSelection(xcb_atom_t atom) const;
+    void readOnWhile(const std::function<bool()>& isOpen, Clock::duration longest);
 
     const TransferTimeOuts timeOuts_;
     std::unique_ptr<X11Connection> connection_;
