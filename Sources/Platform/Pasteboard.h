@@ -96,8 +96,9 @@ public:
 
     /// From now on, `noticed` runs in the event loop after `noticedChangeCount` has moved, and these values
     /// come with the types of each content. False if the platform has no news of changes: then the change
-    /// count has to be polled, and nothing has to come. To be called once. Where a content has to come from
-    /// its owner, this call is what makes it come at all: without it, the noticed change count stays.
+    /// count has to be polled, and nothing has to come. To be called until it returns, and then no more.
+    /// Where a content has to come from its owner, this call is what makes it come at all: without it, the
+    /// noticed change count stays.
     virtual bool watch(const std::vector<WantedValue>&, const std::function<void()>&) { return false; }
 
     /// Fetches these values of the content with the noticed change count, one after the other, and runs

@@ -41,7 +41,7 @@ public:
 
     /// From now on, `lost` runs in the event loop once the process that started this one is not, or no
     /// longer, that one; also if it has ended before this call. False if the system cannot tell: then its
-    /// number has to be looked at from time to time. To be called once.
+    /// number has to be looked at from time to time. To be called until it returns, and then no more.
     virtual bool watchParent(std::int32_t processIdentifier, std::function<void()> lost) = 0;
 
     /// The process is about to end: from now on, a wait for the display server gives up after a second, and

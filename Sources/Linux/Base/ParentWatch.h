@@ -20,7 +20,7 @@ public:
     /// From now on, `lost` runs once in the event loop when that process has ended or is not this one's
     /// parent; also if that is so already. False, and nothing runs, if the system cannot tell: kernels before
     /// 5.3, a container that refuses the call, no descriptor left, or a parent outside of this process's
-    /// namespace, whose number is 0. Throws std::bad_alloc. To be called once.
+    /// namespace, whose number is 0. Throws std::bad_alloc. To be called until it returns, and then no more.
     bool start(std::int32_t processIdentifier, EventLoop::Function lost);
 
 private:

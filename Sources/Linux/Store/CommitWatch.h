@@ -20,7 +20,7 @@ public:
     /// From now on, `committed` runs in the event loop after each commit that readers can see, once for
     /// several if they come quickly, and now and then without one. It may destroy this object. False, and
     /// nothing runs, if the user has no inotify instance or watch left, or the system has none. Throws
-    /// std::bad_alloc. To be called once.
+    /// std::bad_alloc. To be called until it returns, and then no more.
     bool start(const LmdbEnvironment& environment, EventLoop::Function committed);
 
 private:
