@@ -4,7 +4,7 @@
 namespace tavel {
 
 std::unique_ptr<Platform> makePlatform() {
-    if (auto connection = X11Connection::open(nullptr))
+    if (auto connection = X11Connection::open(nullptr, X11Selections::atomNames()))
         return std::make_unique<X11Platform>(std::move(connection));
     return std::make_unique<HeadlessPlatform>();
 }

@@ -4,6 +4,7 @@
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <xcb/bigreq.h>
 #include <xcb/xcbext.h>
 #include <xcb/xfixes.h>
 
@@ -32,6 +33,7 @@ constexpr std::size_t largestCommonPropertyBytes = 4'000'000;
 /// Room for the fields of ChangeProperty before the value, with a margin.
 constexpr std::size_t requestOverheadBytes = 64;
 
+constexpr const char* timePropertyName = "TAVEL_TIME";
 constexpr std::chrono::seconds fetchTimeTimeOut{5};
 
 /// Longer than any usual burst takes. During a flood, everything else in the process gets its turn after it.
@@ -60,8 +62,12 @@ std::size_t largestPropertyOf(xcb_connection_t* connection) {
 }
 
 /// Announces the version of XFixes, which the extension demands before any other request. Returns the number
-/// of its selection event, nullopt without the extension.
+/// of its selection event, nullopt without the extension. The extension of large requests is prepared in the
+/// same two round trips.
 std::optional<std::uint8_t> selectionOwnerEventOf(xcb_connection_t* connection) {
+    xcb_prefetch_extension_data(connection, &xcb_xfixes_id);
+    xcb_prefetch_extension_data(connection, &xcb_big_requests_id);
+    xcb_prefetch_maximum_request_length(connection);
     const xcb_query_extension_reply_t* const extension = xcb_get_extension_data(connection, &xcb_xfixes_id);
     if (extension == nullptr || extension->present == 0)
         return std::nullopt;
@@ -75,7 +81,7 @@ std::optional<std::uint8_t> selectionOwnerEventOf(xcb_connection_t* connection) 
 
 } // namespace
 
-std::unique_ptr<X11Connection> X11Connection::open(const char* display) {
+std::unique_ptr<X11Connection> X11Connection::open(const char* display, std::vector<std::string> names) {
     int screenNumber = 0;
     std::unique_ptr<xcb_connection_t, Disconnect> connection(xcb_connect(display, &screenNumber));
     if (xcb_connection_has_error(connection.get()) != 0)
@@ -84,20 +90,22 @@ std::unique_ptr<X11Connection> X11Connection::open(const char* display) {
     const auto selectionOwnerEvent = selectionOwnerEventOf(connection.get());
     if (screen == nullptr || !selectionOwnerEvent)
         return nullptr;
-    std::unique_ptr<X11Connection> opened(new X11Connection(connection.get(), *screen, *selectionOwnerEvent));
+    std::unique_ptr<X11Connection> opened(
+        new X11Connection(connection.get(), *screen, *selectionOwnerEvent, std::move(names)));
     static_cast<void>(connection.release()); // the object disconnects it now
     return opened;
 }
 
 X11Connection::X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen,
-                             std::uint8_t selectionOwnerEvent)
+                             std::uint8_t selectionOwnerEvent, std::vector<std::string> names)
     : connection_(connection), window_(xcb_generate_id(connection)),
       largestPropertyBytes_(largestPropertyOf(connection)), selectionOwnerEvent_(selectionOwnerEvent),
       queue_(xcb_get_setup(connection)->resource_id_mask) {
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen.root, -1, -1, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
-    timeProperty_ = atom("TAVEL_TIME");
+    names.emplace_back(timePropertyName);
+    timeProperty_ = atoms(names).back();
 }
 
 X11Connection::~X11Connection() {
@@ -274,10 +282,18 @@ void X11Connection::dispatch(Event event) {
 }
 
 xcb_timestamp_t X11Connection::fetchTime() {
+    requestTime();
+    return awaitTime();
+}
+
+void X11Connection::requestTime() {
     // PropertyNotify carries the server's time, also for a change that appends no data (ICCCM 2.1).
     timeCame_ = false;
     xcb_change_property(connection_, XCB_PROP_MODE_APPEND, window_, timeProperty_, XCB_ATOM_INTEGER, 32, 0,
                         nullptr);
+}
+
+xcb_timestamp_t X11Connection::awaitTime() {
     const auto begin = Clock::now();
     const auto deadline = [&] { return begin + (isEndExpected_ ? longestLastWait : fetchTimeTimeOut); };
     while (!timeCame_ && !isLost() && Clock::now() < deadline())

@@ -38,8 +38,9 @@ public:
     using EventHandler = std::function<void(const xcb_generic_event_t&)>;
 
     /// Connects to the server that `display` names, or to that of DISPLAY if it is null. Returns null if no
-    /// server answers or it has no XFixes extension.
-    static std::unique_ptr<X11Connection> open(const char* display);
+    /// server answers or it has no XFixes extension. The atoms of `names` are then known: asked for one by
+    /// one, they would cost the start a round trip each.
+    static std::unique_ptr<X11Connection> open(const char* display, std::vector<std::string> names = {});
 
     ~X11Connection();
     X11Connection(const X11Connection&) = delete;
@@ -111,12 +112,17 @@ public:
     /// when the server is lost or does not answer in time.
     xcb_timestamp_t fetchTime();
 
+    /// The two halves of `fetchTime`: other requests between them cost no round trip of their own.
+    void requestTime();
+    xcb_timestamp_t awaitTime();
+
     /// The server time of the latest event, for requests that need no exact time.
     xcb_timestamp_t latestTime() const { return latestTime_; }
     void noteTime(xcb_timestamp_t time) { latestTime_ = time; }
 
 private:
-    X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen, std::uint8_t selectionOwnerEvent);
+    X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen, std::uint8_t selectionOwnerEvent,
+                  std::vector<std::string> names);
 
     using Event = EventQueue::Event;
 

@@ -28,13 +28,19 @@ std::size_t nextPartBytes(const IncomingTransfer& transfer) {
 
 } // namespace
 
-SelectionReader::SelectionReader(X11Connection& connection, const TransferTimeOuts& timeOuts)
-    : connection_(connection), timeOuts_(timeOuts), incrementalType_(connection.atom("INCR")) {
+/// Those of the properties, and INCR as the last one.
+std::vector<std::string> SelectionReader::atomNames() {
     std::vector<std::string> names;
-    names.reserve(propertyCount);
     for (int number = 0; number < propertyCount; ++number)
         names.push_back("TAVEL_SELECTION_" + std::to_string(number));
-    properties_ = connection.atoms(names);
+    names.emplace_back("INCR");
+    return names;
+}
+
+SelectionReader::SelectionReader(X11Connection& connection, const TransferTimeOuts& timeOuts)
+    : connection_(connection), timeOuts_(timeOuts), properties_(connection.atoms(atomNames())),
+      incrementalType_(properties_.back()) {
+    properties_.pop_back();
 }
 
 SelectionReader::Ticket SelectionReader::ask(const Request& request) {

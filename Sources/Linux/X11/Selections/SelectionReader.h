@@ -37,6 +37,9 @@ public:
         bool isCut; // more than the limit came: these are the first `limit` + 1 bytes
     };
 
+    /// The names of the atoms that a reader needs from the beginning.
+    static std::vector<std::string> atomNames();
+
     SelectionReader(X11Connection& connection, const TransferTimeOuts& timeOuts);
 
     /// Asks for one target.
@@ -111,9 +114,9 @@ private:
 
     X11Connection& connection_;
     const TransferTimeOuts timeOuts_;
-    xcb_atom_t incrementalType_;
     Ticket lastTicket_ = 0;
     std::vector<xcb_atom_t> properties_; // least recently used first
+    xcb_atom_t incrementalType_;
     std::list<Transfer> transfers_;      // oldest first
 };
 

@@ -25,11 +25,13 @@ constexpr std::size_t mostBytesHeld = std::size_t{256} << 20;
 
 } // namespace
 
+std::vector<std::string> SelectionServer::atomNames() {
+    return {"TARGETS", "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS", "ATOM_PAIR", "INCR", "NULL"};
+}
+
 SelectionServer::SelectionServer(X11Connection& connection, Lookup lookup, Clock::duration requestorTimeOut)
     : connection_(connection), lookup_(std::move(lookup)), requestorTimeOut_(requestorTimeOut) {
-    const std::array<std::string, 7> names{"TARGETS",   "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS",
-                                           "ATOM_PAIR", "INCR",      "NULL"};
-    const std::vector<xcb_atom_t> atoms = connection_.atoms(names);
+    const std::vector<xcb_atom_t> atoms = connection_.atoms(atomNames());
     targets_ = atoms[0];
     timestamp_ = atoms[1];
     multiple_ = atoms[2];

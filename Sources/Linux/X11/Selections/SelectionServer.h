@@ -46,6 +46,9 @@ public:
     /// The content of the selection; nullopt if this process does not own it.
     using Lookup = std::function<std::optional<OwnedSelection>(xcb_atom_t selection)>;
 
+    /// The names of the atoms that a server needs from the beginning.
+    static std::vector<std::string> atomNames();
+
     /// Gives up a transfer whose requestor takes nothing for `requestorTimeOut`.
     SelectionServer(X11Connection& connection, Lookup lookup, Clock::duration requestorTimeOut);
 

@@ -22,13 +22,22 @@ constexpr int mostAttempts = 3;
 
 } // namespace
 
+std::vector<std::string> X11Selections::atomNames() {
+    // xsel falls back to older targets if the server does not know the names of texts.
+    std::vector<std::string> names = targetName::offeredFor(std::string(pasteboardType::string));
+    for (std::vector<std::string>& more :
+         std::array{SelectionReader::atomNames(), SelectionServer::atomNames()})
+        names.insert(names.end(), more.begin(), more.end());
+    names.push_back(selectionNameOf(std::nullopt));
+    return names;
+}
+
 X11Selections::X11Selections(std::unique_ptr<X11Connection> connection, const TransferTimeOuts& timeOuts)
     : timeOuts_(timeOuts), connection_(std::move(connection)), reader_(*connection_, timeOuts_),
       server_(
           *connection_, [this](xcb_atom_t atom) { return ownedSelection(atom); },
           timeOuts.requestorInactivity) {
-    // Creates the atoms: xsel falls back to older targets if the server does not know these names.
-    connection_->atoms(targetName::offeredFor(std::string(pasteboardType::string)));
+    connection_->atoms(atomNames()); // creates those of texts
     connection_->setEventHandler([this](const xcb_generic_event_t& event) { handleEvent(event); });
     connection_->setExcessHandler([this](const xcb_generic_event_t& event) { handleExcess(event); });
 }
@@ -43,12 +52,13 @@ X11Selection& X11Selections::selection(const std::optional<std::string>& pastebo
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    // An owner refuses requests with a time before its own. No event has told the current owner's time, so
+    // the latest time has to be fetched.
+    connection_->requestTime();
     const auto cookie = xcb_get_selection_owner(connection_->get(), atom);
     const auto reply = connection_->await(cookie, xcb_get_selection_owner_reply);
     selection.owner = reply != nullptr ? reply->owner : xcb_window_t{XCB_NONE};
-    // An owner refuses requests with a time before its own. No event has told the current owner's time, so
-    // the latest time has to be fetched.
-    connection_->fetchTime();
+    connection_->awaitTime();
     if (selection.changeCount == 0 && selection.owner != XCB_NONE)
         selection.foreign.replace(0, Clock::now());
     else if (selection.changeCount == 0)

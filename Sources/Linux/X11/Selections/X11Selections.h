@@ -56,6 +56,9 @@ struct X11Selection {
 class X11Selections {
 public:
     using Clock = X11Connection::Clock;
+    /// The names of the atoms that the clipboard needs from the beginning, to open a connection with.
+    static std::vector<std::string> atomNames();
+
     X11Selections(std::unique_ptr<X11Connection> connection, const TransferTimeOuts& timeOuts);
     X11Selections(const X11Selections&) = delete;
     X11Selections& operator=(const X11Selections&) = delete;
