@@ -6,6 +6,7 @@
 #include <ImageIO/ImageIO.h>
 
 #include <cstddef>
+#include <iterator>
 #include <memory>
 
 namespace tavel {
@@ -38,6 +39,23 @@ std::optional<Bytes> encode(const Bytes& file, CFStringRef type, CFDictionaryRef
 }
 
 } // namespace
+
+MacImageCodec::MacImageCodec() {
+    // If it fails, ImageIO decodes all formats, as it does on older systems.
+    if (__builtin_available(macOS 14.2, *)) {
+        const void* types[] = {
+            CFSTR("public.png"),         CFSTR("public.jpeg"),       CFSTR("public.tiff"),
+            CFSTR("com.compuserve.gif"), CFSTR("com.microsoft.bmp"), CFSTR("org.webmproject.webp"),
+            CFSTR("public.heic"),        CFSTR("public.heics"),      CFSTR("public.heif"),
+            CFSTR("public.avif"),
+            CFSTR("com.apple.icns"), // AppKit's own icons
+        };
+        const auto list = CFRef<CFArrayRef>::adopt(
+            CFArrayCreate(kCFAllocatorDefault, types, std::size(types), &kCFTypeArrayCallBacks));
+        if (list)
+            static_cast<void>(CGImageSourceSetAllowableTypes(list.get()));
+    }
+}
 
 std::optional<ImageSize> MacImageCodec::measure(const Bytes& file) {
     const auto properties = ImageSource(file).properties();

@@ -14,6 +14,7 @@ enum Kind : CFTypeID {
     numberKind,
     booleanKind,
     dictionaryKind,
+    arrayKind,
     dataKind,
     machPortKind,
     sourceKind,

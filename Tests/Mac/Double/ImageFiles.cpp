@@ -1,5 +1,6 @@
 #include "Tests/Mac/Double/ImageFiles.h"
 
+#include "Tests/Mac/Double/CoreArray.h"
 #include "Tests/Mac/Double/CoreData.h"
 #include "Tests/Mac/Double/CoreObjects.h"
 
@@ -54,6 +55,12 @@ std::string asciiOf(CFTypeRef string) {
     return {text.begin(), text.end()};
 }
 
+/// Whether the process may decode files of the type that the test prescribes.
+bool isAllowed() {
+    const ImageFiles& files = imageFiles();
+    return !files.allowedTypes || (files.type && files.allowedTypes->contains(*files.type));
+}
+
 /// Reads the file's bytes now, as late as ImageIO may.
 std::string fileOf(const Image& image) {
     const auto& data = objectAt<Data>(objectAt<Source>(image.source.get()).data.get());
@@ -96,7 +103,7 @@ CGImageSourceRef CGImageSourceCreateWithData(CFDataRef data, CFDictionaryRef) {
     if (!imageFiles().opens)
         return nullptr;
     auto& source = *new Source(data);
-    if (const auto& type = imageFiles().type)
+    if (const auto& type = imageFiles().type; type && isAllowed())
         source.type = Reference::to(createObject(*type));
     return refTo<CGImageSourceRef>(source);
 }
@@ -109,7 +116,7 @@ CFStringRef CGImageSourceGetType(CGImageSourceRef source) {
 CFDictionaryRef CGImageSourceCopyPropertiesAtIndex(CGImageSourceRef source, size_t index, CFDictionaryRef) {
     objectAt<Source>(source);
     const auto& properties = imageFiles().properties;
-    if (!properties || index != 0)
+    if (!properties || index != 0 || !isAllowed())
         return nullptr;
     std::vector<Reference> held;
     std::vector<const void*> keys;
@@ -125,7 +132,15 @@ CFDictionaryRef CGImageSourceCopyPropertiesAtIndex(CGImageSourceRef source, size
 
 CGImageRef CGImageSourceCreateImageAtIndex(CGImageSourceRef source, size_t index, CFDictionaryRef) {
     const Object& holder = objectAt<Source>(source);
-    return imageFiles().decodes && index == 0 ? refTo<CGImageRef>(*new Image(&holder)) : nullptr;
+    return imageFiles().decodes && index == 0 && isAllowed() ? refTo<CGImageRef>(*new Image(&holder))
+                                                             : nullptr;
+}
+
+OSStatus CGImageSourceSetAllowableTypes(CFArrayRef allowableTypes) {
+    auto& allowed = imageFiles().allowedTypes.emplace();
+    for (const CFTypeRef type : objectAt<Array>(allowableTypes).values)
+        allowed.insert(textOf(static_cast<CFStringRef>(type)));
+    return 0;
 }
 
 CGImageDestinationRef CGImageDestinationCreateWithData(CFMutableDataRef data, CFStringRef type, size_t count,

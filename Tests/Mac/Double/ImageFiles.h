@@ -15,7 +15,8 @@ struct ImageFiles {
     std::optional<std::u16string> type;
     std::optional<std::map<std::u16string, Value>> properties; // by key
     bool decodes = true;
-    bool finishes = true; // whether encoding succeeds
+    bool finishes = true;                                 // whether encoding succeeds
+    std::optional<std::set<std::u16string>> allowedTypes; // those that are decoded; all, if it is absent
     std::set<std::u16string> encoders{u"public.jpeg", u"public.png"};
 
     const void* openedBytes = nullptr;  // of the last source

@@ -66,6 +66,15 @@ TEST_F(DoubledImageCodec, reportsSizeTypeAndAlpha) {
     EXPECT_EQ(codec_.hasAlpha(file_), false);
 }
 
+TEST_F(DoubledImageCodec, letsOnlyFormatsBeDecodedThatItNeeds) {
+    for (const char16_t* const wanted : {u"public.heic", u"org.webmproject.webp", u"com.microsoft.bmp"}) {
+        imageFiles().type = wanted;
+        EXPECT_EQ(measured(), std::pair(640L, 480L));
+    }
+    imageFiles().type = u"com.adobe.photoshop-image";
+    expectNoAnswer();
+}
+
 TEST_F(DoubledImageCodec, acceptsIntegersAndDoubles) {
     imageFiles().properties = {{width, 640.0}, {height, 480.75}};
     EXPECT_EQ(measured(), std::pair(640L, 480L));

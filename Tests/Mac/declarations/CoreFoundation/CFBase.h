@@ -25,6 +25,7 @@
 typedef unsigned char Boolean;
 typedef unsigned char UInt8;
 typedef unsigned short UniChar;
+typedef std::int32_t OSStatus;
 
 typedef unsigned long CFTypeID;
 typedef unsigned long CFOptionFlags;
@@ -39,6 +40,7 @@ typedef const CF_BRIDGED_TYPE(id) void* CFTypeRef;
 typedef const struct CF_BRIDGED_TYPE(id) __CFAllocator* CFAllocatorRef;
 typedef const struct CF_BRIDGED_TYPE(NSString) __CFString* CFStringRef;
 typedef const struct CF_BRIDGED_TYPE(NSDictionary) __CFDictionary* CFDictionaryRef;
+typedef const struct CF_BRIDGED_TYPE(NSArray) __CFArray* CFArrayRef;
 typedef const struct CF_BRIDGED_TYPE(NSData) __CFData* CFDataRef;
 typedef struct CF_BRIDGED_MUTABLE_TYPE(NSMutableData) __CFData* CFMutableDataRef;
 typedef const struct CF_BRIDGED_TYPE(NSNumber) __CFNumber* CFNumberRef;

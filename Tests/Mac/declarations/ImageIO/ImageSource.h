@@ -19,6 +19,7 @@ CF_EXPORT CFDictionaryRef _Nullable CGImageSourceCopyPropertiesAtIndex(
     CGImageSourceRef source, size_t index, CFDictionaryRef _Nullable options) CF_WARN_UNUSED_RESULT;
 CF_EXPORT CGImageRef _Nullable CGImageSourceCreateImageAtIndex(
     CGImageSourceRef source, size_t index, CFDictionaryRef _Nullable options) CF_WARN_UNUSED_RESULT;
+CF_EXPORT OSStatus CGImageSourceSetAllowableTypes(CFArrayRef allowableTypes) API_AVAILABLE(macos(14.2));
 
 CF_IMPLICIT_BRIDGING_DISABLED
 CF_ASSUME_NONNULL_END
