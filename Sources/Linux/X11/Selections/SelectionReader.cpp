@@ -31,6 +31,7 @@ std::size_t nextPartBytes(const IncomingTransfer& transfer) {
 /// Those of the properties, and INCR as the last one.
 std::vector<std::string> SelectionReader::atomNames() {
     std::vector<std::string> names;
+    names.reserve(propertyCount + 1);
     for (int number = 0; number < propertyCount; ++number)
         names.push_back("TAVEL_SELECTION_" + std::to_string(number));
     names.emplace_back("INCR");
