@@ -12,8 +12,10 @@
 namespace tavel {
 
 /// Appends the bytes in standard base64 (RFC 4648, section 4), without line breaks and without padding.
-/// `slash` replaces each slash, for a text in which slashes are escaped.
-void appendBase64(std::string& text, std::string_view bytes, std::string_view slash = "/");
+void appendBase64(std::string& text, std::string_view bytes);
+
+/// Does the same for a JSON string, with a backslash before each slash.
+void appendEscapedBase64(std::string& text, std::string_view bytes);
 
 /// Decodes standard base64. Padding may be missing in part or whole. nullopt if the text has a character
 /// outside the alphabet (line breaks included), too much padding, or a length that no bytes encode to.

@@ -1,5 +1,8 @@
 #include "Support/Base64Groups.h"
 
+#include "Support/Base64Alphabet.h"
+#include "Support/Base64Blocks.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -9,7 +12,14 @@ namespace tavel {
 
 namespace {
 
-constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+using base64::alphabet;
+
+/// Asks the processor once, at the first use.
+const Base64Blocks& bestBlocks() {
+    static const Base64Blocks& best =
+        *std::ranges::find_if(base64Blocks(), [](const Base64Blocks& blocks) { return blocks.runHere(); });
+    return best;
+}
 
 /// The two characters of each twelve-bit group, so that one look-up gives both.
 constexpr auto encodingPairs = [] {
@@ -44,9 +54,11 @@ std::uint32_t sextet(char c, std::size_t position) {
 
 } // namespace
 
-char* encodeBase64Groups(std::string_view bytes, char* out) {
+char* encodeBase64Groups(const Base64Blocks& blocks, std::string_view bytes, char* out) {
+    const std::size_t taken = blocks.encode(bytes.data(), bytes.size(), out);
+    out += taken / 3 * 4;
     const char* const end = bytes.data() + bytes.size() / 3 * 3;
-    for (const char* in = bytes.data(); in != end; in += 3, out += 4) {
+    for (const char* in = bytes.data() + taken; in != end; in += 3, out += 4) {
         const std::uint32_t bits = octet(in[0]) << 16 | octet(in[1]) << 8 | octet(in[2]);
         std::memcpy(out, encodingPairs[bits >> 12].data(), 2);
         std::memcpy(out + 2, encodingPairs[bits & 0xFFF].data(), 2);
@@ -54,9 +66,11 @@ char* encodeBase64Groups(std::string_view bytes, char* out) {
     return out;
 }
 
-std::size_t decodeBase64Groups(std::string_view text, char* out) {
+std::size_t decodeBase64Groups(const Base64Blocks& blocks, std::string_view text, char* out) {
+    const std::size_t taken = blocks.decode(text.data(), text.size(), out);
+    out += taken / 4 * 3;
     const char* const end = text.data() + text.size() / 4 * 4;
-    const char* in = text.data();
+    const char* in = text.data() + taken;
     for (; in != end; in += 4, out += 3) {
         const std::uint32_t bits = sextet(in[0], 0) | sextet(in[1], 1) | sextet(in[2], 2) | sextet(in[3], 3);
         if ((bits & invalid) != 0)
@@ -68,8 +82,8 @@ std::size_t decodeBase64Groups(std::string_view text, char* out) {
     return static_cast<std::size_t>(in - text.data());
 }
 
-CopiedText copyWithoutSlashEscapes(std::string_view text, char* out) {
-    CopiedText copied;
+CopiedText copyWithoutSlashEscapes(const Base64Blocks& blocks, std::string_view text, char* out) {
+    CopiedText copied = blocks.copyWithoutSlashEscapes(text.data(), text.size(), out);
     while (copied.taken < text.size() && text[copied.taken] != '"') {
         if (text[copied.taken] == '\\') {
             if (copied.taken + 1 == text.size() || text[copied.taken + 1] != '/')
@@ -81,13 +95,31 @@ CopiedText copyWithoutSlashEscapes(std::string_view text, char* out) {
     return copied;
 }
 
-char* copyWithSlashEscapes(std::string_view text, char* out) {
-    for (const char c : text) {
+char* copyWithSlashEscapes(const Base64Blocks& blocks, std::string_view text, char* out) {
+    const CopiedText copied = blocks.copyWithSlashEscapes(text.data(), text.size(), out);
+    out += copied.written;
+    for (const char c : text.substr(copied.taken)) {
         if (c == '/')
             *out++ = '\\';
         *out++ = c;
     }
     return out;
+}
+
+char* encodeBase64Groups(std::string_view bytes, char* out) {
+    return encodeBase64Groups(bestBlocks(), bytes, out);
+}
+
+std::size_t decodeBase64Groups(std::string_view text, char* out) {
+    return decodeBase64Groups(bestBlocks(), text, out);
+}
+
+CopiedText copyWithoutSlashEscapes(std::string_view text, char* out) {
+    return copyWithoutSlashEscapes(bestBlocks(), text, out);
+}
+
+char* copyWithSlashEscapes(std::string_view text, char* out) {
+    return copyWithSlashEscapes(bestBlocks(), text, out);
 }
 
 } // namespace tavel

@@ -4,8 +4,8 @@
 #include <string_view>
 
 /// The inner loops of base64 (RFC 4648, section 4) and of its form in a JSON string, in which a slash may be
-/// written as a backslash and a slash. None allocates, keeps state or handles padding. No input and output
-/// overlap. Any thread.
+/// written as a backslash and a slash. They use the vector instructions of the processor that they run on.
+/// None allocates, keeps state or handles padding. No input and output overlap, except as told. Any thread.
 namespace tavel {
 
 /// Encodes the whole groups of three bytes in `bytes` and leaves out the one or two bytes behind them. Writes
@@ -14,7 +14,7 @@ char* encodeBase64Groups(std::string_view bytes, char* out);
 
 /// Decodes groups of four characters from the start of `text`, up to the first group that is not whole or has
 /// a character outside the alphabet. Returns the number of characters in the decoded groups. Writes exactly
-/// three bytes for each of them.
+/// three bytes for each of them. `out` may be text.data(): the bytes then replace characters that were read.
 std::size_t decodeBase64Groups(std::string_view text, char* out);
 
 struct CopiedText {
@@ -28,7 +28,7 @@ struct CopiedText {
 CopiedText copyWithoutSlashEscapes(std::string_view text, char* out);
 
 /// Copies `text` with a backslash before each slash. Returns the end of the output, which takes at most twice
-/// as many characters. `out` has room for that.
+/// as many characters. `out` has room for that, of which the part behind the end may change, too.
 char* copyWithSlashEscapes(std::string_view text, char* out);
 
 } // namespace tavel

@@ -67,7 +67,7 @@ JsonObject& JsonObject::add(std::string_view key, std::span<const std::string> v
 JsonObject& JsonObject::addBase64(std::string_view key, std::string_view bytes) {
     appendKey(key);
     text_ += '"';
-    appendBase64(text_, bytes, "\\/");
+    appendEscapedBase64(text_, bytes);
     text_ += '"';
     return *this;
 }
