@@ -2,7 +2,6 @@
 
 #include "Support/Base64Groups.h"
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
@@ -18,7 +17,7 @@ char* encode(std::string_view bytes, char* out) {
     if (rest.empty())
         return out;
     std::array<char, 3> group{};
-    std::ranges::copy(rest, group.data());
+    rest.copy(group.data(), group.size());
     encodeBase64Groups({group.data(), group.size()}, out);
     return out + rest.size() + 1;
 }
@@ -64,7 +63,7 @@ bool decodeTo(const Shape& shape, char* out) {
     const std::string_view rest = shape.text.substr(whole);
     std::array<char, 4> group;
     group.fill('A'); // no bits
-    std::ranges::copy(rest, group.data());
+    rest.copy(group.data(), group.size());
     std::array<char, 3> bytes{};
     if (decodeBase64Groups({group.data(), group.size()}, bytes.data()) == 0 ||
         decodeBase64Groups(shape.text.substr(0, whole), out) != whole)
