@@ -3,6 +3,8 @@
 import pathlib
 
 _FILES = {
+    "highway-1.0.3/hwy/highway.h":
+        "#pragma once\n#define HWY_ONCE 1\n",
     "simdjson-3.0.1/include/simdjson.h":
         "#pragma once\n#include <cstddef>\nnamespace simdjson { bool validate_utf8(const char*, std::size_t); }\n",
     "simdjson-3.0.1/src/part.h":
