@@ -279,7 +279,7 @@ HWY_INLINE char* copyBlockWith(char* out, const char* in, std::uint64_t escaped)
     return end;
 }
 
-CopiedText copyWithoutSlashEscapes(const char* text, std::size_t size, char* out) {
+CopiedText copyBlocksWithoutEscapes(const char* text, std::size_t size, char* out) {
     CopiedText copied{.taken = 0, .written = 0};
     for (; size - copied.taken >= reach; copied.taken += block) {
         const char* const in = text + copied.taken;
@@ -304,7 +304,7 @@ CopiedText copyWithoutSlashEscapes(const char* text, std::size_t size, char* out
     return copied;
 }
 
-CopiedText copyWithSlashEscapes(const char* text, std::size_t size, char* out) {
+CopiedText copyBlocksWithEscapes(const char* text, std::size_t size, char* out) {
     CopiedText copied{.taken = 0, .written = 0};
     for (; size - copied.taken >= reach; copied.taken += block) {
         const char* const in = text + copied.taken;
@@ -316,6 +316,34 @@ CopiedText copyWithSlashEscapes(const char* text, std::size_t size, char* out) {
         copied.written = static_cast<std::size_t>(end - out);
     }
     return copied;
+}
+
+/// Copies the blocks, and then the characters behind them in memory that has room for whole blocks.
+template <CopiedText (*copyBlocks)(const char*, std::size_t, char*)>
+HWY_INLINE CopiedText copyAll(const char* text, std::size_t size, char* out) {
+    CopiedText copied = copyBlocks(text, size, out);
+    const std::size_t rest = size - copied.taken;
+    if (rest >= reach)
+        return copied; // before a block with anything else
+    char padded[reach + 2 * block] = {};
+    std::memcpy(padded, text + copied.taken, rest);
+    const std::size_t whole = (rest + block - 1) / block * block;
+    char copy[2 * (reach + block) + reach];
+    CopiedText last = copyBlocks(padded, whole + reach - block, copy);
+    if (last.taken == whole) {
+        last.taken -= whole - rest;
+        last.written -= whole - rest;
+    }
+    std::memcpy(out + copied.written, copy, last.written);
+    return {.taken = copied.taken + last.taken, .written = copied.written + last.written};
+}
+
+CopiedText copyWithoutSlashEscapes(const char* text, std::size_t size, char* out) {
+    return copyAll<copyBlocksWithoutEscapes>(text, size, out);
+}
+
+CopiedText copyWithSlashEscapes(const char* text, std::size_t size, char* out) {
+    return copyAll<copyBlocksWithEscapes>(text, size, out);
 }
 
 #endif
