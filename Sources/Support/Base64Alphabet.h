@@ -15,6 +15,10 @@ struct Lookup {
     std::uint8_t bytes[16];
 };
 
+constexpr std::size_t codeOf(char character) {
+    return static_cast<unsigned char>(character);
+}
+
 constexpr std::uint8_t difference(std::size_t a, std::size_t b) {
     return static_cast<std::uint8_t>(a - b);
 }
@@ -25,7 +29,7 @@ inline constexpr Lookup encodingOffsets = [] {
     Lookup offsets{};
     offsets.bytes[13] = 'A';
     for (std::size_t value = 51; value < alphabet.size(); ++value)
-        offsets.bytes[value - 51] = difference(static_cast<std::size_t>(alphabet[value]), value);
+        offsets.bytes[value - 51] = difference(codeOf(alphabet[value]), value);
     return offsets;
 }();
 
@@ -34,7 +38,7 @@ inline constexpr Lookup encodingOffsets = [] {
 inline constexpr Lookup decodingOffsets = [] {
     Lookup offsets{};
     for (std::size_t value = 0; value < alphabet.size(); ++value) {
-        const auto character = static_cast<std::size_t>(alphabet[value]);
+        const auto character = codeOf(alphabet[value]);
         offsets.bytes[(character >> 4) - (character == '/' ? 1 : 0)] = difference(value, character);
     }
     return offsets;
@@ -47,7 +51,7 @@ inline constexpr Lookup rowBits = [] {
     for (std::uint8_t& row : bits.bytes)
         row = 16;
     for (const char character : alphabet) {
-        const auto row = static_cast<std::size_t>(character) >> 4;
+        const auto row = codeOf(character) >> 4;
         bits.bytes[row] = static_cast<std::uint8_t>(1U << (row < 4 ? row - 2 : row % 2 + 2));
     }
     return bits;

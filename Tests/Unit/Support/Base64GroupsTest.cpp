@@ -27,7 +27,7 @@ std::string naivelyEncoded(std::string_view bytes) {
         std::size_t bits = 0;
         for (const char c : bytes.substr(i, 3))
             bits = bits * 256 + static_cast<unsigned char>(c);
-        for (const std::size_t unit : {64 * 64 * 64, 64 * 64, 64, 1})
+        for (const std::size_t unit : {64U * 64 * 64, 64U * 64, 64U, 1U})
             text += alphabet[bits / unit % 64];
     }
     return text;
@@ -44,7 +44,7 @@ std::string naivelyDecoded(std::string_view text) {
                 return bytes;
             bits = bits * 64 + value;
         }
-        for (const std::size_t unit : {256 * 256, 256, 1})
+        for (const std::size_t unit : {256U * 256, 256U, 1U})
             bytes += static_cast<char>(static_cast<unsigned char>(bits / unit % 256));
     }
     return bytes;
@@ -192,7 +192,7 @@ TEST_F(Base64Groups, encodeEveryGroup) {
     std::string bytes;
     for (std::size_t value = 0; value < 64 * 64; value += 2) {
         const std::size_t bits = value << 12 | (value + 1);
-        for (const std::size_t unit : {256 * 256, 256, 1})
+        for (const std::size_t unit : {256U * 256, 256U, 1U})
             bytes += static_cast<char>(static_cast<unsigned char>(bits / unit % 256));
     }
     checkEncoding(bytes);
