@@ -207,14 +207,32 @@ HWY_INLINE void copyBlock(char* out, const char* in) {
         hn::StoreU(hn::LoadU(octets, asOctets(in + i)), octets, asOctets(out + i));
 }
 
-/// One bit for each lane, the first in bit 0.
-template <class Mask>
-HWY_INLINE std::uint64_t bitsOf(Mask mask) {
-    std::uint8_t bytes[8] = {};
-    hn::StoreMaskBits(octets, mask, bytes);
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, bytes, lanes / 8);
-    return bits;
+/// One bit for each character of a block that equals `wanted`, for the first in bit 0.
+HWY_INLINE std::uint64_t positionsOf(char wanted, const char* in) {
+    const Vector value = hn::Set(octets, static_cast<std::uint8_t>(wanted));
+#if HWY_ARCH_ARM_A64
+    // These processors have no instruction for this. Pairs of bytes with one bit each are added three times.
+    alignas(16) static constexpr std::uint8_t bitOfLane[16] = {1, 2, 4, 8, 16, 32, 64, 128,
+                                                               1, 2, 4, 8, 16, 32, 64, 128};
+    const Vector bit = hn::LoadU(octets, bitOfLane);
+    uint8x16_t found[4];
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < 4; ++i)
+        found[i] = hn::IfThenElseZero(hn::Eq(hn::LoadU(octets, asOctets(in + i * lanes)), value), bit).raw;
+    const uint8x16_t quads = vpaddq_u8(vpaddq_u8(found[0], found[1]), vpaddq_u8(found[2], found[3]));
+    return vgetq_lane_u64(vreinterpretq_u64_u8(vpaddq_u8(quads, quads)), 0);
+#else
+    std::uint64_t positions = 0;
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < block; i += lanes) {
+        std::uint8_t bytes[8] = {};
+        hn::StoreMaskBits(octets, hn::Eq(hn::LoadU(octets, asOctets(in + i)), value), bytes);
+        std::uint64_t bits = 0;
+        std::memcpy(&bits, bytes, lanes / 8);
+        positions |= bits << i;
+    }
+    return positions;
+#endif
 }
 
 HWY_INLINE std::size_t countOf(std::uint64_t bits) {
@@ -283,22 +301,19 @@ CopiedText copyBlocksWithoutEscapes(const char* text, std::size_t size, char* ou
     CopiedText copied{.taken = 0, .written = 0};
     for (; size - copied.taken >= reach; copied.taken += block) {
         const char* const in = text + copied.taken;
-        std::uint64_t backslashes = 0;
         Vector refused = hn::Zero(octets);
 #pragma GCC unroll 4
         for (std::size_t i = 0; i < block; i += lanes) {
             const Vector characters = hn::LoadU(octets, asOctets(in + i));
             const Vector next = hn::LoadU(octets, asOctets(in + i + 1));
-            const auto isBackslash = hn::Eq(characters, hn::Set(octets, '\\'));
-            const Vector quote = hn::VecFromMask(octets, hn::Eq(characters, hn::Set(octets, '"')));
-            const Vector slashFollows = hn::VecFromMask(octets, hn::Eq(next, hn::Set(octets, '/')));
-            refused = hn::Or(refused,
-                             hn::Or(quote, hn::AndNot(slashFollows, hn::VecFromMask(octets, isBackslash))));
-            backslashes |= bitsOf(isBackslash) << i;
+            const auto quote = hn::VecFromMask(octets, hn::Eq(characters, hn::Set(octets, '"')));
+            const auto backslash = hn::VecFromMask(octets, hn::Eq(characters, hn::Set(octets, '\\')));
+            const auto slashFollows = hn::VecFromMask(octets, hn::Eq(next, hn::Set(octets, '/')));
+            refused = hn::Or(refused, hn::Or(quote, hn::AndNot(slashFollows, backslash)));
         }
         if (!isZero(refused))
             break;
-        const char* const end = copyBlockWithout(out + copied.written, in, backslashes);
+        const char* const end = copyBlockWithout(out + copied.written, in, positionsOf('\\', in));
         copied.written = static_cast<std::size_t>(end - out);
     }
     return copied;
@@ -308,11 +323,7 @@ CopiedText copyBlocksWithEscapes(const char* text, std::size_t size, char* out) 
     CopiedText copied{.taken = 0, .written = 0};
     for (; size - copied.taken >= reach; copied.taken += block) {
         const char* const in = text + copied.taken;
-        std::uint64_t slashes = 0;
-#pragma GCC unroll 4
-        for (std::size_t i = 0; i < block; i += lanes)
-            slashes |= bitsOf(hn::Eq(hn::LoadU(octets, asOctets(in + i)), hn::Set(octets, '/'))) << i;
-        const char* const end = copyBlockWith(out + copied.written, in, slashes);
+        const char* const end = copyBlockWith(out + copied.written, in, positionsOf('/', in));
         copied.written = static_cast<std::size_t>(end - out);
     }
     return copied;

@@ -5,7 +5,8 @@
 
 /// The inner loops of base64 (RFC 4648, section 4) and of its form in a JSON string, in which a slash may be
 /// written as a backslash and a slash. They use the vector instructions of the processor that they run on.
-/// None allocates, keeps state or handles padding. No input and output overlap, except as told. Any thread.
+/// None allocates, keeps state or handles padding. No input and output overlap, except as told. Copies are
+/// fastest if the addresses of both, modulo 4096, are about half of that apart. Any thread.
 namespace tavel {
 
 /// Encodes the whole groups of three bytes in `bytes` and leaves out the one or two bytes behind them. Writes
