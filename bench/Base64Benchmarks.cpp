@@ -48,7 +48,7 @@ std::string withEscapes(std::string_view text) {
 }
 
 /// One argument is the kind of vector, the last of which is none. The other is the number of characters: in
-/// the first-level cache, or a text of 3 MiB.
+/// the first-level cache, or many more.
 void eachKind(benchmark::internal::Benchmark* benchmark) {
     for (std::size_t kind = 0; kind < base64Blocks().size(); ++kind) {
         for (const std::int64_t characters : {4096, 4 << 20}) {
