@@ -1,23 +1,30 @@
 #include "Fuzz/Fuzz.h"
 #include "Support/Base64.h"
+#include "Support/Base64Stream.h"
 
-#include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <utility>
 
 namespace tavel {
 namespace {
 
-/// Decoding in place must give the same result as decoding into a new buffer.
-void decodeInPlace(std::string_view text, const std::optional<Bytes>& expected) {
-    auto buffer = std::make_shared<std::string>(text);
-    const char* const start = buffer->data();
-    const std::span<char> characters(*buffer);
-    const auto bytes = Base64Text(std::move(buffer), characters).decode();
-    require(bytes.has_value() == expected.has_value());
-    require(!bytes || (bytes->view() == expected->view() && bytes->data() == start));
+/// Decoding in pieces must give the same result.
+void decodeInPieces(std::string_view text, const std::optional<Bytes>& expected) {
+    if (text.find_first_of("\"\\") != std::string_view::npos)
+        return; // they mean something else in a JSON string
+    const std::size_t pieceSize = 1 + text.size() % 37;
+    Base64Stream stream(text.size());
+    Base64Stream::Progress progress{};
+    const std::string string = std::string(text) + '"';
+    for (std::size_t start = 0; start < string.size() && progress.state == Base64Stream::State::open;
+         start += pieceSize)
+        progress = stream.take(std::string_view(string).substr(start, pieceSize));
+    require((progress.state == Base64Stream::State::ended) == expected.has_value());
+    if (!expected)
+        return;
+    const DecodedBase64 decoded = std::move(stream).finish();
+    require(decoded.bytes.view() == expected->view() && decoded.text() == text);
 }
 
 } // namespace
@@ -31,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(decodeBase64(encoded).value().view() == text);
 
     const auto decoded = decodeBase64(text);
-    decodeInPlace(text, decoded);
+    decodeInPieces(text, decoded);
     if (!decoded)
         return 0;
     std::string again;

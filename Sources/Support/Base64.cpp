@@ -71,8 +71,7 @@ std::optional<Shape> shapeOf(std::string_view text) {
     return Shape{text, groups, groups * 3 + (rest == 0 ? 0 : rest - 1)};
 }
 
-/// Decodes to `out`, which may be the beginning of the text itself: a byte is written only after its
-/// characters were read. False if a character is outside the alphabet.
+/// False if a character is outside the alphabet.
 bool decodeTo(const Shape& shape, char* out) {
     const std::size_t whole = shape.groups * 4;
     const std::string_view rest = shape.text.substr(whole);
@@ -113,19 +112,6 @@ std::optional<Bytes> decodeBase64(std::string_view text) {
     if (!decodeTo(*shape, out))
         return std::nullopt;
     return Bytes(std::move(decoded), out, shape->decodedBytes);
-}
-
-Base64Text Base64Text::copyOf(std::string_view text) {
-    auto owner = std::make_shared<std::string>(text);
-    const std::span<char> characters(*owner);
-    return {std::move(owner), characters};
-}
-
-std::optional<Bytes> Base64Text::decode() && {
-    const auto shape = shapeOf(view());
-    if (!shape || !decodeTo(*shape, characters_.data()))
-        return std::nullopt;
-    return Bytes(std::move(owner_), characters_.data(), shape->decodedBytes);
 }
 
 } // namespace tavel

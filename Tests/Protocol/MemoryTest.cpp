@@ -7,6 +7,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
 
 namespace tavel {
@@ -16,10 +17,15 @@ namespace {
 class Memory : public AgentTest {
 protected:
     /// The process's own memory in use, in bytes: without files that it maps.
-    static std::size_t memoryOf(pid_t process) {
+    static std::size_t memoryOf(pid_t process) { return statusOf(process, "RssAnon:"); }
+
+    /// The most memory that the process ever had in use, in bytes.
+    static std::size_t peakMemoryOf(pid_t process) { return statusOf(process, "VmHWM:"); }
+
+    static std::size_t statusOf(pid_t process, std::string_view name) {
         std::ifstream status("/proc/" + std::to_string(process) + "/status");
         for (std::string line; std::getline(status, line);) {
-            if (line.starts_with("RssAnon:"))
+            if (line.starts_with(name))
                 return std::stoull(line.substr(line.find_first_of("0123456789"))) * 1024;
         }
         throw std::runtime_error("The process's memory is unknown");
@@ -52,8 +58,9 @@ TEST_F(Memory, holdsAQueuedPayloadOnce) {
             agent.send(line(request));
         agent.waitUntilIdle();
         const std::size_t queued = memoryOf(agent.processIdentifier()) - before;
-        EXPECT_GE(queued, count * payload.size()) << "They are not queued";
-        EXPECT_LE(queued, count * payload.size() * 5 / 4);
+        const std::size_t decoded = payload.size() / 4 * 3;
+        EXPECT_GE(queued, count * decoded) << "They are not queued";
+        EXPECT_LE(queued, count * decoded * 5 / 4);
     }
     for (int request = 0; request <= count; ++request)
         EXPECT_EQ(agent.nextMessage(), pingReply(request, request + 1));
@@ -64,13 +71,24 @@ TEST_F(Memory, dropsALineThatItCannotHold) {
     limited.launcher = {"/bin/sh", "-c", R"(ulimit -v 600000; exec "$0" "$@")"}; // KiB
     AgentProcess& agent = launch(limited);
     agent.send(R"({"command":"ping","request_id":1,"x":")");
-    const std::string piece = repeated("a", 10'000'000);
+    const std::string piece = repeated(".", 10'000'000);
     for (int pieces = 0; pieces < 40; ++pieces)
         agent.send(piece);
     agent.send("\"}\n" + pingLine(2));
     EXPECT_EQ(agent.nextMessage(), pingReply(2));
     agent.closeInput();
     EXPECT_EQ(agent.waitForExit(), 0);
+}
+
+TEST_F(Memory, keepsNoMoreOfAPayloadThanTheLargestPicture) {
+    AgentProcess& agent = start();
+    agent.send(R"({"command":"write_image_data","request_id":1,"image_b64":")");
+    const std::string piece = repeated("AAAA", 2'500'000);
+    for (int pieces = 0; pieces < 40; ++pieces)
+        agent.send(piece);
+    agent.send("\"}\n");
+    EXPECT_EQ(agent.nextMessage()["reason"], "Image historique invalide");
+    EXPECT_LE(peakMemoryOf(agent.processIdentifier()), std::size_t{90} << 20);
 }
 
 TEST_F(Memory, ofTextsThatTheParentSentAllAtOnceIsReturned) {

@@ -1,6 +1,7 @@
 #include "Console/HumanCommand.h"
 
 #include "Console/HumanText.h"
+#include "Support/Bytes.h"
 #include "Support/Error.h"
 #include "Support/InputFile.h"
 #include "Support/Text.h"
@@ -11,7 +12,6 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -93,12 +93,6 @@ wish::Mistake unreadable(const Error& error) {
     return {"Cannot read " + visibleText(error.what())};
 }
 
-Base64Text encoded(std::string_view bytes) {
-    const auto text = std::make_shared<std::string>();
-    appendBase64(*text, bytes);
-    return {text, *text};
-}
-
 Wish requestForPaths(std::string_view kind, const Paths& paths) {
     if (!std::ranges::all_of(paths, isUtf8))
         return wish::Mistake{"The paths are not all in UTF-8, so they cannot be sent."};
@@ -123,8 +117,7 @@ Wish requestForImageData(const std::string& path) {
         if (file.size() > largestImageData)
             return wish::Mistake{visibleText(path) + " has more than " + humanSize(largestImageData) +
                                  ", which is too much to send."};
-        return wish::Request{
-            "image-data", command::WriteImageData{noRequestID, encoded(file.read(largestImageData).view())}};
+        return wish::Request{"image-data", command::WriteImageData{noRequestID, file.read(largestImageData)}};
     } catch (const Error& error) {
         return unreadable(error);
     }
@@ -159,7 +152,7 @@ Wish readText(std::string_view rest, const Places&) {
     if (rest.size() <= 1)
         return wish::Mistake{"Usage: text TEXT"};
     return wish::Request{
-        "text", command::WriteText{noRequestID, encoded(rest.substr(1)), std::string(consoleMarker)}};
+        "text", command::WriteText{noRequestID, Bytes::copyOf(rest.substr(1)), std::string(consoleMarker)}};
 }
 
 Wish readPrompt(std::string_view rest, const Places&) {

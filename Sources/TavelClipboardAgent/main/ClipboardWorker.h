@@ -117,7 +117,7 @@ private:
     void respond(std::uint64_t requestID, bool ok, std::string_view reason);
 
     // ClipboardWorkerWriting.cpp
-    Result execute(command::WriteText& command);
+    Result execute(const command::WriteText& command);
     Result execute(command::WriteImageData& command);
     Result execute(const command::WriteFiles& command);
     Result writeFormats(const command::WriteFiles& command);

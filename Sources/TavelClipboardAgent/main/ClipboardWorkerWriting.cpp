@@ -21,22 +21,18 @@ bool isMarker(const std::optional<std::string>& marker) {
     return marker && marker->size() <= maximumMarkerBytes;
 }
 
-/// The command's text, if it may be written. Consumes the command's field.
-std::optional<Bytes> textFrom(command::WriteText& command) {
-    if (!command.textBase64 || !isMarker(command.marker))
-        return std::nullopt;
-    auto text = std::move(*command.textBase64).decode();
-    if (!text || text->size() > maximumTextBytes || !isUtf8(text->view()))
-        return std::nullopt;
-    return text;
+/// The command's text, if it may be written.
+std::optional<Bytes> textFrom(const command::WriteText& command) {
+    const auto& text = command.text;
+    const bool isValid =
+        text && isMarker(command.marker) && text->size() <= maximumTextBytes && isUtf8(text->view());
+    return isValid ? text : std::nullopt;
 }
 
 /// The command's picture as PNG, if it may be written. Consumes the command's field, so that the original is
 /// freed after the conversion.
 std::optional<Bytes> pngFrom(ImageCodec& codec, command::WriteImageData& command) {
-    if (!command.imageBase64)
-        return std::nullopt;
-    const auto image = std::move(*std::exchange(command.imageBase64, std::nullopt)).decode();
+    const auto image = std::exchange(command.image, std::nullopt);
     return image && image->size() <= maximumHistoryImageBytes ? pngImage(codec, *image) : std::nullopt;
 }
 
@@ -72,7 +68,7 @@ std::optional<Bytes> readImageFile(ImageCodec& codec, const std::string& path) {
 
 } // namespace
 
-ClipboardWorker::Result ClipboardWorker::execute(command::WriteText& command) {
+ClipboardWorker::Result ClipboardWorker::execute(const command::WriteText& command) {
     const auto text = textFrom(command);
     if (!text)
         return std::string(messages::invalidText);

@@ -3,6 +3,7 @@
 #include "Support/LineReader.h"
 #include "Support/MemoryReserve.h"
 #include "TavelClipboardAgent/main/ClipboardWorker.h"
+#include "TavelClipboardAgent/main/Limits.h"
 #include "TavelClipboardAgent/main/Protocol/CommandDecoder.h"
 
 #include <optional>
@@ -27,7 +28,7 @@ void readCommands(int descriptor, Platform& platform, const std::weak_ptr<Clipbo
     EventLoop& loop = platform.eventLoop();
     MemoryReserve reserve;
     std::optional<LineReader> reader;
-    waitForMemory(reserve, [&] { reader.emplace(descriptor); });
+    waitForMemory(reserve, [&] { reader.emplace(descriptor, std::size_t{maximumHistoryImageBytes}); });
     CommandDecoder decoder;
     for (;;) {
         std::optional<LineReader::Line> line;
@@ -38,7 +39,7 @@ void readCommands(int descriptor, Platform& platform, const std::weak_ptr<Clipbo
         std::optional<ClipboardCommand> command;
         // A line for which the parser finds no memory is dropped: not even its request identifier is known.
         reserve.insist([&] { command = decoder.decode(*line); });
-        line.reset(); // only the command holds a large payload now, which is freed with it
+        line.reset(); // only the command holds the payload now, which is freed with it
         if (!command) {
             loop.stopWaiting(); // the main thread looks after the memory, and the line may have taken much
             continue;

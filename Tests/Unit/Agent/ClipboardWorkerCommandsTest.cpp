@@ -24,16 +24,8 @@ constexpr std::string_view invalidFiles = "Fichiers clipboard invalides";
 constexpr std::string_view filesWriteFailed = "Écriture fichiers impossible";
 constexpr std::string_view changedDuringTransfer = "Le presse-papiers local a changé pendant le transfert";
 
-command::WriteText writeText(std::string_view base64, std::string marker = "m") {
-    return {7, Base64Text::copyOf(base64), std::move(marker)};
-}
-
-/// Base64 of that many letters x.
-std::string base64OfLetters(std::size_t count) {
-    std::string text;
-    for (; count >= 3; count -= 3)
-        text += "eHh4";
-    return text + (count == 2 ? "eHg" : count == 1 ? "eA" : "");
+command::WriteText writeText(std::string_view text, std::string marker = "m") {
+    return {7, Bytes::copyOf(text), std::move(marker)};
 }
 
 command::WriteFiles writeFiles(std::vector<std::string> paths) {
@@ -87,7 +79,7 @@ TEST_F(ClipboardWorkerCommands, doesNotStopForAnythingButQuit) {
 }
 
 TEST_F(ClipboardWorkerCommands, writesATextWithItsMarker) {
-    EXPECT_EQ(replyTo(writeText("aGk=", "marker é")), success(7, 42));
+    EXPECT_EQ(replyTo(writeText("hi", "marker é")), success(7, 42));
     ASSERT_EQ(pasteboard().items().size(), 1U);
     EXPECT_EQ(pasteboard().items().front().size(), 2U);
     EXPECT_EQ(pasteboard().content(pasteboardType::string), "hi");
@@ -95,43 +87,40 @@ TEST_F(ClipboardWorkerCommands, writesATextWithItsMarker) {
 }
 
 TEST_F(ClipboardWorkerCommands, writesTheTextThenItsMarkerAsOneChange) {
-    static_cast<void>(replyTo(writeText("aGk=")));
+    static_cast<void>(replyTo(writeText("hi")));
     EXPECT_EQ(pasteboard().calls(), Calls{"replaceWithValues text:public.utf8-plain-text "
                                           "text:com.corvelle.tavelbridge.clipboard-origin-v1"});
 }
 
 TEST_F(ClipboardWorkerCommands, doesNotReportItsOwnText) {
-    static_cast<void>(replyTo(writeText("aGk=")));
+    static_cast<void>(replyTo(writeText("hi")));
     EXPECT_EQ(polled(), std::vector<Json>());
 }
 
-TEST_F(ClipboardWorkerCommands, takesATextWithoutPadding) {
-    EXPECT_EQ(replyTo(writeText("aGk")), success(7, 42));
-    EXPECT_EQ(pasteboard().content(pasteboardType::string), "hi");
-    EXPECT_EQ(replyTo(writeText("")), success(7, 43));
+TEST_F(ClipboardWorkerCommands, takesAnEmptyText) {
+    EXPECT_EQ(replyTo(writeText("")), success(7, 42));
     EXPECT_EQ(pasteboard().content(pasteboardType::string), "");
 }
 
-TEST_F(ClipboardWorkerCommands, refusesATextThatIsNoBase64OrNoUtf8) {
-    for (const std::string_view base64 : {"a", "====", "aGk!", "aG k", "a=Gk", "/w==", "w6k\n", "7aCA"})
-        EXPECT_EQ(replyTo(writeText(base64)), failure(7, invalidText, 41)) << base64;
+TEST_F(ClipboardWorkerCommands, refusesATextThatIsNoUtf8) {
+    for (const std::string_view text : {"\xFF", "\xED\xA0\x80", "caf\xE9"})
+        EXPECT_EQ(replyTo(writeText(text)), failure(7, invalidText, 41)) << text;
     expectUntouched();
 }
 
 TEST_F(ClipboardWorkerCommands, refusesATextWithoutItsFields) {
     EXPECT_EQ(replyTo(command::WriteText{7, std::nullopt, "m"}), failure(7, invalidText, 41));
-    EXPECT_EQ(replyTo(command::WriteText{7, Base64Text::copyOf("aGk="), std::nullopt}),
-              failure(7, invalidText, 41));
+    EXPECT_EQ(replyTo(command::WriteText{7, Bytes::copyOf("hi"), std::nullopt}), failure(7, invalidText, 41));
     expectUntouched();
 }
 
 TEST_F(ClipboardWorkerCommands, writesATextOfTheLargestSize) {
-    EXPECT_EQ(replyTo(writeText(base64OfLetters(4'194'304))), success(7, 42));
+    EXPECT_EQ(replyTo(writeText(std::string(4'194'304, 'x'))), success(7, 42));
     EXPECT_EQ(pasteboard().content(pasteboardType::string).value_or("").size(), 4'194'304U);
 }
 
 TEST_F(ClipboardWorkerCommands, refusesALargerText) {
-    EXPECT_EQ(replyTo(writeText(base64OfLetters(4'194'305))), failure(7, invalidText, 41));
+    EXPECT_EQ(replyTo(writeText(std::string(4'194'305, 'x'))), failure(7, invalidText, 41));
     expectUntouched();
 }
 
@@ -139,14 +128,14 @@ TEST_F(ClipboardWorkerCommands, writesAMarkerOfTheLargestSizeInBytes) {
     std::string marker;
     for (int i = 0; i < 256; ++i)
         marker += "é";
-    EXPECT_EQ(replyTo(writeText("aGk=", marker)), success(7, 42));
+    EXPECT_EQ(replyTo(writeText("hi", marker)), success(7, 42));
     EXPECT_EQ(pasteboard().content(markerType), marker);
-    EXPECT_EQ(replyTo(writeText("aGk=", "")), success(7, 43));
+    EXPECT_EQ(replyTo(writeText("hi", "")), success(7, 43));
     EXPECT_EQ(pasteboard().content(markerType), "");
 }
 
 TEST_F(ClipboardWorkerCommands, refusesALargerMarker) {
-    EXPECT_EQ(replyTo(writeText("aGk=", std::string(513, 'x'))), failure(7, invalidText, 41));
+    EXPECT_EQ(replyTo(writeText("hi", std::string(513, 'x'))), failure(7, invalidText, 41));
     expectUntouched();
 }
 
@@ -157,7 +146,7 @@ TEST_F(ClipboardWorkerCommands, leavesAPasteboardThatRefusedTheTextForThePollToR
         static_cast<void>(polled());
         const std::int64_t before = pasteboard().changeCount();
         pasteboard().refuse(Operation::replaceWithValues, refused);
-        EXPECT_EQ(replyTo(writeText("aGk=")), failure(7, textWriteFailed, before + 1)) << refused;
+        EXPECT_EQ(replyTo(writeText("hi")), failure(7, textWriteFailed, before + 1)) << refused;
         EXPECT_EQ(polled(), std::vector<Json>{announcement(before + 1)}) << refused;
     }
 }

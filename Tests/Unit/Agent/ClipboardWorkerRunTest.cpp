@@ -269,7 +269,7 @@ TEST_F(ClipboardWorkerRun, answersWithoutAPasteboard) {
     makeWorker();
     EXPECT_EQ(platform.logged, std::vector<std::string>{"The store cannot be opened"});
     EXPECT_EQ(replyTo(command::Ping{1}), success(1, 0));
-    EXPECT_EQ(replyTo(command::WriteText{2, Base64Text::copyOf("aGk="), "m"}),
+    EXPECT_EQ(replyTo(command::WriteText{2, Bytes::copyOf("hi"), "m"}),
               failure(2, "Écriture NSPasteboard impossible", 0));
     EXPECT_EQ(replyTo(command::WriteFiles{3, "files", {"/"}, "m", 0}),
               failure(3, "Écriture fichiers impossible", 0));

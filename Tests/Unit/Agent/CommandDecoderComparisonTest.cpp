@@ -1,3 +1,4 @@
+#include "Support/Base64.h"
 #include "Tests/Unit/Agent/Decoding.h"
 #include "Tests/Unit/Fixtures/PrintJson.h"
 #include "Tests/Unit/Fixtures/Random.h"
@@ -180,10 +181,10 @@ void expectSameFields(const ClipboardCommand& command, const json& object, const
     } else if (const auto* const write = std::get_if<command::WriteText>(&command)) {
         EXPECT_EQ(object["command"], "write_text") << text;
         EXPECT_EQ(write->marker, stringIn(object, "marker")) << text;
-        const auto payload = write->textBase64;
-        EXPECT_EQ(payload ? std::optional<std::string>(payload->view()) : std::nullopt,
-                  stringIn(object, "text_b64"))
-            << text;
+        const auto base64 = stringIn(object, "text_b64");
+        const auto payload = base64 ? decodeBase64(*base64) : std::nullopt;
+        ASSERT_EQ(write->text.has_value(), payload.has_value()) << text;
+        EXPECT_TRUE(!payload || write->text->view() == payload->view()) << text;
     }
 }
 

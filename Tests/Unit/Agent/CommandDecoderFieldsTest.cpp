@@ -34,7 +34,7 @@ std::string member(std::string_view key, std::string_view value) {
     return R"(,")" + std::string(key) + R"(":)" + std::string(value);
 }
 
-std::optional<std::string> textOf(const std::optional<Base64Text>& bytes) {
+std::optional<std::string> textOf(const std::optional<Bytes>& bytes) {
     return bytes ? std::optional<std::string>(bytes->view()) : std::nullopt;
 }
 
@@ -134,37 +134,44 @@ TEST(CommandDecoder, readsTheRenamePromptAsFalseFromAnythingElse) {
 
 TEST(CommandDecoder, readsTheTextAndItsMarker) {
     const WriteText command = writeTextWith(R"(,"text_b64":"aGk=","marker":"m é")");
-    EXPECT_EQ(textOf(command.textBase64), "aGk=");
+    EXPECT_EQ(textOf(command.text), "hi");
     EXPECT_EQ(command.marker, "m é");
 }
 
 TEST(CommandDecoder, tellsEmptyStringsFromAbsentOnes) {
     const WriteText empty = writeTextWith(R"(,"text_b64":"","marker":"")");
-    EXPECT_EQ(textOf(empty.textBase64), "");
+    EXPECT_EQ(textOf(empty.text), "");
     EXPECT_EQ(empty.marker, "");
     const WriteText absent = writeTextWith("");
-    EXPECT_FALSE(absent.textBase64);
+    EXPECT_FALSE(absent.text);
     EXPECT_EQ(absent.marker, std::nullopt);
 }
 
 TEST(CommandDecoder, takesAStringOfAnotherTypeForAbsent) {
     for (const std::string_view value : notStrings) {
-        EXPECT_FALSE(writeTextWith(member("text_b64", value)).textBase64) << value;
+        EXPECT_FALSE(writeTextWith(member("text_b64", value)).text) << value;
         EXPECT_FALSE(writeTextWith(member("marker", value)).marker) << value;
         EXPECT_FALSE(writeFilesWith(member("marker", value)).marker) << value;
         EXPECT_FALSE(writeFilesWith(member("kind", value)).kind) << value;
         const auto image =
             decodeLineAs<WriteImageData>(commandLine("write_image_data", member("image_b64", value)));
         ASSERT_TRUE(image) << value;
-        EXPECT_FALSE(image->imageBase64) << value;
+        EXPECT_FALSE(image->image) << value;
     }
+}
+
+TEST(CommandDecoder, takesPayloadsThatAreNoBase64ForAbsent) {
+    for (const std::string_view base64 :
+         {R"("a")", R"("====")", R"("aGk!")", R"("aG k")", R"("a=Gk")", R"("aGk\n")", R"("aGk\\")"})
+        EXPECT_FALSE(writeTextWith(member("text_b64", base64)).text) << base64;
+    EXPECT_EQ(textOf(writeTextWith(member("text_b64", R"("aG\u006b")")).text), "hi");
 }
 
 TEST(CommandDecoder, readsTheImage) {
     const auto image =
-        decodeLineAs<WriteImageData>(commandLine("write_image_data", R"(,"image_b64":"iVBO\/")"));
+        decodeLineAs<WriteImageData>(commandLine("write_image_data", R"(,"image_b64":"iVBO\/w")"));
     ASSERT_TRUE(image);
-    EXPECT_EQ(textOf(image->imageBase64), "iVBO/");
+    EXPECT_EQ(textOf(image->image), "\x89PN\xFF");
 }
 
 TEST(CommandDecoder, readsEveryFieldOfFiles) {
@@ -225,7 +232,7 @@ TEST(CommandDecoder, takesTheLastOfSeveralValues) {
     EXPECT_TRUE(decodeLineAs<Quit>(R"({"command":"ping","request_id":7,"command":"quit"})"));
     EXPECT_EQ(decodeLineAs<Ping>(R"({"request_id":1,"command":"ping","request_id":2})")->requestID, 2U);
     EXPECT_EQ(writeTextWith(R"(,"marker":"a","marker":"b")").marker, "b");
-    EXPECT_EQ(textOf(writeTextWith(R"(,"text_b64":"a","text_b64":"b")").textBase64), "b");
+    EXPECT_EQ(textOf(writeTextWith(R"(,"text_b64":"YQ","text_b64":"Yg")").text), "b");
     EXPECT_EQ(writeFilesWith(R"(,"paths":["/a"],"paths":["/b","/c"])").paths, (Paths{"/b", "/c"}));
     EXPECT_EQ(writeFilesWith(R"(,"paths":["/a"],"paths":[])").paths, Paths());
     EXPECT_EQ(renamePromptWith(R"(,"rename_prompt":true,"rename_prompt":false)"), false);
@@ -235,7 +242,7 @@ TEST(CommandDecoder, takesTheLastOfSeveralValuesWhateverItsType) {
     for (const std::string_view last : {"null", "7", "{}", "[]", R"(["a"])"}) {
         EXPECT_FALSE(writeTextWith(R"(,"marker":"a")" + member("marker", last)).marker) << last;
         EXPECT_EQ(writeTextWith(member("marker", last) + R"(,"marker":"a")").marker, "a") << last;
-        EXPECT_FALSE(writeTextWith(R"(,"text_b64":"a")" + member("text_b64", last)).textBase64) << last;
+        EXPECT_FALSE(writeTextWith(R"(,"text_b64":"YQ")" + member("text_b64", last)).text) << last;
     }
     for (const std::string_view last : {"null", R"("/a")", "7", "{}", "[7]", R"([["/a"]])"}) {
         EXPECT_EQ(writeFilesWith(R"(,"paths":["/a"])" + member("paths", last)).paths, Paths()) << last;

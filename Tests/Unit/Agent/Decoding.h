@@ -13,7 +13,7 @@ namespace tavel {
 inline std::optional<ClipboardCommand> decodeLine(std::string_view text) {
     CommandDecoder decoder;
     TestLine line(text);
-    return decoder.decode(line.take());
+    return decoder.decode(line.line());
 }
 
 inline bool isDropped(std::string_view text) {

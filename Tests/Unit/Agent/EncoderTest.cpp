@@ -15,10 +15,6 @@ namespace {
 
 const std::string notUtf8 = "caf\xE9";
 
-Base64Text base64(std::string_view text) {
-    return Base64Text::copyOf(text);
-}
-
 std::string_view withoutLineFeed(std::string_view line) {
     return line.substr(0, line.find('\n'));
 }
@@ -74,9 +70,9 @@ TEST(Encoder, writesCommandsWithoutFields) {
 TEST(Encoder, writesTheFieldsOfCommands) {
     EXPECT_EQ(encodeCommand(command::ConfigureFilePrompt{7, true}),
               "{\"command\":\"configure_file_prompt\",\"rename_prompt\":true,\"request_id\":7}\n");
-    EXPECT_EQ(encodeCommand(command::WriteText{7, base64("Pz8/"), "m"}),
+    EXPECT_EQ(encodeCommand(command::WriteText{7, Bytes::copyOf("???"), "m"}),
               "{\"command\":\"write_text\",\"text_b64\":\"Pz8\\/\",\"marker\":\"m\",\"request_id\":7}\n");
-    EXPECT_EQ(encodeCommand(command::WriteImageData{7, base64("iVBO")}),
+    EXPECT_EQ(encodeCommand(command::WriteImageData{7, Bytes::copyOf("\x89PN")}),
               "{\"command\":\"write_image_data\",\"image_b64\":\"iVBO\",\"request_id\":7}\n");
     EXPECT_EQ(
         encodeCommand(command::WriteFiles{7, "files", {"/a", "/é"}, "m", 41}),
@@ -95,7 +91,7 @@ TEST(Encoder, leavesAbsentFieldsOut) {
 
 TEST(Encoder, refusesCommandsThatNoLineCanHold) {
     EXPECT_EQ(encodeCommand(command::Unknown{7}), std::nullopt);
-    EXPECT_EQ(encodeCommand(command::WriteText{7, base64("YQ"), notUtf8}), std::nullopt);
+    EXPECT_EQ(encodeCommand(command::WriteText{7, Bytes::copyOf("a"), notUtf8}), std::nullopt);
     EXPECT_EQ(encodeCommand(command::WriteFiles{7, "files", {notUtf8}, "m", std::nullopt}), std::nullopt);
 }
 
@@ -112,15 +108,15 @@ TEST(Encoder, writesCommandsThatTheAgentReads) {
     EXPECT_TRUE(decodedAgain(command::ConfigureFilePrompt{3, true}).value().renamePrompt);
     EXPECT_FALSE(decodedAgain(command::ConfigureFilePrompt{3, false}).value().renamePrompt);
 
-    const auto text = decodedAgain(command::WriteText{4, base64("Pz8/"), "m \"é\"\n\\"});
-    ASSERT_TRUE(text && text->textBase64);
+    const auto text = decodedAgain(command::WriteText{4, Bytes::copyOf("???"), "m \"é\"\n\\"});
+    ASSERT_TRUE(text && text->text);
     EXPECT_EQ(text->requestID, 4U);
-    EXPECT_EQ(text->textBase64->view(), "Pz8/");
+    EXPECT_EQ(text->text->view(), "???");
     EXPECT_EQ(text->marker, "m \"é\"\n\\");
 
-    const auto image = decodedAgain(command::WriteImageData{5, base64("iVBO")});
-    ASSERT_TRUE(image && image->imageBase64);
-    EXPECT_EQ(image->imageBase64->view(), "iVBO");
+    const auto image = decodedAgain(command::WriteImageData{5, Bytes::copyOf("\x89PN")});
+    ASSERT_TRUE(image && image->image);
+    EXPECT_EQ(image->image->view(), "\x89PN");
 
     const auto files = decodedAgain(command::WriteFiles{6, "formats", {"/a/é", "/b\t"}, "", UINT64_MAX});
     ASSERT_TRUE(files);
@@ -133,7 +129,7 @@ TEST(Encoder, writesCommandsThatTheAgentReads) {
 TEST(Encoder, keepsAbsentFieldsAbsentForTheAgent) {
     const auto text = decodedAgain(command::WriteText{1, std::nullopt, std::nullopt});
     ASSERT_TRUE(text);
-    EXPECT_FALSE(text->textBase64);
+    EXPECT_FALSE(text->text);
     EXPECT_EQ(text->marker, std::nullopt);
     const auto files = decodedAgain(command::WriteFiles{1, std::nullopt, {}, std::nullopt, std::nullopt});
     ASSERT_TRUE(files);

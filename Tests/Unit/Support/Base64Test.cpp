@@ -7,12 +7,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace tavel {
 namespace {
@@ -31,29 +28,9 @@ std::string encodedWithEscapes(std::string_view bytes) {
     return text;
 }
 
-/// A text in a buffer of its exact size, so that a sanitizer detects accesses beyond it.
-struct OwnedText {
-    explicit OwnedText(std::string_view text)
-        : buffer(std::make_shared_for_overwrite<char[]>(text.size())), characters(buffer.get(), text.size()) {
-        std::ranges::copy(text, buffer.get());
-    }
-
-    std::shared_ptr<char[]> buffer;
-    std::span<char> characters;
-};
-
-std::optional<std::string> decodedInPlace(std::string_view text) {
-    const OwnedText owned(text);
-    const auto bytes = Base64Text(owned.buffer, owned.characters).decode();
-    return bytes ? std::optional<std::string>(bytes->view()) : std::nullopt;
-}
-
-/// Decodes with both functions, which must agree.
 std::optional<std::string> decoded(std::string_view text) {
     const auto bytes = decodeBase64(text);
-    auto content = bytes ? std::optional<std::string>(bytes->view()) : std::nullopt;
-    EXPECT_EQ(decodedInPlace(text), content) << text.substr(0, 100);
-    return content;
+    return bytes ? std::optional<std::string>(bytes->view()) : std::nullopt;
 }
 
 /// Works bit by bit: slow, and independent of the tables in the tested code.
@@ -274,55 +251,6 @@ TEST(Base64, judgesRandomTextsAsTheNaiveDecoderDoes) {
     }
     EXPECT_GT(accepted, rounds / 10);
     EXPECT_LT(accepted, rounds - rounds / 10);
-}
-
-TEST(Base64Text, decodesWhereTheTextStands) {
-    for (const std::string_view text : {"Zm9vYmFy", "Zm9vYmE=", "Zm9vYg==", "Zm9vYg", "Zg", ""}) {
-        const OwnedText owned(text);
-        const auto bytes = Base64Text(owned.buffer, owned.characters).decode();
-        ASSERT_TRUE(bytes);
-        EXPECT_EQ(bytes->data(), owned.characters.data()) << text;
-    }
-}
-
-TEST(Base64Text, keepsTheBufferForAsLongAsTheBytesLive) {
-    OwnedText owned("Zm9vYmFy");
-    const std::weak_ptr<char[]> buffer = owned.buffer;
-    Base64Text text(std::move(owned.buffer), owned.characters);
-    std::optional<Bytes> bytes = std::move(text).decode();
-    ASSERT_TRUE(bytes);
-    Bytes part = bytes->slice(3, 3);
-    bytes.reset();
-    EXPECT_FALSE(buffer.expired());
-    EXPECT_EQ(part.view(), "bar");
-    part = Bytes();
-    EXPECT_TRUE(buffer.expired());
-}
-
-TEST(Base64Text, letsGoOfABufferThatItRefuses) {
-    OwnedText owned("Zm9v*mFy");
-    const std::weak_ptr<char[]> buffer = owned.buffer;
-    EXPECT_EQ(Base64Text(std::move(owned.buffer), owned.characters).decode(), std::nullopt);
-    EXPECT_TRUE(buffer.expired());
-}
-
-TEST(Base64Text, leavesWhatStandsAroundItAlone) {
-    for (const std::string_view text : {"Zm9vYmFy", "Zm9vYmE=", "Zm9vYg", "Zg==", "Zm9v*mFy", ""}) {
-        const OwnedText line(R"({"text":")" + std::string(text) + R"("})");
-        const auto decoding = Base64Text(line.buffer, line.characters.subspan(9, text.size())).decode();
-        EXPECT_EQ(decoding.has_value(), text.find('*') == std::string_view::npos);
-        const std::string_view after(line.characters.data(), line.characters.size());
-        EXPECT_TRUE(after.starts_with(R"({"text":")")) << text;
-        EXPECT_TRUE(after.ends_with(R"("})")) << text;
-    }
-}
-
-TEST(Base64Text, decodesACopyWithoutTouchingTheOriginal) {
-    const std::string original = "Zm9vYmFy";
-    Base64Text copy = Base64Text::copyOf(original);
-    EXPECT_EQ(copy.view(), original);
-    EXPECT_EQ(std::move(copy).decode().value().view(), "foobar");
-    EXPECT_EQ(original, "Zm9vYmFy");
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Support/Base64.h"
+#include "Support/Bytes.h"
 
 #include <cstdint>
 #include <optional>
@@ -12,7 +12,7 @@ namespace tavel {
 
 /// The commands that the parent sends. Each begins with the parent's request identifier, which the reply
 /// repeats. An optional field of a decoded command is nullopt if the line lacks it or gives it another JSON
-/// type.
+/// type. A text or an image is also nullopt if it is no base64, or if there was no memory for it.
 namespace command {
 
 struct ConfigureFilePrompt {
@@ -34,13 +34,13 @@ struct Quit {
 
 struct WriteText {
     std::uint64_t requestID;
-    std::optional<Base64Text> textBase64;
+    std::optional<Bytes> text;
     std::optional<std::string> marker;
 };
 
 struct WriteImageData {
     std::uint64_t requestID;
-    std::optional<Base64Text> imageBase64;
+    std::optional<Bytes> image;
 };
 
 struct WriteFiles {

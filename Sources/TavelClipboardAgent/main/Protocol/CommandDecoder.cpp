@@ -1,5 +1,6 @@
 #include "TavelClipboardAgent/main/Protocol/CommandDecoder.h"
 
+#include "Support/Base64.h"
 #include "Support/JsonNumber.h"
 #include "Support/JsonString.h"
 #include "TavelClipboardAgent/main/Protocol/Names.h"
@@ -33,17 +34,36 @@ constexpr std::size_t keptParserBytes = std::size_t{1} << 20;
 
 /// The values of the keys that commands use; nullopt if absent or of another type, and if there is no memory
 /// for the value: every command needs those that take memory, so it is then refused with a reason of its own.
+/// The views are in the line.
 struct Fields {
-    std::optional<std::string_view> command; // in the line
+    std::optional<std::string_view> command;
     std::optional<std::uint64_t> requestID;
     std::optional<bool> renamePrompt;
-    std::optional<Base64Text> textBase64;
-    std::optional<Base64Text> imageBase64;
+    std::optional<std::string_view> textBase64;
+    std::optional<std::string_view> imageBase64;
     std::optional<std::string> marker;
     std::optional<std::string> kind;
     std::optional<std::vector<std::string>> paths;
     std::optional<std::uint64_t> expectedSequence;
 };
+
+/// Whether the string, a view in the line, is the one that was taken out of the line.
+bool isPayload(const LineReader::Line& line, std::string_view text) {
+    return line.payload && text.data() == line.text.data() + line.payload->offset;
+}
+
+/// nullopt if the string is no base64, or if there is no memory for the bytes.
+std::optional<Bytes> bytesOf(const LineReader::Line& line, std::optional<std::string_view> base64) {
+    if (!base64)
+        return std::nullopt;
+    if (isPayload(line, *base64))
+        return line.payload->content.bytes;
+    try {
+        return decodeBase64(*base64);
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+}
 
 std::string_view withoutTrailingWhitespace(std::string_view token) {
     const std::size_t last = token.find_last_not_of(" \t\r\n"); // RFC 8259, section 2
@@ -68,6 +88,9 @@ struct OpenContainer {
 
 /// Walks one line's JSON and checks all of it, unused members included. simdjson's on-demand interface checks
 /// only what is read, and its document interface refuses integers beyond 64 bits.
+///
+/// A payload that was taken out of the line reads as an empty string. As a key or as a command's name that
+/// is unknown, like the whole string: no name is as long as a payload, or empty.
 ///
 /// Not by recursion: 512 levels of it do not fit on the stack of every background thread.
 class LineWalker {
@@ -146,7 +169,7 @@ private:
             return open(value, type, false);
         const auto scalar = readScalar(value, type);
         if (scalar && isPath && fields_.paths)
-            append(fields_.paths, scalar->text);
+            appendPath(scalar->text);
         return scalar.has_value();
     }
 
@@ -175,9 +198,9 @@ private:
         else if (key == jsonKey::renamePrompt)
             fields_.renamePrompt = booleanOf(scalar);
         else if (key == jsonKey::textBase64)
-            fields_.textBase64 = payloadOf(scalar);
+            fields_.textBase64 = viewOf(scalar);
         else if (key == jsonKey::imageBase64)
-            fields_.imageBase64 = payloadOf(scalar);
+            fields_.imageBase64 = viewOf(scalar);
         else if (key == jsonKey::marker)
             fields_.marker = stringOf(scalar);
         else if (key == jsonKey::kind)
@@ -239,32 +262,25 @@ private:
         return scalar.type == ondemand::json_type::string ? std::optional(scalar.text) : std::nullopt;
     }
 
-    static std::optional<std::string> stringOf(const Scalar& scalar) {
+    /// A payload's place in the line is empty.
+    std::string completeText(std::string_view text) const {
+        return isPayload(line_, text) ? line_.payload->content.text() : std::string(text);
+    }
+
+    std::optional<std::string> stringOf(const Scalar& scalar) const {
         try {
-            return scalar.type == ondemand::json_type::string ? std::optional<std::string>(scalar.text)
+            return scalar.type == ondemand::json_type::string ? std::optional(completeText(scalar.text))
                                                               : std::nullopt;
         } catch (const std::bad_alloc&) {
             return std::nullopt;
         }
     }
 
-    std::optional<Base64Text> payloadOf(const Scalar& scalar) const {
-        if (scalar.type != ondemand::json_type::string)
-            return std::nullopt;
-        if (line_.owner != nullptr)
-            return Base64Text(line_.owner, writable(scalar.text));
+    void appendPath(std::string_view path) {
         try {
-            return Base64Text::copyOf(scalar.text);
+            fields_.paths->push_back(completeText(path));
         } catch (const std::bad_alloc&) {
-            return std::nullopt;
-        }
-    }
-
-    static void append(std::optional<std::vector<std::string>>& strings, std::string_view text) {
-        try {
-            strings->emplace_back(text);
-        } catch (const std::bad_alloc&) {
-            strings.reset();
+            fields_.paths.reset();
         }
     }
 
@@ -287,7 +303,7 @@ private:
     Fields fields_;
 };
 
-ClipboardCommand commandFrom(Fields fields) {
+ClipboardCommand commandFrom(const LineReader::Line& line, Fields fields) {
     const std::string_view name = *fields.command;
     const std::uint64_t requestID = *fields.requestID;
     if (name == commandName::configureFilePrompt)
@@ -299,9 +315,9 @@ ClipboardCommand commandFrom(Fields fields) {
     if (name == commandName::quit)
         return command::Quit{requestID};
     if (name == commandName::writeText)
-        return command::WriteText{requestID, std::move(fields.textBase64), std::move(fields.marker)};
+        return command::WriteText{requestID, bytesOf(line, fields.textBase64), std::move(fields.marker)};
     if (name == commandName::writeImageData)
-        return command::WriteImageData{requestID, std::move(fields.imageBase64)};
+        return command::WriteImageData{requestID, bytesOf(line, fields.imageBase64)};
     if (name == commandName::writeFiles)
         return command::WriteFiles{requestID, std::move(fields.kind),
                                    std::move(fields.paths).value_or(std::vector<std::string>()),
@@ -352,7 +368,7 @@ std::optional<ClipboardCommand> CommandDecoder::decode(const LineReader::Line& l
 
     if (!fields || !fields->command || !fields->requestID)
         return std::nullopt;
-    return commandFrom(std::move(*fields));
+    return commandFrom(line, std::move(*fields));
 }
 
 } // namespace tavel

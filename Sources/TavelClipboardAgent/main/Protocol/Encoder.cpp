@@ -76,13 +76,13 @@ public:
 
     void operator()(const command::WriteText& command) {
         begin(commandName::writeText);
-        addText(jsonKey::textBase64, command.textBase64);
+        addBytes(jsonKey::textBase64, command.text);
         addText(jsonKey::marker, command.marker);
     }
 
     void operator()(const command::WriteImageData& command) {
         begin(commandName::writeImageData);
-        addText(jsonKey::imageBase64, command.imageBase64);
+        addBytes(jsonKey::imageBase64, command.image);
     }
 
     void operator()(const command::WriteFiles& command) {
@@ -104,9 +104,9 @@ private:
             object_.add(key, *value);
     }
 
-    void addText(std::string_view key, const std::optional<Base64Text>& value) {
+    void addBytes(std::string_view key, const std::optional<Bytes>& value) {
         if (value)
-            object_.add(key, value->view());
+            object_.addBase64(key, value->view());
     }
 
     JsonObject& object_;
