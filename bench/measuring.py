@@ -1,6 +1,9 @@
 """Shared by the measuring scripts: running an agent and reading its costs from the system."""
 
+import base64
 import contextlib
+import json
+import os
 import pathlib
 import shutil
 import statistics
@@ -12,6 +15,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.append(str(ROOT / "Tests/Support"))
 from agent_process import AgentProcess  # noqa: E402
+from pictures import make_png  # noqa: E402
 
 PROGRAMS = ROOT / "build/bench/bin"
 
@@ -75,6 +79,50 @@ def measure_start(rounds=40):
         process.wait()
         process.stdout.close()
     print(f"start to first reply   {agent:7.2f} ms   {agent / empty:.2f} x an empty program ({empty:.2f} ms)")
+
+
+def largest_picture():
+    """Returns a PNG of 64 MiB: one grey pixel, and random bytes after the end of the image, which readers ignore."""
+    picture = make_png(1, 1, b"\0\x80\x80\x80")
+    return picture + os.urandom((64 << 20) - len(picture))
+
+
+def seconds_of_bare_read(line):
+    """Returns the time in which a program reads the line, and does nothing else."""
+    reader = subprocess.Popen([PROGRAMS / "bare-reader"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+    assert reader.stdout.readline() == b"ready\n"
+    start = time.perf_counter()
+    data = memoryview(line)
+    while data:
+        data = data[os.write(reader.stdin.fileno(), data):]
+    assert reader.stdout.readline() == b"read\n"
+    duration = time.perf_counter() - start
+    reader.communicate()
+    return duration
+
+
+def measure_write_image_data(memory_limit, rounds=15):
+    """Measures the time from the first byte of a line of 91 MB to the reply, with a new agent for each round, in turns
+    with a program that only reads the line. Slashes are escaped as JSON writers of the home platform do."""
+    encoded = base64.b64encode(largest_picture()).replace(b"/", b"\\/")
+    line = b'{"command":"write_image_data","request_id":1,"image_b64":"' + encoded + b'"}\n'
+    times, bare, peaks = [], [], []
+    for _ in range(rounds):
+        bare.append(seconds_of_bare_read(line) * 1000)
+        with running_agent() as agent:
+            agent.request("ping")
+            start = time.perf_counter()
+            agent.send(line)
+            reply = agent.reply(1)
+            times.append((time.perf_counter() - start) * 1000)
+            peaks.append(peak_mebibytes(agent.pid))
+            assert reply["ok"], reply
+    median, bare_median = statistics.median(times), statistics.median(bare)
+    print(
+        f"write_image_data 64 MiB{median:7.2f} ms median, {min(times):.2f} at least; {median / bare_median:.2f} x only "
+        f"reading ({bare_median:.2f} ms, {min(bare):.2f} at least); "
+        f"peak memory {max(peaks):.1f} MiB, {max(peaks) / 64:.2f} x the picture (limit {memory_limit})"
+    )
 
 
 def measure_idling(seconds, prepare=lambda agent: agent.request("ping")):
