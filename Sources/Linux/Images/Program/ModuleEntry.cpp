@@ -4,6 +4,9 @@
 #include "Linux/Images/Program/JpegEncoder.h"
 #include "Linux/Images/Program/PngEncoder.h"
 
+#include <sys/mman.h>
+
+#include <memory>
 #include <new>
 
 namespace tavel {
@@ -47,9 +50,22 @@ std::optional<bool> hasAlpha(const Bytes& file) {
     });
 }
 
+/// The largest file: 32 megapixels of four samples of 16 bits, which cannot be compressed.
+constexpr std::size_t outputRoom = std::size_t{260} * 1024 * 1024;
+
 std::optional<Bytes> encodePng(const Bytes& file) {
-    return withPixels(
-        file, [&](const PlainPixels& pixels) { return encodeAsPng(pixels, mayHaveFewColours(file)); });
+    return withPixels(file, [&](const PlainPixels& pixels) -> std::optional<Bytes> {
+        // Addresses that become memory as the file is written.
+        void* const room = mmap(nullptr, outputRoom, PROT_READ | PROT_WRITE,
+                                MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        if (room == MAP_FAILED)
+            return std::nullopt;
+        const std::shared_ptr<void> owner(room, [](void* mapped) { munmap(mapped, outputRoom); });
+        ImageOutput output({static_cast<char*>(room), outputRoom});
+        if (!encodeAsPng(pixels, mayHaveFewColours(file), output))
+            return std::nullopt;
+        return Bytes(owner, output.written().data(), output.written().size());
+    });
 }
 
 std::optional<Bytes> encodeJpeg(const Bytes& file, double quality) {

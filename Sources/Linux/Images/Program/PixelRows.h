@@ -21,10 +21,12 @@ struct RowLayout {
 
 RowLayout rowLayout(const VipsImage* image);
 
-/// Receives row `y`. Calls come one at a time, from the top down, but on different threads.
-using RowConsumer = std::function<void(std::size_t y, const std::uint8_t* row)>;
+/// Receives the next row; false ends the evaluation. Calls come one at a time, from the top down, but on
+/// different threads. May throw std::bad_alloc.
+using RowConsumer = std::function<bool(const std::uint8_t* row)>;
 
-/// Evaluates an image row by row. False if a part of it cannot be decoded, or not within the time limit.
+/// Evaluates an image row by row. False if a part of it cannot be decoded, or not within the time limit, or
+/// if the consumer wants no more. Throws what the consumer throws.
 bool forEachRow(VipsImage* image, const RowConsumer& consumer);
 
 } // namespace tavel

@@ -1,19 +1,17 @@
 #include "Linux/Images/Program/PngEncoder.h"
 
+#include "Linux/Images/Program/ImageDataWriter.h"
 #include "Linux/Images/Program/Palette.h"
 #include "Linux/Images/Program/PixelRows.h"
 #include "Linux/Images/Program/PngFile.h"
+#include "Linux/Images/Program/RowFilter.h"
 
 #include <array>
-#include <memory>
+#include <optional>
 #include <vector>
 
 namespace tavel {
 namespace {
-
-/// The difference of each byte to that of the pixel on its left: fast, and effective on photographs.
-/// bench/measure-images measures it.
-constexpr std::uint8_t filterSub = 1;
 
 PngHeader makeHeader(const RowLayout& layout, std::string_view profile) {
     constexpr std::array colours{PngColour::grey, PngColour::greyAlpha, PngColour::rgb, PngColour::rgba};
@@ -26,75 +24,75 @@ PngHeader makeHeader(const RowLayout& layout, std::string_view profile) {
     return header;
 }
 
-void subtractLeft(const std::uint8_t* row, std::size_t size, std::size_t pixelSize, std::uint8_t* target) {
-    for (std::size_t i = 0; i < pixelSize; ++i)
-        target[i] = row[i];
-    for (std::size_t i = pixelSize; i < size; ++i)
-        target[i] = static_cast<std::uint8_t>(row[i] - row[i - pixelSize]);
-}
-
-/// Filters the rows of an image, as they arrive, into one buffer.
-class RowFilter {
+/// Turns rows into a PNG file as they arrive.
+class PngEncoding {
 public:
-    explicit RowFilter(const RowLayout& layout)
-        : layout_(layout), swapped_(layout.sampleSize == 2 ? layout.rowSize() : 0),
-          size_(layout.height * (1 + layout.rowSize())),
-          filtered_(std::make_unique_for_overwrite<std::uint8_t[]>(size_)) {}
+    PngEncoding(const RowLayout& layout, std::string_view profile, ImageOutput& output)
+        : header_(makeHeader(layout, profile)), output_(output), filter_(layout), data_(output),
+          row_(layout.rowSize()) {}
 
-    void take(std::size_t y, const std::uint8_t* row) {
-        std::uint8_t* const target = filtered_.get() + y * (1 + layout_.rowSize());
-        target[0] = filterSub;
-        subtractLeft(bigEndian(row), layout_.rowSize(), layout_.pixelSize(), target + 1);
+    /// Call one of these first. The first one holds the rows back until it is clear that there are many
+    /// colours, or that there are no more rows.
+    void startWithFewColours(const RowLayout& layout) { indexed_.emplace(layout); }
+    bool start() { return writePngStart(header_, output_); }
+
+    bool take(const std::uint8_t* row) {
+        if (indexed_) {
+            if (indexed_->take(row))
+                return true;
+            if (!writeTaken())
+                return false;
+        }
+        return data_.append(filter_.filter(row));
     }
 
-    std::span<const std::uint8_t> filtered() const { return {filtered_.get(), size_}; }
+    bool finish() {
+        if (indexed_) {
+            const auto reduced = indexed_->describe(header_);
+            if (!(reduced ? writeIndexed(*reduced) : writeTaken()))
+                return false;
+        }
+        return data_.finish() && writePngEnd(output_);
+    }
 
 private:
-    /// PNG stores the upper byte first; the processor stores the lower one first.
-    const std::uint8_t* bigEndian(const std::uint8_t* row) {
-        if (swapped_.empty())
-            return row;
-        for (std::size_t i = 0; i < swapped_.size(); i += 2) {
-            swapped_[i] = row[i + 1];
-            swapped_[i + 1] = row[i];
+    bool writeTaken() {
+        bool isWritten = start();
+        for (std::size_t y = 0; isWritten && y < indexed_->rows(); ++y) {
+            indexed_->restore(y, row_.data());
+            isWritten = data_.append(filter_.filter(row_.data()));
         }
-        return swapped_.data();
+        indexed_.reset();
+        return isWritten;
     }
 
-    RowLayout layout_;
-    std::vector<std::uint8_t> swapped_;
-    std::size_t size_;
-    std::unique_ptr<std::uint8_t[]> filtered_; // a vector would first fill it with zeros
-};
+    bool writeIndexed(const PngHeader& header) {
+        bool isWritten = writePngStart(header, output_);
+        for (std::size_t y = 0; isWritten && y < indexed_->rows(); ++y)
+            isWritten = data_.append(indexed_->pack(y));
+        return isWritten;
+    }
 
-std::optional<Bytes> encodeFromMemory(VipsImage* image, const PngHeader& header) {
-    const RowLayout layout = rowLayout(image);
-    std::vector<std::uint8_t> pixels(layout.rowSize() * layout.height);
-    const bool isComplete = forEachRow(image, [&](std::size_t y, const std::uint8_t* row) {
-        std::copy_n(row, layout.rowSize(), pixels.data() + y * layout.rowSize());
-    });
-    if (!isComplete)
-        return std::nullopt;
-    if (const auto indexed = indexPixels(layout, pixels, header))
-        return writePng(indexed->header, indexed->filtered);
-    RowFilter filter(layout);
-    for (std::size_t y = 0; y < layout.height; ++y)
-        filter.take(y, pixels.data() + y * layout.rowSize());
-    return writePng(header, filter.filtered());
-}
+    PngHeader header_;
+    ImageOutput& output_;
+    RowFilter filter_;
+    ImageDataWriter data_;
+    std::optional<IndexedRows> indexed_;
+    std::vector<std::uint8_t> row_;
+};
 
 } // namespace
 
-std::optional<Bytes> encodeAsPng(const PlainPixels& pixels, bool mayHaveFewColours) {
+bool encodeAsPng(const PlainPixels& pixels, bool mayHaveFewColours, ImageOutput& output) {
     VipsImage* const image = pixels.image.get();
     const RowLayout layout = rowLayout(image);
-    const PngHeader header = makeHeader(layout, pixels.profile);
-    if (mayHaveFewColours && layout.sampleSize == 1)
-        return encodeFromMemory(image, header);
-    RowFilter filter(layout);
-    if (!forEachRow(image, [&](std::size_t y, const std::uint8_t* row) { filter.take(y, row); }))
-        return std::nullopt;
-    return writePng(header, filter.filtered());
+    PngEncoding encoding(layout, pixels.profile, output);
+    if (mayHaveFewColours && IndexedRows::suit(layout))
+        encoding.startWithFewColours(layout);
+    else if (!encoding.start())
+        return false;
+    return forEachRow(image, [&](const std::uint8_t* row) { return encoding.take(row); }) &&
+           encoding.finish();
 }
 
 } // namespace tavel

@@ -1,15 +1,14 @@
 #pragma once
 
+#include "Linux/Images/Program/ImageOutput.h"
 #include "Linux/Images/Program/PlainPixels.h"
-#include "Support/Bytes.h"
-
-#include <optional>
 
 namespace tavel {
 
-/// Encodes the image as PNG, preferring speed to size. With `mayHaveFewColours`, an image of few colours
-/// becomes an indexed one; looking for that holds all pixels in memory twice. nullopt if a part of the image
-/// cannot be decoded in time. Throws std::bad_alloc.
-std::optional<Bytes> encodeAsPng(const PlainPixels& pixels, bool mayHaveFewColours);
+/// Encodes the image as PNG, preferring speed to size, while it is decoded: threads of its own help with a
+/// large one. With `mayHaveFewColours`, an image of few colours becomes an indexed one; up to one byte for
+/// each pixel is in memory until that is known. False if a part of the image cannot be decoded in time, or if
+/// the file does not fit. Throws std::bad_alloc.
+bool encodeAsPng(const PlainPixels& pixels, bool mayHaveFewColours, ImageOutput& output);
 
 } // namespace tavel

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "Support/Bytes.h"
+#include "Linux/Images/Program/ImageOutput.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -23,11 +22,11 @@ struct PngHeader {
     std::string alphas;       // one byte for each of the palette's first colours
 };
 
-/// The size of all rows, each with the byte of its filter type, before compression.
-std::size_t filteredSize(const PngHeader& header);
+/// Writes what precedes the IDAT chunks of a PNG file (PNG, third edition). False if it does not fit. Throws
+/// std::bad_alloc.
+bool writePngStart(const PngHeader& header, ImageOutput& output);
 
-/// Writes a PNG file (PNG, third edition). `filtered` holds filteredSize(header) bytes: each row after its
-/// filter type. Throws std::bad_alloc.
-Bytes writePng(const PngHeader& header, std::span<const std::uint8_t> filtered);
+/// Writes what follows them. False if it does not fit.
+bool writePngEnd(ImageOutput& output);
 
 } // namespace tavel
