@@ -1,5 +1,7 @@
 #include "Linux/Images/Program/ImageDataWriter.h"
 
+#include <sched.h>
+
 #include <algorithm>
 #include <new>
 #include <system_error>
@@ -7,15 +9,20 @@
 namespace tavel {
 namespace {
 
-/// Large enough that independent bands cost no more than 0.1 percent of the file, small enough for a
-/// processor's cache.
-constexpr std::size_t bandSize = 512 * 1024;
-
 /// Decoding is a third of the work, and a single thread does it. More helpers would wait for it.
 constexpr std::size_t mostHelpers = 3;
 
 constexpr std::size_t chunkStart = 8; // length and name
 constexpr std::size_t checksumSize = 4;
+
+/// Those that this process may use. Not std::thread::hardware_concurrency, which counts the others, too, and
+/// reads a file.
+std::size_t countProcessors() {
+    cpu_set_t processors;
+    if (sched_getaffinity(0, sizeof processors, &processors) != 0)
+        return 2; // more than such a set can hold, for instance
+    return static_cast<std::size_t>(CPU_COUNT(&processors));
+}
 
 void putBigEndian(std::uint32_t value, std::uint8_t* target) {
     for (unsigned i = 0; i < 4; ++i)
@@ -116,8 +123,7 @@ void ImageDataWriter::addBand() {
 }
 
 void ImageDataWriter::startHelpers() {
-    const std::size_t wanted =
-        std::min<std::size_t>(std::max(std::thread::hardware_concurrency(), 1U) - 1, mostHelpers);
+    const std::size_t wanted = std::min(countProcessors() - 1, mostHelpers);
     if (wanted == 0)
         return;
     // For each helper and the caller, one to work on and one that waits.

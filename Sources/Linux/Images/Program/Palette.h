@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Linux/Images/Program/PixelRows.h"
 #include "Linux/Images/Program/PngFile.h"
+#include "Linux/Images/Program/RowLayout.h"
 
 #include <array>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/Images/Program/PixelRows.h"
+#include "Linux/Images/Program/RowLayout.h"
 
 #include <cstddef>
 #include <cstdint>
