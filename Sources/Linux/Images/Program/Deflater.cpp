@@ -20,7 +20,8 @@ std::uint8_t* readable(std::span<const std::uint8_t> bytes) {
 } // namespace
 
 struct Deflater::State {
-    isal_zstream stream;
+    isal_zstream stream{}; // isal_deflate_stateless_init leaves some fields as they are, such as the size of
+                           // the window
     std::array<std::uint8_t, ISAL_DEF_LVL1_DEFAULT> levelBuffer;
 };
 
