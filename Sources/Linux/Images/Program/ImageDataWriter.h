@@ -14,15 +14,14 @@
 
 namespace tavel {
 
-/// Compresses the filtered rows of a PNG file and writes them as IDAT chunks, one for each band of half a
-/// MiB. From the second band on, threads help that end with the writer. Where there is no other processor, or
-/// no thread can be created, the caller does everything. A few bands are in memory at a time. For one caller
-/// at a time.
+/// Compresses the filtered rows of a PNG file and writes them as IDAT chunks, one for each band. From the
+/// second band on, threads help that end with the writer. Where there is no other processor, or no thread can
+/// be created, the caller does everything. A few bands are in memory at a time. For one caller at a time.
 class ImageDataWriter {
 public:
     /// Bytes. Large enough that independent bands cost no more than 0.1 percent of the file, small enough for
     /// a processor's cache.
-    static constexpr std::size_t bandSize = 512 * 1024;
+    static constexpr std::size_t bandSize = std::size_t{512} * 1024;
 
     /// The output must outlive the writer, and nobody else may use it between the first append and finish.
     explicit ImageDataWriter(ImageOutput& output);
