@@ -1,7 +1,7 @@
 // convert-image IN OUT.png|OUT.jpg|--measure: converts a picture, or only measures it, as the agent does.
 // Prints the times of both steps and the peak memory of the process as JSON.
 
-#include "Linux/Images/OnDemandImageCodec.h"
+#include "Linux/Images/ProcessImageCodec.h"
 
 #include <sys/resource.h>
 
@@ -35,7 +35,7 @@ std::optional<tavel::Bytes> convert(tavel::ImageCodec& codec, const tavel::Bytes
 
 int run(const char* source, const std::string& target) {
     const tavel::Bytes file = tavel::Bytes::adopt(readFile(source));
-    tavel::OnDemandImageCodec codec([](const std::string& message) { std::cerr << message << '\n'; });
+    tavel::ProcessImageCodec codec([](const std::string& message) { std::cerr << message << '\n'; });
 
     const auto measuring = Clock::now();
     const auto size = codec.measure(file);

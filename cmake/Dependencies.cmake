@@ -54,6 +54,7 @@ if(NOT APPLE) # the system itself has a pasteboard, images, dates and windows
   pkg_check_modules(gdk_pixbuf REQUIRED IMPORTED_TARGET gdk-pixbuf-2.0)
   pkg_check_modules(gmodule REQUIRED IMPORTED_TARGET gmodule-no-export-2.0)
   pkg_check_modules(isal REQUIRED IMPORTED_TARGET libisal)
+  pkg_check_modules(seccomp REQUIRED IMPORTED_TARGET libseccomp)
   pkg_check_modules(gtk REQUIRED IMPORTED_TARGET gtk+-3.0)
   pkg_check_modules(x11 REQUIRED IMPORTED_TARGET x11)
   pkg_get_variable(vips_library_directory vips libdir)

@@ -3,7 +3,7 @@
 #include "Linux/Base/GlibEventLoop.h"
 #include "Linux/Base/LocalTimestamp.h"
 #include "Linux/Base/ParentWatch.h"
-#include "Linux/Images/OnDemandImageCodec.h"
+#include "Linux/Images/ProcessImageCodec.h"
 #include "Platform/Platform.h"
 
 #include <cstdint>
@@ -32,7 +32,7 @@ protected:
 private:
     GlibEventLoop eventLoop_;
     ParentWatch parentWatch_{eventLoop_};
-    OnDemandImageCodec imageCodec_;
+    ProcessImageCodec imageCodec_;
     LocalTimestamp timestamp_;
 };
 

@@ -53,8 +53,7 @@ TEST(BrokenImage, survivesFlippedBits) {
     Random random(2);
     for (const std::string& name : files) {
         const std::string file = readPicture(name);
-        const bool isSlow = name.starts_with("heif"); // the decoder starts threads for each picture
-        for (int round = 0; round < (isSlow ? 20 : 150); ++round) {
+        for (int round = 0; round < 20; ++round) { // the fuzzer runs many more, in one process
             std::string changed = file;
             // In turns: within the headers, and anywhere.
             const std::size_t place =

@@ -12,8 +12,8 @@
 
 namespace tavel {
 
-OnDemandImageCodec& codec() {
-    static OnDemandImageCodec shared([](const std::string& message) { ADD_FAILURE() << message; });
+ProcessImageCodec& codec() {
+    static ProcessImageCodec shared([](const std::string& message) { ADD_FAILURE() << message; });
     return shared;
 }
 

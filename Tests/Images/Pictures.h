@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/Images/OnDemandImageCodec.h"
+#include "Linux/Images/ProcessImageCodec.h"
 #include "Support/Bytes.h"
 #include "Tests/Images/DecodedPng.h"
 
@@ -16,7 +16,7 @@ inline constexpr std::int64_t pictureWidth = 203;
 inline constexpr std::int64_t pictureHeight = 149;
 
 /// A shared codec. Each message that it logs fails the test.
-OnDemandImageCodec& codec();
+ProcessImageCodec& codec();
 
 /// The file of a picture of make-pictures. Throws std::runtime_error if it is missing.
 std::string readPicture(const std::string& name);

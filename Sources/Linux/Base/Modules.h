@@ -14,7 +14,7 @@ std::filesystem::path moduleDirectory();
 /// the path, if it is relative: in the working directory stands anybody's file. Any thread.
 void requireAbsolute(const std::filesystem::path& path);
 
-/// The path of the module with that name ("tavel-images"). Any thread.
+/// The path of the module with that name ("tavel-dates"). Any thread.
 std::filesystem::path modulePath(std::string_view name);
 
 /// Loads the module and returns its function of that name. The module is never unloaded; loading it again is

@@ -1,11 +1,10 @@
 #include "Linux/Panel/PanelProcess.h"
 
-#include "Linux/Base/Modules.h"
-#include "Support/ScopeExit.h"
+#include "Linux/Base/Descriptor.h"
+#include "Linux/Base/SpawnedProgram.h"
 
 #include <fcntl.h>
 #include <glib.h>
-#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,9 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <string>
 #include <system_error>
-#include <utility>
 
 namespace tavel {
 
@@ -23,37 +20,16 @@ namespace {
 
 constexpr guint reapInterval = 10; // milliseconds
 
-class Descriptor {
-public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0)
-            close(number_);
-    }
-    Descriptor(Descriptor&& other) noexcept : number_(other.release()) {}
-    Descriptor& operator=(Descriptor&&) = delete;
-
-    int number() const { return number_; }
-    int release() { return std::exchange(number_, -1); }
-
-private:
-    int number_;
-};
-
 struct Ends {
     Descriptor ours;
     Descriptor theirs;
 };
 
-void throwUnless(bool isDone, int error, const std::string& what) {
-    if (!isDone)
-        throw std::system_error(error, std::generic_category(), what);
-}
-
 /// Only our end is non-blocking.
 Ends makeSocket() {
     std::array<int, 2> ends{};
-    throwUnless(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0, errno, "socketpair");
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
+        throw std::system_error(errno, std::generic_category(), "socketpair");
     fcntl(ends[0], F_SETFL, O_NONBLOCK);
     return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
@@ -71,7 +47,6 @@ gboolean reap(gpointer process) {
 } // namespace
 
 PanelProcess::PanelProcess(const std::filesystem::path& program) {
-    requireAbsolute(program);
     Ends channel = makeSocket();
     Ends errors = makeSocket();
     start(program, channel.theirs.number(), errors.theirs.number());
@@ -96,29 +71,8 @@ void PanelProcess::send(std::string_view text) const {
 }
 
 void PanelProcess::start(const std::filesystem::path& program, int childChannel, int childErrors) {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    const ScopeExit destroyActions([&] { posix_spawn_file_actions_destroy(&actions); });
-    posix_spawn_file_actions_adddup2(&actions, childChannel, STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, childChannel, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, childErrors, STDERR_FILENO);
-    // Not every library opens its files with O_CLOEXEC.
-    posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
-
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    const ScopeExit destroyAttributes([&] { posix_spawnattr_destroy(&attributes); });
-    sigset_t signals;
-    sigfillset(&signals);
-    posix_spawnattr_setsigdefault(&attributes, &signals);
-    sigemptyset(&signals);
-    posix_spawnattr_setsigmask(&attributes, &signals);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-
-    std::string path = program;
-    const std::array<char*, 2> arguments{path.data(), nullptr};
-    const int error = posix_spawn(&process_, path.c_str(), &actions, &attributes, arguments.data(), environ);
-    throwUnless(error == 0, error, path);
+    const std::array descriptors{childChannel, childChannel, childErrors};
+    process_ = spawnProgram(program, {}, environ, descriptors);
 }
 
 } // namespace tavel

@@ -16,6 +16,10 @@ struct Unref {
 
 using LoaderPointer = std::unique_ptr<GdkPixbufLoader, Unref>;
 
+LoaderPointer makeLoader() {
+    return LoaderPointer(gdk_pixbuf_loader_new_with_type("bmp", nullptr));
+}
+
 /// Copies the pixels without the padding between a pixbuf's rows.
 VipsImagePointer copyPixels(const GdkPixbuf* pixels) {
     const int width = gdk_pixbuf_get_width(pixels);
@@ -79,10 +83,18 @@ bool canBeDecoded(const Bytes& file, const ImageHeader& header) {
 
 } // namespace
 
+bool loadBmpLoader() {
+    const LoaderPointer loader = makeLoader();
+    if (loader == nullptr)
+        return false;
+    gdk_pixbuf_loader_close(loader.get(), nullptr); // fails: it has read no picture
+    return true;
+}
+
 VipsImagePointer decodeBmp(const Bytes& file, const ImageHeader& header) {
     if (!canBeDecoded(file, header))
         return nullptr;
-    const LoaderPointer loader(gdk_pixbuf_loader_new_with_type("bmp", nullptr));
+    const LoaderPointer loader = makeLoader();
     if (loader == nullptr)
         return nullptr;
     const bool isRead = gdk_pixbuf_loader_write(loader.get(), reinterpret_cast<const guchar*>(file.data()),

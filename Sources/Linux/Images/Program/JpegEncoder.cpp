@@ -52,37 +52,35 @@ std::string profileSegments(std::string_view profile) {
     return text;
 }
 
-/// Inserts the segments after the first one: the JFIF segment must stay first.
-Bytes withSegments(std::string_view jpeg, const std::string& segments) {
+/// Appends the file with the segments after its first one: the JFIF segment must stay first.
+bool appendWithSegments(std::string_view jpeg, const std::string& segments, ImageOutput& output) {
     constexpr std::size_t firstSegment = 2;
     const auto octet = [jpeg](std::size_t i) {
         return static_cast<std::size_t>(static_cast<unsigned char>(jpeg[i]));
     };
     const std::size_t place = firstSegment + 2 + (octet(firstSegment + 2) << 8 | octet(firstSegment + 3));
-    std::string file;
-    file.reserve(jpeg.size() + segments.size());
-    file.append(jpeg.substr(0, place)).append(segments).append(jpeg.substr(place));
-    return Bytes::adopt(std::move(file));
+    return output.append(jpeg.substr(0, place)) && output.append(segments) &&
+           output.append(jpeg.substr(place));
 }
 
 } // namespace
 
-std::optional<Bytes> encodeAsJpeg(const PlainPixels& pixels, double quality) {
+bool encodeAsJpeg(const PlainPixels& pixels, double quality, ImageOutput& output) {
     VipsImagePointer image = onWhite(pixels.image);
     if (image != nullptr)
         image = inEightBits(std::move(image));
     if (image == nullptr ||
         std::max(vips_image_get_width(image.get()), vips_image_get_height(image.get())) > longestSide)
-        return std::nullopt;
-    setDeadline(image.get());
+        return false;
     const int percent = static_cast<int>(std::lround(std::clamp(quality, 0.01, 1.0) * 100));
     void* data = nullptr;
     size_t size = 0;
     // "strip" removes all metadata. The profile is among it and is inserted again.
     if (vips_jpegsave_buffer(image.get(), &data, &size, "Q", percent, "strip", TRUE, nullptr) != 0)
-        return std::nullopt;
+        return false;
     const std::unique_ptr<void, decltype(&g_free)> owned(data, g_free);
-    return withSegments({static_cast<const char*>(data), size}, profileSegments(pixels.profile));
+    return appendWithSegments({static_cast<const char*>(data), size}, profileSegments(pixels.profile),
+                              output);
 }
 
 } // namespace tavel

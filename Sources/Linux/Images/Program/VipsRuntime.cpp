@@ -1,7 +1,7 @@
 #include "Linux/Images/Program/VipsRuntime.h"
 
 #include <gmodule.h>
-#include <malloc.h>
+#include <vips/vector.h>
 
 #include <chrono>
 #include <mutex>
@@ -14,7 +14,18 @@ constexpr int threadCount = 2;
 /// The largest picture takes two seconds. Only a file made to take long comes near this.
 constexpr std::chrono::seconds conversionTimeout{20};
 
+/// What heif_init returns (libheif/heif.h); we link the plugin's library through the plugin only.
+struct HeifError {
+    int code;
+    int subcode;
+    const char* message;
+};
+
 void dropMessage(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
+
+GLogWriterOutput dropFields(GLogLevelFlags, const GLogField*, gsize, gpointer) {
+    return G_LOG_WRITER_HANDLED;
+}
 
 bool initialise() {
     // Keeps libvips from loading its plugins: they read dozens of formats that we refuse, and take ten times
@@ -29,9 +40,10 @@ bool initialise() {
     vips_cache_set_max_mem(0);
     vips_cache_set_max_files(0);
     vips_concurrency_set(threadCount);
-    // Drops warnings about malformed files. GLib would write them to standard error.
-    for (const char* const domain : {"VIPS", "GdkPixbuf"})
-        g_log_set_handler(domain, static_cast<GLogLevelFlags>(G_LOG_LEVEL_MASK), dropMessage, nullptr);
+    vips_vector_set_enabled(FALSE); // its code is generated at run time, which the lock forbids
+    // Drops warnings about malformed files.
+    g_log_set_default_handler(dropMessage, nullptr);
+    g_log_set_writer_func(dropFields, nullptr, nullptr);
     return true;
 }
 
@@ -53,15 +65,13 @@ bool loadHeifPlugin() {
         if (plugin == nullptr)
             return false;
         g_module_make_resident(plugin); // its types stay registered
+        // libheif has plugins, too, which it looks for with the first picture, unless it has done so already.
+        gpointer start = nullptr;
+        if (g_module_symbol(plugin, "heif_init", &start) != FALSE)
+            reinterpret_cast<HeifError (*)(void*)>(start)(nullptr);
         return true;
     }();
     return isLoaded;
-}
-
-VipsConversion::~VipsConversion() {
-    vips_error_clear();
-    vips_thread_shutdown();
-    malloc_trim(0);
 }
 
 void setDeadline(VipsImage* image) {

@@ -21,23 +21,14 @@ VipsImagePointer vipsImage(Call call) {
     return isDone ? std::move(result) : nullptr;
 }
 
-/// The first call starts libvips, without cache, plugins or loaders that libvips marks as untrusted, and with
-/// two threads. False if libvips cannot be started. Any thread.
+/// The first call starts libvips, without cache, plugins, code generated at run time or loaders that libvips
+/// marks as untrusted, and with two threads. From then on no library that reports through GLib writes to
+/// standard error. False if libvips cannot be started. Any thread.
 bool startVips();
 
-/// The first call loads the libvips plugin for HEIF and AVIF. False if it is missing. Call startVips first.
-/// Any thread.
+/// The first call loads the libvips plugin for HEIF and AVIF, and the plugins of its own library. False if it
+/// is missing. Call startVips first. Any thread.
 bool loadHeifPlugin();
-
-/// Exists during one conversion. The destructor releases what libvips keeps for this thread and returns free
-/// heap memory to the system, so that an idle process does not keep the memory of its largest image.
-class VipsConversion {
-public:
-    VipsConversion() = default;
-    ~VipsConversion();
-    VipsConversion(const VipsConversion&) = delete;
-    VipsConversion& operator=(const VipsConversion&) = delete;
-};
 
 /// Makes the evaluation of the image fail after 20 seconds. Call this before the evaluation.
 void setDeadline(VipsImage* image);
