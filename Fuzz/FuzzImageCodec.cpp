@@ -1,7 +1,12 @@
 #include "Fuzz/Fuzz.h"
-#include "Linux/Images/OnDemandImageCodec.h"
+#include "ImageHeaders/ImageHeader.h"
+#include "Linux/Images/HeifBrand.h"
+#include "Linux/Images/ImageExchange.h"
+#include "Linux/Images/Program/Conversion.h"
+#include "Linux/Images/Program/Preparation.h"
 
 #include <ctime>
+#include <memory>
 #include <string>
 
 namespace tavel {
@@ -17,9 +22,17 @@ double processorSeconds() {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
-ImageCodec& codec() {
-    static OnDemandImageCodec one([](const std::string&) { require(false); }); // the module is missing
-    return one;
+/// The type of a picture that is read, and so what a conversion has to prepare.
+std::optional<std::string_view> typeOf(const Bytes& file) {
+    if (const auto header = readImageHeader(file.view()))
+        return header->typeIdentifier;
+    return heifTypeIdentifier(file.view());
+}
+
+std::optional<ImageSize> measure(const Bytes& file) {
+    if (const auto header = readImageHeader(file.view()))
+        return ImageSize{header->width, header->height};
+    return measureImage(file);
 }
 
 /// The decoder may rotate a picture.
@@ -34,18 +47,24 @@ bool isSameOrTurned(const ImageSize& one, const ImageSize& other) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace tavel;
     const Bytes file = Bytes::copyOf(inputText(data, size));
-    const auto dimensions = codec().measure(file);
-    require(codec().typeIdentifier(file).has_value() == dimensions.has_value());
+    const auto type = typeOf(file);
+    if (!type)
+        return 0;
+    require(prepareForType(*type));
+    const auto dimensions = measure(file);
     require(!dimensions || (dimensions->width >= 1 && dimensions->height >= 1));
     if (!dimensions)
         return 0;
+    static const auto room = std::make_unique_for_overwrite<char[]>(mostEncodedBytes);
+    ImageOutput output({room.get(), mostEncodedBytes});
     const double start = processorSeconds();
-    const auto png = codec().encodePng(file);
+    const bool isConverted = convertToPng(file, output);
     require(processorSeconds() - start <= mostSeconds);
-    if (!png)
+    if (!isConverted)
         return 0;
-    const auto encoded = codec().measure(*png);
-    require(encoded && isSameOrTurned(*encoded, *dimensions));
-    require(codec().typeIdentifier(*png) == "public.png");
+    const Bytes png = Bytes::copyOf({output.written().data(), output.written().size()});
+    const auto encoded = readImageHeader(png.view());
+    require(encoded && isSameOrTurned({encoded->width, encoded->height}, *dimensions));
+    require(encoded->typeIdentifier == "public.png");
     return 0;
 }

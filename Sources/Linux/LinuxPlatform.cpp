@@ -4,12 +4,16 @@
 #include "Linux/Base/System.h"
 #include "Support/FileUrl.h"
 
+#include <csignal>
 #include <utility>
 
 namespace tavel {
 
 LinuxPlatform::LinuxPlatform()
-    : imageCodec_(writeToSystemLog), timestamp_(writeToSystemLog, modulePath("tavel-dates")) {}
+    : imageCodec_(writeToSystemLog), timestamp_(writeToSystemLog, modulePath("tavel-dates")) {
+    // Where the parent has ignored this signal, the system would not say how a program of ours has ended.
+    std::signal(SIGCHLD, SIG_DFL);
+}
 
 bool LinuxPlatform::watchParent(std::int32_t processIdentifier, std::function<void()> lost) {
     return parentWatch_.start(processIdentifier, std::move(lost));

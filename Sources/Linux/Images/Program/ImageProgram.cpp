@@ -5,7 +5,6 @@
 
 #include <sys/mman.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,8 +12,6 @@
 
 namespace tavel {
 namespace {
-
-constexpr int lowestPriority = 19;
 
 /// Not by way of exit(3): static objects are of no interest, and a sanitizer would look for leaks, for which
 /// it traces the process.
@@ -48,7 +45,6 @@ void runImageProgram(int count, char** arguments, void (*lock)(), ImageWork work
         end(false);
     dieWith(static_cast<pid_t>(request->agent));
     useOneHeap(); // the C library opens a file before it makes any other heap smaller
-    setpriority(PRIO_PROCESS, 0, lowestPriority);
     const std::span<const char> picture = mapFile(pictureDescriptor, PROT_READ);
     const std::span<char> answerFile = mapFile(answerDescriptor, PROT_READ | PROT_WRITE);
     if (picture.empty() || answerFile.size() != answerFileSize || !prepareForType(request->typeIdentifier))
