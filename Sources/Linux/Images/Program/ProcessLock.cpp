@@ -19,7 +19,10 @@ void setLimit(__rlimit_resource resource, rlim_t value) {
 }
 
 void setLimits() {
-#ifndef TAVEL_SANITIZED
+#ifdef TAVEL_SANITIZED
+    constexpr rlim_t descriptors = 16; // see filterSystemCalls
+#else
+    constexpr rlim_t descriptors = 0;
     // Several times what the largest pictures take. Sanitizers reserve far more for themselves.
     constexpr rlim_t addresses = rlim_t{4} * 1024 * 1024 * 1024;
     setLimit(RLIMIT_AS, addresses);
@@ -29,7 +32,7 @@ void setLimits() {
     setLimit(RLIMIT_CPU, processorSeconds);
     setLimit(RLIMIT_FSIZE, 0);
     setLimit(RLIMIT_CORE, 0);
-    setLimit(RLIMIT_NOFILE, 0);
+    setLimit(RLIMIT_NOFILE, descriptors);
 }
 
 } // namespace
