@@ -1,6 +1,6 @@
-// convert-here IN OUT.png|OUT.jpg: converts a picture twice in this process, as the program tavel-images does,
-// but without its start and its lock. Prints as JSON the time of the second conversion, to which the first one
-// has brought all that it needs.
+// convert-here IN OUT.png|OUT.jpg: converts a picture twice in this process, as the program tavel-images
+// does, but without its start and its lock. Prints as JSON the time of the second conversion, to which the
+// first one has brought all that it needs.
 
 #include "ImageHeaders/ImageHeader.h"
 #include "Linux/Images/HeifBrand.h"

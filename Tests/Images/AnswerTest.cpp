@@ -40,8 +40,8 @@ TEST_F(ImageAnswers, areRefusedIfTheyMakeNone) {
 }
 
 TEST_F(ImageAnswers, ofAProgramThatASignalEndsAreRefused) {
-    for (const int number : {SIGHUP, SIGILL, SIGTRAP, SIGABRT, SIGBUS, SIGFPE, SIGKILL, SIGSEGV, SIGSYS, SIGPIPE,
-                             SIGTERM, SIGXCPU, SIGXFSZ})
+    for (const int number : {SIGHUP, SIGILL, SIGTRAP, SIGABRT, SIGBUS, SIGFPE, SIGKILL, SIGSEGV, SIGSYS,
+                             SIGPIPE, SIGTERM, SIGXCPU, SIGXFSZ})
         EXPECT_EQ(locked("die-by " + std::to_string(number)), std::nullopt) << number;
 }
 

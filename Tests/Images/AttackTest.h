@@ -11,8 +11,8 @@
 
 namespace tavel {
 
-/// Where a picture is an attack on the program that reads it. When a test ends, no descriptor and no child may
-/// be left.
+/// Where a picture is an attack on the program that reads it. When a test ends, no descriptor and no child
+/// may be left.
 class AttackTest : public testing::Test {
 protected:
     void SetUp() override;

@@ -40,16 +40,15 @@ class StoppedByTheLock : public ImageLock, public testing::WithParamInterface<co
 TEST_P(StoppedByTheLock, andPossibleWithoutIt) {
     static constexpr char secret[] = "secret";
     prctl(PR_SET_PTRACER, PR_SET_PTRACER_ANY); // some systems let only ancestors read a process
-    const std::string order =
-        GetParam() + (" " + std::to_string(reinterpret_cast<std::uintptr_t>(&secret)));
+    const std::string order = GetParam() + (" " + std::to_string(reinterpret_cast<std::uintptr_t>(&secret)));
     EXPECT_EQ(unlocked(order), true);
     EXPECT_EQ(locked(order), std::nullopt);
 }
 
 INSTANTIATE_TEST_SUITE_P(ImageLock, StoppedByTheLock,
-                         testing::Values("open-file", "connect", "fork", "execute",
-                                         "write-to-standard-error", "read-agent", "open-agent",
-                                         "signal-agent", "map-code", "turn-data-into-code"));
+                         testing::Values("open-file", "connect", "fork", "execute", "write-to-standard-error",
+                                         "read-agent", "open-agent", "signal-agent", "map-code",
+                                         "turn-data-into-code"));
 
 TEST_F(ImageLock, boundsTheMemory) {
 #ifdef TAVEL_SANITIZED

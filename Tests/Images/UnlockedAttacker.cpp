@@ -3,5 +3,6 @@
 #include "Tests/Images/Attacks.h"
 
 int main(int count, char** arguments) {
-    tavel::runImageProgram(count, arguments, [] {}, tavel::attack);
+    tavel::runImageProgram(
+        count, arguments, [] {}, tavel::attack);
 }

@@ -35,6 +35,7 @@ std::vector<Descriptor> outOfTheWay(std::span<const int> descriptors, const std:
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts)
         pointers.push_back(text.data());
     pointers.push_back(nullptr);

@@ -12,11 +12,11 @@
 
 namespace tavel {
 
-/// What the agent and the program tavel-images agree on. The agent starts the program with the arguments of an
-/// ImageRequest and with two memory files: the picture, which nobody can change any more, and the answer, of
-/// answerFileSize bytes, which are zeros. The program writes an ImageAnswer to the start of the answer, and
-/// what it encoded after that. It exits with 0 if there is an answer.
-/// Its descriptors 0 to 2 lead to the null device.
+/// What the agent and the program tavel-images agree on. The agent starts the program with the arguments of
+/// an ImageRequest and with two memory files: the picture, which nobody can change any more, and the answer,
+/// of answerFileSize bytes, which are zeros. The program writes an ImageAnswer to the start of the answer,
+/// and what it encoded after that. It exits with 0 if there is an answer. Its descriptors 0 to 2 lead to the
+/// null device.
 inline constexpr int pictureDescriptor = 3;
 inline constexpr int answerDescriptor = 4;
 

@@ -33,7 +33,9 @@ constexpr std::chrono::milliseconds pauseBetweenLooks{5};
 constexpr std::array inherited{
     "LD_LIBRARY_PATH",
 #ifdef TAVEL_SANITIZED
-    "ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS",
+    "ASAN_OPTIONS",
+    "TSAN_OPTIONS",
+    "UBSAN_OPTIONS",
 #endif
 };
 
@@ -70,6 +72,7 @@ ImageProcess::ImageProcess(const std::filesystem::path& program, const ImageRequ
         throw std::system_error(errno, std::generic_category(), "/dev/null");
     std::vector<std::string> environment = environmentOfProgram();
     std::vector<char*> pointers;
+    pointers.reserve(environment.size() + 1);
     for (std::string& variable : environment)
         pointers.push_back(variable.data());
     pointers.push_back(nullptr);

@@ -55,9 +55,9 @@ Bytes takeStart(const Descriptor& file, std::size_t size) {
     throwUnless(whole >= start, errno);
     // Whoever filled the file may have written everywhere, and the file stays as long as its mapping.
     if (whole > start)
-        throwUnless(fallocate(file.number(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, start,
-                              whole - start) == 0,
-                    errno);
+        throwUnless(
+            fallocate(file.number(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, start, whole - start) == 0,
+            errno);
     addSeals(file, F_SEAL_WRITE | F_SEAL_SEAL); // fails while there is a mapping that can be written to
     if (size == 0)
         return {};

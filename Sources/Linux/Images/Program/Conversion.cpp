@@ -51,8 +51,7 @@ bool convertToPng(const Bytes& file, ImageOutput& output) {
 }
 
 bool convertToJpeg(const Bytes& file, double quality, ImageOutput& output) {
-    return withPixels(file,
-                      [&](const PlainPixels& pixels) { return encodeAsJpeg(pixels, quality, output); });
+    return withPixels(file, [&](const PlainPixels& pixels) { return encodeAsJpeg(pixels, quality, output); });
 }
 
 } // namespace tavel

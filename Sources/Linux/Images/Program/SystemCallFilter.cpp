@@ -15,23 +15,44 @@ namespace {
 
 constexpr std::array allowed{
     // Memory.
-    SCMP_SYS(brk), SCMP_SYS(madvise), SCMP_SYS(mremap), SCMP_SYS(munmap),
+    SCMP_SYS(brk),
+    SCMP_SYS(madvise),
+    SCMP_SYS(mremap),
+    SCMP_SYS(munmap),
     // Threads.
-    SCMP_SYS(exit), SCMP_SYS(exit_group), SCMP_SYS(futex), SCMP_SYS(getcpu), SCMP_SYS(getpid),
-    SCMP_SYS(gettid), SCMP_SYS(membarrier), SCMP_SYS(restart_syscall), SCMP_SYS(rseq),
-    SCMP_SYS(sched_getaffinity), SCMP_SYS(sched_yield), SCMP_SYS(set_robust_list),
+    SCMP_SYS(exit),
+    SCMP_SYS(exit_group),
+    SCMP_SYS(futex),
+    SCMP_SYS(getcpu),
+    SCMP_SYS(getpid),
+    SCMP_SYS(gettid),
+    SCMP_SYS(membarrier),
+    SCMP_SYS(restart_syscall),
+    SCMP_SYS(rseq),
+    SCMP_SYS(sched_getaffinity),
+    SCMP_SYS(sched_yield),
+    SCMP_SYS(set_robust_list),
     // Signals, so that what aborts does not hang.
-    SCMP_SYS(rt_sigaction), SCMP_SYS(rt_sigprocmask), SCMP_SYS(rt_sigreturn), SCMP_SYS(sigaltstack),
+    SCMP_SYS(rt_sigaction),
+    SCMP_SYS(rt_sigprocmask),
+    SCMP_SYS(rt_sigreturn),
+    SCMP_SYS(sigaltstack),
     // Clocks, where the C library cannot read them by itself, and waiting for them.
-    SCMP_SYS(clock_getres), SCMP_SYS(clock_gettime), SCMP_SYS(clock_nanosleep), SCMP_SYS(gettimeofday),
+    SCMP_SYS(clock_getres),
+    SCMP_SYS(clock_gettime),
+    SCMP_SYS(clock_nanosleep),
+    SCMP_SYS(gettimeofday),
     SCMP_SYS(nanosleep),
     // Random numbers; the size of the memory, by which qsort(3) chooses its method.
-    SCMP_SYS(getrandom), SCMP_SYS(sysinfo),
+    SCMP_SYS(getrandom),
+    SCMP_SYS(sysinfo),
     // Complaints of decoders. There is no descriptor that they could reach.
-    SCMP_SYS(write), SCMP_SYS(writev),
+    SCMP_SYS(write),
+    SCMP_SYS(writev),
 #ifdef TAVEL_SANITIZED
     // A sanitizer finds out with a pipe to itself whether an address can be read.
-    SCMP_SYS(close), SCMP_SYS(pipe2),
+    SCMP_SYS(close),
+    SCMP_SYS(pipe2),
 #endif
 };
 
