@@ -52,8 +52,8 @@ struct ImageAnswer {
 
 inline constexpr std::array<char, 8> answerMark{'T', 'a', 'v', 'e', 'l', 'p', 'i', 'c'};
 
-/// The largest file that the program may encode: what may be written to a clipboard.
-inline constexpr std::size_t mostEncodedBytes = std::size_t{128} * 1024 * 1024;
+/// Room for the largest file: 32 megapixels of four samples of 16 bits, which cannot be compressed.
+inline constexpr std::size_t mostEncodedBytes = std::size_t{256} * 1024 * 1024;
 
 inline constexpr std::size_t answerFileSize = sizeof(ImageAnswer) + mostEncodedBytes;
 

@@ -43,7 +43,6 @@ RowLayout rowLayout(const VipsImage* image) {
 }
 
 bool forEachRow(VipsImage* image, const RowConsumer& consumer) {
-    setDeadline(image);
     Progress progress{consumer};
     // Locking before and after orders this thread's writes and reads with those of libvips' threads.
     { const std::lock_guard handOver(consuming); }

@@ -14,8 +14,8 @@ RowLayout rowLayout(const VipsImage* image);
 /// different threads. May throw std::bad_alloc.
 using RowConsumer = std::function<bool(const std::uint8_t* row)>;
 
-/// Evaluates an image row by row. False if a part of it cannot be decoded, or not within the time limit, or
-/// if the consumer wants no more. Throws what the consumer throws.
+/// Evaluates an image row by row. False if a part of it cannot be decoded, or if the consumer wants no
+/// more. Throws what the consumer throws.
 bool forEachRow(VipsImage* image, const RowConsumer& consumer);
 
 } // namespace tavel

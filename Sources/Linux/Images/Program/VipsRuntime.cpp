@@ -3,16 +3,10 @@
 #include <gmodule.h>
 #include <vips/vector.h>
 
-#include <chrono>
-#include <mutex>
-
 namespace tavel {
 namespace {
 
 constexpr int threadCount = 2;
-
-/// The largest picture takes two seconds. Only a file made to take long comes near this.
-constexpr std::chrono::seconds conversionTimeout{20};
 
 /// What heif_init returns (libheif/heif.h); we link the plugin's library through the plugin only.
 struct HeifError {
@@ -47,11 +41,6 @@ bool initialise() {
     return true;
 }
 
-void stopWhenLate(VipsImage* image, VipsProgress* progress, gpointer) {
-    if (progress->run >= conversionTimeout.count())
-        vips_image_set_kill(image, TRUE);
-}
-
 } // namespace
 
 bool startVips() {
@@ -72,11 +61,6 @@ bool loadHeifPlugin() {
         return true;
     }();
     return isLoaded;
-}
-
-void setDeadline(VipsImage* image) {
-    vips_image_set_progress(image, TRUE);
-    g_signal_connect(image, "eval", G_CALLBACK(stopWhenLate), nullptr);
 }
 
 } // namespace tavel

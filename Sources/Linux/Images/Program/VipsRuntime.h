@@ -30,7 +30,4 @@ bool startVips();
 /// is missing. Call startVips first. Any thread.
 bool loadHeifPlugin();
 
-/// Makes the evaluation of the image fail after 20 seconds. Call this before the evaluation.
-void setDeadline(VipsImage* image);
-
 } // namespace tavel

@@ -117,7 +117,7 @@ private:
     Ticket lastTicket_ = 0;
     std::vector<xcb_atom_t> properties_; // least recently used first
     xcb_atom_t incrementalType_;
-    std::list<Transfer> transfers_;      // oldest first
+    std::list<Transfer> transfers_; // oldest first
 };
 
 } // namespace tavel
