@@ -56,29 +56,6 @@ const xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
     return screens.rem > 0 ? screens.data : nullptr;
 }
 
-std::size_t largestPropertyOf(xcb_connection_t* connection) {
-    const std::size_t largestRequest = std::size_t{xcb_get_maximum_request_length(connection)} * 4;
-    return std::min(largestRequest - requestOverheadBytes, largestCommonPropertyBytes);
-}
-
-/// Announces the version of XFixes, which the extension demands before any other request. Returns the number
-/// of its selection event, nullopt without the extension. The extension of large requests is prepared in the
-/// same two round trips.
-std::optional<std::uint8_t> selectionOwnerEventOf(xcb_connection_t* connection) {
-    xcb_prefetch_extension_data(connection, &xcb_xfixes_id);
-    xcb_prefetch_extension_data(connection, &xcb_big_requests_id);
-    xcb_prefetch_maximum_request_length(connection);
-    const xcb_query_extension_reply_t* const extension = xcb_get_extension_data(connection, &xcb_xfixes_id);
-    if (extension == nullptr || extension->present == 0)
-        return std::nullopt;
-    const auto cookie =
-        xcb_xfixes_query_version(connection, XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION);
-    const auto version = awaitReply(connection, cookie, xcb_xfixes_query_version_reply);
-    if (version == nullptr)
-        return std::nullopt;
-    return static_cast<std::uint8_t>(extension->first_event + XCB_XFIXES_SELECTION_NOTIFY);
-}
-
 } // namespace
 
 std::unique_ptr<X11Connection> X11Connection::open(const char* display, std::vector<std::string> names) {
@@ -87,19 +64,19 @@ std::unique_ptr<X11Connection> X11Connection::open(const char* display, std::vec
     if (xcb_connection_has_error(connection.get()) != 0)
         return nullptr;
     const xcb_screen_t* const screen = screenOf(connection.get(), screenNumber);
-    const auto selectionOwnerEvent = selectionOwnerEventOf(connection.get());
-    if (screen == nullptr || !selectionOwnerEvent)
+    if (screen == nullptr)
         return nullptr;
-    std::unique_ptr<X11Connection> opened(
-        new X11Connection(connection.get(), *screen, *selectionOwnerEvent, std::move(names)));
+    // The replies come with those about the names.
+    xcb_prefetch_extension_data(connection.get(), &xcb_xfixes_id);
+    xcb_prefetch_extension_data(connection.get(), &xcb_big_requests_id);
+    std::unique_ptr<X11Connection> opened(new X11Connection(connection.get(), *screen, std::move(names)));
     static_cast<void>(connection.release()); // the object disconnects it now
-    return opened;
+    return opened->useExtensions() ? std::move(opened) : nullptr;
 }
 
 X11Connection::X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen,
-                             std::uint8_t selectionOwnerEvent, std::vector<std::string> names)
+                             std::vector<std::string> names)
     : connection_(connection), window_(xcb_generate_id(connection)),
-      largestPropertyBytes_(largestPropertyOf(connection)), selectionOwnerEvent_(selectionOwnerEvent),
       queue_(xcb_get_setup(connection)->resource_id_mask) {
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen.root, -1, -1, 1, 1, 0,
@@ -108,8 +85,27 @@ X11Connection::X11Connection(xcb_connection_t* connection, const xcb_screen_t& s
     timeProperty_ = atoms(names).back();
 }
 
+/// Waits for no reply: those of both requests come with that to the next one. False without XFixes.
+bool X11Connection::useExtensions() {
+    const xcb_query_extension_reply_t* const fixes = xcb_get_extension_data(connection_, &xcb_xfixes_id);
+    if (fixes == nullptr || fixes->present == 0)
+        return false;
+    selectionOwnerEvent_ = static_cast<std::uint8_t>(fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY);
+    // XFixes demands this before any other request.
+    const auto version =
+        xcb_xfixes_query_version(connection_, XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION);
+    xcb_discard_reply(connection_, version.sequence);
+    xcb_prefetch_maximum_request_length(connection_);
+    return true;
+}
+
 X11Connection::~X11Connection() {
     xcb_disconnect(connection_);
+}
+
+std::size_t X11Connection::largestPropertyBytes() const {
+    const std::size_t largestRequest = std::size_t{xcb_get_maximum_request_length(connection_)} * 4;
+    return std::min(largestRequest - requestOverheadBytes, largestCommonPropertyBytes);
 }
 
 xcb_atom_t X11Connection::atom(std::string_view name) {

@@ -61,7 +61,7 @@ public:
     int descriptor() const { return xcb_get_file_descriptor(connection_); }
 
     /// The largest property, in bytes, that one request can set and all known requestors read in full.
-    std::size_t largestPropertyBytes() const { return largestPropertyBytes_; }
+    std::size_t largestPropertyBytes() const;
 
     /// The response_type of XFixesSelectionNotify.
     std::uint8_t selectionOwnerEvent() const { return selectionOwnerEvent_; }
@@ -121,11 +121,11 @@ public:
     void noteTime(xcb_timestamp_t time) { latestTime_ = time; }
 
 private:
-    X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen, std::uint8_t selectionOwnerEvent,
-                  std::vector<std::string> names);
+    X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen, std::vector<std::string> names);
 
     using Event = EventQueue::Event;
 
+    bool useExtensions();
     void* waitForReply(std::uint32_t requestNumber);
     bool takeIn();
     void takeInQueued();
@@ -136,8 +136,7 @@ private:
 
     xcb_connection_t* connection_;
     xcb_window_t window_;
-    std::size_t largestPropertyBytes_;
-    std::uint8_t selectionOwnerEvent_;
+    std::uint8_t selectionOwnerEvent_ = 0;
     xcb_atom_t timeProperty_ = 0;
     xcb_timestamp_t latestTime_ = 0;
     bool timeCame_ = false;
