@@ -17,7 +17,7 @@
 namespace tavel {
 namespace {
 
-constexpr std::size_t longestPayload = 3000;
+constexpr std::size_t mostKeptBytes = 3000;
 constexpr std::size_t searchedBytes = 100;
 
 /// A line with its payload put back, and that payload.
@@ -37,21 +37,21 @@ WholeLine wholeLine(const LineReader::Line& line) {
     return {text.substr(0, offset) + content.text() + text.substr(offset), std::string(content.bytes.view())};
 }
 
-using Lines = std::vector<WholeLine>;
+using WholeLines = std::vector<WholeLine>;
 
-Lines linesFrom(int descriptor) {
-    LineReader reader(descriptor, longestPayload, searchedBytes);
-    Lines lines;
+WholeLines wholeLinesFrom(int descriptor) {
+    LineReader reader(descriptor, mostKeptBytes, searchedBytes);
+    WholeLines lines;
     while (const auto line = reader.next())
         lines.push_back(wholeLine(*line));
     return lines;
 }
 
 /// Expects these lines, whatever the size of the pieces in which the content arrives.
-void expectLines(const std::string& content, const Lines& expected) {
+void expectWholeLines(const std::string& content, const WholeLines& expected) {
     for (std::size_t pieceSize = 1; pieceSize <= searchedBytes; ++pieceSize) {
         const PieceFeeder feeder(content, pieceSize);
-        ASSERT_EQ(linesFrom(feeder.descriptor()), expected) << "in pieces of " << pieceSize;
+        ASSERT_EQ(wholeLinesFrom(feeder.descriptor()), expected) << "in pieces of " << pieceSize;
     }
 }
 
@@ -68,12 +68,12 @@ std::string pictureLine(std::string_view behind = "") {
 }
 
 TEST(LineReaderPayload, isTheLongStringOfBase64InALine) {
-    expectLines(pictureLine(R"(,"b":"x")") + "\n", {{pictureLine(R"(,"b":"x")"), picture}});
+    expectWholeLines(pictureLine(R"(,"b":"x")") + "\n", {{pictureLine(R"(,"b":"x")"), picture}});
 }
 
 TEST(LineReaderPayload, leavesItsQuotationMarksInTheLine) {
     const PieceFeeder feeder(pictureLine() + "\n", 50);
-    LineReader reader(feeder.descriptor(), longestPayload, searchedBytes);
+    LineReader reader(feeder.descriptor(), mostKeptBytes, searchedBytes);
     const auto line = reader.next();
     ASSERT_TRUE(line && line->payload);
     EXPECT_EQ(std::string(line->text.data(), line->text.size()), R"({"a":""})");
@@ -83,64 +83,64 @@ TEST(LineReaderPayload, leavesItsQuotationMarksInTheLine) {
 TEST(LineReaderPayload, isFoundOnlyInALongLine) {
     const std::string line = R"({"a":")" + std::string(searchedBytes - 10, 'A') + "\"}";
     const TemporaryFile file(line + "\n" + line);
-    for (const WholeLine& one : linesFrom(file.descriptor()))
+    for (const WholeLine& one : wholeLinesFrom(file.descriptor()))
         EXPECT_EQ(one, (WholeLine{line, std::nullopt}));
 }
 
 TEST(LineReaderPayload, endsWithCarriageReturnAndLineFeedToo) {
-    expectLines(pictureLine() + "\r\n" + pictureLine() + "\r\n",
-                {{pictureLine(), picture}, {pictureLine(), picture}});
+    expectWholeLines(pictureLine() + "\r\n" + pictureLine() + "\r\n",
+                     {{pictureLine(), picture}, {pictureLine(), picture}});
 }
 
 TEST(LineReaderPayload, isFoundInLastLineWithoutATerminator) {
-    expectLines(pictureLine(), {{pictureLine(), picture}});
+    expectWholeLines(pictureLine(), {{pictureLine(), picture}});
 }
 
 TEST(LineReaderPayload, isFoundInEachOfManyLines) {
     std::string content;
-    Lines expected;
+    WholeLines expected;
     for (int i = 0; i < 20; ++i) {
         content += pictureLine() + "\n{}\n";
         expected.push_back({pictureLine(), picture});
         expected.push_back({"{}", std::nullopt});
     }
-    expectLines(content, expected);
+    expectWholeLines(content, expected);
 }
 
 TEST(LineReaderPayload, mayFollowAStringWithEscapedQuotationMarks) {
     const std::string line = R"({"\"":"\\","a":")" + encoded(picture) + "\"}";
-    expectLines(line + "\n", {{line, picture}});
+    expectWholeLines(line + "\n", {{line, picture}});
 }
 
 TEST(LineReaderPayload, isOneStringAtMost) {
     const std::string line = R"([")" + encoded(picture) + R"(",")" + encoded(picture) + R"("])";
-    expectLines(line + "\n", {{line, picture}});
+    expectWholeLines(line + "\n", {{line, picture}});
 }
 
 TEST(LineReaderPayload, hasMoreThanAFewCharactersWhenItIsFound) {
     const std::string line = R"({"b":")" + std::string(60, '.') + R"(","a":")" + encoded(picture) + "\"}";
     const PieceFeeder feeder(line + "\n", 10);
-    EXPECT_EQ(linesFrom(feeder.descriptor()), (Lines{{line, std::nullopt}}));
+    EXPECT_EQ(wholeLinesFrom(feeder.descriptor()), (WholeLines{{line, std::nullopt}}));
 }
 
 TEST(LineReaderPayload, staysInTheLineIfItIsNoBase64) {
     for (const std::string_view wrong :
          {"*", "=", "=A", "\x01", "\xFF", "\xC3\xA9", R"(\u0041)", R"(\n)", R"(\")"}) {
         const std::string line = R"({"a":")" + encoded(picture) + std::string(wrong) + "AAAAA\",\"b\":1}";
-        expectLines(line + "\n{}\n", {{line, std::nullopt}, {"{}", std::nullopt}});
+        expectWholeLines(line + "\n{}\n", {{line, std::nullopt}, {"{}", std::nullopt}});
     }
 }
 
 TEST(LineReaderPayload, isNoneIfTheLineEndsInTheString) {
     const std::string line = R"({"a":")" + encoded(picture);
-    expectLines(line + "\n{}\n", {{line, std::nullopt}, {"{}", std::nullopt}});
-    expectLines(line + "\r\n" + line, {{line, std::nullopt}, {line, std::nullopt}});
-    expectLines(line + "\\", {{line + "\\", std::nullopt}});
+    expectWholeLines(line + "\n{}\n", {{line, std::nullopt}, {"{}", std::nullopt}});
+    expectWholeLines(line + "\r\n" + line, {{line, std::nullopt}, {line, std::nullopt}});
+    expectWholeLines(line + "\\", {{line + "\\", std::nullopt}});
 }
 
 TEST(LineReaderPayload, givesALineThatEndsInTheStringAsSoonAsItIsWhole) {
     const Pipe pipe; // which stays open
-    LineReader reader(pipe.reader(), longestPayload, searchedBytes);
+    LineReader reader(pipe.reader(), mostKeptBytes, searchedBytes);
     for (const std::string_view rest : {"", "A", "AA", "AA="}) {
         const std::string begun = R"({"a":")" + std::string(400, 'A') + std::string(rest);
         ASSERT_TRUE(writeAll(pipe.writer(), begun));
@@ -154,7 +154,7 @@ TEST(LineReaderPayload, givesALineThatEndsInTheStringAsSoonAsItIsWhole) {
 TEST(LineReaderPayload, isSkippedWithItsLine) {
     for (const std::size_t pieceSize : {7U, 50U, 100U}) {
         const PieceFeeder feeder(pictureLine() + "\n" + pictureLine() + "\n{}\n", pieceSize);
-        LineReader reader(feeder.descriptor(), longestPayload, searchedBytes);
+        LineReader reader(feeder.descriptor(), mostKeptBytes, searchedBytes);
         reader.skipLine();
         EXPECT_EQ(wholeLine(*reader.next()), (WholeLine{pictureLine(), picture}));
         EXPECT_EQ(wholeLine(*reader.next()).text, "{}");
@@ -165,7 +165,7 @@ TEST(LineReaderPayload, outlivesItsLineAndTheReader) {
     Bytes bytes;
     {
         const PieceFeeder feeder(pictureLine() + "\n" + pictureLine() + "\n", 50);
-        LineReader reader(feeder.descriptor(), longestPayload, searchedBytes);
+        LineReader reader(feeder.descriptor(), mostKeptBytes, searchedBytes);
         bytes = reader.next()->payload->content.bytes;
         EXPECT_TRUE(reader.next());
     }
@@ -173,15 +173,14 @@ TEST(LineReaderPayload, outlivesItsLineAndTheReader) {
 }
 
 TEST(LineReaderPayload, isCutBehindTheLongestSize) {
-    for (const std::size_t size :
-         {longestPayload - 1, longestPayload, longestPayload + 1, longestPayload * 10}) {
+    for (const std::size_t size : {mostKeptBytes - 1, mostKeptBytes, mostKeptBytes + 1, mostKeptBytes * 10}) {
         const PieceFeeder feeder(R"({"a":")" + encoded(std::string(size, 'x')) + "\"}\n", 1000);
-        LineReader reader(feeder.descriptor(), longestPayload, searchedBytes);
+        LineReader reader(feeder.descriptor(), mostKeptBytes, searchedBytes);
         const auto line = reader.next();
         ASSERT_TRUE(line && line->payload);
         const std::size_t kept = line->payload->content.bytes.size();
-        EXPECT_GE(kept, std::min(size, longestPayload + 1));
-        EXPECT_LE(kept, std::min(size, longestPayload + 3));
+        EXPECT_GE(kept, std::min(size, mostKeptBytes + 1));
+        EXPECT_LE(kept, std::min(size, mostKeptBytes + 3));
     }
 }
 
