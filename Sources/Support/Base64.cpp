@@ -2,8 +2,8 @@
 
 #include "Support/Base64Groups.h"
 
+#include <algorithm>
 #include <array>
-#include <cstring>
 #include <memory>
 
 namespace tavel {
@@ -50,43 +50,6 @@ private:
     char escaped_[2 * size];
 };
 
-/// The parts of a base64 text.
-struct Shape {
-    std::string_view text;    // without the padding
-    std::size_t groups;       // whole groups of four characters
-    std::size_t decodedBytes; // of the whole text
-};
-
-/// nullopt if no bytes have an encoding of this length or with this much padding.
-std::optional<Shape> shapeOf(std::string_view text) {
-    const std::size_t missing = (4 - text.size() % 4) % 4;
-    const std::size_t padded = text.size() + missing;
-    while (text.ends_with('='))
-        text.remove_suffix(1);
-    const std::size_t padding = padded - text.size();
-    if (padding > 2) // a text of padding alone has four characters of it
-        return std::nullopt;
-    const std::size_t groups = text.size() / 4;
-    const std::size_t rest = text.size() % 4;
-    return Shape{text, groups, groups * 3 + (rest == 0 ? 0 : rest - 1)};
-}
-
-/// False if a character is outside the alphabet.
-bool decodeTo(const Shape& shape, char* out) {
-    const std::size_t whole = shape.groups * 4;
-    const std::string_view rest = shape.text.substr(whole);
-    std::array<char, 4> group;
-    group.fill('A'); // no bits
-    rest.copy(group.data(), group.size());
-    std::array<char, 3> bytes{};
-    if (decodeBase64Groups({group.data(), group.size()}, bytes.data()) == 0 ||
-        decodeBase64Groups(shape.text.substr(0, whole), out) != whole)
-        return false;
-    if (!rest.empty())
-        std::memcpy(out + shape.groups * 3, bytes.data(), rest.size() - 1);
-    return true;
-}
-
 } // namespace
 
 void appendBase64(std::string& text, std::string_view bytes) {
@@ -103,15 +66,30 @@ void appendEscapedBase64(std::string& text, std::string_view bytes) {
         text.append(pieces.escape(pieces.encodeNext()));
 }
 
+std::optional<std::size_t> decodeEndOfBase64(std::string_view end, char* out) {
+    std::array<char, 4> group{'A', 'A', 'A', 'A'}; // A stands for zero bits
+    const std::size_t characters = std::min(end.find('='), end.size());
+    const bool isPadded = characters < end.size();
+    if (end.size() > group.size() || (isPadded && characters < 2) ||
+        end.find_first_not_of('=', characters) != std::string_view::npos)
+        return std::nullopt;
+    if (end.empty())
+        return 0;
+    end.copy(group.data(), characters);
+    if (decodeBase64Groups({group.data(), group.size()}, out) != group.size())
+        return std::nullopt;
+    return characters - 1;
+}
+
 std::optional<Bytes> decodeBase64(std::string_view text) {
-    const auto shape = shapeOf(text);
-    if (!shape)
-        return std::nullopt;
-    std::shared_ptr<char[]> decoded = std::make_unique_for_overwrite<char[]>(shape->decodedBytes);
+    std::shared_ptr<char[]> decoded = std::make_unique_for_overwrite<char[]>((text.size() + 3) / 4 * 3);
     char* const out = decoded.get();
-    if (!decodeTo(*shape, out))
+    const std::size_t whole = decodeBase64Groups(text, out);
+    const std::string_view end = text.substr(whole);
+    const auto endBytes = decodeEndOfBase64(end, out + whole / 4 * 3);
+    if (!endBytes || end.size() == 1)
         return std::nullopt;
-    return Bytes(std::move(decoded), out, shape->decodedBytes);
+    return Bytes(std::move(decoded), out, whole / 4 * 3 + *endBytes);
 }
 
 } // namespace tavel

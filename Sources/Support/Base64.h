@@ -2,6 +2,7 @@
 
 #include "Support/Bytes.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,5 +19,10 @@ void appendEscapedBase64(std::string& text, std::string_view bytes);
 /// outside the alphabet (line breaks included), too much padding, or a length that no bytes encode to.
 /// Ignores the unused bits of the last character.
 std::optional<Bytes> decodeBase64(std::string_view text);
+
+/// Decodes what follows the last group of four characters of the alphabet: nothing, fewer characters, or a
+/// group with some or all of its padding. Writes up to three bytes, and returns how many of them the
+/// characters make up: none for a single one, which more may follow. nullopt if no base64 has such an end.
+std::optional<std::size_t> decodeEndOfBase64(std::string_view end, char* out);
 
 } // namespace tavel

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <optional>
 #include <utility>
 
 namespace tavel {
@@ -18,21 +17,6 @@ constexpr std::size_t partCharacters = std::size_t{8} * 1024;
 
 constexpr std::size_t groupCharacters = 4;
 constexpr std::size_t decodedPartBytes = (groupCharacters + partCharacters) / groupCharacters * 3;
-
-/// Decodes the beginning of a group, or a last group with all, some or none of its padding. Writes three
-/// bytes, and returns how many of them the characters make up; nullopt if no text has such a group.
-std::optional<std::size_t> decodeRest(std::string_view rest, char* out) {
-    const std::size_t characters = std::min(rest.find('='), rest.size());
-    const bool isPadded = characters < rest.size();
-    if (rest.size() > groupCharacters || (isPadded && characters < 2) ||
-        rest.find_first_not_of('=', characters) != std::string_view::npos)
-        return std::nullopt;
-    std::array<char, groupCharacters> group{'A', 'A', 'A', 'A'}; // A stands for zero bits
-    rest.copy(group.data(), std::min(characters, group.size()));
-    if (decodeBase64Groups({group.data(), group.size()}, out) != group.size())
-        return std::nullopt;
-    return characters == 0 ? 0 : characters - 1;
-}
 
 } // namespace
 
@@ -70,7 +54,7 @@ Base64Stream::Progress Base64Stream::takePart(std::string_view part) {
 
     const bool ends = next.starts_with('"');
     std::array<char, 3> ignored{};
-    if (!decodeRest(rest, ignored.data()) || (ends && rest.size() == 1) ||
+    if (!decodeEndOfBase64(rest, ignored.data()) || (ends && rest.size() == 1) ||
         (next.starts_with('\\') && next.size() > 1))
         return {0, State::refused};
     size_ = std::min(size_ + whole / groupCharacters * 3, keptBytes_);
@@ -80,7 +64,7 @@ Base64Stream::Progress Base64Stream::takePart(std::string_view part) {
 
 DecodedBase64 Base64Stream::finish() && {
     std::array<char, 3> last{};
-    const std::size_t count = decodeRest(rest_, last.data()).value_or(0);
+    const std::size_t count = decodeEndOfBase64(rest_, last.data()).value_or(0);
     std::memcpy(decoded_->bytes() + size_, last.data(), count);
     size_ = std::min(size_ + count, keptBytes_);
     decoded_->shrink(size_);

@@ -57,7 +57,7 @@ TEST_F(ImageAnswers, toHeaderQuestionsHaveLessTime) {
 }
 
 TEST_F(ImageAnswers, keepAThirdCallWaitingWithinItsTime) {
-    const auto codec = makeCodec({std::chrono::seconds(2), std::chrono::milliseconds(300)});
+    const auto codec = makeCodec({std::chrono::seconds(3), std::chrono::seconds(1)});
     std::thread first([&] { EXPECT_FALSE(codec->hasAlpha(pictureWith("spin"))); });
     std::thread second([&] { EXPECT_FALSE(codec->hasAlpha(pictureWith("spin"))); });
     while (children().size() < 2)
@@ -65,7 +65,7 @@ TEST_F(ImageAnswers, keepAThirdCallWaitingWithinItsTime) {
     EXPECT_FALSE(codec->measure(heifWith("answer 99"))) << "a third program ran";
     first.join();
     second.join();
-    EXPECT_TRUE(codec->measure(heifWith("answer 99")) || codec->measure(heifWith("answer 99")));
+    EXPECT_TRUE(codec->measure(heifWith("answer 99")));
 }
 
 TEST_F(ImageAnswers, areAwaitedOnKernelsWithoutProcessDescriptors) {
