@@ -1,19 +1,11 @@
 #include "Linux/HeadlessPlatform.h"
 
 #include "Linux/Store/StoreDirectory.h"
-#include "Linux/Store/StorePasteboard.h"
-
-#include <filesystem>
 
 namespace tavel {
 
-std::shared_ptr<Pasteboard> HeadlessPlatform::openPasteboard(const std::optional<std::string>& name) {
-    if (store_ == nullptr) {
-        const std::filesystem::path directory = pasteboardStoreDirectory();
-        preparePasteboardStoreDirectory(directory);
-        store_ = std::make_shared<const PasteboardStore>(directory);
-    }
-    return std::make_shared<StorePasteboard>(store_, name);
+std::string HeadlessPlatform::describePasteboard(const std::optional<std::string>&) {
+    return "the pasteboards in " + pasteboardStoreDirectory().string() + ", as no display has a clipboard";
 }
 
 } // namespace tavel

@@ -3,11 +3,13 @@
 #include "Linux/Base/Modules.h"
 #include "Linux/Base/System.h"
 #include "Linux/Panel/ProcessNamePanelView.h"
-#include "Linux/X11/Selections/X11Pasteboard.h"
+#include "Linux/Selections/SelectionPasteboard.h"
+#include "Linux/X11/Selections/SelectionName.h"
 #include "Platform/PasteboardTypes.h"
 
 #include <unistd.h>
 
+#include <cstdlib>
 #include <utility>
 
 namespace tavel {
@@ -19,7 +21,13 @@ X11Platform::X11Platform(std::unique_ptr<X11Connection> connection)
       keyboardTap_(nullptr, eventLoop(), deadline_) {}
 
 std::shared_ptr<Pasteboard> X11Platform::openPasteboard(const std::optional<std::string>& name) {
-    return std::make_shared<X11Pasteboard>(selections_, name);
+    return std::make_shared<SelectionPasteboard>(selections_, name);
+}
+
+std::string X11Platform::describePasteboard(const std::optional<std::string>& name) {
+    const char* const display = std::getenv("DISPLAY"); // NOLINT(concurrency-mt-unsafe)
+    return "the selection " + selectionNameOf(name) + " of the X server" +
+           (display == nullptr ? std::string() : " " + std::string(display));
 }
 
 bool X11Platform::canShowNamePanel() {
@@ -32,7 +40,7 @@ std::unique_ptr<NamePanelView> X11Platform::makeNamePanelView(const NamePanelTex
     const auto keepCopy = [selections = selections_](const std::string& text) {
         const PasteboardValue value{std::string(pasteboardType::string), PasteboardValue::Form::text,
                                     Bytes::copyOf(text)};
-        X11Pasteboard(selections, std::nullopt).replaceWithValues({&value, 1});
+        SelectionPasteboard(selections, std::nullopt).replaceWithValues({&value, 1});
     };
     return makeProcessNamePanelView(texts, actions, keepCopy, writeToSystemLog);
 }

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "Linux/LinuxPlatform.h"
+#include "Linux/Selections/SelectionEventSource.h"
 #include "Linux/X11/DecisionDeadline.h"
 #include "Linux/X11/Focus/OnDemandFocusProbe.h"
 #include "Linux/X11/Keyboard/X11KeyboardTap.h"
 #include "Linux/X11/Selections/X11Selections.h"
 #include "Linux/X11/X11Connection.h"
-#include "Linux/X11/X11EventSource.h"
 
 #include <memory>
 
@@ -19,6 +19,7 @@ public:
     explicit X11Platform(std::unique_ptr<X11Connection> connection);
 
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;
+    std::string describePasteboard(const std::optional<std::string>& name) override;
     void expectEnd() override { selections_->connection().expectEnd(); }
     bool servesContents() override;
     void handOverContents() override;
@@ -31,7 +32,7 @@ public:
 private:
     DecisionDeadline deadline_;
     std::shared_ptr<X11Selections> selections_;
-    X11EventSource events_;
+    SelectionEventSource events_;
     OnDemandFocusProbe focusProbe_;
     X11KeyboardTap keyboardTap_;
 };

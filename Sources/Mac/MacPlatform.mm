@@ -20,6 +20,10 @@ public:
         return std::make_shared<MacPasteboard>(name);
     }
 
+    std::string describePasteboard(const std::optional<std::string>& name) override {
+        return name ? "the pasteboard \"" + *name + "\" of macOS" : "the general pasteboard of macOS";
+    }
+
     /// The pasteboard server holds what this process copied.
     bool servesContents() override { return false; }
     void handOverContents() override {}

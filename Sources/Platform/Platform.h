@@ -26,6 +26,9 @@ public:
     /// Throws Error when the platform's pasteboards cannot be used at all.
     virtual std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) = 0;
 
+    /// Says in plain words where the pasteboard of that name is, for people: "the clipboard of ...".
+    virtual std::string describePasteboard(const std::optional<std::string>& name) = 0;
+
     /// Whether other programs depend on this process for a content that it put on a pasteboard: such content
     /// is lost when the process ends.
     virtual bool servesContents() = 0;

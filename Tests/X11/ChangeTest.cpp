@@ -1,6 +1,6 @@
 #include "Platform/PasteboardTypes.h"
-#include "Tests/X11/PasteboardProgram.h"
 #include "Tests/X11/X11AgentTest.h"
+#include "Tests/X11/X11Program.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 class ChangeOnX11 : public X11AgentTest {
 protected:
     /// Another program, fast enough to copy many times between two polls.
-    PasteboardProgram& program() {
+    X11Program& program() {
         if (!program_)
             program_.emplace(server_.display(), TransferTimeOuts{});
         return *program_;
@@ -30,7 +30,7 @@ protected:
     }
 
 private:
-    std::optional<PasteboardProgram> program_;
+    std::optional<X11Program> program_;
 };
 
 /// A line of the process's /proc/PID/status, by the name before the colon.
@@ -58,7 +58,7 @@ TEST_F(ChangeOnX11, whatIsThereAtTheStartIsNotReported) {
 TEST_F(ChangeOnX11, anOwnerThatEndsIsNoNewContent) {
     agent();
     {
-        PasteboardProgram passing(server_.display(), TransferTimeOuts{});
+        X11Program passing(server_.display(), TransferTimeOuts{});
         const auto pasteboard = passing.open(std::nullopt);
         pasteboard->replaceWithItems({});
         EXPECT_EQ(agent().nextMessage(), announcement(1));

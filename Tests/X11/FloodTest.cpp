@@ -1,6 +1,6 @@
 #include "Linux/Base/GlibEventLoop.h"
-#include "Linux/X11/Selections/X11Pasteboard.h"
-#include "Linux/X11/X11EventSource.h"
+#include "Linux/Selections/SelectionPasteboard.h"
+#include "Linux/Selections/SelectionEventSource.h"
 #include "Tests/X11/ResidentMemory.h"
 #include "Tests/X11/X11Peers.h"
 
@@ -80,8 +80,8 @@ TEST(Flood, ofRequestsLetsCommandsAndTimersHaveTheirTurn) {
     GlibEventLoop loop;
     const auto selections =
         std::make_shared<X11Selections>(X11Connection::open(peers.display().c_str()), longTimeOuts());
-    const X11EventSource source(selections);
-    X11Pasteboard board(selections, std::nullopt);
+    const SelectionEventSource source(selections);
+    SelectionPasteboard board(selections, std::nullopt);
     const std::array values{
         PasteboardValue{"public.utf8-plain-text", PasteboardValue::Form::text, Bytes::copyOf("text")}};
     ASSERT_TRUE(board.replaceWithValues(values));

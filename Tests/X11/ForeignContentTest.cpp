@@ -153,7 +153,7 @@ TEST_F(ForeignContent, fileListOfRubbishNamesNoFiles) {
 
 // Each program serves the other while it waits for the other's value.
 TEST_F(ForeignContent, ofTwoProgramsThatReadEachOtherAtOnceArrivesAtBoth) {
-    PasteboardProgram other(peers.display(), longTimeOuts());
+    X11Program other(peers.display(), longTimeOuts());
     const std::string bytes = distinctBytes(std::size_t{20} << 20);
     const auto theirs = other.open("one");
     const auto ours = peers.program().open("one");

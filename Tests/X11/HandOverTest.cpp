@@ -1,6 +1,6 @@
-#include "Tests/X11/PasteboardProgram.h"
 #include "Tests/X11/ScriptedOwner.h"
 #include "Tests/X11/X11AgentTest.h"
+#include "Tests/X11/X11Program.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -53,7 +53,7 @@ protected:
     }
 
     ScriptedOwner manager_{server_.display()};
-    PasteboardProgram program_{server_.display(), TransferTimeOuts{}};
+    X11Program program_{server_.display(), TransferTimeOuts{}};
 };
 
 TEST_F(HandOver, letsTheContentOutliveTheAgent) {

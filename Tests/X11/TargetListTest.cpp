@@ -68,7 +68,7 @@ TEST_F(TargetList, andEverythingElseIsAskedForAtATimeInTheOwnersTime) {
 TEST_F(TargetList, ofAnOwnerFromBeforeTheProgramIsAskedForAtATimeInTheOwnersTime) {
     owner.offerValue("UTF8_STRING", "text");
     owner.take();
-    PasteboardProgram late(peers.display(), longTimeOuts());
+    X11Program late(peers.display(), longTimeOuts());
     EXPECT_THAT(late.open(std::nullopt)->types(), ElementsAre("public.utf8-plain-text"));
     EXPECT_NE(owner.awaitRequest("TARGETS").time, xcb_timestamp_t{XCB_CURRENT_TIME});
     EXPECT_GE(owner.awaitRequest("TARGETS").time, owner.ownedSince());

@@ -1,6 +1,6 @@
 #include "Tests/Conformance/PasteboardConformance.h"
 #include "Tests/Support/XServer.h"
-#include "Tests/X11/PasteboardProgram.h"
+#include "Tests/X11/X11Program.h"
 
 namespace tavel {
 
@@ -19,8 +19,8 @@ public:
 
 private:
     XServer server_;
-    PasteboardProgram program_{server_.display(), TransferTimeOuts{}};
-    PasteboardProgram otherProgram_{server_.display(), TransferTimeOuts{}};
+    X11Program program_{server_.display(), TransferTimeOuts{}};
+    X11Program otherProgram_{server_.display(), TransferTimeOuts{}};
 };
 
 constexpr PasteboardBackendMaker x11{

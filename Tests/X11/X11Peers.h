@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tests/Support/XServer.h"
-#include "Tests/X11/PasteboardProgram.h"
+#include "Tests/X11/X11Program.h"
 
 #include <chrono>
 #include <memory>
@@ -26,7 +26,7 @@ public:
     explicit X11Peers(const TransferTimeOuts& timeOuts);
 
     XServer& server() { return server_; }
-    PasteboardProgram& program() { return program_; }
+    X11Program& program() { return program_; }
     Pasteboard& board() { return *board_; }
     const std::string& display() const { return server_.display(); }
 
@@ -44,7 +44,7 @@ public:
 
 private:
     XServer server_;
-    PasteboardProgram program_;
+    X11Program program_;
     std::shared_ptr<Pasteboard> board_;
 };
 

@@ -21,6 +21,13 @@ public:
     explicit operator bool() const { return number_ >= 0; }
     int number() const { return number_; }
 
+    /// Closes the descriptor, and owns this one from now on.
+    void reset(int number = -1) {
+        if (number_ >= 0)
+            close(number_);
+        number_ = number;
+    }
+
     /// The caller owns the descriptor from now on.
     int release() { return std::exchange(number_, -1); }
 

@@ -30,6 +30,7 @@ public:
     bool watchParent(std::int32_t, std::function<void()>) override { refuse(); }
     void expectEnd() override { refuse(); }
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>&) override { refuse(); }
+    std::string describePasteboard(const std::optional<std::string>&) override { refuse(); }
     bool servesContents() override { refuse(); }
     void handOverContents() override { refuse(); }
     EventLoop& eventLoop() override { return loop; }

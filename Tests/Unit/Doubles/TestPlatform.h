@@ -144,6 +144,8 @@ class TestPlatform : public Platform {
 public:
     std::shared_ptr<Pasteboard> openPasteboard(const std::optional<std::string>& name) override;
 
+    std::string describePasteboard(const std::optional<std::string>&) override { return "a pasteboard"; }
+
     bool servesContents() override { return false; }
 
     void handOverContents() override { ++handOvers; }

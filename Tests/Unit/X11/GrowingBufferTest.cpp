@@ -1,4 +1,4 @@
-#include "Linux/X11/Selections/GrowingBuffer.h"
+#include "Linux/Selections/GrowingBuffer.h"
 
 #include "Tests/Unit/Fixtures/Random.h"
 

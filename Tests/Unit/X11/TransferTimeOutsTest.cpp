@@ -1,4 +1,4 @@
-#include "Linux/X11/Selections/TransferTimeOuts.h"
+#include "Linux/Selections/TransferTimeOuts.h"
 
 #include <gtest/gtest.h>
 

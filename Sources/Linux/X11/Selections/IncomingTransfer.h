@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/X11/Selections/GrowingBuffer.h"
+#include "Linux/Selections/GrowingBuffer.h"
 #include "Support/Bytes.h"
 
 #include <cstddef>

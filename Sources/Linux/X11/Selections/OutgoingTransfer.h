@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/X11/Selections/TransferTimeOuts.h"
+#include "Linux/Selections/TransferTimeOuts.h"
 #include "Support/Bytes.h"
 
 #include <chrono>

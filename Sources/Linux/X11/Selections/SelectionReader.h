@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Linux/Selections/TransferTimeOuts.h"
 #include "Linux/X11/Selections/IncomingTransfer.h"
-#include "Linux/X11/Selections/TransferTimeOuts.h"
 #include "Linux/X11/X11Connection.h"
 
 #include <xcb/xcb.h>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Linux/Contents/OwnedTargets.h"
+#include "Linux/Selections/OwnedContent.h"
 #include "Linux/X11/Selections/OutgoingTransfer.h"
 #include "Linux/X11/X11Connection.h"
 
@@ -9,27 +10,11 @@
 #include <cstddef>
 #include <functional>
 #include <list>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace tavel {
-
-/// How a value comes in a property.
-struct ValueForm {
-    std::string type; // name of the property's type
-    int format = 8;   // bits: 8, 16 or 32
-};
-
-/// What this process owns of a selection.
-struct OwnedContent {
-    pasteboardItems::Items items;
-
-    /// The forms of values that were taken over from another program, by their targets. A target that is not
-    /// here has the form of `valueForTarget`.
-    std::map<std::string, ValueForm> forms;
-};
 
 /// The content of a selection that this process owns.
 struct OwnedSelection {

@@ -2,7 +2,7 @@
 
 #include "Linux/Contents/TargetNames.h"
 #include "Linux/X11/Selections/SelectionName.h"
-#include "Platform/EventLoop.h"
+#include "Linux/X11/Selections/X11OwnerQuestions.h"
 #include "Platform/PasteboardTypes.h"
 
 #include <xcb/xfixes.h>
@@ -21,6 +21,18 @@ constexpr std::size_t noAnswer = 0;
 constexpr int mostAttempts = 3;
 
 } // namespace
+
+void X11Selection::synchronize() {
+    selections_.synchronize();
+}
+
+bool X11Selection::isLost() const {
+    return selections_.isLost();
+}
+
+std::optional<std::int64_t> X11Selection::own(OwnedContent content) {
+    return selections_.own(*this, std::move(content));
+}
 
 std::vector<std::string> X11Selections::atomNames() {
     // xsel falls back to older targets if the server does not know the names of texts.
@@ -42,12 +54,15 @@ X11Selections::X11Selections(std::unique_ptr<X11Connection> connection, const Tr
     connection_->setExcessHandler([this](const xcb_generic_event_t& event) { handleExcess(event); });
 }
 
-X11Selection& X11Selections::selection(const std::optional<std::string>& pasteboardName) {
+Selection& X11Selections::selection(const std::optional<std::string>& pasteboardName) {
     const xcb_atom_t atom = connection_->atom(selectionNameOf(pasteboardName));
-    const auto [position, isNew] = selections_.try_emplace(atom, *connection_, reader_, timeOuts_, atom);
-    X11Selection& selection = position->second;
-    if (!isNew)
-        return selection;
+    if (const auto known = selections_.find(atom); known != selections_.end())
+        return known->second;
+    X11Selection& selection =
+        selections_
+            .try_emplace(atom, *this, std::make_unique<X11OwnerQuestions>(*connection_, reader_, atom),
+                         timeOuts_, atom)
+            .first->second;
     xcb_xfixes_select_selection_input(connection_->get(), connection_->window(), atom,
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
@@ -88,11 +103,9 @@ std::optional<std::int64_t> X11Selections::own(X11Selection& selection, OwnedCon
 }
 
 bool X11Selections::hasWork() const {
-    return reader_.hasUnread() || std::ranges::any_of(selections_, [](const auto& entry) {
-               const X11Selection& selection = entry.second;
-               return selection.foreign.hasWork() ||
-                      (selection.noticed && selection.lastNoticed != selection.foreign.changeCount());
-           });
+    // Events that xcb read together with a reply are in its queue, and do not make the descriptor readable.
+    return connection_->hasQueuedEvent() || reader_.hasUnread() ||
+           std::ranges::any_of(selections_, [](const auto& entry) { return entry.second.hasWork(); });
 }
 
 std::optional<X11Selections::Clock::time_point> X11Selections::nextDeadline() const {
@@ -107,21 +120,17 @@ std::optional<X11Selections::Clock::time_point> X11Selections::nextDeadline() co
     return next;
 }
 
-void X11Selections::proceed(Clock::time_point now) {
+void X11Selections::dispatch() {
+    connection_->dispatchEvents();
+    const auto now = Clock::now();
     server_.giveUpOverdue(now);
     reader_.giveUpOverdue(now);
     reader_.readOn();
     for (auto& entry : selections_)
-        entry.second.foreign.proceed(now);
-    for (auto& entry : selections_) {
-        X11Selection& selection = entry.second;
-        selection.foreign.runFinished();
-        if (std::exchange(selection.lastNoticed, selection.foreign.changeCount()) !=
-                selection.foreign.changeCount() &&
-            selection.noticed)
-            runOrAbandon(selection.noticed);
-    }
-    xcb_flush(connection_->get());
+        entry.second.proceed(now);
+    for (auto& entry : selections_)
+        entry.second.tell();
+    flush();
 }
 
 bool X11Selections::isServing() const {

@@ -18,6 +18,11 @@ public:
     /// Throws std::bad_alloc and leaves the buffer unchanged.
     void append(std::string_view bytes);
 
+    /// Memory for the next `size` bytes, to be filled without a copy; `filled` says how many of them were.
+    /// Valid until the next operation. Throws like `append`.
+    char* room(std::size_t size);
+    void filled(std::size_t size) { size_ += size; }
+
     /// The bytes, without a copy. Leaves the buffer empty.
     Bytes take();
 

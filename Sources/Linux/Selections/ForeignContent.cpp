@@ -1,22 +1,15 @@
-#include "Linux/X11/Selections/ForeignContent.h"
+#include "Linux/Selections/ForeignContent.h"
 
 #include "Linux/Contents/TargetNames.h"
 #include "Platform/EventLoop.h"
 #include "Platform/PasteboardTypes.h"
 
 #include <algorithm>
-#include <cstring>
-#include <unordered_set>
 #include <utility>
 
 namespace tavel {
 
 namespace {
-
-/// Besides its types an owner offers targets of the protocol.
-constexpr std::size_t mostProtocolTargets = 16;
-constexpr std::size_t largestTargetListBytes =
-    (pasteboardType::mostTypes + mostProtocolTargets) * sizeof(xcb_atom_t);
 
 /// Comments before the first URL of a list.
 constexpr std::size_t commentBytes = 4096;
@@ -40,9 +33,8 @@ std::optional<Bytes> dataFrom(const SelectionValue& value, std::string_view type
 
 } // namespace
 
-ForeignContent::ForeignContent(X11Connection& connection, SelectionReader& reader,
-                               const TransferTimeOuts& timeOuts, xcb_atom_t selection)
-    : connection_(connection), reader_(reader), timeOuts_(timeOuts), selection_(selection) {}
+ForeignContent::ForeignContent(std::unique_ptr<OwnerQuestions> questions, const TransferTimeOuts& timeOuts)
+    : questions_(std::move(questions)), privateTypesTimeOut_(timeOuts.privateTypes) {}
 
 void ForeignContent::replace(std::int64_t changeCount, Clock::time_point now) {
     giveUp(false);
@@ -71,7 +63,7 @@ void ForeignContent::giveUp(bool isCurrent) {
     if (unknown_) {
         end(unknown_->fetch);
         if (unknown_->ticket)
-            reader_.take(*std::exchange(unknown_->ticket, std::nullopt));
+            questions_->takeTargets(*std::exchange(unknown_->ticket, std::nullopt));
     }
     for (const auto& state : active_)
         end(state->fetch);
@@ -86,7 +78,7 @@ void ForeignContent::giveUp(bool isCurrent) {
 
 void ForeignContent::end(std::optional<Fetch>& fetch) {
     if (fetch && fetch->ticket)
-        reader_.take(*fetch->ticket);
+        questions_->take(*fetch->ticket, fetch->targets[fetch->asked - 1]);
     fetch.reset();
 }
 
@@ -110,7 +102,7 @@ bool ForeignContent::hasWork() const {
         return true;
     if (unknown_) {
         if (unknown_->ticket)
-            return reader_.isDecided(*unknown_->ticket);
+            return questions_->isDecided(*unknown_->ticket);
         return isWatched_ && (!unknown_->fetch || needsAttention(*unknown_->fetch));
     }
     if (active_.empty())
@@ -120,19 +112,18 @@ bool ForeignContent::hasWork() const {
 }
 
 bool ForeignContent::needsAttention(const Fetch& fetch) const {
-    return !fetch.ticket || reader_.isDecided(*fetch.ticket);
+    return !fetch.ticket || questions_->isDecided(*fetch.ticket);
 }
 
 void ForeignContent::proceed(Clock::time_point now) {
-    if (connection_.isLost()) {
+    if (questions_->isLost()) {
         vanish();
         return;
     }
     if (!isWatched_)
         return;
-    // Only its time tells a refusal of the next request from a late refusal.
-    if ((unknown_ || !active_.empty()) && reader_.awaitsLateAnswers() && hasWork())
-        connection_.fetchTime(); // dispatches events: everything here may have changed
+    if ((unknown_ || !active_.empty()) && hasWork())
+        questions_->prepare(); // may handle events: everything here may have changed
     if (unknown_) {
         if (!proceed(*unknown_))
             return;
@@ -154,16 +145,13 @@ bool ForeignContent::proceed(Unknown& unknown) {
     if (!unknown.offer) {
         if (!unknown.ticket) {
             isSilent_ = false;
-            unknown.ticket = ask(connection_.atom("TARGETS"), largestTargetListBytes);
-            return false;
+            unknown.ticket = questions_->askForTargets();
         }
-        if (!reader_.isDecided(*unknown.ticket))
+        if (!questions_->isDecided(*unknown.ticket))
             return false;
-        isSilent_ = reader_.hasTimedOut(*unknown.ticket);
-        const auto answer = reader_.take(*std::exchange(unknown.ticket, std::nullopt));
+        isSilent_ = questions_->hasTimedOut(*unknown.ticket);
         unknown.offer = Offer{unknown.changeCount};
-        if (answer && answer->format == 32)
-            unknown.offer->targets = targetNames(answer->bytes);
+        unknown.offer->targets = questions_->takeTargets(*std::exchange(unknown.ticket, std::nullopt));
     }
     for (; unknown.values < valuesWithTargets_.size(); ++unknown.values) {
         if (!unknown.fetch)
@@ -179,7 +167,7 @@ bool ForeignContent::proceed(State& state, Clock::time_point now) {
     while (!state.wishes.empty()) {
         const Wish& wish = state.wishes.front();
         if (wish.isPrivate && !state.privateEnd)
-            state.privateEnd = now + timeOuts_.privateTypes;
+            state.privateEnd = now + privateTypesTimeOut_;
         if (state.privateEnd && now >= *state.privateEnd) {
             end(state.fetch);
             return true;
@@ -209,10 +197,11 @@ ForeignContent::Fetch ForeignContent::fetchOf(const WantedValue& wanted,
 bool ForeignContent::proceed(Fetch& fetch, Values& values) {
     for (;;) {
         if (fetch.ticket) {
-            if (!reader_.isDecided(*fetch.ticket))
+            if (!questions_->isDecided(*fetch.ticket))
                 return false;
-            isSilent_ = isSilent_ || reader_.hasTimedOut(*fetch.ticket);
-            auto answer = reader_.take(*std::exchange(fetch.ticket, std::nullopt));
+            isSilent_ = isSilent_ || questions_->hasTimedOut(*fetch.ticket);
+            auto answer =
+                questions_->take(*std::exchange(fetch.ticket, std::nullopt), fetch.targets[fetch.asked - 1]);
             auto value = answer ? valueOf(fetch, *std::move(answer)) : std::nullopt;
             if (value) {
                 values.insert_or_assign(fetch.type, *std::move(value));
@@ -222,35 +211,15 @@ bool ForeignContent::proceed(Fetch& fetch, Values& values) {
         if (isSilent_ || fetch.asked == fetch.targets.size())
             return true;
         const std::string& target = fetch.targets[fetch.asked++];
-        fetch.ticket = ask(connection_.atom(target), largestValue(fetch.type, fetch.limit));
+        fetch.ticket = questions_->ask(target, largestValue(fetch.type, fetch.limit));
     }
 }
 
-std::optional<GatheredValue> ForeignContent::valueOf(const Fetch& fetch, SelectionReader::Answer answer) {
-    SelectionValue source{fetch.targets[fetch.asked - 1], connection_.atomNames({&answer.type, 1}).front(),
-                          answer.format, std::move(answer.bytes), answer.isCut};
+std::optional<GatheredValue> ForeignContent::valueOf(const Fetch& fetch, SelectionValue source) {
     auto data = dataFrom(source, fetch.type);
     if (!data)
         return std::nullopt;
     return GatheredValue{std::move(source), *std::move(data)};
-}
-
-SelectionReader::Ticket ForeignContent::ask(xcb_atom_t target, std::size_t limit) {
-    return reader_.ask({selection_, target, connection_.latestTime(), limit});
-}
-
-/// The names of a list of atoms, each once, without those that are too long for a type.
-std::vector<std::string> ForeignContent::targetNames(const Bytes& list) {
-    std::vector<xcb_atom_t> atoms(list.size() / sizeof(xcb_atom_t));
-    if (!atoms.empty())
-        std::memcpy(atoms.data(), list.data(), atoms.size() * sizeof(xcb_atom_t));
-    std::vector<std::string> targets;
-    std::unordered_set<std::string> seen;
-    for (std::string& name : connection_.atomNames(atoms)) {
-        if (pasteboardType::isReadableName(name) && seen.insert(name).second)
-            targets.push_back(std::move(name));
-    }
-    return targets;
 }
 
 std::optional<ForeignContent::Clock::time_point> ForeignContent::nextDeadline() const {

@@ -1,5 +1,5 @@
 #include "Linux/Contents/TargetNames.h"
-#include "Linux/X11/Selections/ForeignContent.h"
+#include "Linux/Selections/ForeignContent.h"
 #include "Platform/EventLoop.h"
 #include "Platform/FileList.h"
 #include "Platform/PasteboardTypes.h"
@@ -73,7 +73,7 @@ std::unique_ptr<Gathering> ForeignContent::gatherForAddTypes(std::span<const std
 
 std::unique_ptr<Gathering> ForeignContent::start(std::shared_ptr<State> state) {
     state->isCurrent = !unknown_;
-    if (unknown_ || state->wishes.empty() || isSilent_ || connection_.isLost()) {
+    if (unknown_ || state->wishes.empty() || isSilent_ || questions_->isLost()) {
         const auto outer = std::exchange(running_, state);
         const Pasteboard::Gathered done = std::exchange(state->done, nullptr);
         const auto restore = [&] { running_ = outer; };

@@ -1,4 +1,4 @@
-#include "Linux/X11/Selections/GrowingBuffer.h"
+#include "Linux/Selections/GrowingBuffer.h"
 
 #include "Support/Throughput.h"
 
@@ -23,13 +23,17 @@ constexpr std::size_t hugeCapacity = std::size_t{256} << 20;
 void GrowingBuffer::append(std::string_view bytes) {
     if (bytes.empty())
         return;
-    const std::size_t needed = size_ + bytes.size();
+    std::memcpy(room(bytes.size()), bytes.data(), bytes.size());
+    filled(bytes.size());
+}
+
+char* GrowingBuffer::room(std::size_t size) {
+    const std::size_t needed = size_ + size;
     if (needed > capacity_)
         resize(capacityFor(needed));
     if (needed > largeCapacity)
-        provideMemory(bytes_.get() + size_, bytes.size());
-    std::memcpy(bytes_.get() + size_, bytes.data(), bytes.size());
-    size_ = needed;
+        provideMemory(bytes_.get() + size_, size);
+    return bytes_.get() + size_;
 }
 
 std::size_t GrowingBuffer::capacityFor(std::size_t needed) const {

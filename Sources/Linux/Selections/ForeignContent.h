@@ -1,11 +1,9 @@
 #pragma once
 
 #include "Linux/Contents/SelectionText.h"
-#include "Linux/X11/Selections/SelectionReader.h"
-#include "Linux/X11/X11Connection.h"
+#include "Linux/Selections/OwnerQuestions.h"
+#include "Linux/Selections/TransferTimeOuts.h"
 #include "Platform/Pasteboard.h"
-
-#include <xcb/xcb.h>
 
 #include <chrono>
 #include <cstddef>
@@ -30,20 +28,18 @@ struct GatheredValue {
 };
 
 /// Another program's content of one selection, as far as it has come: what is offered, and the values that
-/// callers gather. One transfer at a time is under way, as some owners can serve no more. Waits for the
-/// server, but for no owner. One thread.
+/// callers gather. One question at a time is under way, as some owners can serve no more. Waits for the
+/// display server, but for no owner. One thread.
 class ForeignContent {
 public:
-    using Clock = X11Connection::Clock;
+    using Clock = std::chrono::steady_clock;
     using Values = std::map<std::string, GatheredValue, std::less<>>;
 
     /// A content that is replaced before its targets are known is passed over, unless targets have been
     /// unknown for so long: a program that claims the selection again and again is noticed, too.
     static constexpr std::chrono::milliseconds longestUnnoticed{100};
 
-    /// These objects must outlive this one.
-    ForeignContent(X11Connection& connection, SelectionReader& reader, const TransferTimeOuts& timeOuts,
-                   xcb_atom_t selection);
+    ForeignContent(std::unique_ptr<OwnerQuestions> questions, const TransferTimeOuts& timeOuts);
 
     /// From now on, the targets of each content are asked for, and these values with them. A program that is
     /// not interested should ask nobody: some owners fail when a requestor ends before the answer.
@@ -106,13 +102,13 @@ private:
         std::size_t limit;
         std::vector<std::string> targets; // that give the type
         std::size_t asked = 0;            // of these
-        std::optional<SelectionReader::Ticket> ticket = std::nullopt;
+        std::optional<OwnerQuestions::Ticket> ticket = std::nullopt;
     };
 
     /// A content whose targets are not known yet.
     struct Unknown {
         std::int64_t changeCount;
-        std::optional<SelectionReader::Ticket> ticket = std::nullopt; // of the targets
+        std::optional<OwnerQuestions::Ticket> ticket = std::nullopt; // of the targets
         std::optional<Offer> offer = std::nullopt;
         std::size_t values = 0; // of those that come with the targets
         std::optional<Fetch> fetch = std::nullopt;
@@ -139,8 +135,6 @@ private:
 
     std::unique_ptr<Gathering> start(std::shared_ptr<State> state);
     bool isThere(std::string_view type) const;
-    std::vector<std::string> targetNames(const Bytes& list);
-    SelectionReader::Ticket ask(xcb_atom_t target, std::size_t limit);
     Fetch fetchOf(const WantedValue& wanted, std::span<const std::string> targets) const;
     bool needsAttention(const Fetch& fetch) const;
     bool proceed(Fetch& fetch, Values& values);
@@ -148,12 +142,10 @@ private:
     bool proceed(State& state, Clock::time_point now);
     void giveUp(bool isCurrent);
     void end(std::optional<Fetch>& fetch);
-    std::optional<GatheredValue> valueOf(const Fetch& fetch, SelectionReader::Answer answer);
+    static std::optional<GatheredValue> valueOf(const Fetch& fetch, SelectionValue source);
 
-    X11Connection& connection_;
-    SelectionReader& reader_;
-    const TransferTimeOuts& timeOuts_;
-    xcb_atom_t selection_;
+    const std::unique_ptr<OwnerQuestions> questions_;
+    const TransferTimeOuts::Duration privateTypesTimeOut_;
     bool isWatched_ = false;
     std::vector<WantedValue> valuesWithTargets_;
     Offer known_;

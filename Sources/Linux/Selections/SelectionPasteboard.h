@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/X11/Selections/X11Selections.h"
+#include "Linux/Selections/DisplaySelections.h"
 #include "Platform/Pasteboard.h"
 #include "Support/OwnerThread.h"
 
@@ -12,15 +12,18 @@
 
 namespace tavel {
 
-/// A selection of an X server as a pasteboard. This process keeps what it writes, and serves requestors. What
-/// another program owns comes in the background of the event loop, within the limits of TransferTimeOuts.
+/// A selection of a display server as a pasteboard. This process keeps what it writes, and serves requestors.
+/// What another program owns comes in the background of the event loop, within the limits of
+/// TransferTimeOuts.
 ///
-/// The server has no change count: this one counts ownership changes, from 0, since the process began to
+/// A display server has no change count: this one counts new contents, from 0, since the process began to
 /// watch the selection; another process's count may differ. Nor has it items: all types of another program's
 /// content are one item's, except the file URLs.
-class X11Pasteboard final : public Pasteboard {
+class SelectionPasteboard final : public Pasteboard {
 public:
-    X11Pasteboard(std::shared_ptr<X11Selections> selections, const std::optional<std::string>& name);
+    /// The name is as `DisplaySelections::selection` wants it.
+    SelectionPasteboard(std::shared_ptr<DisplaySelections> selections,
+                        const std::optional<std::string>& name);
 
     std::int64_t changeCount() override;
     std::int64_t noticedChangeCount() override;
@@ -48,8 +51,8 @@ private:
     std::optional<Bytes> otherProgramsFileUrl(std::size_t limit) const;
 
     [[no_unique_address]] OwnerThread owner_;
-    std::shared_ptr<X11Selections> selections_;
-    X11Selection& selection_;
+    std::shared_ptr<DisplaySelections> selections_; // keeps the selection
+    Selection& selection_;
 };
 
 } // namespace tavel

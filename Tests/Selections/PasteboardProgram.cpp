@@ -1,11 +1,10 @@
-#include "Tests/X11/PasteboardProgram.h"
+#include "Tests/Selections/PasteboardProgram.h"
 
-#include "Linux/X11/Selections/X11Pasteboard.h"
+#include "Linux/Selections/SelectionPasteboard.h"
 #include "Platform/PasteboardTypes.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,19 +12,11 @@
 #include <cstdint>
 #include <exception>
 #include <future>
-#include <stdexcept>
 #include <utility>
 
 namespace tavel {
 
 namespace {
-
-std::shared_ptr<X11Selections> connect(const std::string& display, const TransferTimeOuts& timeOuts) {
-    auto connection = X11Connection::open(display.c_str());
-    if (connection == nullptr)
-        throw std::runtime_error("There is no X server at " + display);
-    return std::make_shared<X11Selections>(std::move(connection), timeOuts);
-}
 
 /// Runs every operation on the program's thread. What another program owns is gathered first.
 class ForwardingPasteboard final : public Pasteboard {
@@ -34,8 +25,9 @@ public:
         : program_(program) {
         program_.run([&] {
             // Owns nothing: a pasteboard that outlives the program must not keep its selections alive.
-            const std::shared_ptr<X11Selections> selections(&program_.selections(), [](X11Selections*) {});
-            pasteboard_ = std::make_unique<X11Pasteboard>(selections, name);
+            const std::shared_ptr<DisplaySelections> selections(&program_.selections(),
+                                                                [](DisplaySelections*) {});
+            pasteboard_ = std::make_unique<SelectionPasteboard>(selections, name);
             pasteboard_->watch({}, {}); // so that contents come
         });
     }
@@ -156,8 +148,8 @@ private:
 
 } // namespace
 
-PasteboardProgram::PasteboardProgram(const std::string& display, const TransferTimeOuts& timeOuts)
-    : selections_(connect(display, timeOuts)), wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+PasteboardProgram::PasteboardProgram(std::shared_ptr<DisplaySelections> selections)
+    : selections_(std::move(selections)), wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       thread_([this] { serve(); }) {}
 
 PasteboardProgram::~PasteboardProgram() {
@@ -186,10 +178,6 @@ void PasteboardProgram::run(const std::function<void()>& task) {
     done_.wait(lock, [&] { return finished_ >= number; });
 }
 
-void PasteboardProgram::disconnect() {
-    run([this] { shutdown(selections_->connection().descriptor(), SHUT_RDWR); });
-}
-
 void PasteboardProgram::wake() const {
     eventfd_write(wakeUp_, 1);
 }
@@ -208,13 +196,12 @@ void PasteboardProgram::serve() {
             continue;
         }
         lock.unlock();
-        X11Connection& connection = selections_->connection();
-        connection.dispatchEvents();
-        selections_->proceed(X11Selections::Clock::now());
+        selections_->dispatch();
+        selections_->flush();
         constexpr int longestWait = 20; // milliseconds; transfers have deadlines
         pollfd ready[] = {{wakeUp_, POLLIN, 0},
-                          {connection.isLost() ? -1 : connection.descriptor(), POLLIN, 0}};
-        poll(ready, 2, connection.hasQueuedEvent() || selections_->hasWork() ? 0 : longestWait);
+                          {selections_->isLost() ? -1 : selections_->descriptor(), POLLIN, 0}};
+        poll(ready, 2, selections_->hasWork() ? 0 : longestWait);
         eventfd_t ignored = 0;
         eventfd_read(wakeUp_, &ignored);
         lock.lock();

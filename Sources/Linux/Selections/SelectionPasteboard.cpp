@@ -1,4 +1,4 @@
-#include "Linux/X11/Selections/X11Pasteboard.h"
+#include "Linux/Selections/SelectionPasteboard.h"
 
 #include "Linux/Contents/SelectionText.h"
 #include "Linux/Contents/TargetNames.h"
@@ -31,22 +31,23 @@ void visitUris(const SelectionValue& list, const UriVisitor& visit) {
 
 } // namespace
 
-X11Pasteboard::X11Pasteboard(std::shared_ptr<X11Selections> selections,
-                             const std::optional<std::string>& name)
+SelectionPasteboard::SelectionPasteboard(std::shared_ptr<DisplaySelections> selections,
+                                         const std::optional<std::string>& name)
     : selections_(std::move(selections)), selection_(selections_->selection(name)) {}
 
-std::int64_t X11Pasteboard::changeCount() {
+std::int64_t SelectionPasteboard::changeCount() {
     owner_.assertCurrent();
-    selections_->synchronize();
+    selection_.synchronize();
     return selection_.changeCount;
 }
 
-std::int64_t X11Pasteboard::noticedChangeCount() {
+std::int64_t SelectionPasteboard::noticedChangeCount() {
     owner_.assertCurrent();
     return selection_.foreign.changeCount();
 }
 
-bool X11Pasteboard::watch(const std::vector<WantedValue>& values, const std::function<void()>& noticed) {
+bool SelectionPasteboard::watch(const std::vector<WantedValue>& values,
+                                const std::function<void()>& noticed) {
     owner_.assertCurrent();
     selection_.foreign.watch(values);
     selection_.lastNoticed = noticedChangeCount();
@@ -54,26 +55,26 @@ bool X11Pasteboard::watch(const std::vector<WantedValue>& values, const std::fun
     return true;
 }
 
-std::unique_ptr<Gathering> X11Pasteboard::gather(const std::vector<WantedValue>& wanted,
-                                                 const Gathered& done) {
+std::unique_ptr<Gathering> SelectionPasteboard::gather(const std::vector<WantedValue>& wanted,
+                                                       const Gathered& done) {
     owner_.assertCurrent();
     return selection_.foreign.gather(wanted, done);
 }
 
-std::unique_ptr<Gathering> X11Pasteboard::gatherForAddTypes(const std::vector<std::string>& required,
-                                                            const Gathered& done) {
+std::unique_ptr<Gathering> SelectionPasteboard::gatherForAddTypes(const std::vector<std::string>& required,
+                                                                  const Gathered& done) {
     owner_.assertCurrent();
     return selection_.foreign.gatherForAddTypes(required, done);
 }
 
 /// What this process owns of the selection; null if it is another program's.
-std::shared_ptr<const OwnedContent> X11Pasteboard::ownContent() {
+std::shared_ptr<const OwnedContent> SelectionPasteboard::ownContent() {
     owner_.assertCurrent();
     // Once the server is gone, nobody can ask for what this process owned.
-    return selections_->connection().isLost() ? std::make_shared<const OwnedContent>() : selection_.owned;
+    return selection_.isLost() ? std::make_shared<const OwnedContent>() : selection_.owned;
 }
 
-std::vector<std::string> X11Pasteboard::types() {
+std::vector<std::string> SelectionPasteboard::types() {
     if (const auto own = ownContent()) {
         std::vector<std::string> types = pasteboardItems::types(own->items);
         types.resize(std::min(types.size(), pasteboardType::mostTypes));
@@ -91,7 +92,7 @@ std::vector<std::string> X11Pasteboard::types() {
     return types;
 }
 
-std::optional<Bytes> X11Pasteboard::string(std::string_view type, std::size_t limit) {
+std::optional<Bytes> SelectionPasteboard::string(std::string_view type, std::size_t limit) {
     const auto own = ownContent();
     const auto text =
         own != nullptr ? pasteboardItems::string(own->items, type) : otherProgramsData(type, limit);
@@ -100,14 +101,14 @@ std::optional<Bytes> X11Pasteboard::string(std::string_view type, std::size_t li
     return isText ? std::optional(text->slice(0, limit + 1)) : std::nullopt;
 }
 
-std::optional<Bytes> X11Pasteboard::data(std::string_view type, std::size_t limit) {
+std::optional<Bytes> SelectionPasteboard::data(std::string_view type, std::size_t limit) {
     const auto own = ownContent();
     const auto data =
         own != nullptr ? pasteboardItems::data(own->items, type) : otherProgramsData(type, limit);
     return data ? std::optional(data->slice(0, limit + 1)) : std::nullopt;
 }
 
-FileList X11Pasteboard::files(const FileListLimit& limit) {
+FileList SelectionPasteboard::files(const FileListLimit& limit) {
     FileListBuilder files(limit);
     if (const auto own = ownContent()) {
         for (const std::string& url : pasteboardItems::fileUrls(own->items))
@@ -126,7 +127,7 @@ FileList X11Pasteboard::files(const FileListLimit& limit) {
 }
 
 /// May return more than the limit.
-std::optional<Bytes> X11Pasteboard::otherProgramsData(std::string_view type, std::size_t limit) const {
+std::optional<Bytes> SelectionPasteboard::otherProgramsData(std::string_view type, std::size_t limit) const {
     if (type == pasteboardType::fileUrl)
         return otherProgramsFileUrl(limit);
     const GatheredValue* const value = selection_.foreign.value(type);
@@ -134,7 +135,7 @@ std::optional<Bytes> X11Pasteboard::otherProgramsData(std::string_view type, std
 }
 
 /// The first URL of the list.
-std::optional<Bytes> X11Pasteboard::otherProgramsFileUrl(std::size_t limit) const {
+std::optional<Bytes> SelectionPasteboard::otherProgramsFileUrl(std::size_t limit) const {
     const GatheredValue* const value = selection_.foreign.value(pasteboardType::fileUrl);
     if (value == nullptr)
         return std::nullopt;
@@ -149,27 +150,27 @@ std::optional<Bytes> X11Pasteboard::otherProgramsFileUrl(std::size_t limit) cons
     return Bytes::adopt(withoutOwnHost(first, g_get_host_name()));
 }
 
-bool X11Pasteboard::canHold(const Representation& representation) {
+bool SelectionPasteboard::canHold(const Representation& representation) {
     return canHoldAll({&representation, 1});
 }
 
-std::optional<std::int64_t> X11Pasteboard::replaceWithValues(std::span<const PasteboardValue> values) {
+std::optional<std::int64_t> SelectionPasteboard::replaceWithValues(std::span<const PasteboardValue> values) {
     return replace(pasteboardItems::fromValues(values));
 }
 
-std::optional<std::int64_t> X11Pasteboard::replaceWithItems(std::span<const PasteboardItem> items) {
+std::optional<std::int64_t> SelectionPasteboard::replaceWithItems(std::span<const PasteboardItem> items) {
     return replace(Items(items.begin(), items.end()));
 }
 
 /// Takes the selection over with these items; without any that can be held, to clear it.
-std::optional<std::int64_t> X11Pasteboard::replace(std::optional<Items> items) {
+std::optional<std::int64_t> SelectionPasteboard::replace(std::optional<Items> items) {
     owner_.assertCurrent();
     const bool isHeld = items && std::ranges::all_of(*items, canHoldAll);
-    const auto changeCount = selections_->own(selection_, {isHeld ? *std::move(items) : Items(), {}});
+    const auto changeCount = selection_.own({isHeld ? *std::move(items) : Items(), {}});
     return isHeld ? changeCount : std::nullopt;
 }
 
-std::optional<std::int64_t> X11Pasteboard::addTypes(std::span<const Representation> representations) {
+std::optional<std::int64_t> SelectionPasteboard::addTypes(std::span<const Representation> representations) {
     if (representations.empty() || !canHoldAll(representations))
         return std::nullopt;
     const auto own = ownContent();
@@ -181,12 +182,12 @@ std::optional<std::int64_t> X11Pasteboard::addTypes(std::span<const Representati
         std::erase_if(content->forms,
                       [&](const auto& form) { return targetName::typeOf(form.first) == one.type; });
     }
-    return selections_->own(selection_, std::move(*content));
+    return selection_.own(std::move(*content));
 }
 
 /// Everything that was gathered of the other program's content. nullopt if something of it is missing that
 /// must not be lost, or if it has more files than the limit.
-std::optional<OwnedContent> X11Pasteboard::otherProgramsContent() {
+std::optional<OwnedContent> SelectionPasteboard::otherProgramsContent() {
     if (!selection_.foreign.canAddTypes())
         return std::nullopt;
     OwnedContent content;
@@ -205,7 +206,7 @@ std::optional<OwnedContent> X11Pasteboard::otherProgramsContent() {
 }
 
 /// False if there are more files than the limit.
-bool X11Pasteboard::takeOverFiles(Items& items) const {
+bool SelectionPasteboard::takeOverFiles(Items& items) const {
     const GatheredValue* const list = selection_.foreign.value(pasteboardType::fileUrl);
     if (list == nullptr)
         return true;

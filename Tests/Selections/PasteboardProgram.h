@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Linux/X11/Selections/X11Selections.h"
+#include "Linux/Selections/DisplaySelections.h"
 #include "Platform/Pasteboard.h"
 
 #include <condition_variable>
@@ -14,12 +14,12 @@
 
 namespace tavel {
 
-/// Acts as a separate program with pasteboards on an X server: it has its own connection, and its own thread
-/// that serves its selections.
+/// Acts as a separate program with pasteboards on a display server: it has its own connection, and its own
+/// thread that serves its selections.
 class PasteboardProgram {
 public:
-    /// Throws std::runtime_error if there is no server.
-    PasteboardProgram(const std::string& display, const TransferTimeOuts& timeOuts);
+    /// The selections become the program's thread's.
+    explicit PasteboardProgram(std::shared_ptr<DisplaySelections> selections);
     ~PasteboardProgram();
     PasteboardProgram(const PasteboardProgram&) = delete;
     PasteboardProgram& operator=(const PasteboardProgram&) = delete;
@@ -35,16 +35,13 @@ public:
     bool isCurrent() const { return std::this_thread::get_id() == thread_.get_id(); }
 
     /// The selections of the program's pasteboards. Only for use within `run`.
-    X11Selections& selections() { return *selections_; }
-
-    /// Ends the program's connection as a crash would, but keeps the program.
-    void disconnect();
+    DisplaySelections& selections() { return *selections_; }
 
 private:
     void serve();
     void wake() const;
 
-    std::shared_ptr<X11Selections> selections_;
+    std::shared_ptr<DisplaySelections> selections_;
     int wakeUp_;
     std::mutex mutex_;
     std::condition_variable done_;

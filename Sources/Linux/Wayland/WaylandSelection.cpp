@@ -1,0 +1,110 @@
+#include "Linux/Wayland/WaylandSelection.h"
+
+#include "Linux/Contents/OwnedTargets.h"
+#include "Linux/Wayland/WaylandSelections.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tavel {
+
+WaylandSelection::WaylandSelection(WaylandSelections& selections, WaylandSelectionKind kind,
+                                   PipeReader& reader, WaylandOffer beginning,
+                                   const TransferTimeOuts& timeOuts)
+    : WaylandSelection(selections, kind, reader, std::make_shared<WaylandOffer>(std::move(beginning)),
+                       timeOuts) {
+    if (offer_->number != 0)
+        foreign.replace(changeCount, Clock::now());
+    else
+        foreign.replaceByOwn(changeCount); // nobody's
+}
+
+WaylandSelection::WaylandSelection(WaylandSelections& selections, WaylandSelectionKind kind,
+                                   PipeReader& reader, const std::shared_ptr<WaylandOffer>& offer,
+                                   const TransferTimeOuts& timeOuts)
+    : Selection(std::make_unique<WaylandOwnerQuestions>(selections.connection(), reader, offer), timeOuts),
+      selections_(selections), kind_(kind), offer_(offer) {}
+
+void WaylandSelection::synchronize() {
+    selections_.synchronize();
+}
+
+bool WaylandSelection::isLost() const {
+    return selections_.isLost();
+}
+
+std::optional<std::int64_t> WaylandSelection::own(OwnedContent content) {
+    const std::vector<std::string> types = contentTargets(content.items);
+    std::unordered_set<std::string> typeSet(types.begin(), types.end());
+    auto shared = std::make_shared<const OwnedContent>(std::move(content));
+    WaylandConnection& connection = selections_.connection();
+    const std::uint64_t source = connection.select(kind_, types);
+    if (source == 0)
+        return std::nullopt;
+    sources_.emplace(source, std::move(shared));
+    source_ = source;
+    sourceTypes_ = std::move(typeSet);
+    sourceCount_.reset();
+    if (!selections_.awaitRequests() && !sourceCount_) {
+        // The compositor has stopped, or has gone. Should it go on, it finds that nothing was to be written.
+        connection.withdraw(source);
+        sources_.erase(source);
+        source_ = 0;
+        return std::nullopt;
+    }
+    if (!sourceCount_)
+        becomeOwner(); // a compositor that does not tell the owner
+    return sourceCount_;
+}
+
+void WaylandSelection::selected(WaylandOffer offer) {
+    if (source_ != 0 && isOurs(offer)) {
+        if (!sourceCount_)
+            becomeOwner();
+        return;
+    }
+    const bool isAwaited = source_ != 0 && !sourceCount_; // ours comes after this content
+    if (!isAwaited)
+        source_ = 0;
+    owned.reset();
+    *offer_ = std::move(offer);
+    if (offer_->number == 0) {
+        foreign.vanish();
+        return;
+    }
+    ++changeCount;
+    foreign.replace(changeCount, Clock::now());
+}
+
+void WaylandSelection::cancelled(std::uint64_t source) {
+    if (sources_.erase(source) == 0 || source != source_)
+        return;
+    if (!sourceCount_)
+        becomeOwner(); // and lost it again at once
+    source_ = 0;
+    owned.reset();
+}
+
+std::shared_ptr<const OwnedContent> WaylandSelection::contentOf(std::uint64_t source) const {
+    const auto found = sources_.find(source);
+    return found != sources_.end() ? found->second : nullptr;
+}
+
+/// Whether the offer is that of our source, which was not cancelled. Compositors pass the types on in their
+/// own ways: each once or as they were offered.
+bool WaylandSelection::isOurs(const WaylandOffer& offer) const {
+    return offer.number != 0 &&
+           (offer.targets.size() == sourceTypes_.size() || offer.targets.size() == mostOfferedTypes) &&
+           std::ranges::all_of(offer.targets,
+                               [this](const std::string& type) { return sourceTypes_.contains(type); });
+}
+
+void WaylandSelection::becomeOwner() {
+    ++changeCount;
+    sourceCount_ = changeCount;
+    const auto found = sources_.find(source_);
+    owned = found != sources_.end() ? found->second : nullptr;
+    foreign.replaceByOwn(changeCount);
+}
+
+} // namespace tavel

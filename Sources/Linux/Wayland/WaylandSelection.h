@@ -1,0 +1,62 @@
+#pragma once
+
+#include "Linux/Selections/Selection.h"
+#include "Linux/Wayland/DataControlModule.h"
+#include "Linux/Wayland/PipeReader.h"
+#include "Linux/Wayland/WaylandOwnerQuestions.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace tavel {
+
+class WaylandSelections;
+
+/// One selection that a compositor passes on. The compositor tells every program of a new content with the
+/// same words, its owner included. Ours is known by its place among the events: it comes after the requests
+/// that made it, and another program's content comes only after the news that our source was cancelled.
+class WaylandSelection final : public Selection {
+public:
+    /// The other objects must outlive this one. The beginning is the content that was there before this
+    /// process.
+    WaylandSelection(WaylandSelections& selections, WaylandSelectionKind kind, PipeReader& reader,
+                     WaylandOffer beginning, const TransferTimeOuts& timeOuts);
+
+    void synchronize() override;
+    bool isLost() const override;
+    std::optional<std::int64_t> own(OwnedContent content) override;
+
+    /// The compositor tells of a new content, which may be ours.
+    void selected(WaylandOffer offer);
+
+    /// The compositor has taken the selection from that source.
+    void cancelled(std::uint64_t source);
+
+    /// What a source of ours offers; null if there is no such source of this selection.
+    std::shared_ptr<const OwnedContent> contentOf(std::uint64_t source) const;
+
+private:
+    WaylandSelection(WaylandSelections& selections, WaylandSelectionKind kind, PipeReader& reader,
+                     const std::shared_ptr<WaylandOffer>& offer, const TransferTimeOuts& timeOuts);
+
+    bool isOurs(const WaylandOffer& offer) const;
+    void becomeOwner();
+
+    WaylandSelections& selections_;
+    const WaylandSelectionKind kind_;
+    const std::shared_ptr<WaylandOffer> offer_;
+
+    /// Those that were not cancelled. A reader may still ask for the content before ours.
+    std::map<std::uint64_t, std::shared_ptr<const OwnedContent>> sources_;
+
+    std::uint64_t source_ = 0; // the one that has the selection, or is about to get it; 0 without one
+    std::unordered_set<std::string> sourceTypes_;
+    std::optional<std::int64_t> sourceCount_; // the change count with which it got it; nullopt before
+};
+
+} // namespace tavel

@@ -1,0 +1,27 @@
+#include "Linux/WaylandPlatform.h"
+
+#include "Linux/Selections/SelectionPasteboard.h"
+#include "Linux/Store/StoreDirectory.h"
+
+#include <utility>
+
+namespace tavel {
+
+WaylandPlatform::WaylandPlatform(std::shared_ptr<WaylandSelections> selections)
+    : selections_(std::move(selections)), events_(selections_) {}
+
+std::shared_ptr<Pasteboard> WaylandPlatform::openPasteboard(const std::optional<std::string>& name) {
+    if (!selections_->has(name))
+        return store_.open(name);
+    return std::make_shared<SelectionPasteboard>(selections_, name);
+}
+
+std::string WaylandPlatform::describePasteboard(const std::optional<std::string>& name) {
+    if (!selections_->has(name))
+        return "the pasteboards in " + pasteboardStoreDirectory().string() +
+               ", as Wayland has none of that name";
+    return std::string(name ? "the primary selection" : "the clipboard") + " of the Wayland compositor (" +
+           selections_->connection().protocol() + ")";
+}
+
+} // namespace tavel
