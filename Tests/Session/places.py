@@ -6,8 +6,9 @@ import pathlib
 import subprocess
 import sys
 import unicodedata
+import uuid
 
-from scratch_places import environment_in, scratch_directory, x_server
+from scratch_places import environment_in, scratch_directory, wayland_compositor, x_server
 
 
 class Place:
@@ -24,6 +25,12 @@ class Place:
         self.temporary_directory.mkdir()
         self.environment = environment_in(directory, TMPDIR=str(self.temporary_directory))
 
+    @contextlib.contextmanager
+    def pasteboard(self):
+        """Gives a pasteboard that nobody else uses: its name, or None for the general one, and the environment of the
+        programs that use it."""
+        yield f"tavel-test-{uuid.uuid4()}", self.environment
+
     def export_directories(self):
         return set(self.temporary_directory.glob("tavel-clipboard-*"))
 
@@ -39,6 +46,16 @@ class X11(Place):
     def __init__(self, directory, display):
         super().__init__(directory)
         self.environment["DISPLAY"] = display
+
+
+class Wayland(Place):
+    html_mark = b""
+
+    @contextlib.contextmanager
+    def pasteboard(self):
+        """A compositor has one clipboard, so each test has a compositor."""
+        with wayland_compositor() as display:
+            yield None, self.environment | {"WAYLAND_DISPLAY": display}
 
 
 class Mac(Place):
@@ -69,9 +86,16 @@ def _x11():
 
 
 @contextlib.contextmanager
+def _wayland():
+    with scratch_directory() as directory:
+        yield Wayland(directory)
+
+
+@contextlib.contextmanager
 def _mac():
     with scratch_directory() as directory:
         yield Mac(directory)
 
 
-ALL = {"mac": _mac} if sys.platform == "darwin" else {"headless": _headless, "x11": _x11}
+ALL = {"mac": _mac} if sys.platform == "darwin" else {
+    "headless": _headless, "x11": _x11, "wayland": _wayland}

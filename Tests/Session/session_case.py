@@ -8,7 +8,6 @@ import subprocess
 import tempfile
 import threading
 import unittest
-import uuid
 
 from agent_process import TIMEOUT, AgentProcess, compact, shortened
 
@@ -37,17 +36,23 @@ class SessionCase(unittest.TestCase):
     launching = threading.Lock()
 
     def setUp(self):
-        self.pasteboard = f"tavel-test-{uuid.uuid4()}"
+        pasteboard = self.place.pasteboard()
+        self.pasteboard, self.environment = pasteboard.__enter__()
+        self.addCleanup(pasteboard.__exit__, None, None, None)
         self.addCleanup(self.clear)
         self.directory = pathlib.Path(tempfile.mkdtemp(dir=self.place.directory))
         self.agent = None
+
+    def named(self, option):
+        """Returns the arguments with which a program uses this test's pasteboard."""
+        return [] if self.pasteboard is None else [option, self.pasteboard]
 
     # ---- the other application
 
     def run_tool(self, *arguments, content=b""):
         return subprocess.run(
-            [self.tool_program, "--pasteboard", self.pasteboard, *map(str, arguments)], input=content,
-            stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=TIMEOUT, env=self.place.environment)
+            [self.tool_program, *self.named("--pasteboard"), *map(str, arguments)], input=content,
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=TIMEOUT, env=self.environment)
 
     def tool(self, *arguments, content=b""):
         """Runs the other application and returns its output."""
@@ -84,8 +89,8 @@ class SessionCase(unittest.TestCase):
     # ---- the agent
 
     def launch(self, *arguments, below_shell=False):
-        command = [self.agent_program, "--test-pasteboard", self.pasteboard, *arguments]
-        self.agent = AgentProcess(command, self.place.environment, below_shell)
+        command = [self.agent_program, *self.named("--test-pasteboard"), *arguments]
+        self.agent = AgentProcess(command, self.environment, below_shell)
         self.addCleanup(self.agent.kill)
 
     def start(self, below_shell=False):

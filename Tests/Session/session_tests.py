@@ -134,7 +134,7 @@ class LifeTests(SessionCase):
 
     def test_nothing_is_said_of_other_pasteboards(self):
         self.start()
-        own, self.pasteboard = self.pasteboard, self.pasteboard + "-other"
+        own, self.pasteboard = self.pasteboard, f"{self.pasteboard or 'tavel-test'}-other"
         self.addCleanup(self.clear)
         self.copy_text("elsewhere")
         self.expect_silence()

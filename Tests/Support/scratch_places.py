@@ -1,16 +1,18 @@
-"""Directories, environments and X servers of one run, which keep the programs away from the user's own desktop."""
+"""Directories, environments, X servers and compositors of one run, which keep the programs away from the user's own desktop."""
 
 import contextlib
 import os
 import pathlib
 import select
 import shutil
+import socket
 import subprocess
 import tempfile
 import time
 
 from agent_process import TIMEOUT
 
+_NOBODY = 65534
 _DESKTOP_VARIABLES = ("DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_BUS_ADDRESS")
 
 
@@ -65,3 +67,44 @@ def x_server():
         os.close(reading)
         server.terminate()  # SIGTERM lets it remove its files
         server.wait(TIMEOUT)
+
+
+@contextlib.contextmanager
+def wayland_compositor():
+    """Starts an invisible sway and gives its display: the absolute path of its socket."""
+    with scratch_directory() as directory:
+        # sway refuses to run as root. Root can connect to it all the same.
+        as_nobody = ["--reuid", str(_NOBODY), "--regid", str(_NOBODY), "--clear-groups"] if os.getuid() == 0 else []
+        if as_nobody:
+            os.chown(directory, _NOBODY, _NOBODY)
+        configuration = directory / "configuration"
+        configuration.write_text("xwayland disable\n")
+        configuration.chmod(0o644)
+        environment = environment_in(
+            directory, HOME=str(directory), WLR_BACKENDS="headless", WLR_RENDERER="pixman",
+            WLR_LIBINPUT_NO_DEVICES="1")
+        # If this process is killed, the compositor ends too.
+        compositor = subprocess.Popen(
+            ["setpriv", "--pdeathsig", "TERM", *as_nobody, "sway", "--config", str(configuration)], env=environment,
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        try:
+            yield str(_listening_socket(directory))
+        finally:
+            compositor.terminate()
+            compositor.wait(TIMEOUT)
+
+
+def _listening_socket(directory):
+    """Returns the compositor's socket once it takes connections."""
+    end = time.monotonic() + TIMEOUT
+    while time.monotonic() < end:
+        for path in directory.glob("wayland-*"):
+            if path.is_socket() and _takes_connections(path):
+                return path
+        time.sleep(0.01)
+    raise RuntimeError("sway does not start. Is the package sway installed?")
+
+
+def _takes_connections(path):
+    with socket.socket(socket.AF_UNIX) as connection:
+        return connection.connect_ex(str(path)) == 0

@@ -29,9 +29,11 @@ bool isColorWanted() {
 
 } // namespace
 
-Session::Session(const ConsoleOptions& options, const std::filesystem::path& agentExecutable)
-    : options_(options), places_(Places::ofThisProcess()), onTerminal_(isLineEditingPossible()),
-      colored_(isColorWanted()), agent_(agentExecutable, options.pasteboard, agentHandlers()) {
+Session::Session(const ConsoleOptions& options, const std::filesystem::path& agentExecutable,
+                 std::string clipboard)
+    : options_(options), clipboard_(std::move(clipboard)), places_(Places::ofThisProcess()),
+      onTerminal_(isLineEditingPossible()), colored_(isColorWanted()),
+      agent_(agentExecutable, options.pasteboard, agentHandlers()) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         signalWatches_.push_back(Watch::signal(number, [this] { interrupted_ = true; }));
     signalWatches_.push_back(Watch::signal(SIGWINCH, [this] {
@@ -66,6 +68,7 @@ int Session::run() {
 
 void Session::runOnTerminal() {
     editor_ = std::make_unique<LineEditor>(promptText, [this] { return waitForKeyboard(); });
+    show({"The agent stands on " + clipboard_ + ".", Tone::dim});
     show({"The agent is running. Type help for the commands, quit or Ctrl-D to end.", Tone::dim});
     while (!isOver()) {
         const auto line = editor_->readLine();

@@ -22,8 +22,9 @@ namespace tavel {
 /// line, so that the output follows the order of the commands.
 class Session {
 public:
-    /// Starts the agent. Throws Error if it cannot.
-    Session(const ConsoleOptions& options, const std::filesystem::path& agentExecutable);
+    /// Starts the agent. `clipboard` describes the one that the agent uses. Throws Error if it cannot.
+    Session(const ConsoleOptions& options, const std::filesystem::path& agentExecutable,
+            std::string clipboard);
 
     /// Runs until the user or the agent ends the session. Returns the exit status.
     int run();
@@ -46,6 +47,7 @@ private:
     int complain(std::string_view what) const;
 
     ConsoleOptions options_;
+    std::string clipboard_;
     Places places_;
     bool onTerminal_;
     bool colored_;
