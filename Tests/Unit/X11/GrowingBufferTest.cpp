@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <cstring>
 #include <string>
 #include <utility>
 
@@ -34,6 +35,16 @@ TEST(GrowingBuffer, gathersWhatIsAppended) {
     buffer.append(std::string_view("\0d", 2));
     EXPECT_EQ(buffer.size(), 5U);
     EXPECT_EQ(buffer.take().view(), std::string_view("abc\0d", 5));
+}
+
+TEST(GrowingBuffer, keepsWhatWasFilledOfItsRoomAlone) {
+    GrowingBuffer buffer;
+    buffer.append("abc");
+    std::memcpy(buffer.room(100'000), "defg", 4);
+    buffer.filled(2);
+    EXPECT_EQ(buffer.size(), 5U);
+    buffer.append("h");
+    EXPECT_EQ(buffer.take().view(), "abcdeh");
 }
 
 TEST(GrowingBuffer, growsByOneByteAtEveryCapacity) {
