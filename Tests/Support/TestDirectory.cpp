@@ -25,7 +25,8 @@ TestDirectory::TestDirectory() {
 std::map<std::string, std::optional<std::string>> TestDirectory::environment() const {
     return {{"XDG_RUNTIME_DIR", runtimeDirectory().string()},
             {"TMPDIR", temporaryDirectory().string()},
-            {"DISPLAY", std::nullopt}};
+            {"DISPLAY", std::nullopt},
+            {"WAYLAND_DISPLAY", std::nullopt}};
 }
 
 std::filesystem::path TestDirectory::createFile(const std::filesystem::path& name,

@@ -24,7 +24,7 @@ public:
     std::filesystem::path pasteboardStore() const { return runtimeDirectory() / "tavel-pasteboard"; }
 
     /// What leads a program here, and away from the display of whoever runs the tests: XDG_RUNTIME_DIR,
-    /// TMPDIR and no DISPLAY.
+    /// TMPDIR, and no DISPLAY or WAYLAND_DISPLAY.
     std::map<std::string, std::optional<std::string>> environment() const;
 
     /// Creates a file below `path` with that content, and the directories that lead to it.
