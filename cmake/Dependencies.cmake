@@ -57,5 +57,6 @@ if(NOT APPLE) # the system itself has a pasteboard, images, dates and windows
   pkg_check_modules(seccomp REQUIRED IMPORTED_TARGET libseccomp)
   pkg_check_modules(gtk REQUIRED IMPORTED_TARGET gtk+-3.0)
   pkg_check_modules(x11 REQUIRED IMPORTED_TARGET x11)
+  pkg_check_modules(wayland_client REQUIRED IMPORTED_TARGET wayland-client)
   pkg_get_variable(vips_library_directory vips libdir)
 endif()
