@@ -31,6 +31,9 @@ class Place:
         programs that use it."""
         yield f"tavel-test-{uuid.uuid4()}", self.environment
 
+    def check(self, agent):
+        """Raises an AssertionError if the agent with that process identifier uses another kind of pasteboard."""
+
     def export_directories(self):
         return set(self.temporary_directory.glob("tavel-clipboard-*"))
 
@@ -56,6 +59,10 @@ class Wayland(Place):
         """A compositor has one clipboard, so each test has a compositor."""
         with wayland_compositor() as display:
             yield None, self.environment | {"WAYLAND_DISPLAY": display}
+
+    def check(self, agent):
+        """Without the module, the agent would use its store, on which the tests pass as well."""
+        assert "tavel-wayland" in pathlib.Path(f"/proc/{agent}/maps").read_text()
 
 
 class Mac(Place):
