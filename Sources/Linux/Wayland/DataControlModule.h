@@ -22,9 +22,9 @@ struct DataControlEvents {
     void* receiver; // the first argument of each
 
     /// A selection has a new content: an offer, this process's own included, or none (0). The offer before it
-    /// is void. `types` has the first of the offer's types, each once, without those with names that are too
-    /// long for a type. The first such event comes during `open`, if the compositor sends any then: it tells
-    /// of the content from before.
+    /// is void. `types` has the first of the offer's types, each once, without those with names that a type
+    /// cannot have (`pasteboardType::isReadableName`), and fewer if there is no memory for them. The first
+    /// such event comes during `open`, if the compositor sends any then: it tells of the content from before.
     void (*selected)(void* receiver, WaylandSelectionKind kind, std::uint64_t offer,
                      std::vector<std::string> types);
 
@@ -45,8 +45,8 @@ class DataControlConnection;
 /// The interface of the loadable module tavel-wayland. It speaks the protocols ext-data-control-v1 and
 /// wlr-data-control-unstable-v1 with libwayland-client, which would cost every start of the agent something.
 /// Plain functions instead of virtual ones, because module and program share no type information. One thread.
-/// They do not throw, and none but `open` waits for the compositor. A lost connection tells nothing more, and
-/// requests to it do nothing.
+/// They do not throw, and none but `open` and `select` wait for the compositor. A lost connection tells
+/// nothing more, and requests to it do nothing.
 struct DataControlModule {
     /// Takes the connected socket over. Binds the first seat's data control, ext-data-control-v1 rather than
     /// the other, and returns when the compositor has told of the selections from before. Null if the
@@ -71,8 +71,11 @@ struct DataControlModule {
     /// when the descriptor is writable. Meanwhile all requests fail.
     bool (*flush)(DataControlConnection& connection);
 
-    /// Makes a source with these types, which may be none, the content of the selection. Gives its number; 0
-    /// if that fails. `select` with a source of before is no way to get a selection back.
+    /// Makes a source with these types, which may be none, the content of the selection. Leaves out names
+    /// that cannot be sent: those that `pasteboardType::isReadableName` refuses, and those with a NUL. Gives
+    /// the source's number; 0 if that fails. The names can be more than the socket holds: if so, waits up to
+    /// a second in all until the compositor takes the rest. `select` with a source of before is no way to get
+    /// a selection back.
     std::uint64_t (*select)(DataControlConnection& connection, WaylandSelectionKind kind,
                             const std::vector<std::string>& types);
 

@@ -145,7 +145,7 @@ void DataControlConnection::withdraw(std::uint64_t source) {
 }
 
 bool DataControlConnection::receive(std::uint64_t offer, const std::string& type, int descriptor) {
-    const auto found = std::ranges::find(selections_, offer, &Numbered::number);
+    auto* const found = std::ranges::find(selections_, offer, &Numbered::number);
     if (found == selections_.end() || found->proxy == nullptr || !canBeSent(type) ||
         !display_.reserveRequest() || !canBeCopied(descriptor))
         return false;
@@ -234,7 +234,7 @@ void DataControlConnection::keepOffer(wl_proxy* offer) {
 
 void DataControlConnection::handleOffer(wl_proxy* offer, std::uint32_t /*event*/,
                                         const wl_argument* arguments) {
-    const auto found = findProxy(unclaimed_, offer);
+    auto* const found = findProxy(unclaimed_, offer);
     if (found != unclaimed_.end())
         found->types.add(arguments[0].s);
 }
@@ -246,7 +246,7 @@ void DataControlConnection::handleSelection(WaylandSelectionKind kind, wl_proxy*
     display_.destroySoon(std::move(selection.proxy));
     selection.number = 0;
     std::vector<std::string> types;
-    const auto found = offer == nullptr ? unclaimed_.end() : findProxy(unclaimed_, offer);
+    auto* const found = offer == nullptr ? unclaimed_.end() : findProxy(unclaimed_, offer);
     if (found != unclaimed_.end()) {
         selection = {std::move(found->proxy), ++lastOffer_};
         types = std::exchange(found->types, {}).take();
