@@ -70,10 +70,10 @@ bool DataControlConnection::bind(Clock::time_point deadline) {
 
 /// Waits until the compositor has carried out all requests. False at the deadline, or if that fails.
 bool DataControlConnection::awaitAnswer(Clock::time_point deadline) {
-    isBound_ = false;
+    isAnswered_ = false;
     if (!sendQuestion(ownQuestion))
         return false;
-    while (!isBound_)
+    while (!isAnswered_)
         if (Clock::now() >= deadline || !display_.awaitEvents(deadline))
             return false;
     return !isLost();
@@ -178,7 +178,7 @@ void DataControlConnection::handleCallback(wl_proxy* callback, std::uint32_t /*e
     const std::uint64_t number = found->number;
     questions_.erase(found);
     if (number == ownQuestion)
-        isBound_ = true;
+        isAnswered_ = true;
     else
         events_.answered(events_.receiver, number);
 }

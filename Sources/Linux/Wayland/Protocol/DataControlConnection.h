@@ -75,7 +75,7 @@ private:
     std::uint64_t lastOffer_ = 0;
     std::uint64_t lastSource_ = 0;
     std::uint64_t lastQuestion_ = 0;
-    bool isBound_ = false; // the question of `awaitAnswer` is answered
+    bool isAnswered_ = false; // the question of `awaitAnswer` is answered
 };
 
 } // namespace tavel

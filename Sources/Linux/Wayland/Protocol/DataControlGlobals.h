@@ -12,6 +12,9 @@ class DataControlGlobals {
 public:
     /// Asks for the registry. It is complete when the compositor has answered another question.
     explicit DataControlGlobals(WaylandDisplay& display);
+    ~DataControlGlobals() = default;
+    DataControlGlobals(const DataControlGlobals&) = delete; // the registry's events come to this object
+    DataControlGlobals& operator=(const DataControlGlobals&) = delete;
 
     bool areComplete() const { return (ext_.isThere() || wlr_.isThere()) && seat_.isThere(); }
 
