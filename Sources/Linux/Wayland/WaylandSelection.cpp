@@ -8,6 +8,21 @@
 
 namespace tavel {
 
+namespace {
+
+/// A compositor tells every program of all types at once, this one included, and drops a connection whose
+/// buffer they overfill (sway: at about 170,000 bytes).
+constexpr std::size_t mostNameBytes = std::size_t{64} * 1024;
+
+bool canBeTold(const std::vector<std::string>& types) {
+    std::size_t bytes = 0;
+    for (const std::string& type : types)
+        bytes += type.size();
+    return bytes <= mostNameBytes;
+}
+
+} // namespace
+
 WaylandSelection::WaylandSelection(WaylandSelections& selections, WaylandSelectionKind kind,
                                    PipeReader& reader, WaylandOffer beginning,
                                    const TransferTimeOuts& timeOuts)
@@ -35,6 +50,8 @@ bool WaylandSelection::isLost() const {
 
 std::optional<std::int64_t> WaylandSelection::own(OwnedContent content) {
     const std::vector<std::string> types = contentTargets(content.items);
+    if (!canBeTold(types))
+        return std::nullopt;
     std::unordered_set<std::string> typeSet(types.begin(), types.end());
     auto shared = std::make_shared<const OwnedContent>(std::move(content));
     WaylandConnection& connection = selections_.connection();
