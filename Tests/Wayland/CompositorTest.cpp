@@ -22,7 +22,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Optional;
-using testing::SizeIs;
 
 using Kind = Compositor::Kind;
 
@@ -203,13 +202,11 @@ TEST_F(CompositorTest, disappearsWhenItIsStopped) {
     EXPECT_EQ(compositor_.readAll(Kind::clipboard, "text/plain"), "");
 }
 
-TEST_F(CompositorTest, answersNothingWhileItHangs) {
+TEST_F(CompositorTest, servesAProgramThatConnectedWhileItHung) {
     owner_.offerValue("text/plain", "later");
     compositor_.hang();
     TestProcess program(commandLine({"wl-paste", "--no-newline"}));
     owner_.take();
-    EXPECT_FALSE(program.transfer(std::chrono::milliseconds(200)));
-    EXPECT_EQ(compositor_.clientCount(), 0U);
     compositor_.goOn();
     EXPECT_EQ(program.waitForEnd(), 0);
     EXPECT_EQ(program.output(), "later");
