@@ -96,6 +96,19 @@ TEST_P(CompositorProtocol, closesRequestsOfAnOfferThatWasReplaced) {
     EXPECT_THAT(owner_.requests(), IsEmpty());
 }
 
+TEST_P(CompositorProtocol, clearsTheSelectionOfAnOwnerThatDies) {
+    owner_.offer({"text/plain"});
+    owner_.on("text/plain", owner_.silence());
+    owner_.take();
+    ScriptedClient client = connect(compositor_);
+    client.takeEvents();
+    const Descriptor readEnd = client.receive(client.offer(Kind::clipboard), "text/plain");
+    EXPECT_TRUE(owner_.awaitRequest("text/plain").transfer->write("beginning"));
+    owner_.disconnect();
+    EXPECT_EQ(readToEnd(readEnd), "beginning");
+    EXPECT_THAT(client.takeEvents(), ElementsAre("clipboard: none"));
+}
+
 TEST_P(CompositorProtocol, finishesDevices) {
     ScriptedClient client = connect(compositor_);
     client.takeEvents();

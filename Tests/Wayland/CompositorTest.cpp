@@ -172,18 +172,6 @@ TEST_F(CompositorTest, clearsTheSelectionAtAProgramsWish) {
     EXPECT_EQ(compositor_.typesOf(Kind::clipboard), noContent);
 }
 
-TEST_F(CompositorTest, clearsTheSelectionOfAnOwnerThatDies) {
-    owner_.offer({"text/plain"});
-    owner_.on("text/plain", owner_.silence());
-    owner_.take();
-    TestProcess program(commandLine({"wl-paste", "--no-newline"}));
-    owner_.awaitRequest("text/plain").transfer->write("beginning");
-    owner_.disconnect();
-    program.waitForEnd();
-    EXPECT_EQ(program.output(), "beginning");
-    EXPECT_EQ(compositor_.typesOf(Kind::clipboard), noContent);
-}
-
 TEST_F(CompositorTest, letsAProgramWriteToAnyDescriptor) {
     const std::filesystem::path file = directory_.createFile("target");
     const auto program = copy("copied");
