@@ -85,15 +85,19 @@ TEST_P(CompositorProtocol, refusesASourceThatWasUsed) {
 }
 
 TEST_P(CompositorProtocol, closesRequestsOfAnOfferThatWasReplaced) {
-    owner_.offer({"text/plain"});
-    owner_.on("text/plain", owner_.silence());
-    owner_.take();
+    ScriptedClient setter = connect(compositor_);
+    setter.select(Kind::clipboard, setter.makeSource({"text/plain"}));
+    setter.takeEvents();
     ScriptedClient client = connect(compositor_);
     client.takeEvents();
     wl_proxy* const former = client.offer(Kind::clipboard);
-    owner_.take();
+    setter.select(Kind::clipboard, setter.makeSource({"text/plain"}));
+    EXPECT_THAT(setter.takeEvents(), ElementsAre("cancelled", "clipboard: text/plain"));
     EXPECT_EQ(readToEnd(client.receive(former, "text/plain")), "");
-    EXPECT_THAT(owner_.requests(), IsEmpty());
+    EXPECT_THAT(setter.takeEvents(), IsEmpty());
+    client.takeEvents();
+    client.receive(client.offer(Kind::clipboard), "text/plain");
+    EXPECT_THAT(setter.takeEvents(), ElementsAre("send text/plain"));
 }
 
 TEST_P(CompositorProtocol, clearsTheSelectionOfAnOwnerThatDies) {
@@ -103,7 +107,8 @@ TEST_P(CompositorProtocol, clearsTheSelectionOfAnOwnerThatDies) {
     ScriptedClient client = connect(compositor_);
     client.takeEvents();
     const Descriptor readEnd = client.receive(client.offer(Kind::clipboard), "text/plain");
-    EXPECT_TRUE(owner_.awaitRequest("text/plain").transfer->write("beginning"));
+    const CompositorOwner::Request request = owner_.awaitRequest("text/plain");
+    EXPECT_TRUE(request.transfer->write("beginning"));
     owner_.disconnect();
     EXPECT_EQ(readToEnd(readEnd), "beginning");
     EXPECT_THAT(client.takeEvents(), ElementsAre("clipboard: none"));
