@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 
-#include <cstdint>
 #include <memory>
 
 namespace tavel {
@@ -22,15 +21,6 @@ void preferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_
     constexpr std::size_t pageBytes = 4096; // madvise(2) takes whole pages
     if (std::align(pageBytes, pageBytes, memory, size) != nullptr)
         static_cast<void>(madvise(memory, size / pageBytes * pageBytes, MADV_HUGEPAGE));
-#endif
-}
-
-void provideMemory([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size) {
-#ifdef MADV_POPULATE_WRITE
-    // The first page may be partly in use. Populating it again does not change its content (madvise(2)).
-    constexpr std::size_t pageBytes = 4096;
-    const std::size_t before = reinterpret_cast<std::uintptr_t>(memory) % pageBytes;
-    static_cast<void>(madvise(static_cast<char*>(memory) - before, before + size, MADV_POPULATE_WRITE));
 #endif
 }
 

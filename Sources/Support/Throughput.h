@@ -12,12 +12,7 @@ namespace tavel {
 void enlargePipe(int descriptor);
 
 /// Requests large pages for memory that is about to be filled. A line of 90 MB then takes a quarter less
-/// time, most of which is page faults.
+/// time, most of which is page faults. A selection of 64 MiB that is read takes a third less.
 void preferLargePages(void* memory, std::size_t size);
-
-/// Populates the pages of memory that is about to be filled in one call instead of one page fault each. 64
-/// MiB that arrive in increments then take a fifth less time. Unlike large pages, it can reuse memory that
-/// was freed before, which is fast on a virtual machine too.
-void provideMemory(void* memory, std::size_t size);
 
 } // namespace tavel

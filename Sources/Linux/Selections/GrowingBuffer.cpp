@@ -31,8 +31,6 @@ char* GrowingBuffer::room(std::size_t size) {
     const std::size_t needed = size_ + size;
     if (needed > capacity_)
         resize(capacityFor(needed));
-    if (needed > largeCapacity)
-        provideMemory(bytes_.get() + size_, size);
     return bytes_.get() + size_;
 }
 
@@ -59,6 +57,8 @@ void GrowingBuffer::resize(std::size_t capacity) {
     static_cast<void>(bytes_.release()); // realloc has taken it
     bytes_.reset(moved);
     capacity_ = capacity;
+    if (capacity_ == hugeCapacity)
+        preferLargePages(bytes_.get(), capacity_);
 }
 
 } // namespace tavel
