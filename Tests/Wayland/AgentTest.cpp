@@ -4,8 +4,10 @@
 #include "Tests/Wayland/Compositor.h"
 #include "Tests/Wayland/CompositorOwner.h"
 
-#include <csignal>
+#include <atomic>
+#include <cstdint>
 #include <fstream>
+#include <future>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -138,6 +140,28 @@ TEST_F(WaylandAgent, keepsNoPingWaitingForAnOwnerThatIsSilent) {
     next.take();
     EXPECT_EQ(agent().nextMessage(), announcement(2));
     EXPECT_EQ(agent().nextMessage(), textEvent("aGk", 2, 2));
+}
+
+TEST_F(WaylandAgent, answersWhileAProgramCopiesWithoutEnd) {
+    CompositorOwner owner(compositor_);
+    owner.offerValue(plainText, "hi");
+    agent();
+    std::atomic<bool> isOver = false;
+    auto copying = std::async(std::launch::async, [&] {
+        while (!isOver)
+            owner.take();
+    });
+    for (std::uint64_t number = 1; number <= 20; ++number) {
+        agent().send(pingLine(number));
+        Json message;
+        do
+            message = agent().nextMessage();
+        while (message.contains("event"));
+        EXPECT_EQ(message.value("request_id", 0U), number);
+    }
+    EXPECT_GT(compositor_.changesOf(Kind::clipboard), 20U);
+    isOver = true;
+    copying.get();
 }
 
 #if !defined(__SANITIZE_ADDRESS__) &&                                                                        \
