@@ -52,7 +52,7 @@ std::optional<std::int64_t> WaylandSelection::own(OwnedContent content) {
     const std::vector<std::string> types = contentTargets(content.items);
     if (!canBeTold(types))
         return std::nullopt;
-    std::unordered_set<std::string> typeSet(types.begin(), types.end());
+    Types typeSet(types.begin(), types.end());
     auto shared = std::make_shared<const OwnedContent>(std::move(content));
     WaylandConnection& connection = selections_.connection();
     const std::uint64_t source = connection.select(kind_, types);
@@ -63,10 +63,7 @@ std::optional<std::int64_t> WaylandSelection::own(OwnedContent content) {
     sourceTypes_ = std::move(typeSet);
     sourceCount_.reset();
     if (!selections_.awaitRequests() && !sourceCount_) {
-        // The compositor has stopped, or has gone. Should it go on, it finds that nothing was to be written.
-        connection.withdraw(source);
-        sources_.erase(source);
-        source_ = 0;
+        withdraw();
         return std::nullopt;
     }
     if (!sourceCount_)
@@ -74,8 +71,27 @@ std::optional<std::int64_t> WaylandSelection::own(OwnedContent content) {
     return sourceCount_;
 }
 
+/// The compositor has stopped, or has gone. Should it go on, it finds that nothing was to be written.
+void WaylandSelection::withdraw() {
+    WaylandConnection& connection = selections_.connection();
+    connection.withdraw(source_);
+    sources_.erase(source_);
+    source_ = 0;
+    if (const std::uint64_t question = connection.ask(); question != 0)
+        withdrawn_.push_back({std::move(sourceTypes_), question});
+}
+
+void WaylandSelection::answered(std::uint64_t question) {
+    std::erase_if(withdrawn_, [&](const Withdrawn& one) { return one.question <= question; });
+}
+
 void WaylandSelection::selected(WaylandOffer offer) {
-    if (source_ != 0 && isOurs(offer)) {
+    if (isWithdrawn(offer)) {
+        owned.reset();
+        foreign.vanish();
+        return;
+    }
+    if (source_ != 0 && isOffer(offer, sourceTypes_)) {
         if (!sourceCount_)
             becomeOwner();
         return;
@@ -107,13 +123,21 @@ std::shared_ptr<const OwnedContent> WaylandSelection::contentOf(std::uint64_t so
     return found != sources_.end() ? found->second : nullptr;
 }
 
-/// Whether the offer is that of our source, which was not cancelled. Compositors pass the types on in their
-/// own ways: each once or as they were offered.
-bool WaylandSelection::isOurs(const WaylandOffer& offer) const {
+/// Whether the offer can be that of a source with these types. Compositors pass the types on in their own
+/// ways: each once or as they were offered.
+bool WaylandSelection::isOffer(const WaylandOffer& offer, const Types& types) {
     return offer.number != 0 &&
-           (offer.targets.size() == sourceTypes_.size() || offer.targets.size() == mostOfferedTypes) &&
-           std::ranges::all_of(offer.targets,
-                               [this](const std::string& type) { return sourceTypes_.contains(type); });
+           (offer.targets.size() == types.size() || offer.targets.size() == mostOfferedTypes) &&
+           std::ranges::all_of(offer.targets, [&](const std::string& type) { return types.contains(type); });
+}
+
+bool WaylandSelection::isWithdrawn(const WaylandOffer& offer) {
+    const auto found =
+        std::ranges::find_if(withdrawn_, [&](const Withdrawn& one) { return isOffer(offer, one.types); });
+    if (found == withdrawn_.end())
+        return false;
+    withdrawn_.erase(found);
+    return true;
 }
 
 void WaylandSelection::becomeOwner() {

@@ -37,6 +37,9 @@ public:
     /// The compositor has taken the selection from that source.
     void cancelled(std::uint64_t source);
 
+    /// The compositor has carried out all requests up to this question.
+    void answered(std::uint64_t question);
+
     /// What a source of ours offers; null if there is no such source of this selection.
     std::shared_ptr<const OwnedContent> contentOf(std::uint64_t source) const;
 
@@ -44,7 +47,17 @@ private:
     WaylandSelection(WaylandSelections& selections, WaylandSelectionKind kind, PipeReader& reader,
                      const std::shared_ptr<WaylandOffer>& offer, const TransferTimeOuts& timeOuts);
 
-    bool isOurs(const WaylandOffer& offer) const;
+    using Types = std::unordered_set<std::string>;
+
+    /// A source that was withdrawn before the compositor had answered. It may still be told of.
+    struct Withdrawn {
+        Types types;
+        std::uint64_t question; // asked after it
+    };
+
+    static bool isOffer(const WaylandOffer& offer, const Types& types);
+    void withdraw();
+    bool isWithdrawn(const WaylandOffer& offer);
     void becomeOwner();
 
     WaylandSelections& selections_;
@@ -55,8 +68,9 @@ private:
     std::map<std::uint64_t, std::shared_ptr<const OwnedContent>> sources_;
 
     std::uint64_t source_ = 0; // the one that has the selection, or is about to get it; 0 without one
-    std::unordered_set<std::string> sourceTypes_;
+    Types sourceTypes_;
     std::optional<std::int64_t> sourceCount_; // the change count with which it got it; nullopt before
+    std::vector<Withdrawn> withdrawn_;        // oldest first
 };
 
 } // namespace tavel

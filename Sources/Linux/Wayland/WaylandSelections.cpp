@@ -104,6 +104,8 @@ void WaylandSelections::answered(std::uint64_t question) {
     lastAnswer_ = question;
     if (reader_)
         reader_->handleAnswer(question);
+    for (const auto& selection : selections_)
+        selection->answered(question);
 }
 
 bool WaylandSelections::has(const std::optional<std::string>& pasteboardName) const {
