@@ -23,7 +23,7 @@ struct DataControlEvents {
 
     /// A selection has a new content: an offer, this process's own included, or none (0). The offer before it
     /// is void. `types` has the first of the offer's types, each once, without those with names that a type
-    /// cannot have (`pasteboardType::isReadableName`), and fewer if there is no memory for them. The first
+    /// cannot have (`pasteboardType::isReadableName`), and none if there is no memory for them. The first
     /// such event comes during `open`, if the compositor sends any then: it tells of the content from before.
     void (*selected)(void* receiver, WaylandSelectionKind kind, std::uint64_t offer,
                      std::vector<std::string> types);

@@ -8,13 +8,14 @@
 namespace tavel {
 
 void OfferedTypes::add(std::string_view type) noexcept {
-    if (types_.size() == mostOfferedTypes || !pasteboardType::isReadableName(type))
+    if (isLost_ || types_.size() == mostOfferedTypes || !pasteboardType::isReadableName(type))
         return;
     try {
         if (known_.emplace(type).second)
             types_.emplace_back(type);
     } catch (const std::bad_alloc&) {
-        // The offer has fewer types then.
+        isLost_ = true;
+        types_.clear();
     }
 }
 

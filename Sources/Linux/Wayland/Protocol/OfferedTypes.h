@@ -12,7 +12,7 @@ namespace tavel {
 /// a type can have.
 class OfferedTypes {
 public:
-    /// Ignores the type if there is no memory for it.
+    /// If there is no memory for a type, the offer has none: with some of them it would be another content.
     void add(std::string_view type) noexcept;
 
     /// Those in the order of the offer.
@@ -21,6 +21,7 @@ public:
 private:
     std::vector<std::string> types_;
     std::unordered_set<std::string> known_; // a program may offer thousands
+    bool isLost_ = false;
 };
 
 } // namespace tavel
