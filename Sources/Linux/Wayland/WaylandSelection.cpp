@@ -55,9 +55,11 @@ std::optional<std::int64_t> WaylandSelection::own(OwnedContent content) {
     Types typeSet(types.begin(), types.end());
     auto shared = std::make_shared<const OwnedContent>(std::move(content));
     WaylandConnection& connection = selections_.connection();
-    const std::uint64_t source = connection.select(kind_, types);
+    const std::uint64_t question = connection.ask();
+    const std::uint64_t source = question != 0 ? connection.select(kind_, types) : 0;
     if (source == 0)
         return std::nullopt;
+    questionBeforeSource_ = question;
     sources_.emplace(source, std::move(shared));
     source_ = source;
     sourceTypes_ = std::move(typeSet);
@@ -78,11 +80,11 @@ void WaylandSelection::withdraw() {
     sources_.erase(source_);
     source_ = 0;
     if (const std::uint64_t question = connection.ask(); question != 0)
-        withdrawn_.push_back({std::move(sourceTypes_), question});
+        withdrawn_.push_back({std::move(sourceTypes_), questionBeforeSource_, question});
 }
 
 void WaylandSelection::answered(std::uint64_t question) {
-    std::erase_if(withdrawn_, [&](const Withdrawn& one) { return one.question <= question; });
+    std::erase_if(withdrawn_, [&](const Withdrawn& one) { return one.questionAfter <= question; });
 }
 
 void WaylandSelection::selected(WaylandOffer offer) {
@@ -91,7 +93,7 @@ void WaylandSelection::selected(WaylandOffer offer) {
         foreign.vanish();
         return;
     }
-    if (source_ != 0 && isOffer(offer, sourceTypes_)) {
+    if (source_ != 0 && selections_.isAnswered(questionBeforeSource_) && isOffer(offer, sourceTypes_)) {
         if (!sourceCount_)
             becomeOwner();
         return;
@@ -132,8 +134,9 @@ bool WaylandSelection::isOffer(const WaylandOffer& offer, const Types& types) {
 }
 
 bool WaylandSelection::isWithdrawn(const WaylandOffer& offer) {
-    const auto found =
-        std::ranges::find_if(withdrawn_, [&](const Withdrawn& one) { return isOffer(offer, one.types); });
+    const auto found = std::ranges::find_if(withdrawn_, [&](const Withdrawn& one) {
+        return selections_.isAnswered(one.questionBefore) && isOffer(offer, one.types);
+    });
     if (found == withdrawn_.end())
         return false;
     withdrawn_.erase(found);

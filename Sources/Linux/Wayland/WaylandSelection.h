@@ -52,7 +52,8 @@ private:
     /// A source that was withdrawn before the compositor had answered. It may still be told of.
     struct Withdrawn {
         Types types;
-        std::uint64_t question; // asked after it
+        std::uint64_t questionBefore;
+        std::uint64_t questionAfter;
     };
 
     static bool isOffer(const WaylandOffer& offer, const Types& types);
@@ -68,6 +69,7 @@ private:
     std::map<std::uint64_t, std::shared_ptr<const OwnedContent>> sources_;
 
     std::uint64_t source_ = 0; // the one that has the selection, or is about to get it; 0 without one
+    std::uint64_t questionBeforeSource_ = 0; // a content before its answer has the same types by chance
     Types sourceTypes_;
     std::optional<std::int64_t> sourceCount_; // the change count with which it got it; nullopt before
     std::vector<Withdrawn> withdrawn_;        // oldest first

@@ -125,8 +125,8 @@ bool WaylandSelections::awaitRequests() {
     const std::uint64_t question = connection_->ask();
     if (question == 0)
         return false;
-    connection_->dispatchUntil([&] { return lastAnswer_ >= question; });
-    return lastAnswer_ >= question;
+    connection_->dispatchUntil([&] { return isAnswered(question); });
+    return isAnswered(question);
 }
 
 bool WaylandSelections::isServing() const {

@@ -54,6 +54,9 @@ public:
     /// not within some seconds.
     bool awaitRequests();
 
+    /// Whether the compositor has answered that question of the connection.
+    bool isAnswered(std::uint64_t question) const { return lastAnswer_ >= question; }
+
 private:
     static constexpr std::size_t kinds = 2;
 
