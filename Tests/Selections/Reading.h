@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Tests/Selections/SelectionPeers.h"
 #include "Tests/Support/ReadingLimits.h"
 #include "Tests/Support/WaitUntil.h"
-#include "Tests/X11/X11Peers.h"
 
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ public:
     using Values = std::vector<std::optional<std::string>>;
 
     /// Begins to gather these types of the board.
-    Reading(X11Peers& peers, Pasteboard& board, std::vector<std::string> types)
+    Reading(SelectionPeers& peers, Pasteboard& board, std::vector<std::string> types)
         : peers_(peers), board_(board), types_(std::move(types)) {
         std::vector<WantedValue> wanted;
         for (const std::string& type : types_)
@@ -33,7 +33,7 @@ public:
             [&] { gathering_ = board_.gather(wanted, [this](bool isCurrent) { end(isCurrent); }); });
     }
 
-    Reading(X11Peers& peers, std::vector<std::string> types)
+    Reading(SelectionPeers& peers, std::vector<std::string> types)
         : Reading(peers, peers.board(), std::move(types)) {}
 
     ~Reading() { cancel(); }
@@ -73,7 +73,7 @@ private:
         }
     }
 
-    X11Peers& peers_;
+    SelectionPeers& peers_;
     Pasteboard& board_;
     std::vector<std::string> types_;
     std::unique_ptr<Gathering> gathering_;

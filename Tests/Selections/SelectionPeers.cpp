@@ -1,9 +1,10 @@
-#include "Tests/X11/X11Peers.h"
+#include "Tests/Selections/SelectionPeers.h"
 
 #include "Platform/PasteboardTypes.h"
 #include "Tests/Support/ReadingLimits.h"
 
 #include <cstdint>
+#include <stdexcept>
 
 namespace tavel {
 
@@ -18,37 +19,34 @@ TransferTimeOuts longTimeOuts() {
     return {limit, limit, limit, limit, limit, 1};
 }
 
-X11Peers::X11Peers(const TransferTimeOuts& timeOuts)
-    : program_(server_.display(), timeOuts), board_(program_.open(std::nullopt)) {}
-
-std::optional<std::string> X11Peers::text() {
-    const auto text = board_->string(pasteboardType::string, ample);
+std::optional<std::string> SelectionPeers::text() {
+    const auto text = board().string(pasteboardType::string, ample);
     return text ? std::optional<std::string>(text->view()) : std::nullopt;
 }
 
-std::optional<std::string> X11Peers::data(std::string_view type) {
-    const auto data = board_->data(type, ample);
+std::optional<std::string> SelectionPeers::data(std::string_view type) {
+    const auto data = board().data(type, ample);
     return data ? std::optional<std::string>(data->view()) : std::nullopt;
 }
 
-void X11Peers::write(std::string_view type, std::string_view data) {
+void SelectionPeers::write(std::string_view type, std::string_view data) {
     const PasteboardItem item{{std::string(type), Bytes::copyOf(data)}};
-    if (!board_->replaceWithItems({&item, 1}))
+    if (!board().replaceWithItems({&item, 1}))
         throw std::runtime_error("The program cannot write.");
 }
 
-void X11Peers::settle() {
-    program_.run([this] {
-        program_.selections().synchronize(); // handles the earlier events
-        program_.selections().synchronize(); // waits for the requests made for them
+void SelectionPeers::settle() {
+    program().run([this] {
+        program().selections().synchronize(); // handles the earlier events
+        program().selections().synchronize(); // waits for the requests made for them
     });
 }
 
-bool X11Peers::isServing() {
+bool SelectionPeers::isServing() {
     bool serving = false;
-    program_.run([&] {
-        program_.selections().synchronize();
-        serving = program_.selections().isServing();
+    program().run([&] {
+        program().selections().synchronize();
+        serving = program().selections().isServing();
     });
     return serving;
 }

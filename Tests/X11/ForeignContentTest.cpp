@@ -4,9 +4,7 @@
 #include "Tests/X11/X11Peers.h"
 
 #include <gmock/gmock.h>
-#include <unistd.h>
 
-#include <climits>
 #include <map>
 #include <string>
 
@@ -14,35 +12,13 @@ namespace tavel {
 
 namespace {
 
-using namespace std::string_literals;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class ForeignContent : public testing::Test {
 protected:
     X11Peers peers{longTimeOuts()};
     ScriptedOwner owner{peers.display()};
 };
-
-TEST_F(ForeignContent, textLosesTheZerosAtItsEnd) {
-    owner.offerValue("UTF8_STRING", "a\0b\0\0"s);
-    owner.take();
-    EXPECT_EQ(peers.text(), "a\0b"s);
-}
-
-TEST_F(ForeignContent, textThatIsInvalidUtf8IsNoText) {
-    owner.offerValue("UTF8_STRING", "a\xFF");
-    owner.take();
-    EXPECT_EQ(peers.text(), std::nullopt);
-    EXPECT_EQ(peers.data("public.utf8-plain-text"), "a\xFF");
-}
-
-TEST_F(ForeignContent, textAsStringAloneIsLatin1) {
-    owner.offerValue("STRING", "voil\xE0");
-    owner.take();
-    EXPECT_THAT(peers.board().types(), ElementsAre("public.utf8-plain-text"));
-    EXPECT_EQ(peers.text(), "voilà");
-}
 
 TEST_F(ForeignContent, textAnsweredAsCompoundTextIsLatin1WithoutEscapes) {
     owner.offer({"TEXT"});
@@ -66,14 +42,6 @@ TEST_F(ForeignContent, textAnsweredInUtf8UnderTextIsUtf8) {
     EXPECT_EQ(peers.text(), "voilà");
 }
 
-TEST_F(ForeignContent, mimeTypeInCapitalsIsAskedForInCapitals) {
-    owner.offerValue("text/plain;charset=UTF-8", "voilà");
-    owner.take();
-    EXPECT_THAT(peers.board().types(), ElementsAre("public.utf8-plain-text"));
-    EXPECT_EQ(peers.text(), "voilà");
-    EXPECT_EQ(owner.countOf("text/plain;charset=UTF-8"), 1U);
-}
-
 TEST_F(ForeignContent, textIn16Or32BitsIsNoText) {
     for (const int bits : {16, 32}) {
         owner.offer({"UTF8_STRING"});
@@ -91,83 +59,11 @@ TEST_F(ForeignContent, dataIn16BitsHasAllItsBytes) {
     EXPECT_TRUE(peers.data("application/x-numbers") == bytes);
 }
 
-TEST_F(ForeignContent, dataOfNoLengthIsThere) {
-    owner.offerValue("image/png", "");
-    owner.take();
-    EXPECT_EQ(peers.data("public.png"), "");
-}
-
-TEST_F(ForeignContent, htmlInUtf16IsConvertedFromBothByteOrders) {
-    owner.offerValue("text/html", "\xFF\xFE<\0p\0>\0\xE0\0\0\0"s);
-    owner.take();
-    EXPECT_EQ(peers.data("public.html"), "<p>à");
-    owner.offerValue("text/html", "\xFE\xFF\0<\0p\0>\0\xE0"s);
-    owner.take();
-    EXPECT_EQ(peers.data("public.html"), "<p>à");
-}
-
-TEST_F(ForeignContent, uriListIsReadWithoutCommentsInAnyLineEnding) {
-    owner.offerValue("text/uri-list",
-                     "# two files\r\nfile:///etc/passwd\r\n\r\n#\r\nfile:///tmp/a%20b\nfile:///c\0"s);
-    owner.take();
-    EXPECT_THAT(peers.board().types(), ElementsAre("public.file-url"));
-    EXPECT_THAT(peers.board().files(everyFile).paths, ElementsAre("/etc/passwd", "/tmp/a b", "/c"));
-}
-
-TEST_F(ForeignContent, uriListNamesThisMachinesFilesAlone) {
-    char host[HOST_NAME_MAX + 1] = {};
-    ASSERT_EQ(gethostname(host, sizeof host - 1), 0);
-    owner.offerValue("text/uri-list", "file://" + std::string(host) +
-                                          "/own\r\nfile://another.example/theirs\r\nhttps://example.org/x\r\n"
-                                          "file://localhost/local\r\nno uri\r\n");
-    owner.take();
-    EXPECT_THAT(peers.board().files(everyFile).paths, ElementsAre("/own", "/local"));
-}
-
-TEST_F(ForeignContent, copiedFilesOfFileManagersAreFilesOnTheirOwn) {
-    owner.offerValue("x-special/gnome-copied-files", "copy\nfile:///a\nfile:///b%C3%A0");
-    owner.take();
-    EXPECT_THAT(peers.board().types(), ElementsAre("public.file-url"));
-    EXPECT_THAT(peers.board().files(everyFile).paths, ElementsAre("/a", "/bà"));
-    owner.offerValue("x-special/mate-copied-files", "cut\nfile:///a\n");
-    owner.take();
-    EXPECT_THAT(peers.board().files(everyFile).paths, ElementsAre("/a"));
-    owner.offerValue("x-special/nautilus-clipboard",
-                     "x-special/nautilus-clipboard\ncopy\nfile:///a\nfile:///b\n");
-    owner.take();
-    EXPECT_THAT(peers.board().files(everyFile).paths, ElementsAre("/a", "/b"));
-}
-
 TEST_F(ForeignContent, filesWhoseListIsRefusedAreReadFromTheFileManagersForm) {
     owner.offer({"text/uri-list", "x-special/gnome-copied-files"});
     owner.on("x-special/gnome-copied-files", owner.value("x-special/gnome-copied-files", "copy\nfile:///a"));
     owner.take();
     EXPECT_THAT(peers.board().files(everyFile).paths, ElementsAre("/a"));
-}
-
-TEST_F(ForeignContent, fileListOfRubbishNamesNoFiles) {
-    owner.offerValue("text/uri-list", distinctBytes(100'000) + "\0\xFF\r\n\n\r#\r\nfile:\r\nfile://\r\n%"s);
-    owner.take();
-    EXPECT_THAT(peers.board().files(everyFile).paths, IsEmpty());
-}
-
-// Each program serves the other while it waits for the other's value.
-TEST_F(ForeignContent, ofTwoProgramsThatReadEachOtherAtOnceArrivesAtBoth) {
-    X11Program other(peers.display(), longTimeOuts());
-    const std::string bytes = distinctBytes(std::size_t{20} << 20);
-    const auto theirs = other.open("one");
-    const auto ours = peers.program().open("one");
-    const auto theirSecond = other.open("two");
-    const auto ourSecond = peers.program().open("two");
-    const PasteboardItem picture{{"public.png", Bytes::copyOf(bytes)}};
-    EXPECT_TRUE(ours->replaceWithItems({&picture, 1}));
-    EXPECT_TRUE(theirSecond->replaceWithItems({&picture, 1}));
-    std::optional<Bytes> read;
-    std::thread reading([&] { read = theirs->data("public.png", ample); });
-    const auto readHere = ourSecond->data("public.png", ample);
-    reading.join();
-    EXPECT_TRUE(readHere && readHere->view() == bytes);
-    EXPECT_TRUE(read && read->view() == bytes);
 }
 
 TEST_F(ForeignContent, valuesThatAreTakenOverKeepTheirForm) {

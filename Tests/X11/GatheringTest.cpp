@@ -1,4 +1,4 @@
-#include "Tests/X11/Reading.h"
+#include "Tests/Selections/Reading.h"
 #include "Tests/X11/ScriptedOwner.h"
 #include "Tests/X11/X11Peers.h"
 
@@ -36,17 +36,6 @@ TEST_F(Gathered, valuesAreThoseThatTheOwnerOffersAndDelivers) {
     EXPECT_EQ(owner.countOf("image/png"), 0U);
 }
 
-TEST_F(Gathered, valuesCanBeReadOnlyInTheEndOfTheirOwnGathering) {
-    owner.offerValue("UTF8_STRING", "text");
-    takeAndAwait(owner);
-    Reading reading(peers, {plainText});
-    EXPECT_THAT(reading.values(), ElementsAre(Optional(std::string("text"))));
-    peers.program().run([&] { EXPECT_FALSE(peers.board().string(plainText, 100)); });
-    Reading other(peers, {"public.png"});
-    EXPECT_TRUE(other.isCurrent());
-    EXPECT_EQ(owner.countOf("UTF8_STRING"), 1U);
-}
-
 TEST_F(Gathered, contentsAreNotReadForAnybodyWhileTheirTypesAreUnknown) {
     owner.offerValue("UTF8_STRING", "old");
     takeAndAwait(owner);
@@ -56,29 +45,6 @@ TEST_F(Gathered, contentsAreNotReadForAnybodyWhileTheirTypesAreUnknown) {
     Reading reading(peers, {plainText});
     EXPECT_FALSE(reading.isCurrent());
     EXPECT_EQ(owner.countOf("UTF8_STRING"), 0U);
-}
-
-TEST_F(Gathered, contentsThatAreReplacedEndTheGathering) {
-    owner.offer({"UTF8_STRING"});
-    owner.on("UTF8_STRING", owner.silence());
-    takeAndAwait(owner);
-    Reading reading(peers, {plainText});
-    static_cast<void>(owner.awaitRequest("UTF8_STRING"));
-    ScriptedOwner next(peers.display());
-    next.offerValue("UTF8_STRING", "next");
-    next.take();
-    EXPECT_FALSE(reading.isCurrent());
-    EXPECT_EQ(next.countOf("UTF8_STRING"), 0U);
-}
-
-TEST_F(Gathered, contentsThatTheProgramReplacesEndTheGathering) {
-    owner.offer({"UTF8_STRING"});
-    owner.on("UTF8_STRING", owner.silence());
-    takeAndAwait(owner);
-    Reading reading(peers, {plainText});
-    static_cast<void>(owner.awaitRequest("UTF8_STRING"));
-    peers.write(plainText, "own");
-    EXPECT_FALSE(reading.isCurrent());
 }
 
 // The two values come in one pass. The caller that is told first has the other content replaced.
@@ -116,48 +82,6 @@ TEST_F(Gathered, contentsThatAreReplacedAfterTheValueHasComeAreNotCurrent) {
     });
     EXPECT_FALSE(reading->isCurrent());
     EXPECT_TRUE(isReplaced) << "before the other caller was told";
-}
-
-TEST_F(Gathered, contentOfAnOwnerThatExitsIsCurrentAndWithoutTheValue) {
-    owner.offer({"UTF8_STRING", "text/html"});
-    owner.on("UTF8_STRING", owner.value("UTF8_STRING", "text"));
-    owner.on("text/html", [&](const auto&) { owner.disconnect(); });
-    takeAndAwait(owner);
-    Reading reading(peers, {plainText, html});
-    EXPECT_TRUE(reading.isCurrent());
-    EXPECT_EQ(reading.values().back(), std::nullopt);
-}
-
-TEST_F(Gathered, valuesThatNobodyWantsAnyMoreKeepNobodyWaiting) {
-    owner.offer({"UTF8_STRING", "text/html"});
-    owner.on("UTF8_STRING", owner.silence());
-    owner.on("text/html", owner.value("text/html", "<p>"));
-    takeAndAwait(owner);
-    Reading givenUp(peers, {plainText, "public.png"});
-    const auto request = owner.awaitRequest("UTF8_STRING");
-    givenUp.cancel();
-    Reading next(peers, {html});
-    EXPECT_THAT(next.values(), ElementsAre(Optional(std::string("<p>"))));
-    owner.value("UTF8_STRING", "late")(request);
-    EXPECT_TRUE(owner.awaitDeletion(request));
-    peers.settle();
-    EXPECT_FALSE(givenUp.isOver());
-}
-
-TEST_F(Gathered, valuesOfTwoCallersAreAskedForOneAfterTheOther) {
-    owner.offer({"UTF8_STRING", "text/html"});
-    owner.on("UTF8_STRING", owner.silence());
-    owner.on("text/html", owner.value("text/html", "<p>"));
-    takeAndAwait(owner);
-    Reading first(peers, {plainText});
-    Reading second(peers, {html});
-    const auto request = owner.awaitRequest("UTF8_STRING");
-    peers.settle();
-    owner.atom("ROUND_TRIP");
-    EXPECT_EQ(owner.countOf("text/html"), 0U);
-    owner.value("UTF8_STRING", "text")(request);
-    EXPECT_THAT(first.values(), ElementsAre(Optional(std::string("text"))));
-    EXPECT_THAT(second.values(), ElementsAre(Optional(std::string("<p>"))));
 }
 
 // A part a pass: what else the program has to do comes in between.

@@ -25,17 +25,6 @@ TEST(HostileOwner, whoNeverAnswersForItsTargetsHasNoTypesAndIsNotAskedAgain) {
     EXPECT_EQ(owner.requests().size(), 1U);
 }
 
-TEST(HostileOwner, whoHangsOnTheDataGivesNothing) {
-    X11Peers peers(shortOwnerTimeOut());
-    ScriptedOwner owner(peers.display());
-    owner.offer({"UTF8_STRING"});
-    owner.on("UTF8_STRING", owner.silence());
-    owner.take();
-    EXPECT_THAT(peers.board().types(), ElementsAre("public.utf8-plain-text"));
-    EXPECT_EQ(peers.text(), std::nullopt);
-    EXPECT_EQ(owner.countOf("UTF8_STRING"), 1U);
-}
-
 TEST(HostileOwner, whoRefusesEverythingDoesSoAtOnce) {
     X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
@@ -123,16 +112,6 @@ TEST(HostileOwner, whoAnswersTwiceIsTakenAtItsFirstWord) {
     EXPECT_EQ(peers.text(), "next");
 }
 
-TEST(HostileOwner, whoExitsWithoutAnAnswerEndsTheReadAtOnce) {
-    X11Peers peers(longTimeOuts());
-    ScriptedOwner owner(peers.display());
-    owner.offer({"UTF8_STRING"});
-    owner.on("UTF8_STRING", [&](const auto&) { owner.disconnect(); });
-    owner.take();
-    EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
-    EXPECT_THAT(peers.board().types(), IsEmpty());
-}
-
 TEST(HostileOwner, whoDestroysItsWindowWithoutAnAnswerEndsTheReadAtOnce) {
     X11Peers peers(longTimeOuts());
     ScriptedOwner owner(peers.display());
@@ -140,18 +119,6 @@ TEST(HostileOwner, whoDestroysItsWindowWithoutAnAnswerEndsTheReadAtOnce) {
     owner.on("UTF8_STRING", [&](const auto&) { owner.destroyWindow(); });
     owner.take();
     EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
-}
-
-TEST(HostileOwner, whoIsReplacedWithoutAnAnswerEndsTheReadAtOnce) {
-    X11Peers peers(longTimeOuts());
-    ScriptedOwner next(peers.display()); // outlives the other owner, whose thread uses it
-    ScriptedOwner owner(peers.display());
-    next.offerValue("UTF8_STRING", "next");
-    owner.offer({"UTF8_STRING"});
-    owner.on("UTF8_STRING", [&](const auto&) { next.take(); });
-    owner.take();
-    EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
-    EXPECT_EQ(peers.text(), "next");
 }
 
 // Events of a third program do not count as progress of the owner.
@@ -214,24 +181,6 @@ TEST(HostileOwner, whoDatesItsRefusalOtherwiseIsTakenToRefuseAtOnce) {
     owner.on("UTF8_STRING", [&](const auto& request) { owner.refuse(request, XCB_CURRENT_TIME); });
     owner.take();
     EXPECT_LT(durationOf([&] { EXPECT_EQ(peers.text(), std::nullopt); }), atOnce);
-}
-
-TEST(HostileOwner, whoIsSilentForOneValueIsAskedForNoOther) {
-    X11Peers peers(shortOwnerTimeOut());
-    ScriptedOwner owner(peers.display());
-    owner.offer({"UTF8_STRING", "STRING", "text/html"});
-    owner.on("UTF8_STRING", owner.silence());
-    owner.on("STRING", owner.value("STRING", "never asked for"));
-    owner.on("text/html", owner.value("text/html", "nor this"));
-    owner.take();
-    EXPECT_EQ(peers.text(), std::nullopt);
-    EXPECT_EQ(peers.data("public.html"), std::nullopt);
-    EXPECT_EQ(owner.countOf("UTF8_STRING"), 1U);
-    EXPECT_EQ(owner.countOf("STRING") + owner.countOf("text/html"), 0U);
-    // A new content has a new time-out.
-    owner.on("UTF8_STRING", owner.value("UTF8_STRING", "late, but there"));
-    owner.take();
-    EXPECT_EQ(peers.text(), "late, but there");
 }
 
 } // namespace

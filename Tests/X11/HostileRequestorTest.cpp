@@ -6,9 +6,7 @@
 #include <gmock/gmock.h>
 #include <xcb/xfixes.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 
 namespace tavel {
 
@@ -92,42 +90,16 @@ TEST_F(VanishingRequestor, whoseWindowGoesBeforeTheAnswerIsForgotten) {
     expectNothingLeft();
 }
 
-TEST_F(VanishingRequestor, whoExitsBeforeTheAnswerIsForgotten) {
-    ScriptedRequestor another(peers.display());
-    peers.program().run([&] {
-        another.ask("image/png");
-        another.atom("ROUND_TRIP");
-        another.disconnect();
-    });
-    expectNothingLeft();
-}
-
 TEST_F(VanishingRequestor, whoseWindowGoesAfterTheAnnouncementIsForgotten) {
     ASSERT_TRUE(requestor.convert("image/png"));
     requestor.destroyWindow();
     expectNothingLeft();
 }
 
-TEST_F(VanishingRequestor, whoExitsHalfWayIsForgotten) {
+TEST_F(VanishingRequestor, whoseWindowGoesHalfWayIsForgotten) {
     begin();
-    ScriptedRequestor another(peers.display());
-    ASSERT_TRUE(another.convert("image/png"));
-    another.takeProperty();
-    ASSERT_TRUE(another.awaitProperty());
-    another.takeProperty();
-    another.disconnect();
     requestor.destroyWindow();
     expectNothingLeft();
-}
-
-TEST_F(VanishingRequestor, doesNotTakeAnotherAlong) {
-    begin();
-    ScriptedRequestor another(peers.display());
-    ASSERT_TRUE(another.convert("image/png"));
-    ASSERT_EQ(another.takeProperty().type, "INCR");
-    requestor.destroyWindow();
-    const auto value = another.readIncrements();
-    EXPECT_TRUE(value && value->bytes == picture);
 }
 
 // The second deletion may already remove the first increment.
@@ -322,39 +294,6 @@ TEST_F(ForgedEvents, thatAnswerNothingLeaveTheProgramAsItWas) {
         send(event);
     }
     EXPECT_EQ(peers.text(), "text");
-}
-
-// The memory of these pictures is never touched, so they take none.
-TEST(HeldTransfers, ofFormerContentsAreGivenUpWhenAllTogetherTakeTooMuchMemory) {
-    X11Peers peers(longTimeOuts());
-    const auto copyPicture = [&](std::size_t size) {
-        const std::shared_ptr<char> memory(static_cast<char*>(std::calloc(size, 1)), std::free);
-        const PasteboardItem item{{"public.png", Bytes(memory, memory.get(), size)}};
-        ASSERT_TRUE(peers.board().replaceWithItems({&item, 1}));
-    };
-    constexpr std::size_t half = std::size_t{128} << 20;
-    ScriptedRequestor first(peers.display());
-    ScriptedRequestor second(peers.display());
-    ScriptedRequestor third(peers.display());
-    copyPicture(half);
-    ASSERT_TRUE(first.convert("image/png"));
-    copyPicture(half);
-    ASSERT_TRUE(second.convert("image/png"));
-    ASSERT_TRUE(third.convert("image/png")) << "which shares the memory of the second";
-    const auto goesOn = [&](ScriptedRequestor& requestor) {
-        static_cast<void>(requestor.takeProperty());
-        requestor.atom("ROUND_TRIP");
-        peers.settle();
-        return requestor.property().exists();
-    };
-    EXPECT_TRUE(goesOn(first)) << "as both together are at the limit";
-    copyPicture(large);
-    ScriptedRequestor fourth(peers.display());
-    ASSERT_TRUE(fourth.convert("image/png"));
-    EXPECT_FALSE(goesOn(first)) << "as the oldest";
-    EXPECT_TRUE(goesOn(second));
-    EXPECT_TRUE(goesOn(third));
-    EXPECT_TRUE(goesOn(fourth));
 }
 
 } // namespace

@@ -1,12 +1,7 @@
-#include "Tests/Support/WaitUntil.h"
-#include "Tests/X11/ScriptedOwner.h"
 #include "Tests/X11/ScriptedRequestor.h"
 #include "Tests/X11/X11Peers.h"
 
 #include <gtest/gtest.h>
-
-#include <array>
-#include <memory>
 
 namespace tavel {
 
@@ -50,35 +45,6 @@ TEST(IncrementalRequestor, getsOneByteMoreInIncrements) {
     EXPECT_TRUE(value->bytes == bytes);
 }
 
-TEST(IncrementalRequestor, isOneOfThreeThatAreServedByTurns) {
-    X11Peers peers(longTimeOuts());
-    const std::string bytes = distinctBytes(large);
-    peers.write("public.png", bytes);
-    std::array<std::unique_ptr<ScriptedRequestor>, 3> requestors;
-    for (auto& requestor : requestors) {
-        requestor = std::make_unique<ScriptedRequestor>(peers.display());
-        ASSERT_TRUE(requestor->convert("image/png"));
-        EXPECT_EQ(requestor->takeProperty().type, "INCR");
-    }
-    std::array<std::string, 3> received;
-    for (bool isOver = false; !isOver;) {
-        for (std::size_t i = 0; i < requestors.size(); ++i) {
-            ASSERT_TRUE(requestors[i]->awaitProperty());
-            const auto part = requestors[i]->takeProperty();
-            EXPECT_EQ(part.type, "image/png");
-            received[i] += part.bytes;
-            isOver = part.bytes.empty();
-        }
-    }
-    for (const std::string& one : received)
-        EXPECT_TRUE(one == bytes);
-    peers.settle();
-    for (auto& requestor : requestors) {
-        EXPECT_FALSE(requestor->property().exists());
-        EXPECT_EQ(requestor->errorCount(), 0);
-    }
-}
-
 TEST(IncrementalRequestor, canHaveTwoTransfersIntoOneWindow) {
     X11Peers peers(longTimeOuts());
     ScriptedRequestor requestor(peers.display());
@@ -95,76 +61,6 @@ TEST(IncrementalRequestor, canHaveTwoTransfersIntoOneWindow) {
     ASSERT_TRUE(first && second);
     EXPECT_TRUE(first->bytes == png);
     EXPECT_TRUE(second->bytes == tiff);
-}
-
-TEST(IncrementalRequestor, isServedToTheEndWhenAnotherProgramHasTakenTheSelection) {
-    X11Peers peers(longTimeOuts());
-    ScriptedRequestor requestor(peers.display());
-    ScriptedOwner other(peers.display());
-    const std::string bytes = distinctBytes(large);
-    peers.write("public.png", bytes);
-    ASSERT_TRUE(requestor.convert("image/png"));
-    EXPECT_EQ(requestor.takeProperty().type, "INCR");
-    ASSERT_TRUE(requestor.awaitProperty());
-    other.take();
-    EXPECT_TRUE(peers.isServing());
-    const auto value = requestor.readIncrements();
-    ASSERT_TRUE(value);
-    EXPECT_TRUE(value->bytes == bytes);
-    peers.settle();
-    EXPECT_FALSE(peers.isServing());
-}
-
-TEST(IncrementalRequestor, isServedTheOldContentToTheEndWhenTheProgramHasANewOne) {
-    X11Peers peers(longTimeOuts());
-    ScriptedRequestor requestor(peers.display());
-    const std::string bytes = distinctBytes(large);
-    peers.write("public.png", bytes);
-    ASSERT_TRUE(requestor.convert("image/png"));
-    EXPECT_EQ(requestor.takeProperty().type, "INCR");
-    peers.write("public.png", distinctBytes(large, 2));
-    const auto value = requestor.readIncrements();
-    ASSERT_TRUE(value);
-    EXPECT_TRUE(value->bytes == bytes);
-}
-
-TEST(IncrementalRequestor, whoStallsIsGivenUpWhileAnotherGoesOn) {
-    auto timeOuts = longTimeOuts();
-    timeOuts.requestorInactivity = std::chrono::seconds(1);
-    X11Peers peers(timeOuts);
-    ScriptedRequestor stalled(peers.display());
-    ScriptedRequestor busy(peers.display());
-    ScriptedOwner other(peers.display());
-    const std::string bytes = distinctBytes(large);
-    peers.write("public.png", bytes);
-    ASSERT_TRUE(stalled.convert("image/png"));
-    EXPECT_EQ(stalled.takeProperty().type, "INCR");
-    ASSERT_TRUE(stalled.awaitProperty());
-    const auto value = busy.read("image/png");
-    ASSERT_TRUE(value);
-    EXPECT_TRUE(value->bytes == bytes);
-    // Without the selection, the program serves only the stalled transfer.
-    other.take();
-    waitUntil([&] { return !peers.isServing(); }, atOnce);
-    // After the time-out, a deletion gets no next increment.
-    stalled.takeProperty();
-    peers.settle();
-    EXPECT_FALSE(stalled.property().exists());
-    // A new request is answered.
-    peers.write("public.png", "small");
-    EXPECT_EQ(stalled.read("image/png")->bytes, "small");
-}
-
-TEST(IncrementalRequestor, whoNeverBeginsIsGivenUp) {
-    auto timeOuts = longTimeOuts();
-    timeOuts.requestorInactivity = std::chrono::milliseconds(200);
-    X11Peers peers(timeOuts);
-    ScriptedRequestor stalled(peers.display());
-    ScriptedOwner other(peers.display());
-    peers.write("public.png", distinctBytes(large));
-    ASSERT_TRUE(stalled.convert("image/png"));
-    other.take();
-    waitUntil([&] { return !peers.isServing(); }, atOnce);
 }
 
 } // namespace
