@@ -9,6 +9,9 @@
 
 namespace tavel {
 
+/// The target under which the program offers and prefers text.
+inline constexpr auto plainTarget = "text/plain;charset=utf-8";
+
 /// A compositor with the tested program on it. Owners and readers are played inside the compositor.
 class WaylandPeers final : public SelectionPeers {
 public:

@@ -1,0 +1,95 @@
+#include "Tests/Selections/Checks.h"
+#include "Tests/Selections/Reading.h"
+#include "Tests/Support/WaitUntil.h"
+#include "Tests/Wayland/CompositorOwner.h"
+#include "Tests/Wayland/WaylandPeers.h"
+
+#include <gtest/gtest.h>
+
+namespace tavel {
+
+namespace {
+
+std::shared_ptr<WaylandSelections> openOn(const Compositor& compositor) {
+    return openSelections(compositor.display(), longTimeOuts());
+}
+
+TEST(Connection, isNotMadeWithoutDataControlOrASeat) {
+    EXPECT_EQ(openOn(Compositor({.offersExt = false, .offersWlr = false})), nullptr);
+    EXPECT_EQ(openOn(Compositor({.hasSeat = false})), nullptr);
+}
+
+TEST(Connection, isNotMadeToACompositorThatHangs) {
+    Compositor compositor;
+    compositor.hang();
+    EXPECT_LT(durationOf([&] { EXPECT_EQ(openOn(compositor), nullptr); }), atOnce);
+}
+
+TEST(Connection, prefersExtDataControl) {
+    const auto selections = openOn(Compositor());
+    ASSERT_NE(selections, nullptr);
+    EXPECT_STREQ(selections->connection().protocol(), "ext_data_control_manager_v1");
+}
+
+TEST(Connection, hasThePrimarySelectionWhereItIsOffered) {
+    const Compositor second({.offersExt = false});
+    const Compositor first({.offersExt = false, .hasPrimary = false});
+    EXPECT_TRUE(openOn(second)->has(otherSelection));
+    EXPECT_FALSE(openOn(first)->has(otherSelection));
+    EXPECT_TRUE(openOn(first)->has(std::nullopt));
+    EXPECT_FALSE(openOn(second)->has("another"));
+}
+
+/// On each version of wlr-data-control alone.
+class WlrDataControl : public testing::TestWithParam<bool> {};
+
+TEST_P(WlrDataControl, readsAndWrites) {
+    WaylandPeers peers(longTimeOuts(), {.offersExt = false, .hasPrimary = GetParam()});
+    CompositorOwner owner(peers.compositor());
+    peers.program().run([&] {
+        EXPECT_STREQ(peers.program().selections().connection().protocol(), "zwlr_data_control_manager_v1");
+    });
+    owner.offerValue(plainTarget, "theirs");
+    owner.take();
+    EXPECT_EQ(peers.text(), "theirs");
+    peers.write(plainText, "ours");
+    EXPECT_EQ(peers.compositor().readAll(Compositor::Kind::clipboard, plainTarget), "ours");
+    EXPECT_EQ(peers.board().changeCount(), 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(HasPrimary, WlrDataControl, testing::Bool());
+
+TEST(Connection, isLostWithTheEventFinished) {
+    WaylandPeers peers(longTimeOuts());
+    peers.write(plainText, "text");
+    peers.compositor().finishDevices();
+    expectNothing(peers, 1);
+}
+
+TEST(Connection, toACompositorThatHangsAnswersWithWhatIsKnownAndGoesOnAfterwards) {
+    WaylandPeers peers(longTimeOuts());
+    CompositorOwner owner(peers.compositor());
+    owner.offerValue(plainTarget, "before");
+    owner.take();
+    EXPECT_EQ(peers.text(), "before");
+    peers.compositor().hang();
+    const PasteboardItem item{{plainText, Bytes::copyOf("never")}};
+    EXPECT_LT(durationOf([&] {
+                  EXPECT_EQ(peers.board().changeCount(), 1);
+                  EXPECT_EQ(peers.board().replaceWithItems({&item, 1}), std::nullopt);
+                  EXPECT_EQ(peers.board().changeCount(), 1);
+              }),
+              atOnce);
+    peers.compositor().goOn();
+    owner.offerValue(plainTarget, "after");
+    waitUntil([&] { return peers.compositor().typesOf(Compositor::Kind::clipboard) == std::nullopt; },
+              atOnce); // the write that failed was told, and withdrawn
+    owner.take();
+    EXPECT_EQ(peers.text(), "after");
+    peers.write(plainText, "ours");
+    EXPECT_EQ(peers.compositor().readAll(Compositor::Kind::clipboard, plainTarget), "ours");
+}
+
+} // namespace
+
+} // namespace tavel
