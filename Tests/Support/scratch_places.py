@@ -72,37 +72,60 @@ def x_server():
 @contextlib.contextmanager
 def wayland_compositor():
     """Starts an invisible sway and gives its display: the absolute path of its socket."""
+    with _sway("xwayland disable") as directory:
+        yield str(_awaited(lambda: _listening_socket(directory)))
+
+
+@contextlib.contextmanager
+def xwayland():
+    """Starts an invisible sway with an X server (Xwayland), and gives the X server's display."""
+    # The new name appears when the file is whole.
+    with _sway("xwayland force", "exec echo $DISPLAY > unfinished && mv unfinished display") as directory:
+        yield _awaited(lambda: _content(directory / "display"))
+
+
+@contextlib.contextmanager
+def _sway(*configuration):
     with scratch_directory() as directory:
         # sway refuses to run as root. Root can connect to it all the same.
         as_nobody = ["--reuid", str(_NOBODY), "--regid", str(_NOBODY), "--clear-groups"] if os.getuid() == 0 else []
         if as_nobody:
             os.chown(directory, _NOBODY, _NOBODY)
-        configuration = directory / "configuration"
-        configuration.write_text("xwayland disable\n")
-        configuration.chmod(0o644)
+        file = directory / "configuration"
+        file.write_text("\n".join(configuration) + "\n")
+        file.chmod(0o644)
         environment = environment_in(
             directory, HOME=str(directory), WLR_BACKENDS="headless", WLR_RENDERER="pixman",
             WLR_LIBINPUT_NO_DEVICES="1")
         # If this process is killed, the compositor ends too.
         compositor = subprocess.Popen(
-            ["setpriv", "--pdeathsig", "TERM", *as_nobody, "sway", "--config", str(configuration)], env=environment,
-            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            ["setpriv", "--pdeathsig", "TERM", *as_nobody, "sway", "--config", str(file)], env=environment,
+            cwd=directory, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         try:
-            yield str(_listening_socket(directory))
+            yield directory
         finally:
             compositor.terminate()
             compositor.wait(TIMEOUT)
 
 
-def _listening_socket(directory):
-    """Returns the compositor's socket once it takes connections."""
+def _awaited(found):
+    """Returns what the function finds, once it finds something."""
     end = time.monotonic() + TIMEOUT
     while time.monotonic() < end:
-        for path in directory.glob("wayland-*"):
-            if path.is_socket() and _takes_connections(path):
-                return path
+        if thing := found():
+            return thing
         time.sleep(0.01)
-    raise RuntimeError("sway does not start. Is the package sway installed?")
+    raise RuntimeError("sway does not start. Are the packages sway and xwayland installed?")
+
+
+def _content(file):
+    return file.read_text().strip() if file.exists() else None
+
+
+def _listening_socket(directory):
+    """Returns the compositor's socket if it takes connections."""
+    sockets = (path for path in directory.glob("wayland-*") if path.is_socket() and _takes_connections(path))
+    return next(sockets, None)
 
 
 def _takes_connections(path):

@@ -1,6 +1,7 @@
 #include "Linux/X11/Keyboard/X11KeyboardTap.h"
 
 #include "Linux/X11/Keyboard/PostedKeys.h"
+#include "Linux/X11/Keyboard/Xwayland.h"
 #include "Linux/X11/X11Reply.h"
 
 #include <algorithm>
@@ -52,7 +53,8 @@ X11KeyboardTap::~X11KeyboardTap() {
 
 bool X11KeyboardTap::create(Handler handler) {
     auto connection = KeyboardConnection::open(display_ ? display_->c_str() : nullptr);
-    if (connection == nullptr ||
+    // Xwayland would not see the keys of native programs: a tap of some windows is none.
+    if (connection == nullptr || isXwayland(connection->get(), connection->root()) ||
         !canGrab(connection->get(), connection->root(), connection->pasteCombinations(connection->readMap())))
         return false;
     decider_ = std::make_shared<Decider>(std::move(handler), deadline_);
