@@ -78,19 +78,20 @@ def wayland_compositor():
 
 @contextlib.contextmanager
 def xwayland():
-    """Starts an invisible sway with an X server (Xwayland), and gives the X server's display."""
-    # The new name appears when the file is whole.
-    with _sway("xwayland force", "exec echo $DISPLAY > unfinished && mv unfinished display") as directory:
+    """Starts an invisible sway with an X server (Xwayland) and a keyboard, and gives the X server's display.
+    Only programs of the same user can connect."""
+    # wtype makes a keyboard that has the key V, and waits for half a minute before it presses the key. The new name
+    # appears when the file is whole.
+    with _sway(
+            "xwayland force", "exec wtype -s 30000 v",
+            "exec echo $DISPLAY > unfinished && mv unfinished display") as directory:
         yield _awaited(lambda: _content(directory / "display"))
 
 
 @contextlib.contextmanager
 def _sway(*configuration):
     with scratch_directory() as directory:
-        # sway refuses to run as root. Root can connect to it all the same.
-        as_nobody = ["--reuid", str(_NOBODY), "--regid", str(_NOBODY), "--clear-groups"] if os.getuid() == 0 else []
-        if as_nobody:
-            os.chown(directory, _NOBODY, _NOBODY)
+        as_user = as_no_root(directory)  # sway refuses to run as root, who can connect to it all the same
         file = directory / "configuration"
         file.write_text("\n".join(configuration) + "\n")
         file.chmod(0o644)
@@ -99,13 +100,21 @@ def _sway(*configuration):
             WLR_LIBINPUT_NO_DEVICES="1")
         # If this process is killed, the compositor ends too.
         compositor = subprocess.Popen(
-            ["setpriv", "--pdeathsig", "TERM", *as_nobody, "sway", "--config", str(file)], env=environment,
+            ["setpriv", "--pdeathsig", "TERM", *as_user, "sway", "--config", str(file)], env=environment,
             cwd=directory, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         try:
             yield directory
         finally:
             compositor.terminate()
             compositor.wait(TIMEOUT)
+
+
+def as_no_root(directory):
+    """Returns the arguments with which setpriv runs a program as another user than root, who gets the directory."""
+    if os.getuid() != 0:
+        return []
+    os.chown(directory, _NOBODY, _NOBODY)
+    return ["--reuid", str(_NOBODY), "--regid", str(_NOBODY), "--clear-groups"]
 
 
 def _awaited(found):
