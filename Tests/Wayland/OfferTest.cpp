@@ -39,8 +39,10 @@ TEST_F(Offer, ofNoTypesIsAContent) {
     EXPECT_EQ(peers.board().noticedChangeCount(), 1);
 }
 
-TEST_F(Offer, hasATypeOnceThatIsThereTwice) {
-    owner.offer({"image/png", plainTarget, "image/png", plainTarget});
+TEST_F(Offer, hasATypeOnceThatIsThereTwoThousandTimes) {
+    std::vector<std::string> types(2'000, "image/png");
+    types.push_back(plainTarget);
+    owner.offer(types);
     owner.on(plainTarget, owner.value("text"));
     owner.take();
     EXPECT_THAT(peers.board().types(), ElementsAre("public.png", plainText));

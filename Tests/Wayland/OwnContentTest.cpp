@@ -4,7 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <future>
+#include <thread>
 
 namespace tavel {
 
