@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 namespace tavel {
 
 namespace {
@@ -81,13 +84,14 @@ TEST(Connection, toACompositorThatHangsAnswersWithWhatIsKnownAndGoesOnAfterwards
               }),
               atOnce);
     peers.compositor().goOn();
-    owner.offerValue(plainTarget, "after");
-    waitUntil([&] { return peers.compositor().typesOf(Compositor::Kind::clipboard) == std::nullopt; },
-              atOnce); // the write that failed was told, and withdrawn
-    owner.take();
-    EXPECT_EQ(peers.text(), "after");
+    // The write that failed is told like another program's, and withdrawn.
+    waitUntil([&] { return peers.board().noticedChangeCount() == 2; }, atOnce);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100)); // deliberate: nothing is left to be told
     peers.write(plainText, "ours");
     EXPECT_EQ(peers.compositor().readAll(Compositor::Kind::clipboard, plainTarget), "ours");
+    owner.offerValue(plainTarget, "after");
+    owner.take();
+    EXPECT_EQ(peers.text(), "after");
 }
 
 } // namespace
