@@ -89,15 +89,19 @@ void WaylandConnection::expectEnd() const {
     eventfd_write(endExpected_.number(), 1);
 }
 
+void WaylandConnection::dispatch() {
+    isSilent_ = isSilent_ && !waitForEvents(Clock::now());
+    module_.dispatch(connection_);
+}
+
 void WaylandConnection::dispatchUntil(const std::function<bool()>& isOver) {
     const auto begin = Clock::now();
     const auto end = begin + (endIsExpected_ ? longestLastWait : longestWait);
-    const auto deadline = isSilent_ ? begin : end;
     do {
         dispatch();
         if (isOver() || isLost())
             return;
-        isSilent_ = !waitForEvents(deadline);
+        isSilent_ = !waitForEvents(isSilent_ ? begin : end);
     } while (!isSilent_ && Clock::now() < end);
 }
 

@@ -39,7 +39,7 @@ public:
     bool hasPrimary() const { return module_.hasPrimary(connection_); }
     int descriptor() const { return module_.descriptor(connection_); }
     bool isLost() const { return module_.isLost(connection_); }
-    void dispatch() { module_.dispatch(connection_); }
+    void dispatch();
     bool flush() { return module_.flush(connection_); }
     std::uint64_t select(WaylandSelectionKind kind, const std::vector<std::string>& types) {
         return module_.select(connection_, kind, types);
