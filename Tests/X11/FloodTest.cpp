@@ -1,6 +1,6 @@
 #include "Linux/Base/GlibEventLoop.h"
-#include "Linux/Selections/SelectionPasteboard.h"
 #include "Linux/Selections/SelectionEventSource.h"
+#include "Linux/Selections/SelectionPasteboard.h"
 #include "Tests/X11/ResidentMemory.h"
 #include "Tests/X11/X11Peers.h"
 

@@ -48,6 +48,7 @@ std::vector<std::uint64_t> ReadyDescriptors::ready() const {
     std::array<epoll_event, mostAtOnce> events{};
     const int count = epoll_wait(set_.number(), events.data(), mostAtOnce, 0);
     std::vector<std::uint64_t> keys;
+    keys.reserve(mostAtOnce);
     for (int i = 0; i < count; ++i)
         keys.push_back(events[static_cast<std::size_t>(i)].data.u64);
     return keys;

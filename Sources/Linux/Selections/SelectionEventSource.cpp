@@ -25,7 +25,7 @@ struct SelectionEventSource::Source {
     }
 
     static gboolean check(GSource* source) {
-        Source& self = from(source);
+        const Source& self = from(source);
         const auto deadline = self.selections->nextDeadline();
         return g_source_query_unix_fd(source, self.descriptor) != 0 || self.selections->hasWork() ||
                        (deadline && remaining(*deadline) == 0)

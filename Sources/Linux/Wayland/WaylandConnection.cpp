@@ -44,12 +44,12 @@ std::optional<sockaddr_un> addressOf(const std::string& display) {
 Descriptor connectTo(const std::string& display, Clock::time_point deadline) {
     const auto address = addressOf(display);
     if (!address)
-        return Descriptor();
+        return {};
     Descriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     while (connection &&
            connect(connection.number(), reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0) {
         if (errno != EAGAIN || Clock::now() >= deadline)
-            return Descriptor();
+            return {};
         std::this_thread::sleep_for(timeBetweenAttempts);
     }
     return connection;
