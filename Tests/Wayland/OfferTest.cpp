@@ -49,6 +49,24 @@ TEST_F(Offer, hasATypeOnceThatIsThereTwoThousandTimes) {
     EXPECT_EQ(peers.text(), "text");
 }
 
+// 64 KiB. Compositors drop the connection of a program with much more.
+TEST_F(Offer, ofTheProgramHasNoMoreNamesThanACompositorCanTell) {
+    constexpr std::size_t most = std::size_t{64} * 1024;
+    constexpr std::size_t longest = 255;
+    PasteboardItem item;
+    std::size_t bytes = 0;
+    for (int i = 0; bytes + longest < most; ++i, bytes += longest) {
+        std::string name = "net.example.type-" + std::to_string(i) + "-";
+        name.resize(longest, 'x');
+        item.push_back({name, Bytes()});
+    }
+    item.push_back({std::string(most - bytes, 'y'), Bytes()});
+    EXPECT_EQ(peers.board().replaceWithItems({&item, 1}), 1);
+    item.back().type += "y";
+    EXPECT_EQ(peers.board().replaceWithItems({&item, 1}), std::nullopt);
+    EXPECT_EQ(peers.board().changeCount(), 1);
+}
+
 TEST_F(Offer, ofTextUnderANameOfX11IsUtf8IfItCanBe) {
     for (const char* const target : {"STRING", "TEXT"}) {
         owner.offerValue(target, "voilà");
