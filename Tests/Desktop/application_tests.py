@@ -1,7 +1,5 @@
 """The tests of each application. Each function gets a running agent and an empty directory, and prints its results."""
 
-import json
-import pathlib
 import re
 import zipfile
 
@@ -125,26 +123,37 @@ def xterm_paste(what, directory, expected):
     return text
 
 
-# ---- mousepad
+# ---- editors
 
 
-def mousepad(agent, directory):
+def editor(program, loads=lambda text: text, saves=lambda text: text):
+    """The test of an editor. `program` begins the name of its function in applications.sh. `loads` and `saves` tell
+    what the editor makes of a text between a file and its window."""
+    def test(agent, directory):
+        _copy_from_editor(program, loads, agent, directory)
+        _paste_into_editor(program, saves, agent, directory)
+    return test
+
+
+def _copy_from_editor(program, loads, agent, directory):
     for what, text in [("text", LINES), ("long text", LONG)]:
         source = directory / f"{what}.txt"
         source.write_text(text, encoding="utf-8")
-        window = open_window("mousepad_open", source)
-        result = agent.text_copied_by(lambda window=window: call("mousepad_copy_all", window))
-        same("what was copied", copied(what, result), text)
+        window = open_window(f"{program}_open", source)
+        result = agent.text_copied_by(lambda window=window: call("editor_copy_all", window))
+        same("what was copied", copied(what, result), loads(text))
 
+
+def _paste_into_editor(program, saves, agent, directory):
     target = directory / "target.txt"
     target.write_text("before", encoding="utf-8")
-    window = open_window("mousepad_open", target)
+    window = open_window(f"{program}_open", target)
 
     def paste(what, expected):
         def is_saved():
             # The paste may not have arrived at the first save.
             call("press", window, "ctrl+s")
-            return target.read_text(encoding="utf-8") == expected
+            return target.read_text(encoding="utf-8") == saves(expected)
         press_until(is_saved, f"{what} in the file", ["press", window, "ctrl+a", "ctrl+v"])
         pasted(what, target.read_text(encoding="utf-8"))
         agent.expect_silence("after a paste")
@@ -178,67 +187,6 @@ def thunar(agent, directory):
     pasted("files", sorted(contents_of(target)))
     same("what is there of what was pasted", sorted(str(path) for path in source.iterdir()), wanted)
     agent.expect_silence("after a paste")
-
-
-# ---- chromium
-
-
-def chromium(agent, directory):
-    page = directory / "page.html"
-    page.write_text(f'<!doctype html><meta charset="utf-8"><title>page</title>{HTML}', encoding="utf-8")
-    window = open_window("chromium_open", "^page", page)
-    exports = copied("a page", agent.exports_copied_by(lambda: call("chromium_copy_all", window)))
-    same("the formats of a page", sorted(exports), ["text.html", "text.txt"])
-    same("the text of a page", exports["text.txt"].decode().strip(), PLAIN)
-    html = exports["text.html"].decode()
-    expect(re.search(r"<b\b[^>]*>tout le monde</b>", html) and "déjà" in html, f"the page's HTML: {html}")
-
-    picture = directory / "picture.png"
-    picture.write_bytes(make_random_png(1000, 700, PIXEL))
-    window = open_window("chromium_open_picture", picture)
-    exports = copied("an image", agent.exports_copied_by(lambda: call("chromium_copy_image", window)))
-    same("the formats of an image", sorted(exports), ["image.png", "text.html"])
-    same("the image", read_png(exports["image.png"]), (1000, 700, PIXEL))
-
-    window = open_window("chromium_open_paste_page")
-    chromium_pastes(agent, directory, window, picture)
-
-
-def chromium_pastes(agent, directory, window, picture):
-    def paste(what):
-        result = json.loads(call("chromium_paste", window))
-        pasted(what, result)
-        agent.expect_silence("after a paste")
-        return result
-
-    agent.write_text(LINES)
-    same("the text", paste("text")["texts"].get("text/plain"), LINES)
-
-    agent.write_image_data(picture.read_bytes())
-    check_chromium_picture(paste("a picture of the history"), (1000, 700))
-    small = directory / "small.png"
-    small.write_bytes(make_random_png(31, 17, PIXEL))
-    agent.write_files("image", small)
-    check_chromium_picture(paste("a picture from a file"), (31, 17))
-
-    agent.write_files("formats", *formats_in(directory))
-    texts = paste("formats")["texts"]
-    same("the text among formats", texts.get("text/plain"), PLAIN)
-    same("the HTML among formats", texts.get("text/html"), HTML)
-
-    source = make_files(directory / "source")
-    paths = sorted(str(path) for path in source.iterdir() if path.is_file())
-    agent.write_files("files", *paths)
-    files = {(file["name"], file["bytes"]) for file in paste("files")["files"]}
-    same("the files", files, {(pathlib.Path(path).name, pathlib.Path(path).stat().st_size) for path in paths})
-
-
-def check_chromium_picture(result, size):
-    same("the types", result["types"], ["Files"])
-    same("the number of pictures", len(result["files"]), 1)
-    file = result["files"][0]
-    same("the picture's type", file["type"], "image/png")
-    same("the picture", (file["width"], file["height"], tuple(file["pixel"])), (*size, (*PIXEL, 255)))
 
 
 # ---- LibreOffice Writer
@@ -349,4 +297,4 @@ def gimp(agent, directory):
     paste("an SVG picture", (40, 30))
 
 
-ALL = {"xterm": xterm, "mousepad": mousepad, "thunar": thunar, "chromium": chromium, "writer": writer, "gimp": gimp}
+ALL = {"xterm": xterm, "mousepad": editor("mousepad"), "thunar": thunar, "writer": writer, "gimp": gimp}

@@ -24,11 +24,15 @@ wait_until() { # SECONDS COMMAND...: repeats the command until it succeeds
   done
 }
 
-# ---- windows
+# ---- windows, the keyboard, the mouse, and the clipboard as another program sees it
 
-windows_named() { # TITLE-REGEX
-  xdotool search --onlyvisible --name "$1"
-}
+if [ -n "${WAYLAND_DISPLAY:-}" ]; then
+  # shellcheck source=wayland.sh
+  . "$(dirname "${BASH_SOURCE[0]}")/wayland.sh"
+else
+  # shellcheck source=x11.sh
+  . "$(dirname "${BASH_SOURCE[0]}")/x11.sh"
+fi
 
 window_open() { # TITLE-REGEX: waits for a window with a matching title and stores its number in WINDOW
   WINDOW=
@@ -36,38 +40,14 @@ window_open() { # TITLE-REGEX: waits for a window with a matching title and stor
   WINDOW=$(windows_named "$1" | tail -n 1)
 }
 
-window_title() { # WINDOW
-  xdotool getwindowname "$1"
-}
-
 window_has_other_title() { # WINDOW TITLE
   [ "$(window_title "$1")" != "$2" ]
-}
-
-window_is_gone() { # WINDOW
-  ! xdotool getwindowname "$1"
-}
-
-window_has_focus() { # WINDOW: also if a child window has the focus
-  local window
-  window=$(xdotool getwindowfocus -f) && [ "$window" = "$1" ] && return
-  window=$(xdotool getactivewindow) && [ "$window" = "$1" ]
-}
-
-window_focus() { # WINDOW
-  xdotool windowactivate "$1" || return
-  wait_until "$APPLICATION_TIME_OUT" window_has_focus "$1"
 }
 
 press() { # WINDOW KEY...: for instance ctrl+a
   window_focus "$1" || return
   shift
-  xdotool key --clearmodifiers --delay 50 "$@"
-}
-
-click() { # WINDOW BUTTON X Y: relative to the window
-  window_focus "$1" || return
-  xdotool mousemove --sync --window "$1" "$3" "$4" click "$2"
+  type_keys "$@"
 }
 
 # ---- files
@@ -89,18 +69,8 @@ paste_and_save() { # WINDOW FILE
   wait_until "$APPLICATION_TIME_OUT" file_has_changed "$2" "$before"
 }
 
-# ---- the clipboard, as another program sees it
-
-clipboard_targets() {
-  timeout 5 xclip -selection clipboard -o -t TARGETS 2>/dev/null
-}
-
 clipboard_offers() { # TARGET
   clipboard_targets | grep -qxF -e "$1"
-}
-
-clipboard_read() { # TARGET
-  timeout 10 xclip -selection clipboard -o -t "$1" 2>/dev/null
 }
 
 # An application does not announce that it has copied. So this target is put on the clipboard first, and its absence
@@ -108,7 +78,7 @@ clipboard_read() { # TARGET
 NOT_COPIED=application/x-nothing-was-copied-yet
 
 clipboard_reset() {
-  printf x | xclip -selection clipboard -t "$NOT_COPIED" >/dev/null 2>&1
+  printf x | clipboard_offer "$NOT_COPIED"
   wait_until 10 clipboard_offers "$NOT_COPIED"
 }
 
@@ -156,12 +126,26 @@ mousepad_open() { # FILE
   window_open "$(basename "$1").* - Mousepad\$"
 }
 
-mousepad_copy_all() { # WINDOW
+editor_copy_all() { # WINDOW
   copy_with "$1" ctrl+a ctrl+c
 }
 
-mousepad_paste_and_save() { # WINDOW FILE: the file opened in the window
-  paste_and_save "$1" "$2"
+# ---- other editors: gnome-text-editor (GTK 4) and featherpad (Qt)
+
+# Its window is there before it has read a long file, whose last line end it does not show.
+gnome_text_editor_open() { # FILE
+  gnome-text-editor --standalone "$1" >/dev/null 2>&1 </dev/null &
+  window_open "$(basename "$1").* - Text Editor\$" &&
+    wait_until "$APPLICATION_TIME_OUT" selects_all "$WINDOW" "$(($(stat -c %s "$1") - 1))"
+}
+
+selects_all() { # WINDOW BYTES
+  press "$1" ctrl+a && [ "$(primary_selection | wc -c)" -ge "$2" ]
+}
+
+featherpad_open() { # FILE
+  featherpad --standalone "$1" >/dev/null 2>&1 </dev/null &
+  window_open "$1( - .*)?\$"
 }
 
 # ---- thunar: copies and pastes files
@@ -224,103 +208,56 @@ window_picture() { # WINDOW
   import -window "$1" rgb:- | cksum
 }
 
-# ---- chromium
+# ---- browsers: chromium and firefox
 
 # Each call uses a new profile and software rendering. There is no sandbox, because Chromium refuses one for root.
-chromium_open() { # TITLE-REGEX FILE-OR-URL
+chromium_start() { # FILE-OR-URL
   local profile
   profile=$(mktemp -d "$HOME/chromium.XXXXXX") || return
-  chromium --no-sandbox --ozone-platform=x11 --user-data-dir="$profile" --no-first-run --no-default-browser-check \
-    --disable-gpu --password-store=basic --disable-background-networking --disable-component-update --disable-sync \
-    --disable-dev-shm-usage --window-position=0,0 --window-size=1000,700 "$2" >/dev/null 2>&1 </dev/null &
-  window_open "$1.* - Chromium\$"
+  chromium --no-sandbox "--ozone-platform=$WINDOW_SYSTEM" --user-data-dir="$profile" --no-first-run \
+    --no-default-browser-check --disable-gpu --password-store=basic --disable-background-networking \
+    --disable-component-update --disable-sync --disable-dev-shm-usage --window-position=0,0 --window-size=1000,700 \
+    "$1" >/dev/null 2>&1 </dev/null &
 }
 
-chromium_copy_all() { # WINDOW
+firefox_start() { # FILE-OR-URL
+  local profile
+  profile=$(mktemp -d "$HOME/firefox.XXXXXX") || return
+  printf 'user_pref("%s", %s);\n' browser.aboutwelcome.enabled false browser.shell.checkDefaultBrowser false \
+    browser.startup.homepage_override.mstone '"ignore"' datareporting.policy.dataSubmissionEnabled false \
+    termsofuse.bypassNotification true app.normandy.enabled false browser.sessionstore.resume_from_crash false \
+    >"$profile/user.js"
+  firefox-esr --no-remote --profile "$profile" "$1" >/dev/null 2>&1 </dev/null &
+}
+
+browser_open() { # chromium|firefox TITLE-REGEX FILE-OR-URL
+  "$1_start" "$3" && window_open "$2.* [-—] (Chromium|Mozilla Firefox)\$"
+}
+
+browser_copy_all() { # WINDOW
   copy_with "$1" ctrl+a ctrl+c
 }
 
 # Opens a page that a picture fills, whatever its size.
-chromium_open_picture() { # FILE: an absolute path without characters that are special in a URL
+browser_open_picture() { # chromium|firefox FILE: an absolute path without characters that are special in a URL
   local page=$HOME/picture.html
-  printf '<!doctype html><title>picture</title><img src="file://%s" style="%s">' "$1" \
+  printf '<!doctype html><title>picture</title><img src="file://%s" style="%s">' "$2" \
     'position: fixed; left: 0; top: 0; width: 100vw; height: 100vh' >"$page"
-  chromium_open '^picture' "file://$page"
+  browser_open "$1" '^picture' "file://$page"
 }
 
 # Chooses "Copy image" in the context menu (its key is Y in English). The middle of the window must show a picture.
-chromium_copy_image() { # WINDOW
-  local attempt WIDTH HEIGHT
+browser_copy_image() { # WINDOW
+  local attempt
   clipboard_reset || return
   for attempt in 1 2 3; do
-    eval "$(xdotool getwindowgeometry --shell "$1" | grep -E '^(WIDTH|HEIGHT)=')"
-    click "$1" 3 $((WIDTH / 2)) $((HEIGHT / 2)) || return
-    wait_until 5 chromium_menu_is_open "$1" 2>/dev/null && xdotool key y
+    click_middle "$1" 3 || return
+    wait_until 5 menu_is_open "$1" 2>/dev/null && type_keys y
     wait_until 4 clipboard_is_new 2>/dev/null && return
-    xdotool key Escape
+    type_keys Escape
   done
   echo "No image was copied in window $1" >&2
   return 1
-}
-
-chromium_menu_is_open() { # WINDOW: menus are windows of the same process that the window manager does not manage
-  local count
-  count=$(xdotool search --onlyvisible --pid "$(xdotool getwindowpid "$1")" | wc -l)
-  [ "$count" -gt 1 ]
-}
-
-# Opens a page whose title reports each paste: "pasted", the number of pastes, and a JSON text. The JSON text holds the
-# types that the page sees, the texts, and the name, type and size of each file. For a picture it also holds the size in
-# pixels and the colour of the first pixel.
-chromium_open_paste_page() {
-  local page=$HOME/paste.html
-  cat >"$page" <<'PAGE'
-<!doctype html><meta charset="utf-8"><title>paste here</title>
-<body contenteditable autofocus style="min-height: 90vh">x</body>
-<script>
-let count = 0;
-async function describe(file) {
-  const result = {name: file.name, type: file.type, bytes: file.size};
-  if (file.type.startsWith("image/")) {
-    const picture = await createImageBitmap(file);
-    const canvas = document.createElement("canvas");
-    canvas.width = result.width = picture.width;
-    canvas.height = result.height = picture.height;
-    const context = canvas.getContext("2d");
-    context.drawImage(picture, 0, 0);
-    result.pixel = Array.from(context.getImageData(0, 0, 1, 1).data);
-  }
-  return result;
-}
-document.addEventListener("paste", async event => {
-  event.preventDefault();
-  const data = event.clipboardData, result = {types: Array.from(data.types), texts: {}, files: []};
-  for (const type of result.types)
-    if (type != "Files") result.texts[type] = data.getData(type);
-  const files = Array.from(data.files);
-  for (const file of files) result.files.push(await describe(file));
-  document.title = "pasted " + ++count + " " + JSON.stringify(result);
-});
-document.body.focus();
-</script>
-PAGE
-  chromium_open '^paste here' "file://$page"
-}
-
-chromium_paste() { # WINDOW: pastes into the page above and prints the JSON text
-  local attempt before title
-  before=$(window_title "$1")
-  for attempt in 1 2 3 4 5; do
-    press "$1" ctrl+v || return
-    wait_until 4 window_has_other_title "$1" "$before" 2>/dev/null && break
-  done
-  title=$(window_title "$1")
-  if [ "$title" = "$before" ]; then
-    echo "Nothing was pasted into window $1" >&2
-    return 1
-  fi
-  title=${title#pasted * }
-  echo "${title% - Chromium}"
 }
 
 # ---- LibreOffice Writer
@@ -360,9 +297,9 @@ writer_has_content() { # FILE.odt
 # Call this at the end: a killed Writer would leave a socket in the temporary directory.
 writer_close() { # WINDOW
   local process
-  process=$(xdotool getwindowpid "$1") && press "$1" ctrl+q || return
+  process=$(window_process "$1") && press "$1" ctrl+q || return
   # A program that reads the copied content as a link changes the document. The key is that of "Don't Save" in English.
-  wait_until 2 window_is_gone "$1" 2>/dev/null || xdotool key alt+n
+  wait_until 2 window_is_gone "$1" 2>/dev/null || type_keys alt+n
   wait_until "$APPLICATION_TIME_OUT" process_has_ended "$process"
 }
 
