@@ -3,6 +3,7 @@
 #include "Tests/Conformance/PasteboardConformance.h"
 #include "Tests/Support/TestDirectory.h"
 #include "Tests/Wayland/Compositor.h"
+#include "Tests/Wayland/Sway.h"
 #include "Tests/Wayland/WaylandProgram.h"
 
 #include <utility>
@@ -11,12 +12,17 @@ namespace tavel {
 
 namespace {
 
+struct ExtCompositor : Compositor {
+    ExtCompositor() : Compositor({.offersWlr = false}) {}
+};
+
+enum class Clipboard { general, firstOpened };
+
 /// A compositor of the test's own, so that no clipboard is the user's, and two programs on it. One pasteboard
 /// is the clipboard. All others are in the store, as on the platform.
+template <typename AnyCompositor>
 class WaylandBackend final : public PasteboardBackend {
 public:
-    enum class Clipboard { general, firstOpened };
-
     explicit WaylandBackend(Clipboard clipboard) : isFound_(clipboard == Clipboard::general) {}
 
     std::shared_ptr<Pasteboard> open(const std::optional<std::string>& name) override {
@@ -41,29 +47,30 @@ private:
     TestDirectory directory_;
     std::shared_ptr<const PasteboardStore> store_ =
         std::make_shared<const PasteboardStore>(directory_.path());
-    Compositor compositor_{{.offersWlr = false}};
+    AnyCompositor compositor_;
     WaylandProgram program_{compositor_.display(), TransferTimeOuts{}};
     WaylandProgram otherProgram_{compositor_.display(), TransferTimeOuts{}};
 };
 
+template <typename AnyCompositor, Clipboard clipboard>
+std::unique_ptr<PasteboardBackend> make() {
+    return std::make_unique<WaylandBackend<AnyCompositor>>(clipboard);
+}
+
 /// Each test's own pasteboard is the clipboard.
-constexpr PasteboardBackendMaker wayland{"Wayland", []() -> std::unique_ptr<PasteboardBackend> {
-                                             return std::make_unique<WaylandBackend>(
-                                                 WaylandBackend::Clipboard::firstOpened);
-                                         }};
+constexpr PasteboardBackendMaker ext{"Ext", make<ExtCompositor, Clipboard::firstOpened>};
+constexpr PasteboardBackendMaker sway{"Sway", make<Sway, Clipboard::firstOpened>};
 
 /// The general pasteboard is the clipboard.
-constexpr PasteboardBackendMaker waylandPlatform{"Wayland", []() -> std::unique_ptr<PasteboardBackend> {
-                                                     return std::make_unique<WaylandBackend>(
-                                                         WaylandBackend::Clipboard::general);
-                                                 }};
+constexpr PasteboardBackendMaker extPlatform{"Ext", make<ExtCompositor, Clipboard::general>};
+constexpr PasteboardBackendMaker swayPlatform{"Sway", make<Sway, Clipboard::general>};
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Backend, PasteboardConformance, testing::Values(wayland), backendLabel);
-INSTANTIATE_TEST_SUITE_P(Backend, AnyNameConformance, testing::Values(wayland), backendLabel);
-INSTANTIATE_TEST_SUITE_P(Backend, ReplacementIsolationConformance, testing::Values(wayland), backendLabel);
-INSTANTIATE_TEST_SUITE_P(Backend, GeneralPasteboardConformance, testing::Values(waylandPlatform),
+INSTANTIATE_TEST_SUITE_P(Backend, PasteboardConformance, testing::Values(ext, sway), backendLabel);
+INSTANTIATE_TEST_SUITE_P(Backend, AnyNameConformance, testing::Values(ext, sway), backendLabel);
+INSTANTIATE_TEST_SUITE_P(Backend, ReplacementIsolationConformance, testing::Values(ext, sway), backendLabel);
+INSTANTIATE_TEST_SUITE_P(Backend, GeneralPasteboardConformance, testing::Values(extPlatform, swayPlatform),
                          backendLabel);
 
 } // namespace tavel
