@@ -81,11 +81,11 @@ def measure_transfers(readers, owners, size, rounds, file, may_fail=()):
 def print_table(readers, owners, size, times, peaks):
     mebibytes = size / (1 << 20)
     print(f"{mebibytes:.0f} MiB, milliseconds (median of {len(times['ours', 'ours'])}, each a whole process)")
-    print("  owner    " + "".join(f"{reader + ' reads':>14}" for reader in readers))
+    print("  owner    " + "".join(f"{reader + ' reads':>21}" for reader in readers))
     for owner in owners:
         taken = [times[owner, reader] for reader in readers]
-        print(f"  {owner:9}" + "".join(f"{statistics.median(one):14.1f}" if one else f"{'fails':>14}" for one in taken))
-    print("  peak     " + "".join(f"{peaks.get(reader, 0) / mebibytes:12.2f} x" for reader in readers))
+        print(f"  {owner:9}" + "".join(f"{statistics.median(one):21.1f}" if one else f"{'fails':>21}" for one in taken))
+    print("  peak     " + "".join(f"{peaks.get(reader, 0) / mebibytes:19.2f} x" for reader in readers))
 
 
 def measure_events(owner, rounds):

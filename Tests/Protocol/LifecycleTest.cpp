@@ -14,13 +14,16 @@ namespace {
 
 class Lifecycle : public AgentTest {
 protected:
-    /// The nice value of each thread: field 19 of its stat file in /proc.
+    /// The nice value of each thread: field 19 of its stat file in /proc. A thread that ends meanwhile is
+    /// left out.
     static std::vector<int> niceValues(pid_t process) {
         std::vector<int> values;
         for (const auto& thread :
              std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
             std::ifstream file(thread.path() / "stat");
             const std::string status{std::istreambuf_iterator<char>(file), {}};
+            if (status.empty())
+                continue;
             std::istringstream fields(status.substr(status.rfind(')') + 1)); // the name may hold anything
             std::string field;
             for (int number = 3; number <= 19; ++number)
