@@ -98,10 +98,16 @@ class Folder:
         return came
 
     def paste(self, seconds=0.1):
-        """Presses the shortcut once. Returns the panel's window number."""
-        expect(not self.press_paste(seconds), "the panel came while the keys were held")
-        expect(is_soon(lambda: windows() != [], 10), "no panel came")
-        return open_window("panel_open")
+        """Presses the shortcut. Returns the panel's window number. On a busy machine the agent may learn of the focus too
+        late. The file manager then gets the shortcut, and a person presses it again."""
+        before = self.names()
+        for _ in range(3):
+            expect(not self.press_paste(seconds), "the panel came while the keys were held")
+            if is_soon(lambda: windows() != [], 10):
+                return open_window("panel_open")
+            same("the folder after a shortcut that was passed on", self.names(), before)
+            say("passed on: a shortcut that was decided too late")
+        raise Failure("no panel came")
 
     def hold_and_paste(self):
         return self.paste(HELD)
