@@ -11,13 +11,15 @@ namespace {
 
 constexpr int usageStatus = 2;
 constexpr int longestTimeout = 3600;
+constexpr int highestSpeed = 1000;
 
 std::string footer() {
     return "Commands, one per line:\n" + humanCommandHelp() +
            "\nThe exit status is 0 when the session came to its end, also by Ctrl-C, whatever became of the "
            "single\n"
-           "commands; 1 when the agent could not be started, went away or did not answer; 2 for a wrong "
-           "option.\n";
+           "commands; 1 when the agent could not be started, went away or did not answer, or when a reply "
+           "was not "
+           "as\nrecorded; 2 for a wrong option.\n";
 }
 
 } // namespace
@@ -36,10 +38,21 @@ std::variant<ConsoleOptions, ConsoleUsage> parseConsoleArguments(const std::vect
         app.add_flag("--raw", options.raw,
                      "Show the protocol's lines in both directions, and send lines that begin "
                      "with { as they are");
+    CLI::Option* const trace =
+        app.add_option("--trace", options.trace,
+                       "Record the session with times in this new file, which only its user can read");
+    CLI::Option* const replay = app.add_option(
+        "--replay", options.replay, "Play the parent's half of a recorded session, and compare the replies");
+    app.add_option("--speed", options.speed, "So many times as fast as the record")
+        ->check(CLI::Range(1, highestSpeed))
+        ->needs(replay)
+        ->capture_default_str();
     app.add_flag("--demo", options.demo,
                  "Play a short session on a private pasteboard, and check what happens")
         ->excludes(pasteboard)
-        ->excludes(raw);
+        ->excludes(raw)
+        ->excludes(trace)
+        ->excludes(replay);
     app.add_option("--timeout", timeout, "Seconds to wait for an answer when nobody is there to judge")
         ->check(CLI::Range(1, longestTimeout))
         ->capture_default_str();

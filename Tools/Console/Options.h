@@ -11,6 +11,9 @@ namespace tavel {
 struct ConsoleOptions {
     std::optional<std::string> agent;      // nullopt: the one beside this program
     std::optional<std::string> pasteboard; // nullopt: the general one
+    std::optional<std::string> trace;      // the file to record the session in
+    std::optional<std::string> replay;     // the record to play
+    int speed = 1;                         // of a record, as a multiple of its own
     bool raw = false;
     bool demo = false;
     std::chrono::milliseconds timeout{10'000}; // of each reply and each step

@@ -2,6 +2,8 @@
 
 #include "Console/HumanText.h"
 #include "Support/Files.h"
+#include "TavelClipboardAgent/main/Protocol/MessageDecoder.h"
+#include "TavelClipboardAgent/main/Protocol/Names.h"
 
 #include <unistd.h>
 
@@ -10,6 +12,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <utility>
+#include <variant>
 
 namespace tavel {
 
@@ -31,8 +34,11 @@ bool isColorWanted() {
 
 Session::Session(const ConsoleOptions& options, const std::filesystem::path& agentExecutable,
                  std::string clipboard)
-    : options_(options), clipboard_(std::move(clipboard)), places_(Places::ofThisProcess()),
-      onTerminal_(isLineEditingPossible()), colored_(isColorWanted()),
+    : options_(options), clipboard_(std::move(clipboard)),
+      trace_(options.trace ? std::optional<TraceWriter>(std::in_place, *options.trace)
+                           : std::optional<TraceWriter>()),
+      record_(options.replay ? readTrace(*options.replay) : std::vector<TracedLine>()), comparison_(record_),
+      places_(Places::ofThisProcess()), onTerminal_(isLineEditingPossible()), colored_(isColorWanted()),
       agent_(agentExecutable, options.pasteboard, agentHandlers()) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         signalWatches_.push_back(Watch::signal(number, [this] { interrupted_ = true; }));
@@ -44,22 +50,30 @@ Session::Session(const ConsoleOptions& options, const std::filesystem::path& age
 
 Agent::Handlers Session::agentHandlers() {
     Agent::Handlers handlers;
-    handlers.sent = [this](std::string_view line) { showRaw('>', line); };
-    handlers.received = [this](std::string_view line) { showRaw('<', line); };
+    handlers.sent = [this](std::string_view line) { note(Speaker::parent, line); };
+    handlers.received = [this](std::string_view line) { note(Speaker::agent, line); };
     handlers.said = [this](const AgentMessage& message, std::string_view requestName) {
         if (!options_.raw)
             show(describeMessage(message, requestName));
+        if (options_.replay)
+            compare(message, requestName);
     };
     handlers.unintelligible = [this](std::string_view line) {
         if (!options_.raw)
             show(describeUnintelligible(line));
     };
-    handlers.ended = [this](int status) { agentEnd_ = status; };
+    handlers.ended = [this](int status) {
+        agentEnd_ = status;
+        if (trace_)
+            trace_->noteEnd(describeEnd(status));
+    };
     return handlers;
 }
 
 int Session::run() {
-    if (onTerminal_)
+    if (options_.replay)
+        replay();
+    else if (onTerminal_)
         runOnTerminal();
     else
         runOnLines();
@@ -90,8 +104,44 @@ void Session::runOnLines() {
     }
 }
 
+/// Each line of the recorded parent waits for the replies that the parent had then, and for its time.
+void Session::replay() {
+    const auto start = std::chrono::steady_clock::now();
+    std::size_t replies = 0;
+    for (const TracedLine& line : record_) {
+        if (line.speaker == Speaker::agent) {
+            const auto message = decodeMessage(line.text);
+            replies += message && std::holds_alternative<Reply>(*message) ? 1U : 0U;
+            continue;
+        }
+        if (!waitForReplies(replies) || !waitForTime(start + line.time / options_.speed))
+            break;
+        const auto head = decodeCommandHead(line.text);
+        agentEndExpected_ = agentEndExpected_ || (head && head->name == commandName::quit);
+        agent_.sendLine(line.text);
+    }
+    if (!isOver() && waitForReplies(replies) && !record_.empty())
+        waitForTime(start + record_.back().time / options_.speed); // when the recorded session ended
+    show({comparison_.summary(), Tone::dim});
+}
+
+/// Waits until so many replies have come. False if the session is over.
+bool Session::waitForReplies(std::size_t replies) {
+    const auto settled = [&] { return comparison_.replies() >= replies || isOver(); };
+    unanswered_ = !runUntil(settled, options_.timeout);
+    return !unanswered_ && !isOver();
+}
+
+/// Waits for that moment of the record. False if the session is over.
+bool Session::waitForTime(std::chrono::steady_clock::time_point due) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - std::chrono::steady_clock::now());
+    if (left > std::chrono::milliseconds::zero())
+        runUntil([this] { return isOver(); }, left);
+    return !isOver();
+}
+
 bool Session::isOver() const {
-    return agentEnd_ || interrupted_ || quitting_ || outputFailed_;
+    return agentEnd_ || interrupted_ || quitting_ || outputFailed_ || (trace_ && trace_->hasFailed());
 }
 
 bool Session::waitForKeyboard() {
@@ -142,6 +192,10 @@ int Session::end() {
         return complain("the agent ended with " + describeEnd(*agentEnd_));
     if (outputFailed_)
         return complain("standard output cannot be written");
+    if (trace_ && trace_->hasFailed())
+        return complain("the record cannot be written");
+    if (options_.replay && !interrupted_ && (comparison_.differences() > 0 || comparison_.missing() > 0))
+        return complain("the replies are not as recorded");
     return 0;
 }
 
@@ -161,9 +215,22 @@ void Session::handleLine(std::string_view line) {
     }
 }
 
-void Session::showRaw(char direction, std::string_view line) {
-    if (!options_.raw)
+void Session::note(Speaker speaker, std::string_view line) {
+    if (trace_)
+        trace_->note(speaker, line);
+    if (options_.raw)
+        showRaw(speaker == Speaker::parent ? '>' : '<', line);
+}
+
+void Session::compare(const AgentMessage& message, std::string_view requestName) {
+    const auto* const reply = std::get_if<Reply>(&message);
+    if (reply == nullptr)
         return;
+    if (const auto difference = comparison_.compare(*reply, requestName))
+        show({*difference, Tone::warning});
+}
+
+void Session::showRaw(char direction, std::string_view line) {
     // A program gets the bytes verbatim; a terminal must not interpret them.
     std::string shown{direction, ' '};
     shown += onTerminal_ ? visibleText(line) : std::string(line);

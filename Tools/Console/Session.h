@@ -5,8 +5,12 @@
 #include "Console/LineEditor.h"
 #include "Console/Options.h"
 #include "Console/Paragraph.h"
+#include "Console/ReplyComparison.h"
+#include "Console/Trace.h"
 #include "Console/Watch.h"
 
+#include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -19,7 +23,7 @@ namespace tavel {
 
 /// One session of a user or a script with the agent. On a terminal, lines can be edited, and messages appear
 /// as they arrive. Otherwise the session reads plain lines, and waits for each reply before it takes the next
-/// line, so that the output follows the order of the commands.
+/// line, so that the output follows the order of the commands. A recorded session takes the place of both.
 class Session {
 public:
     /// Starts the agent. `clipboard` describes the one that the agent uses. Throws Error if it cannot.
@@ -33,14 +37,19 @@ private:
     Agent::Handlers agentHandlers();
     void runOnTerminal();
     void runOnLines();
+    void replay();
 
     bool isOver() const;
     bool waitForKeyboard();
     bool waitForNextLine();
     bool waitForReplies();
+    bool waitForReplies(std::size_t replies);
+    bool waitForTime(std::chrono::steady_clock::time_point due);
     int end();
 
     void handleLine(std::string_view line);
+    void note(Speaker speaker, std::string_view line);
+    void compare(const AgentMessage& message, std::string_view requestName);
     void showRaw(char direction, std::string_view line);
     void show(const Paragraph& paragraph);
     void print(const std::string& lines);
@@ -48,6 +57,9 @@ private:
 
     ConsoleOptions options_;
     std::string clipboard_;
+    std::optional<TraceWriter> trace_;
+    std::vector<TracedLine> record_; // to be played again
+    ReplyComparison comparison_;
     Places places_;
     bool onTerminal_;
     bool colored_;
