@@ -1,7 +1,9 @@
+option(TAVEL_WARNINGS_ARE_ERRORS "Stop at warnings; packagers, who use other compilers than we do, switch it off" ON)
+
 # Every target of the project links this. Third-party headers are included as system headers, without warnings.
 add_library(tavel_warnings INTERFACE)
 target_compile_options(tavel_warnings INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Werror
+  -Wall -Wextra -Wpedantic -Wconversion $<$<BOOL:${TAVEL_WARNINGS_ARE_ERRORS}>:-Werror>
   # In a unity build, this warning compares a file with the names of another one.
   $<$<NOT:$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wshadow>
   # There g++ takes each file for a header, in which an anonymous namespace would be a mistake.

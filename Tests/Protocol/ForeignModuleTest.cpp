@@ -17,12 +17,15 @@ std::string ownView() {
 
 class ForeignModule : public AgentTest {};
 
-/// Without /proc, a program does not know where it is. In its working directory may stand anybody's library.
+/// Without /proc, a program does not know where it is. Beside its working directory may stand anybody's
+/// library.
 TEST_F(ForeignModule, isNotLoadedFromTheWorkingDirectory) {
-    const fs::path working = directory_.path() / "working";
-    fs::create_directories(working / "lib");
+    const fs::path foreign = directory_.path() / "foreign";
+    const fs::path working = foreign / "working";
+    fs::create_directories(working);
+    fs::create_directories(foreign / "lib");
     fs::copy(fs::path(TAVEL_AGENT_PROGRAM).parent_path().parent_path() / "lib" / "tavel",
-             working / "lib" / "tavel");
+             foreign / "lib" / "tavel");
     const std::string hideProc = "mount -t tmpfs none /proc";
     if (std::system((ownView() + " sh -c '" + hideProc + "' 2>/dev/null").c_str()) != 0)
         GTEST_SKIP() << "No file system can be mounted here, so the test cannot hide /proc.";
@@ -41,7 +44,7 @@ TEST_F(ForeignModule, isNotLoadedFromTheWorkingDirectory) {
     EXPECT_EQ(agent.nextMessage(), textEvent("aGk", 2, sequence));
     const std::string loaded = contentOf("/proc/" + std::to_string(agent.processIdentifier()) + "/maps");
     EXPECT_NE(loaded.find("TavelClipboardAgent"), std::string::npos);
-    EXPECT_EQ(loaded.find(working.string()), std::string::npos);
+    EXPECT_EQ(loaded.find(foreign.string()), std::string::npos);
 }
 
 } // namespace

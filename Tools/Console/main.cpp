@@ -49,7 +49,12 @@ std::filesystem::path executableDirectory(const std::string& programName) {
 std::filesystem::path agentExecutable(const tavel::ConsoleOptions& options, const std::string& programName) {
     if (options.agent)
         return *options.agent;
-    return executableDirectory(programName) / "TavelClipboardAgent";
+    const std::filesystem::path directory = executableDirectory(programName);
+    const std::filesystem::path installed =
+        (directory / TAVEL_AGENT_FROM_TOOLS / "TavelClipboardAgent").lexically_normal();
+    // In the tree of a build, both are in one directory.
+    std::error_code ignored;
+    return std::filesystem::exists(installed, ignored) ? installed : directory / "TavelClipboardAgent";
 }
 
 int play(const tavel::ConsoleOptions& options, const std::string& programName) {

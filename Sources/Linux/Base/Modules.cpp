@@ -2,18 +2,33 @@
 
 #include <dlfcn.h>
 
+#include <array>
 #include <stdexcept>
 #include <string>
 #include <system_error>
 
 namespace tavel {
 
+namespace {
+
+/// Seen from the program's directory: those of an installed agent, of installed tools, and of a build's
+/// programs.
+constexpr std::array modulePlaces{TAVEL_MODULES_FROM_AGENT, TAVEL_MODULES_FROM_TOOLS, "../lib/tavel"};
+
+} // namespace
+
 std::filesystem::path moduleDirectory() {
     // The program's RUNPATH would not do: under a sanitizer, the runtime calls dlopen and its own RUNPATH
     // applies.
     std::error_code ignored;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ignored);
-    return program.parent_path().parent_path() / "lib" / "tavel";
+    std::filesystem::path directory;
+    for (const std::filesystem::path place : modulePlaces) {
+        directory = (program.parent_path() / place).lexically_normal();
+        if (std::filesystem::is_directory(directory, ignored))
+            break;
+    }
+    return directory;
 }
 
 void requireAbsolute(const std::filesystem::path& path) {

@@ -5,9 +5,10 @@
 
 namespace tavel {
 
-/// The directory of our modules and helper programs: ../lib/tavel, relative to the running program's own
-/// directory. A relative path, from which nothing may be loaded, if /proc does not tell where the program is.
-/// Any thread.
+/// The directory of our modules and helper programs. It is found from the running program's own directory, by
+/// the relative path that it has in an installed tree, so that the tree can be moved as a whole. In the tree
+/// of a build it is ../lib/tavel. A relative path, from which nothing may be loaded, if /proc does not tell
+/// where the program is. Any thread.
 std::filesystem::path moduleDirectory();
 
 /// To be called before a module is loaded or a helper program is started. Throws std::runtime_error, naming

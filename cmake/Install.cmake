@@ -1,0 +1,21 @@
+# The installed tree, except for what the folders of the clients, the manual pages and the completions install.
+install(TARGETS TavelClipboardAgent RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR})
+if(TAVEL_BUILD_TOOLS)
+  install(TARGETS tavel-console tavel-pasteboard RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+if(NOT APPLE)
+  install(TARGETS tavel-dates tavel-focus tavel-wayland LIBRARY DESTINATION ${TAVEL_INSTALL_MODULEDIR})
+  install(TARGETS tavel-images tavel-panel RUNTIME DESTINATION ${TAVEL_INSTALL_MODULEDIR})
+endif()
+
+# What a developer of a parent application needs.
+set(schema ${PROJECT_SOURCE_DIR}/docs/protocol.schema.json)
+if(EXISTS ${schema})
+  install(FILES ${schema} DESTINATION ${CMAKE_INSTALL_DATADIR}/tavel)
+endif()
+set(pkgconfig ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH TAVEL_AGENT_FROM_PKGCONFIG ${pkgconfig} ${CMAKE_INSTALL_FULL_LIBEXECDIR})
+file(RELATIVE_PATH TAVEL_DATA_FROM_PKGCONFIG ${pkgconfig} ${CMAKE_INSTALL_FULL_DATADIR})
+file(RELATIVE_PATH TAVEL_HEADERS_FROM_PKGCONFIG ${pkgconfig} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+configure_file(cmake/tavel-clipboard-agent.pc.in tavel-clipboard-agent.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/tavel-clipboard-agent.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
