@@ -13,6 +13,7 @@ struct ConsoleOptions {
     std::optional<std::string> pasteboard; // nullopt: the general one
     bool raw = false;
     bool demo = false;
+    bool doctor = false;                       // examine the surroundings instead of a session
     std::chrono::milliseconds timeout{10'000}; // of each reply and each step
 };
 
