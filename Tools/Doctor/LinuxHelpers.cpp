@@ -93,7 +93,7 @@ void examineHelpers(Report& report, Platform& platform) {
     examineModule(report, "tavel-dates", dateModuleEntryName,
                   "Without it, the date in a proposed file name has European digits and calendar.");
     examineModule(report, "tavel-focus", focusModuleEntryName,
-                  "Without it, the file prompt can be switched on, but every key passes.");
+                  "Without it, the file prompt can be switched on, but Ctrl+V is never taken.");
     examineModule(report, "tavel-wayland", dataControlModuleEntryName,
                   "Without it, the clipboard of a Wayland compositor is not used.");
     examineImages(report, platform);

@@ -57,7 +57,8 @@ void examineFocus(Report& report, Platform& platform) {
     if (isTrusted)
         report.line("accessibility", "the bus answers");
     else
-        report.limitation("accessibility", "the accessibility bus cannot be reached, so every key passes",
+        report.limitation("accessibility",
+                          "the accessibility bus cannot be reached, so Ctrl+V is never taken",
                           "Install at-spi2-core, and start the desktop with a D-Bus session bus "
                           "(DBUS_SESSION_BUS_ADDRESS).");
 }
@@ -66,7 +67,7 @@ void examineDesktop(Report& report, X11Desktop& desktop) {
     if (desktop.hasWindowManager())
         report.line("window manager", "is there");
     else
-        report.limitation("window manager", "none reports the active window, so every key passes",
+        report.limitation("window manager", "none reports the active window, so Ctrl+V is never taken",
                           "Start a window manager that follows EWMH.");
     const std::vector<std::string> running = desktop.runningFileManagers();
     const std::vector<std::string> installed = installedFileManagers();

@@ -92,7 +92,9 @@ std::string X11Desktop::describeClipboardOwner() {
     if (!process)
         return owner + ", process unknown";
     const std::string name = nameOfProcess(*process);
-    return (name.empty() ? "" : name + ", ") + "process " + std::to_string(*process) + ", " + owner;
+    const std::string number = "process " + std::to_string(*process);
+    // xclip, for instance, connects, and leaves the connection to a child that stays in the background.
+    return (name.empty() ? number + ", which has left this to a child" : name + ", " + number) + ", " + owner;
 }
 
 std::string X11Desktop::classOf(xcb_window_t window) {
