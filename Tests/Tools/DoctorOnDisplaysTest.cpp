@@ -3,18 +3,55 @@
 #include "Tests/Tools/DoctorTest.h"
 #include "Tests/Wayland/Compositor.h"
 #include "Tests/Wayland/CompositorOwner.h"
+#include "Tests/X11/Focus/AccessibilityBus.h"
 
 #include <xcb/xcb.h>
 
+#include <cstdint>
+#include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace tavel {
 
 namespace {
 
 using testing::ContainsRegex;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
+
+/// What a window manager and a file manager say of themselves on the root window and on a window of its own.
+class StagedDesktop {
+public:
+    explicit StagedDesktop(const std::string& display) : connection_(xcb_connect(display.c_str(), nullptr)) {
+        const xcb_screen_t& screen = *xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+        const xcb_window_t window = xcb_generate_id(connection_);
+        xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen.root, 0, 0, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+        constexpr std::string_view names("thunar\0Thunar", 14);
+        xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
+                            names.size(), names.data());
+        const xcb_atom_t active = atom("_NET_ACTIVE_WINDOW");
+        xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, screen.root, atom("_NET_SUPPORTED"),
+                            XCB_ATOM_ATOM, 32, 1, &active);
+        xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, screen.root, atom("_NET_CLIENT_LIST"),
+                            XCB_ATOM_WINDOW, 32, 1, &window);
+        static_cast<void>(atom("carried out by now"));
+    }
+    ~StagedDesktop() { xcb_disconnect(connection_); }
+    StagedDesktop(const StagedDesktop&) = delete;
+    StagedDesktop& operator=(const StagedDesktop&) = delete;
+
+private:
+    xcb_atom_t atom(std::string_view name) {
+        const auto cookie =
+            xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data());
+        return awaitReply(connection_, cookie, xcb_intern_atom_reply)->atom;
+    }
+
+    xcb_connection_t* connection_;
+};
 
 class DoctorOnX11 : public DoctorTest {
 protected:
@@ -36,6 +73,26 @@ TEST_F(DoctorOnX11, TellsOfTheServerAndTheFilePrompt) {
     EXPECT_THAT(said, HasSubstr("  window manager   none reports the active window, "));
     EXPECT_THAT(said, HasSubstr("  owner            nobody: the clipboard is empty\n"
                                 "  offers           nothing\n"));
+}
+
+TEST_F(DoctorOnX11, FindsNothingWrongOnADesktop) {
+    const std::filesystem::path runtime = world_.directory() / "bus";
+    std::filesystem::create_directory(runtime);
+    const TestAccessibilityBus bus(runtime, server_.display());
+    const StagedDesktop desktop(server_.display());
+    world_.setVariable("DBUS_SESSION_BUS_ADDRESS", bus.sessionAddress());
+    world_.setVariable("PATH", world_.directory().string());
+    world_.writeScript("caja", "");
+    const std::string said = report(0);
+    EXPECT_THAT(said, HasSubstr("  accessibility    the bus answers\n"
+                                "  window manager   is there\n"
+                                "  file managers    running: Thunar; installed: caja\n"));
+    EXPECT_THAT(said, EndsWith("\nAll is well.\n"));
+}
+
+TEST_F(DoctorOnX11, SaysThatThereIsNoFileManager) {
+    world_.setVariable("PATH", "/nowhere");
+    EXPECT_THAT(report(1), HasSubstr("  3. File prompt, file managers: running: none; installed: none.\n"));
 }
 
 TEST_F(DoctorOnX11, NamesTheOwnersProcessAndShowsNoContent) {
