@@ -59,7 +59,7 @@ std::string missingLibraries(const std::filesystem::path& program) {
 /// What is wrong with the program file; empty if nothing.
 std::string programProblem(const std::filesystem::path& program) {
     if (access(program.c_str(), X_OK) != 0)
-        return std::generic_category().message(errno) + ": " + program.string();
+        return "cannot be started: " + program.string() + ": " + std::generic_category().message(errno);
     const std::string missing = missingLibraries(program);
     return missing.empty() ? "" : "cannot be started: " + missing;
 }
@@ -72,9 +72,9 @@ void examineImages(Report& report, Platform& platform) {
     if (problem.empty())
         report.line(name, "converts a picture");
     else
-        report.limitation(name, problem,
-                          "Without it, copied pictures other than PNG files are not reported, and none is "
-                          "pasted as a file.");
+        report.limitation(
+            name, problem,
+            "Without it, no picture is converted to PNG or JPEG, for the parent or for a file to paste.");
 }
 
 void examinePanel(Report& report) {
@@ -89,7 +89,8 @@ void examinePanel(Report& report) {
 } // namespace
 
 void examineHelpers(Report& report, Platform& platform) {
-    report.section("Modules and programs in " + moduleDirectory().lexically_normal().string());
+    report.section("Modules and programs");
+    report.line("directory", moduleDirectory().lexically_normal().string());
     examineModule(report, "tavel-dates", dateModuleEntryName,
                   "Without it, the date in a proposed file name has European digits and calendar.");
     examineModule(report, "tavel-focus", focusModuleEntryName,

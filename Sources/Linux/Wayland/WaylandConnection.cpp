@@ -94,8 +94,8 @@ std::unique_ptr<WaylandConnection> WaylandConnection::open(const std::string& di
             return std::unique_ptr<WaylandConnection>(new WaylandConnection(functions, *connection));
         why = "the compositor at " + path.string() + " " + fault;
     } catch (const std::runtime_error& error) {
-        why = error.what();
-        log("The Wayland clipboard cannot be used: " + why);
+        why = std::string("the module for it cannot be loaded: ") + error.what();
+        log(std::string("The Wayland clipboard cannot be used: ") + error.what());
     }
     return nullptr;
 }
