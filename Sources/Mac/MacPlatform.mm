@@ -65,7 +65,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<Platform> makePlatform() {
+std::unique_ptr<Platform> makePlatform(std::vector<PassedOverPlace>*) {
     return std::make_unique<MacPlatform>();
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <string>
 
 namespace tavel {
 
@@ -47,6 +48,9 @@ public:
     /// or there is no keyboard to tap); the caller may then try again. Not called while there is a tap, nor
     /// by the handler.
     virtual bool create(Handler handler) = 0;
+
+    /// Why the latest `create` has failed: a clause for people. Empty if it has not, or nothing is known.
+    virtual std::string refusal() { return {}; }
 
     /// Removes the tap, if there is one: no key waits for the handler any more. `create` makes a new one. Not
     /// called by the handler.

@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tavel {
 
@@ -77,7 +78,15 @@ public:
     virtual void log(const std::string& message) = 0;
 };
 
-/// The platform of this machine. Called once, by a program's `main`.
-std::unique_ptr<Platform> makePlatform();
+/// A place for the pasteboards that `makePlatform` did not choose, and why not, for people.
+struct PassedOverPlace {
+    std::string name;   // "Wayland"
+    std::string reason; // a clause: "WAYLAND_DISPLAY is not set"
+    bool isNamed;       // whether the environment names it: if so, it is there and cannot be used, or is gone
+};
+
+/// The platform of this machine. Called once, by a program's `main`. Appends the places that come before the
+/// chosen one to `passedOver`, if that is not null, the most preferred one first.
+std::unique_ptr<Platform> makePlatform(std::vector<PassedOverPlace>* passedOver = nullptr);
 
 } // namespace tavel

@@ -17,15 +17,29 @@ std::shared_ptr<WaylandSelections> openOn(const Compositor& compositor) {
     return openSelections(compositor.display(), longTimeOuts());
 }
 
+/// Why there is no connection to that compositor.
+std::string refusalOf(const Compositor& compositor) {
+    std::string refusal;
+    EXPECT_EQ(openSelections(compositor.display(), longTimeOuts(), &refusal), nullptr);
+    return refusal;
+}
+
 TEST(Connection, isNotMadeWithoutDataControlOrASeat) {
-    EXPECT_EQ(openOn(Compositor({.offersExt = false, .offersWlr = false})), nullptr);
-    EXPECT_EQ(openOn(Compositor({.hasSeat = false})), nullptr);
+    const Compositor bare({.offersExt = false, .offersWlr = false});
+    EXPECT_EQ(refusalOf(bare), "the compositor at " + bare.display() +
+                                   " offers no data control (ext-data-control-v1 or "
+                                   "wlr-data-control-unstable-v1)");
+    const Compositor seatless({.hasSeat = false});
+    EXPECT_EQ(refusalOf(seatless),
+              "the compositor at " + seatless.display() + " has no seat, to which a clipboard belongs");
 }
 
 TEST(Connection, isNotMadeToACompositorThatHangs) {
     Compositor compositor;
     compositor.hang();
-    EXPECT_LT(durationOf([&] { EXPECT_EQ(openOn(compositor), nullptr); }), atOnce);
+    std::string refusal;
+    EXPECT_LT(durationOf([&] { refusal = refusalOf(compositor); }), atOnce);
+    EXPECT_EQ(refusal, "the compositor at " + compositor.display() + " does not answer");
 }
 
 TEST(Connection, prefersExtDataControl) {

@@ -18,10 +18,10 @@ std::shared_ptr<WaylandSelections> connect(const std::string& display, const Tra
 } // namespace
 
 std::shared_ptr<WaylandSelections> openSelections(const std::string& display,
-                                                  const TransferTimeOuts& timeOuts) {
+                                                  const TransferTimeOuts& timeOuts, std::string* refusal) {
     return WaylandSelections::open(
-        display, TAVEL_WAYLAND_MODULE, [](const std::string& message) { ADD_FAILURE() << message; },
-        timeOuts);
+        display, TAVEL_WAYLAND_MODULE, [](const std::string& message) { ADD_FAILURE() << message; }, timeOuts,
+        refusal);
 }
 
 WaylandProgram::WaylandProgram(const std::string& display, const TransferTimeOuts& timeOuts)

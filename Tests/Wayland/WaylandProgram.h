@@ -9,9 +9,10 @@
 
 namespace tavel {
 
-/// The selections of the compositor with that socket; null as `WaylandSelections::open` says.
-std::shared_ptr<WaylandSelections> openSelections(const std::string& display,
-                                                  const TransferTimeOuts& timeOuts);
+/// The selections of the compositor with that socket; null, with a refusal, as `WaylandSelections::open`
+/// says.
+std::shared_ptr<WaylandSelections>
+openSelections(const std::string& display, const TransferTimeOuts& timeOuts, std::string* refusal = nullptr);
 
 /// A program with pasteboards on a Wayland compositor: the clipboard, and the primary selection.
 class WaylandProgram final : public PasteboardProgram {

@@ -18,9 +18,16 @@ std::string footer() {
            "\nThe exit status is 0 when the session came to its end, also by Ctrl-C, whatever became of the "
            "single\n"
            "commands; 1 when the agent could not be started, went away or did not answer, or when a reply "
-           "was not "
-           "as\nrecorded; 2 for a wrong option.\n";
+           "was\n"
+           "not as recorded; 2 for a wrong option.\n";
 }
+
+/// The doctor leaves the user's clipboard as it is, and shows nothing of it but types and sizes.
+constexpr const char* doctorFooter =
+    "It writes to a pasteboard of its own, and shows the types of what was copied, never the content.\n"
+    "\n"
+    "The exit status is 0 when all is well; 1 when the agent works, but something is missing or limited,\n"
+    "which a list at the end names; 2 when the agent does not work at all, or for a wrong option.\n";
 
 } // namespace
 
@@ -47,16 +54,25 @@ std::variant<ConsoleOptions, ConsoleUsage> parseConsoleArguments(const std::vect
         ->check(CLI::Range(1, highestSpeed))
         ->needs(replay)
         ->capture_default_str();
-    app.add_flag("--demo", options.demo,
-                 "Play a short session on a private pasteboard, and check what happens")
-        ->excludes(pasteboard)
-        ->excludes(raw)
-        ->excludes(trace)
-        ->excludes(replay);
+    CLI::Option* const demo =
+        app.add_flag("--demo", options.demo,
+                     "Play a short session on a private pasteboard, and check what happens")
+            ->excludes(pasteboard)
+            ->excludes(raw)
+            ->excludes(trace)
+            ->excludes(replay);
     app.add_option("--timeout", timeout, "Seconds to wait for an answer when nobody is there to judge")
         ->check(CLI::Range(1, longestTimeout))
         ->capture_default_str();
     app.footer(footer());
+    CLI::App* const doctor = app.add_subcommand(
+        "doctor", "Examines what the agent needs on this machine, tries the agent, and says what is wrong");
+    doctor->add_option("--agent", options.agent, "The agent's executable");
+    doctor->add_option("--timeout", timeout, "Seconds to wait for each answer of the agent")
+        ->check(CLI::Range(1, longestTimeout))
+        ->capture_default_str();
+    doctor->excludes(pasteboard)->excludes(raw)->excludes(trace)->excludes(replay)->excludes(demo);
+    doctor->footer(doctorFooter);
 
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
@@ -66,6 +82,7 @@ std::variant<ConsoleOptions, ConsoleUsage> parseConsoleArguments(const std::vect
         return ConsoleUsage{usageStatus, std::string("tavel-console: ") + error.what() +
                                              "\nRun tavel-console --help for more information.\n"};
     }
+    options.doctor = doctor->parsed();
     options.timeout = std::chrono::seconds(timeout);
     return options;
 }

@@ -16,6 +16,7 @@ struct ConsoleOptions {
     int speed = 1;                         // of a record, as a multiple of its own
     bool raw = false;
     bool demo = false;
+    bool doctor = false;                       // examine the surroundings instead of a session
     std::chrono::milliseconds timeout{10'000}; // of each reply and each step
 };
 

@@ -1,6 +1,7 @@
 #include "Console/Demo.h"
 #include "Console/Options.h"
 #include "Console/Session.h"
+#include "Doctor/Doctor.h"
 #include "Platform/Platform.h"
 #include "Support/Error.h"
 #include "Support/Files.h"
@@ -74,6 +75,8 @@ int run(const std::vector<std::string>& arguments, const std::string& programNam
     const auto& options = std::get<tavel::ConsoleOptions>(parsed);
     if (options.demo)
         return play(options, programName);
+    if (options.doctor)
+        return tavel::runDoctor(agentExecutable(options, programName), options.timeout);
     // The agent chooses in the same way: it has the same environment.
     const std::string clipboard = tavel::makePlatform()->describePasteboard(options.pasteboard);
     return tavel::Session(options, agentExecutable(options, programName), clipboard).run();

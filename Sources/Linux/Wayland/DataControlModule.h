@@ -51,9 +51,9 @@ struct DataControlModule {
     /// Takes the connected socket over. Binds the first seat's data control, ext-data-control-v1 rather than
     /// the other, and returns when the compositor has told of the selections from before. Null if the
     /// compositor offers no data control, does not answer until the deadline, or ends; the socket is closed
-    /// then.
+    /// then, and `fault` is a constant that says of the compositor which: "does not answer".
     DataControlConnection* (*open)(int socket, std::chrono::steady_clock::time_point deadline,
-                                   const DataControlEvents& events);
+                                   const DataControlEvents& events, const char*& fault);
     void (*destroy)(DataControlConnection* connection);
 
     /// The name of the protocol's manager, a constant: "ext_data_control_manager_v1", for instance.

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <optional>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 namespace tavel {
@@ -30,26 +31,37 @@ constexpr std::chrono::milliseconds timeBetweenAttempts{10};
 
 using Clock = WaylandConnection::Clock;
 
-std::optional<sockaddr_un> addressOf(const std::string& display) {
+/// The absolute path of the compositor's socket, relative if XDG_RUNTIME_DIR does not tell.
+std::filesystem::path socketOf(const std::string& display) {
     const char* const directory = std::getenv("XDG_RUNTIME_DIR"); // NOLINT(concurrency-mt-unsafe)
-    const std::filesystem::path path = std::filesystem::path(directory == nullptr ? "" : directory) / display;
+    return std::filesystem::path(directory == nullptr ? "" : directory) / display;
+}
+
+std::optional<sockaddr_un> addressOf(const std::filesystem::path& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    if (display.empty() || !path.is_absolute() || path.native().size() >= sizeof address.sun_path)
+    if (!path.is_absolute() || path.native().size() >= sizeof address.sun_path)
         return std::nullopt;
     std::memcpy(address.sun_path, path.c_str(), path.native().size());
     return address;
 }
 
-Descriptor connectTo(const std::string& display, Clock::time_point deadline) {
-    const auto address = addressOf(display);
-    if (!address)
+/// Without a connection, `refusal` says why.
+Descriptor connectTo(const std::filesystem::path& path, Clock::time_point deadline, std::string& refusal) {
+    const auto address = addressOf(path);
+    if (!address) {
+        refusal = path.is_absolute() ? "the path of its socket is too long: " + path.string()
+                                     : "WAYLAND_DISPLAY needs XDG_RUNTIME_DIR, which is no absolute path";
         return {};
+    }
     Descriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    while (connection &&
+    while (!connection ||
            connect(connection.number(), reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0) {
-        if (errno != EAGAIN || Clock::now() >= deadline)
+        if (!connection || errno != EAGAIN || Clock::now() >= deadline) {
+            refusal = "no compositor answers at " + path.string() + " (" +
+                      std::generic_category().message(errno) + ")";
             return {};
+        }
         std::this_thread::sleep_for(timeBetweenAttempts);
     }
     return connection;
@@ -65,18 +77,24 @@ int millisecondsUntil(Clock::time_point deadline) {
 std::unique_ptr<WaylandConnection> WaylandConnection::open(const std::string& display,
                                                            const DataControlEvents& events,
                                                            const std::filesystem::path& module,
-                                                           const Log& log) {
+                                                           const Log& log, std::string* refusal) {
     const auto deadline = Clock::now() + longestWait;
-    Descriptor socket = connectTo(display, deadline);
+    const std::filesystem::path path = socketOf(display);
+    std::string unasked;
+    std::string& why = refusal != nullptr ? *refusal : unasked;
+    Descriptor socket = connectTo(path, deadline, why);
     if (!socket)
         return nullptr;
     try {
         const DataControlModule& functions =
             *reinterpret_cast<DataControlModuleEntry>(loadModuleEntry(module, dataControlModuleEntryName))();
-        DataControlConnection* const connection = functions.open(socket.release(), deadline, events);
+        const char* fault = nullptr;
+        DataControlConnection* const connection = functions.open(socket.release(), deadline, events, fault);
         if (connection != nullptr)
             return std::unique_ptr<WaylandConnection>(new WaylandConnection(functions, *connection));
+        why = "the compositor at " + path.string() + " " + fault;
     } catch (const std::runtime_error& error) {
+        why = std::string("the module for it cannot be loaded: ") + error.what();
         log(std::string("The Wayland clipboard cannot be used: ") + error.what());
     }
     return nullptr;

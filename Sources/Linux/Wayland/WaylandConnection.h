@@ -21,11 +21,13 @@ public:
     using Log = std::function<void(const std::string& message)>;
 
     /// Connects to the compositor of that name: a socket in XDG_RUNTIME_DIR, or an absolute path. Null if
-    /// none answers there within some seconds, or offers data control; the log says so if that is the
-    /// module's fault. Events may come during this call.
+    /// none answers there within some seconds, or offers data control; `refusal`, if that is not null, is a
+    /// clause for people that says why then. The log says so, too, if it is the module's fault. Events may
+    /// come during this call.
     static std::unique_ptr<WaylandConnection> open(const std::string& display,
                                                    const DataControlEvents& events,
-                                                   const std::filesystem::path& module, const Log& log);
+                                                   const std::filesystem::path& module, const Log& log,
+                                                   std::string* refusal = nullptr);
 
     ~WaylandConnection() { module_.destroy(&connection_); }
     WaylandConnection(const WaylandConnection&) = delete;

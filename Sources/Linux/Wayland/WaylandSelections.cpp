@@ -27,9 +27,10 @@ constexpr std::uint64_t compositorKey = static_cast<std::uint64_t>(Use::composit
 std::shared_ptr<WaylandSelections> WaylandSelections::open(const std::string& display,
                                                            const std::filesystem::path& module,
                                                            const WaylandConnection::Log& log,
-                                                           const TransferTimeOuts& timeOuts) {
+                                                           const TransferTimeOuts& timeOuts,
+                                                           std::string* refusal) {
     std::shared_ptr<WaylandSelections> selections(new WaylandSelections(timeOuts));
-    auto connection = WaylandConnection::open(display, selections->events(), module, log);
+    auto connection = WaylandConnection::open(display, selections->events(), module, log, refusal);
     if (connection == nullptr)
         return nullptr;
     selections->begin(std::move(connection));

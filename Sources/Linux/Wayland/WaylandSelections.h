@@ -26,10 +26,9 @@ public:
     static constexpr std::string_view primaryName = "PRIMARY";
 
     /// Connects as WaylandConnection::open says; null if it cannot.
-    static std::shared_ptr<WaylandSelections> open(const std::string& display,
-                                                   const std::filesystem::path& module,
-                                                   const WaylandConnection::Log& log,
-                                                   const TransferTimeOuts& timeOuts);
+    static std::shared_ptr<WaylandSelections>
+    open(const std::string& display, const std::filesystem::path& module, const WaylandConnection::Log& log,
+         const TransferTimeOuts& timeOuts, std::string* refusal = nullptr);
 
     WaylandSelections(const WaylandSelections&) = delete;
     WaylandSelections& operator=(const WaylandSelections&) = delete;

@@ -106,6 +106,10 @@ void ActiveWindow::activate(xcb_window_t window) const {
     xcb_flush(connection_);
 }
 
+std::span<const std::string_view> fileManagerClassNames() {
+    return fileManagerClasses;
+}
+
 bool isFileManagerClass(std::string_view className) {
     return std::ranges::any_of(fileManagerClasses, [className](std::string_view known) {
         return equalsIgnoringAsciiCase(className, known);

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -42,7 +43,11 @@ private:
     xcb_atom_t processIdentifier_ = XCB_ATOM_NONE;
 };
 
-/// Whether the class (WM_CLASS) is that of a known file manager. Ignores ASCII case.
+/// The classes (WM_CLASS) of the windows of known file managers, in lower case; most are also the names of
+/// their programs.
+std::span<const std::string_view> fileManagerClassNames();
+
+/// Whether the class is one of those. Ignores ASCII case.
 bool isFileManagerClass(std::string_view className);
 
 } // namespace tavel

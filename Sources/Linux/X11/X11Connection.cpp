@@ -56,22 +56,46 @@ const xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
     return screens.rem > 0 ? screens.data : nullptr;
 }
 
+/// xcb does not tell a server that is not there from one that refuses this program.
+std::string refusalOf(int error, const char* display) {
+    const char* const named =
+        display != nullptr ? display : std::getenv("DISPLAY"); // NOLINT(concurrency-mt-unsafe)
+    const std::string name = named != nullptr ? named : "";
+    switch (error) {
+    case XCB_CONN_CLOSED_PARSE_ERR:
+        return "\"" + name + "\" is no name of a display";
+    case XCB_CONN_CLOSED_INVALID_SCREEN:
+        return "the X server has no such screen as " + name + " says";
+    default:
+        return "no X server answers at " + name + ", or it does not let this user in";
+    }
+}
+
 } // namespace
 
-std::unique_ptr<X11Connection> X11Connection::open(const char* display, std::vector<std::string> names) {
+std::unique_ptr<X11Connection> X11Connection::open(const char* display, std::vector<std::string> names,
+                                                   std::string* refusal) {
+    const auto refuse = [refusal](const std::string& reason) {
+        if (refusal != nullptr)
+            *refusal = reason;
+        return nullptr;
+    };
     int screenNumber = 0;
     std::unique_ptr<xcb_connection_t, Disconnect> connection(xcb_connect(display, &screenNumber));
-    if (xcb_connection_has_error(connection.get()) != 0)
-        return nullptr;
+    const int error = xcb_connection_has_error(connection.get());
+    if (error != 0)
+        return refuse(refusalOf(error, display));
     const xcb_screen_t* const screen = screenOf(connection.get(), screenNumber);
     if (screen == nullptr)
-        return nullptr;
+        return refuse("the X server has no screen");
     // The replies come with those about the names.
     xcb_prefetch_extension_data(connection.get(), &xcb_xfixes_id);
     xcb_prefetch_extension_data(connection.get(), &xcb_big_requests_id);
     std::unique_ptr<X11Connection> opened(new X11Connection(connection.get(), *screen, std::move(names)));
     static_cast<void>(connection.release()); // the object disconnects it now
-    return opened->useExtensions() ? std::move(opened) : nullptr;
+    if (!opened->useExtensions())
+        return refuse("the X server lacks the extension XFIXES");
+    return opened;
 }
 
 X11Connection::X11Connection(xcb_connection_t* connection, const xcb_screen_t& screen,

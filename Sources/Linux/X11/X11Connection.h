@@ -38,9 +38,11 @@ public:
     using EventHandler = std::function<void(const xcb_generic_event_t&)>;
 
     /// Connects to the server that `display` names, or to that of DISPLAY if it is null. Returns null if no
-    /// server answers or it has no XFixes extension. The atoms of `names` are then known: asked for one by
-    /// one, they would cost the start a round trip each.
-    static std::unique_ptr<X11Connection> open(const char* display, std::vector<std::string> names = {});
+    /// server answers or it has no XFixes extension; `refusal`, if that is not null, is a clause for people
+    /// that says which then. The atoms of `names` are known after this call: asked for one by one, they would
+    /// cost the start a round trip each.
+    static std::unique_ptr<X11Connection> open(const char* display, std::vector<std::string> names = {},
+                                               std::string* refusal = nullptr);
 
     ~X11Connection();
     X11Connection(const X11Connection&) = delete;

@@ -66,6 +66,7 @@ protected:
 TEST_F(TapEnd, thereIsNoTapWithoutAServer) {
     X11KeyboardTap tap(":54321", loop_, deadline_);
     EXPECT_FALSE(tap.create([](const KeyEvent&) { return KeyVerdict::swallow; }));
+    EXPECT_EQ(tap.refusal(), "the X server does not answer");
     EXPECT_FALSE(tap.isKeyDown(keyCode::v));
     tap.setEnabled(false);
     tap.post(std::array{KeyEvent{}});

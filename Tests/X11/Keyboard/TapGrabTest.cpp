@@ -137,12 +137,14 @@ TEST_F(TapGrab, isRefusedWhileAnotherProgramHasTheKeyOnTheScreen) {
         const auto handler = [](const KeyEvent&) { return KeyVerdict::pass; };
         EXPECT_FALSE(tap_->create(handler));
         EXPECT_FALSE(tap_->create(handler)) << "a second time";
+        EXPECT_EQ(tap_->refusal(), "another program has grabbed Ctrl+V for the whole screen");
         EXPECT_FALSE(tap_->isKeyDown(keyCode::v));
         tap_->setEnabled(true);
         otherUngrabs(desktop_.root(), modifiers);
         EXPECT_FALSE(desktop_.isGrabbed(desktop_.root(), pcKey::v)) << "nothing is left of the trial";
 
         EXPECT_TRUE(tap_->create(handler));
+        EXPECT_EQ(tap_->refusal(), "");
         tap_.reset();
     }
 }

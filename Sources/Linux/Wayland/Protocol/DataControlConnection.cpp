@@ -41,31 +41,41 @@ auto findProxy(auto& objects, const wl_proxy* proxy) {
 
 } // namespace
 
-std::unique_ptr<DataControlConnection>
-DataControlConnection::open(Descriptor socket, Clock::time_point deadline, const DataControlEvents& events) {
+std::unique_ptr<DataControlConnection> DataControlConnection::open(Descriptor socket,
+                                                                   Clock::time_point deadline,
+                                                                   const DataControlEvents& events,
+                                                                   const char*& fault) {
     std::unique_ptr<DataControlConnection> opened(new DataControlConnection(std::move(socket), events));
-    return opened->bind(deadline) ? std::move(opened) : nullptr;
+    fault = opened->bind(deadline);
+    return fault == nullptr ? std::move(opened) : nullptr;
 }
 
 DataControlConnection::DataControlConnection(Descriptor socket, const DataControlEvents& events)
     : display_(std::move(socket)), events_(events) {}
 
-bool DataControlConnection::bind(Clock::time_point deadline) {
+/// What is wrong with the compositor; null if all is well.
+const char* DataControlConnection::bind(Clock::time_point deadline) {
     DataControlGlobals globals(display_);
-    if (!awaitAnswer(deadline) || !globals.areComplete())
-        return false;
+    if (!awaitAnswer(deadline))
+        return faultOfSilence();
+    if (const char* const missing = globals.missing())
+        return missing;
     interfaces_ = &globals.interfaces();
     manager_ = globals.bindManager();
     const Proxy seat = globals.bindSeat();
     if (manager_ == nullptr || seat == nullptr || !display_.reserveRequest())
-        return false;
+        return faultOfSilence();
     device_.reset(wl_proxy_marshal_flags(manager_.get(), dataControl::managerRequest::getDataDevice,
                                          &interfaces_->device, wl_proxy_get_version(manager_.get()), 0,
                                          nullptr, seat.get()));
     if (device_ == nullptr)
-        return false;
+        return faultOfSilence();
     listen<&DataControlConnection::handleDevice>(device_.get(), *this);
-    return awaitAnswer(deadline);
+    return awaitAnswer(deadline) ? nullptr : faultOfSilence();
+}
+
+const char* DataControlConnection::faultOfSilence() const {
+    return isLost() ? "has closed the connection" : "does not answer";
 }
 
 /// Waits until the compositor has carried out all requests. False at the deadline, or if that fails.

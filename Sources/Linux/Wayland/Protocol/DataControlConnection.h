@@ -22,7 +22,7 @@ public:
 
     /// Throws std::bad_alloc.
     static std::unique_ptr<DataControlConnection> open(Descriptor socket, Clock::time_point deadline,
-                                                       const DataControlEvents& events);
+                                                       const DataControlEvents& events, const char*& fault);
 
     const char* protocol() const { return interfaces_->manager.name; }
     bool hasPrimary() const;
@@ -51,7 +51,8 @@ private:
     };
 
     DataControlConnection(Descriptor socket, const DataControlEvents& events);
-    bool bind(Clock::time_point deadline);
+    const char* bind(Clock::time_point deadline);
+    const char* faultOfSilence() const;
     bool awaitAnswer(Clock::time_point deadline);
     bool sendQuestion(std::uint64_t number);
     Proxy makeSource(const std::vector<std::string>& types, Clock::time_point deadline);

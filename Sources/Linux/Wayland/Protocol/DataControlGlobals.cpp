@@ -37,6 +37,12 @@ void DataControlGlobals::handleRegistry(wl_proxy* /*registry*/, std::uint32_t ev
         seat_ = global;
 }
 
+const char* DataControlGlobals::missing() const {
+    if (!ext_.isThere() && !wlr_.isThere())
+        return "offers no data control (ext-data-control-v1 or wlr-data-control-unstable-v1)";
+    return seat_.isThere() ? nullptr : "has no seat, to which a clipboard belongs";
+}
+
 const DataControlInterfaces& DataControlGlobals::interfaces() const {
     return ext_.isThere() ? extDataControl() : wlrDataControl();
 }

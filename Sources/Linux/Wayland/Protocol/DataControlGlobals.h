@@ -16,9 +16,10 @@ public:
     DataControlGlobals(const DataControlGlobals&) = delete; // the registry's events come to this object
     DataControlGlobals& operator=(const DataControlGlobals&) = delete;
 
-    bool areComplete() const { return (ext_.isThere() || wlr_.isThere()) && seat_.isThere(); }
+    /// What the compositor lacks, a constant: "offers no data control"; null if nothing.
+    const char* missing() const;
 
-    /// If they are complete: the better protocol.
+    /// If nothing is missing: the better protocol.
     const DataControlInterfaces& interfaces() const;
 
     /// Null if the compositor takes no request now, or for want of memory.

@@ -17,10 +17,11 @@ auto orNone(auto&& function) -> decltype(function()) {
 }
 
 constexpr DataControlModule dataControlModule{
-    .open = [](int socket, std::chrono::steady_clock::time_point deadline,
-               const DataControlEvents& events) -> DataControlConnection* {
+    .open = [](int socket, std::chrono::steady_clock::time_point deadline, const DataControlEvents& events,
+               const char*& fault) -> DataControlConnection* {
         Descriptor owned(socket);
-        return orNone([&] { return DataControlConnection::open(std::move(owned), deadline, events); })
+        fault = "cannot be asked for want of memory";
+        return orNone([&] { return DataControlConnection::open(std::move(owned), deadline, events, fault); })
             .release();
     },
     .destroy = [](DataControlConnection* connection) { delete connection; },

@@ -100,15 +100,21 @@ KeyboardMap::Key keyOf(std::uint8_t code, const xcb_xkb_key_sym_map_t& symbols) 
 
 } // namespace
 
-std::unique_ptr<KeyboardConnection> KeyboardConnection::open(const char* display) {
+std::unique_ptr<KeyboardConnection> KeyboardConnection::open(const char* display, std::string& refusal) {
     int screenNumber = 0;
     xcb_connection_t* const connection = xcb_connect(display, &screenNumber);
-    if (xcb_connection_has_error(connection) == 0 && hasTestExtension(connection) &&
-        prepareInput(connection)) {
+    if (xcb_connection_has_error(connection) != 0) {
+        refusal = "the X server does not answer";
+    } else if (!hasTestExtension(connection)) {
+        refusal = "the X server lacks the extension XTEST";
+    } else if (!prepareInput(connection)) {
+        refusal = "the X server lacks the extension XInput 2.1";
+    } else {
         const auto root = rootOf(connection, screenNumber);
         const auto xkbEvent = prepareXkb(connection);
         if (root && xkbEvent)
             return std::unique_ptr<KeyboardConnection>(new KeyboardConnection(connection, *root, *xkbEvent));
+        refusal = "the X server lacks the extension XKB";
     }
     xcb_disconnect(connection);
     return nullptr;

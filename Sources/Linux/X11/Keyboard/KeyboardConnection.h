@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace tavel {
@@ -26,8 +27,8 @@ struct HeldKeys {
 class KeyboardConnection {
 public:
     /// Connects to the server that `display` names, or to that of DISPLAY if it is null. Returns null if no
-    /// server answers or it lacks the extension XKB, XTEST or XInput 2.1.
-    static std::unique_ptr<KeyboardConnection> open(const char* display);
+    /// server answers or it lacks the extension XKB, XTEST or XInput 2.1; `refusal` says which then.
+    static std::unique_ptr<KeyboardConnection> open(const char* display, std::string& refusal);
 
     ~KeyboardConnection();
     KeyboardConnection(const KeyboardConnection&) = delete;

@@ -52,17 +52,27 @@ X11KeyboardTap::~X11KeyboardTap() {
 }
 
 bool X11KeyboardTap::create(Handler handler) {
-    auto connection = KeyboardConnection::open(display_ ? display_->c_str() : nullptr);
-    // Xwayland would not see the keys of native programs: a tap of some windows is none.
-    if (connection == nullptr || isXwayland(connection->get(), connection->root()) ||
-        !canGrab(connection->get(), connection->root(), connection->pasteCombinations(connection->readMap())))
+    auto connection = KeyboardConnection::open(display_ ? display_->c_str() : nullptr, refusal_);
+    if (connection == nullptr)
         return false;
+    // Xwayland would not see the keys of native programs: a tap of some windows is none.
+    if (isXwayland(connection->get(), connection->root())) {
+        refusal_ = "the X server is Xwayland, which does not see the keys of native Wayland programs";
+        return false;
+    }
+    if (!canGrab(connection->get(), connection->root(),
+                 connection->pasteCombinations(connection->readMap()))) {
+        refusal_ = "another program has grabbed Ctrl+V for the whole screen";
+        return false;
+    }
     decider_ = std::make_shared<Decider>(std::move(handler), deadline_);
     try {
         thread_ = std::make_unique<KeyTapThread>(*connection, decisionTime_, listener());
     } catch (const std::system_error&) {
+        refusal_ = "the system has no further thread";
         return false;
     }
+    refusal_.clear();
     connection_ = std::move(connection);
     thread_->setEnabled(true);
     return true;

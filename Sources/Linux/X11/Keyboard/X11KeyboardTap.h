@@ -37,6 +37,7 @@ public:
     X11KeyboardTap& operator=(const X11KeyboardTap&) = delete;
 
     bool create(Handler handler) override;
+    std::string refusal() override { return refusal_; }
     void remove() override;
     void setEnabled(bool enabled) override;
     bool canLosePermission() override { return false; }
@@ -57,6 +58,7 @@ private:
     std::shared_ptr<Decider> decider_; // functions posted to the loop hold it weakly
     std::unique_ptr<KeyboardConnection> connection_;
     std::unique_ptr<KeyTapThread> thread_;
+    std::string refusal_;
     KeySet restored_; // modifier keys of the user that this object has pressed and not released
 };
 
