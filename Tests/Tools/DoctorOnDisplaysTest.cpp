@@ -7,6 +7,7 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -29,7 +30,7 @@ public:
         const xcb_window_t window = xcb_generate_id(connection_);
         xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen.root, 0, 0, 1, 1, 0,
                           XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
-        constexpr std::string_view names("thunar\0Thunar", 14);
+        constexpr std::array names = std::to_array("thunar\0Thunar"); // with the zero byte at its end
         xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
                             names.size(), names.data());
         const xcb_atom_t active = atom("_NET_ACTIVE_WINDOW");
