@@ -1,9 +1,14 @@
 # docs/dependencies.md tells what each library is for and why it was chosen.
 find_package(Threads REQUIRED)
 
+option(TAVEL_PREFER_ARCHIVES "Link archives of some small libraries; packagers may want the shared libraries" ON)
+
 # Links the archives of these small libraries, where the system has them: at the start of a program, each shared library
 # costs a fiftieth of the time in which an empty one starts. `target` is that of pkg_check_modules.
 function(tavel_prefer_archives target)
+  if(NOT TAVEL_PREFER_ARCHIVES)
+    return()
+  endif()
   get_target_property(files PkgConfig::${target} INTERFACE_LINK_LIBRARIES)
   set(chosen)
   foreach(file IN LISTS files)
