@@ -11,68 +11,7 @@ export const LONGEST_LINE = 64 * 1024 * 1024;
 
 const GRACE = 5000; // an agent's time to end by itself
 
-// ---- the messages as they are on the wire, see docs/protocol.md
-
-export interface Reply {
-    request_id: number;
-    ok: boolean;
-    reason: string;
-    sequence: number;
-}
-
-interface WireChange {
-    event: "change";
-    marker: string;
-    sequence: number;
-}
-
-export interface WireTextChange extends WireChange {
-    kind?: never;
-    text_b64: string;
-    bytes: number;
-}
-
-export interface WireAnnouncement extends WireChange {
-    kind: "unsupported";
-}
-
-export interface WirePathsChange extends WireChange {
-    kind: FilesKind;
-    paths: string[];
-}
-
-export interface WireLog {
-    event: "log";
-    level: string;
-    message: string;
-}
-
-export interface WireFileRenamed {
-    event: "file_renamed";
-    sequence: number;
-}
-
-export type WireEvent = WireTextChange | WireAnnouncement | WirePathsChange | WireLog | WireFileRenamed;
-
-export type FilesKind = "files" | "image" | "formats";
-
-export interface WriteFiles {
-    command: "write_files";
-    kind: FilesKind;
-    paths: string[];
-    marker: string;
-    expected_sequence?: number;
-}
-
-/** The commands, without their request_id. The client ends the agent by the end of its input instead of "quit". */
-export type Command =
-    | { command: "ping" | "discard_pending" | "quit" }
-    | { command: "write_text"; text_b64: string; marker: string }
-    | WriteFiles
-    | { command: "write_image_data"; image_b64: string }
-    | { command: "configure_file_prompt"; rename_prompt: boolean };
-
-// ---- what the parent sees
+// ---- events
 
 interface Content {
     /** The pasteboard's change count. */
@@ -135,6 +74,8 @@ export type AgentEvent =
     | FileRenamed
     | LogMessage
     | UnknownEvent;
+
+// ---- options
 
 export interface AgentOptions {
     /** The agent's path. Without it, start() looks for one with findAgent(). */
@@ -201,7 +142,14 @@ export class AgentEnded extends AgentError {
 /** The program wrote something that no agent writes, and was killed. */
 export class ProtocolError extends AgentEnded {}
 
-// ---- reading messages
+// ---- the messages
+
+interface Reply {
+    request_id: number;
+    ok: boolean;
+    reason: string;
+    sequence: number;
+}
 
 type Fields = Record<string, unknown>;
 
@@ -443,15 +391,10 @@ class Run {
 
 // ---- the client
 
-function filesCommand(kind: FilesKind, paths: readonly string[], options: FileOptions): WriteFiles {
-    const command: WriteFiles = {
-        command: "write_files",
-        kind,
-        paths: paths.map((path) => absolutePath(path)),
-        marker: options.marker ?? "",
-    };
-    if (options.expectedSequence !== undefined) command.expected_sequence = options.expectedSequence;
-    return command;
+function filesFields(kind: string, paths: readonly string[], options: FileOptions): Fields {
+    const fields: Fields = { kind, paths: paths.map((path) => absolutePath(path)), marker: options.marker ?? "" };
+    if (options.expectedSequence !== undefined) fields["expected_sequence"] = options.expectedSequence;
+    return fields;
 }
 
 export interface ClipboardAgent {
@@ -528,46 +471,42 @@ export class ClipboardAgent extends EventEmitter {
         return reply.sequence;
     }
 
-    async #send(message: Command): Promise<number> {
-        return this.request(message.command, { ...message });
-    }
-
     async ping(): Promise<number> {
-        return this.#send({ command: "ping" });
+        return this.request("ping");
     }
 
     async writeText(value: string, options: TextOptions = {}): Promise<number> {
         const text_b64 = Buffer.from(wellFormed(value)).toString("base64");
-        return this.#send({ command: "write_text", text_b64, marker: options.marker ?? "" });
+        return this.request("write_text", { text_b64, marker: options.marker ?? "" });
     }
 
     async writeFiles(paths: readonly string[], options: FileOptions = {}): Promise<number> {
-        return this.#send(filesCommand("files", paths, options));
+        return this.request("write_files", filesFields("files", paths, options));
     }
 
     /** Writes a PNG file's content unchanged. */
     async writeImage(path: string, options: FileOptions = {}): Promise<number> {
-        return this.#send(filesCommand("image", [path], options));
+        return this.request("write_files", filesFields("image", [path], options));
     }
 
     /** Writes the formats of one content. Each file is called by its format, as "text.html". */
     async writeFormats(paths: readonly string[], options: FileOptions = {}): Promise<number> {
-        return this.#send(filesCommand("formats", paths, options));
+        return this.request("write_files", filesFields("formats", paths, options));
     }
 
     /** Writes a picture as PNG. The data is a file's content: PNG, JPEG, GIF, TIFF, WebP, BMP, HEIC or AVIF. */
     async writeImageData(data: Uint8Array): Promise<number> {
         const bytes = Buffer.from(data.buffer, data.byteOffset, data.byteLength);
-        return this.#send({ command: "write_image_data", image_b64: bytes.toString("base64") });
+        return this.request("write_image_data", { image_b64: bytes.toString("base64") });
     }
 
     /** The agent will not report the current content. */
     async discardPending(): Promise<number> {
-        return this.#send({ command: "discard_pending" });
+        return this.request("discard_pending");
     }
 
     /** Switches pasting into the file manager on or off. */
     async configureFilePrompt(renamePrompt: boolean): Promise<number> {
-        return this.#send({ command: "configure_file_prompt", rename_prompt: renamePrompt });
+        return this.request("configure_file_prompt", { rename_prompt: renamePrompt });
     }
 }
