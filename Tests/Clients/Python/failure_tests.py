@@ -134,11 +134,11 @@ class EndTests(FailureCase):
         self.expect_nothing_left(agent)
 
     def test_a_late_reply_is_nobody_elses(self):
-        agent = self.fake("first = sys.stdin.readline(); second = sys.stdin.readline(); answer(first); answer(second)\n"
-                          + ANSWER_ALL)
+        agent = self.fake("sys.stdin.readline(); sys.stdin.readline()\n"
+                          "for number in (1, 2): say(request_id=number, ok=True, reason='', sequence=number)\n")
         with self.impatient(agent), self.assertRaises(AgentTimeout):
             agent.ping()
-        self.assertEqual(agent.ping(), 1)
+        self.assertEqual(agent.ping(), 2)
 
     def test_an_agent_that_floods_and_does_not_read(self):
         agent = self.fake(f"number = 0\nwhile True:\n number += 1\n {LOG}", timeout=SHORT)
@@ -185,7 +185,7 @@ class OutputTests(FailureCase):
     def test_too_long_a_line_ends_the_agent(self):
         with mock.patch.object(tavel_clipboard, "LONGEST_LINE", 1 << 20):
             agent = self.fake('sys.stdin.readline(); print("x" * (1 << 20), flush=True)\nsignal.pause()')
-            with self.assertRaises(ProtocolError):
+            with self.assertRaisesRegex(ProtocolError, "too long"):
                 agent.ping()
 
     def test_half_a_line_at_the_end_is_no_other_failure(self):

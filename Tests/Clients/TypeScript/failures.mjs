@@ -26,7 +26,6 @@ def say(**fields):
 def answer(line):
     say(request_id=json.loads(line)["request_id"], ok=True, reason="", sequence=1)
 `;
-const ANSWER_ALL = "for line in sys.stdin: answer(line)\n";
 
 let program, agent, ends;
 
@@ -119,7 +118,7 @@ test("a late reply is nobody else's", async () => {
     await startFake(
         `first = sys.stdin.readline(); second = sys.stdin.readline()
 say(request_id=1, ok=True, reason="", sequence=1); say(request_id=2, ok=True, reason="", sequence=2)
-${ANSWER_ALL}`,
+`,
         { timeout: 1000 },
     );
     await assert.rejects(agent.ping(), AgentTimeout);
@@ -186,7 +185,7 @@ test("what is no line of an agent ends it", async () => {
 
 test("too long a line ends the agent", async () => {
     await startFake(`sys.stdin.readline(); print("x" * ${LONGEST_LINE + 1}, flush=True)\nsignal.pause()`);
-    await assert.rejects(agent.ping(), ProtocolError);
+    await assert.rejects(agent.ping(), (error) => error instanceof ProtocolError && /too long/.test(error.message));
 });
 
 test("half a line at the end is no other failure", async () => {
