@@ -51,7 +51,7 @@ public final class ClipboardAgent: @unchecked Sendable {
     }
 
     /// Lets the agent carry out what was sent, and end. Kills it after so many seconds. May be called repeatedly.
-    public func end(within seconds: TimeInterval = ClipboardAgent.grace) async {
+    public func end(within seconds: TimeInterval = 5) async {
         writing.async { [self] in try? input.fileHandleForWriting.close() }
         DispatchQueue.global().asyncAfter(deadline: .now() + seconds) { [self] in kill() }
         await withCheckedContinuation { waiting in
