@@ -12,8 +12,8 @@ namespace tavel {
 ///
 /// Each line of a file begins with "> " if the parent sent it and with "< " if the agent did; "# " is a
 /// comment. In a line of more than 64 KiB, the middle of each long run of base64 is replaced by the number of
-/// its characters between two bytes 0x01: the number is a multiple of four, and an escaped slash counts as one
-/// character. What is still longer than 4 MiB is cut off behind its beginning, where a byte 0x02 stands.
+/// its characters between two bytes 0x01: the number is a multiple of four, and an escaped slash counts as
+/// one character. What is still longer than 4 MiB is cut off behind its beginning, where a byte 0x02 stands.
 /// `recorded_lines.py` writes the same.
 class RecordedLines {
 public:
