@@ -24,6 +24,7 @@ function(tavel_list_suites program file singly except properties)
     endforeach()
     file(WRITE ${list} "${filters}")
   endif()
+  string(REPLACE "," "\\;" properties "${properties}") # the names of several fixtures
   file(READ ${list} filters)
   foreach(filter IN LISTS filters)
     string(REGEX REPLACE "[.][*]$" "" name ${program}.${filter})

@@ -85,7 +85,22 @@ AgentProcess::~AgentProcess() {
     while (process_.transfer(0ms)) {
         // What the agent wrote before its end.
     }
+    std::string_view unread = process_.output();
+    for (std::size_t feed = unread.find('\n'); feed != std::string_view::npos; feed = unread.find('\n')) {
+        recordedLines_.received(unread.substr(0, feed));
+        unread.remove_prefix(feed + 1);
+    }
     EXPECT_EQ(process_.errors(), "") << "The agent wrote to standard error.";
+}
+
+void AgentProcess::send(std::string_view bytes) {
+    recordedLines_.sent(bytes);
+    process_.send(bytes);
+}
+
+void AgentProcess::closeInput() {
+    recordedLines_.endInput();
+    process_.closeInput();
 }
 
 void AgentProcess::sendByteByByte(std::string_view bytes) {
@@ -99,6 +114,8 @@ std::optional<std::string> AgentProcess::nextLine() {
     auto line = process_.nextLine();
     if (!line && !process_.output().empty())
         throw std::runtime_error("The agent's output ends within a line: " + process_.output());
+    if (line)
+        recordedLines_.received(*line);
     return line;
 }
 

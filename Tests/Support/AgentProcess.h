@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tests/Support/RecordedLines.h"
 #include "Tests/Support/TestProcess.h"
 
 #include <sys/types.h>
@@ -50,12 +51,12 @@ public:
 
     /// Writes to the agent's input. Whenever that pipe is full, output is taken in, so that neither side
     /// waits for the other for ever. What an agent that is gone cannot take is lost.
-    void send(std::string_view bytes) { process_.send(bytes); }
+    void send(std::string_view bytes);
 
     /// Writes each byte only when the agent has read the one before.
     void sendByteByByte(std::string_view bytes);
 
-    void closeInput() { process_.closeInput(); }
+    void closeInput();
 
     /// Closes this side of the agent's output.
     void closeOutput() { process_.closeOutput(); }
@@ -91,6 +92,7 @@ public:
     void signal(int number) const { process_.signal(number); }
 
 private:
+    RecordedLines recordedLines_;
     TestProcess process_;
 };
 

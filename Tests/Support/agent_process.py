@@ -10,6 +10,8 @@ import subprocess
 import tempfile
 import threading
 
+from recorded_lines import RecordedLines
+
 TIMEOUT = 60  # seconds; a busy machine needs far less
 
 _LINES_SHOWN = 40  # the lines of output in a message about a failure
@@ -42,6 +44,7 @@ class AgentProcess:
             command = ["/bin/sh", "-c", _SHELL_BETWEEN, *command]
         self._below_shell = below_shell
         self._errors = tempfile.TemporaryFile()
+        self._recorded_lines = RecordedLines()
         self._lines = queue.Queue()
         self._taken = collections.deque(maxlen=_LINES_SHOWN)  # the last lines that left the queue
         self._events = collections.deque()  # events that came before a reply
@@ -66,6 +69,7 @@ class AgentProcess:
     def _read(self):
         # Reads all the time, because the agent waits while its pipe is full.
         for line in self._process.stdout:
+            self._recorded_lines.received(line)
             self._lines.put(line)
             self._may_read.wait()
         self._lines.put(b"")  # marks the end of the output
@@ -176,6 +180,7 @@ class AgentProcess:
     def send(self, text):
         """Sends the text in one write."""
         data = text if isinstance(text, bytes) else text.encode()
+        self._recorded_lines.sent(data)
         while data:  # a signal may interrupt the write
             data = data[os.write(self._process.stdin.fileno(), data):]
 
@@ -186,6 +191,7 @@ class AgentProcess:
         return self.reply(self._requests)
 
     def close_input(self):
+        self._recorded_lines.end_input()
         self._process.stdin.close()
 
     # ---- end
@@ -231,6 +237,7 @@ class AgentProcess:
         self._reader.join(TIMEOUT)
         for file in (self._process.stdin, self._process.stdout, self._errors):
             file.close()
+        self._recorded_lines.close()
 
 
 def kill_all():
