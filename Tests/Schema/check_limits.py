@@ -47,11 +47,11 @@ CASES = [
      NUMBER | MARKER | {"text_b64": (
          ["", "aGk=", omitted(5592404) + "QQ", omitted(5592404) + "QQ=="],
          ["a-_", "aGk\n", "a===", omitted(5592404) + "QUE", omitted(5592404) + "QUE=", omitted(5592404) + "QUFB",
-          omitted(5592408) + "="])}),
+          omitted(5592408) + "QQ=="])}),
     ("write_image_data", {"command": "write_image_data", "request_id": 1, "image_b64": "aGk"},
      NUMBER | {"image_b64": (
          [omitted(89478484) + "QUE"[:2], omitted(89478484) + "QUE="],
-         ["", "a b", omitted(89478484) + "QUFB", omitted(89478488) + "="])}),
+         ["", "a b", "===", omitted(89478484) + "QUFB", omitted(89478488) + "QUE="])}),
     ("write_files_files", write_files("files", ["/a"]) | {"expected_sequence": 1},
      NUMBER | MARKER | EXPECTED | {"kind": ([], ["text", "unsupported"]),
                                    "paths": ([["/"], ["/a"] * 10000], [[], ["/a"] * 10001, ["a"], [""], ["/a", 1]])}),
@@ -111,6 +111,8 @@ class Table:
             for value in OTHER_TYPES:
                 if type(value) is not type(example[field]):
                     self.expect(False, name, example | {field: value})
+        if "kind" in example:
+            self.expect(False, name, example | {"kind": "text"})
         for field, (within, beyond) in limits.items():
             for value in within:
                 self.expect(True, name, example | {field: value})
