@@ -43,12 +43,15 @@ std::variant<ConsoleOptions, ConsoleUsage> parseConsoleArguments(const std::vect
     app.add_option("--timeout", timeout, "Seconds to wait for an answer when nobody is there to judge")
         ->check(CLI::Range(1, longestTimeout))
         ->capture_default_str();
+    app.set_version_flag("--version", "tavel-console " TAVEL_VERSION, "Print the version and exit");
     app.footer(footer());
 
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::CallForHelp&) {
         return ConsoleUsage{0, app.help()};
+    } catch (const CLI::CallForVersion& version) {
+        return ConsoleUsage{0, std::string(version.what()) + "\n"};
     } catch (const CLI::ParseError& error) {
         return ConsoleUsage{usageStatus, std::string("tavel-console: ") + error.what() +
                                              "\nRun tavel-console --help for more information.\n"};
