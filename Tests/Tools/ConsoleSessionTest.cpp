@@ -72,6 +72,10 @@ TEST_F(ConsoleSessionTest, PrintsHelp) {
     EXPECT_THAT(output("", {"--help"}), HasSubstr("--demo"));
 }
 
+TEST_F(ConsoleSessionTest, PrintsItsVersion) {
+    EXPECT_EQ(output("", {"--version"}), "tavel-console " TAVEL_VERSION "\n");
+}
+
 TEST_F(ConsoleSessionTest, TakesTextOfTheGreatestSize) {
     const std::string text(4'194'304, 'x');
     EXPECT_EQ(output("text " + text + "\ntext " + text + "y\n"),

@@ -249,6 +249,10 @@ TEST_F(PasteboardToolTest, HelpsOnStandardOutput) {
     EXPECT_THAT(output({"copy", "--help"}), HasSubstr("--type"));
 }
 
+TEST_F(PasteboardToolTest, PrintsItsVersion) {
+    EXPECT_EQ(output({"--version"}), "tavel-pasteboard " TAVEL_VERSION "\n");
+}
+
 TEST_F(PasteboardToolTest, NoticesThatItCannotWrite) {
     if (access("/dev/full", W_OK) != 0)
         GTEST_SKIP() << "this system has no /dev/full";

@@ -64,6 +64,7 @@ std::variant<ConsoleOptions, ConsoleUsage> parseConsoleArguments(const std::vect
     app.add_option("--timeout", timeout, "Seconds to wait for an answer when nobody is there to judge")
         ->check(CLI::Range(1, longestTimeout))
         ->capture_default_str();
+    app.set_version_flag("--version", "tavel-console " TAVEL_VERSION, "Print the version and exit");
     app.footer(footer());
     CLI::App* const doctor = app.add_subcommand(
         "doctor", "Examines what the agent needs on this machine, tries the agent, and says what is wrong");
@@ -78,6 +79,8 @@ std::variant<ConsoleOptions, ConsoleUsage> parseConsoleArguments(const std::vect
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::CallForHelp&) {
         return ConsoleUsage{0, app.help()};
+    } catch (const CLI::CallForVersion& version) {
+        return ConsoleUsage{0, std::string(version.what()) + "\n"};
     } catch (const CLI::ParseError& error) {
         return ConsoleUsage{usageStatus, std::string("tavel-console: ") + error.what() +
                                              "\nRun tavel-console --help for more information.\n"};

@@ -20,8 +20,8 @@ struct ConsoleOptions {
     std::chrono::milliseconds timeout{10'000}; // of each reply and each step
 };
 
-/// The answer to a command line that starts no session: help for standard output with status 0, or an error
-/// for standard error with status 2.
+/// The answer to a command line that starts no session: help or the version for standard output with status
+/// 0, or an error for standard error with status 2.
 struct ConsoleUsage {
     int status;
     std::string text;

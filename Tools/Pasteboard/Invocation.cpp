@@ -157,6 +157,7 @@ parsePasteboardArguments(const std::vector<std::string>& arguments) {
     app.require_subcommand(0, 1);
     CLI::Option* const pasteboard = app.add_option("--pasteboard", values.pasteboard,
                                                    "The pasteboard of that name instead of the general one");
+    app.set_version_flag("--version", "tavel-pasteboard " TAVEL_VERSION, "Print the version and exit");
     addWritingCommands(app, values);
     addReadingCommands(app, values);
     app.footer("Short names for types; every other name is taken for the type's identifier:\n" +
@@ -168,6 +169,8 @@ parsePasteboardArguments(const std::vector<std::string>& arguments) {
         app.parse(std::move(backwards));
     } catch (const CLI::CallForHelp&) {
         return PasteboardUsage{0, app.help()};
+    } catch (const CLI::CallForVersion& version) {
+        return PasteboardUsage{0, std::string(version.what()) + "\n"};
     } catch (const CLI::ParseError& error) {
         return usageMistake(error.what());
     }

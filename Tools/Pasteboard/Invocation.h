@@ -51,8 +51,8 @@ struct PasteboardInvocation {
     PasteboardTask task;
 };
 
-/// The answer to a command line without a task: help, for standard output with status 0, or a mistake, for
-/// standard error with status 2.
+/// The answer to a command line without a task: help or the version, for standard output with status 0, or a
+/// mistake, for standard error with status 2.
 struct PasteboardUsage {
     int status;
     std::string text;
