@@ -39,6 +39,8 @@ def check_tool(shell, programs, name):
 def check_values(shell, types):
     expect(shell, "tavel-console --agent ", FILES)
     expect(shell, "tavel-console --pasteboard ", [])
+    expect(shell, "tavel-console --trace ", FILES)
+    expect(shell, "tavel-console --replay two --speed ", [])
     expect(shell, "tavel-pasteboard copy ", FILES)
     expect(shell, "tavel-pasteboard copy --type ", types)
     expect(shell, "tavel-pasteboard --pasteboard copy paste --type t", {"text", "tiff"})
