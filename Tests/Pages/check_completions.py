@@ -39,6 +39,8 @@ def check_tool(shell, programs, name):
 def check_values(shell, types):
     expect(shell, "tavel-console --agent ", FILES)
     expect(shell, "tavel-console --pasteboard ", [])
+    expect(shell, "tavel-console --trace ", FILES)
+    expect(shell, "tavel-console --replay two --speed ", [])
     expect(shell, "tavel-pasteboard copy ", FILES)
     expect(shell, "tavel-pasteboard copy --type ", types)
     expect(shell, "tavel-pasteboard --pasteboard copy paste --type t", {"text", "tiff"})
@@ -52,7 +54,7 @@ def check_values(shell, types):
 def main():
     programs = pathlib.Path(sys.argv[3])
     with tempfile.TemporaryDirectory() as home:
-        shell = SHELLS[sys.argv[1]](pathlib.Path(sys.argv[2]), pathlib.Path(home))
+        shell = SHELLS[sys.argv[1]](pathlib.Path(sys.argv[2]).resolve(), pathlib.Path(home))
         (shell.home / "work").mkdir()
         for name in FILES:
             (shell.home / "work" / name).touch()
