@@ -10,6 +10,8 @@ class TavelClipboardAgent < Formula
   depends_on "cli11" => :build
   depends_on "cmake" => :build
   depends_on "ninja" => :build
+  depends_on "nlohmann-json" => :build
+  depends_on "pandoc" => :build
   depends_on "pkgconf" => :build
   depends_on "glib"
   depends_on "libedit"
