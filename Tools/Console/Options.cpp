@@ -37,8 +37,9 @@ std::variant<ConsoleOptions, ConsoleUsage> parseConsoleArguments(const std::vect
         "tavel-console");
     ConsoleOptions options;
     int timeout = static_cast<int>(std::chrono::duration_cast<std::chrono::seconds>(options.timeout).count());
-    app.add_option("--agent", options.agent,
-                   "The agent's executable; without it TavelClipboardAgent next to this program");
+    app.add_option(
+        "--agent", options.agent,
+        "The agent's executable; without it the one that was installed or built with this program");
     CLI::Option* const pasteboard = app.add_option("--pasteboard", options.pasteboard,
                                                    "The pasteboard of that name instead of the general one");
     CLI::Option* const raw =
