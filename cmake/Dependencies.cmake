@@ -1,5 +1,8 @@
 # docs/dependencies.md tells what each library is for and why it was chosen.
 find_package(Threads REQUIRED)
+if(TAVEL_BUILD_TOOLS OR TAVEL_BUILD_TESTS)
+  find_package(nlohmann_json REQUIRED)
+endif()
 
 # Links the archives of these small libraries, where the system has them: at the start of a program, each shared library
 # costs a fiftieth of the time in which an empty one starts. `target` is that of pkg_check_modules.
