@@ -73,10 +73,10 @@ struct Handlers {
 
 /// The clipboard agent, for a parent application.
 ///
-/// Any thread may call every function. None blocks but `start`, `end`, `restart` and the destructor, and those
-/// have limits. A command returns a future of the pasteboard's change count; its get() throws CommandRefused,
-/// AgentTimeout, AgentBusy, AgentEnded or ProtocolError instead. Where a text or path is not UTF-8, the
-/// command itself throws std::invalid_argument.
+/// Any thread may call every function. None blocks but `start`, `end`, `restart` and the destructor, and
+/// those have limits. A command returns a future of the pasteboard's change count; its get() throws
+/// CommandRefused, AgentTimeout, AgentBusy, AgentEnded or ProtocolError instead. Where a text or path is not
+/// UTF-8, the command itself throws std::invalid_argument.
 ///
 /// The application must not wait for the agent's process itself, as with waitpid(-1): the exit status would
 /// be lost.
@@ -217,8 +217,8 @@ private:
         std::size_t receivedBytes; // of the line that it is about, with its line feed; 0 if there is none
     };
 
-    /// The agent's lines stay in its pipe while so many wait here; while replies are awaited or the agent ends,
-    /// only if the lines have so many bytes.
+    /// The agent's lines stay in its pipe while so many wait here; while replies are awaited or the agent
+    /// ends, only if the lines have so many bytes.
     static constexpr std::size_t mostReceived = 64;
     static constexpr std::size_t mostReceivedBytes = std::size_t{64} * 1024 * 1024;
 

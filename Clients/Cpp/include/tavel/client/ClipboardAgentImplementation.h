@@ -23,10 +23,10 @@ inline std::vector<std::string> ClipboardAgent::launchArguments() const {
 inline std::shared_ptr<detail::Connection> ClipboardAgent::connect() {
     return std::make_shared<detail::Connection>(
         launchArguments(), options_.environment, options_.longestLine,
-        detail::Connection::Handlers{
-            [this](std::string_view line) { return receive(line); }, [this](bool ends) { return mayRead(ends); },
-            [this](Clock::time_point now) { return failOverdue(now); },
-            [this](const End& end, std::string_view rest) { noteEnd(end, rest); }});
+        detail::Connection::Handlers{[this](std::string_view line) { return receive(line); },
+                                     [this](bool ends) { return mayRead(ends); },
+                                     [this](Clock::time_point now) { return failOverdue(now); },
+                                     [this](const End& end, std::string_view rest) { noteEnd(end, rest); }});
 }
 
 inline void ClipboardAgent::startAlone() {
@@ -95,7 +95,8 @@ inline bool ClipboardAgent::receive(std::string_view line) {
         call([this, received = std::string(line)] { handlers_.received(received); }, line.size() + 1);
     if (!message) {
         if (handlers_.unintelligible)
-            call([this, received = std::string(line)] { handlers_.unintelligible(received); }, line.size() + 1);
+            call([this, received = std::string(line)] { handlers_.unintelligible(received); },
+                 line.size() + 1);
         return static_cast<bool>(handlers_.unintelligible);
     }
     if (auto* const event = std::get_if<Event>(&*message)) {
@@ -110,8 +111,7 @@ inline bool ClipboardAgent::receive(std::string_view line) {
     if (reply.ok)
         settle(std::move(node.mapped()), [&](auto& promise) { promise.set_value(reply.sequence); });
     else
-        fail(std::move(node.mapped()),
-             std::make_exception_ptr(CommandRefused(reply.reason, reply.sequence)));
+        fail(std::move(node.mapped()), std::make_exception_ptr(CommandRefused(reply.reason, reply.sequence)));
     return true;
 }
 

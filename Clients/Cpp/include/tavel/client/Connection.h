@@ -89,8 +89,8 @@ public:
     struct Handlers {
         /// A line without its line feed. False if it is none of an agent, which is killed then.
         std::function<bool(std::string_view line)> received;
-        /// Called at each turn: whether lines may be received now, and whether the agent is about to end. Call
-        /// `wake` when the answer changes to yes.
+        /// Called at each turn: whether lines may be received now, and whether the agent is about to end.
+        /// Call `wake` when the answer changes to yes.
         std::function<bool(bool ends)> mayRead;
         /// Called at each turn: does what is due, and returns when to be called at the latest.
         std::function<Clock::time_point(Clock::time_point now)> tick;
@@ -169,10 +169,10 @@ private:
         writeLines();
         press(Clock::now());
         const bool reads = process_.output().isOpen() && handlers_.mayRead(pressure_ != Pressure::none);
-        std::array<pollfd, 4> watched{
-            pollfd{wakeUp_.descriptor(), POLLIN, 0}, pollfd{process_.endDescriptor().number(), POLLIN, 0},
-            pollfd{writing_.empty() ? -1 : process_.input().number(), POLLOUT, 0},
-            pollfd{reads ? process_.output().number() : -1, POLLIN, 0}};
+        std::array<pollfd, 4> watched{pollfd{wakeUp_.descriptor(), POLLIN, 0},
+                                      pollfd{process_.endDescriptor().number(), POLLIN, 0},
+                                      pollfd{writing_.empty() ? -1 : process_.input().number(), POLLOUT, 0},
+                                      pollfd{reads ? process_.output().number() : -1, POLLIN, 0}};
         poll(watched.data(), watched.size(), timeUntil(std::min(due, pressureDue_)));
         wakeUp_.clear();
         if (watched[3].revents != 0)
@@ -254,8 +254,8 @@ private:
 
     void take(std::string_view bytes) {
         bool isMessage = true;
-        const bool taken = lines_.append(
-            bytes, [&](std::string_view line) { return isMessage = handlers_.received(line); });
+        const bool taken =
+            lines_.append(bytes, [&](std::string_view line) { return isMessage = handlers_.received(line); });
         if (taken)
             return;
         problem_ = isMessage ? "the program wrote too long a line" : "the program wrote what no agent writes";

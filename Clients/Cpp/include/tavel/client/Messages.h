@@ -1,10 +1,11 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <sys/wait.h>
 
 #include <cstdint>
 #include <filesystem>
 #include <iomanip>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
 #include <stdexcept>
@@ -12,8 +13,6 @@
 #include <utility>
 #include <variant>
 #include <vector>
-
-#include <sys/wait.h>
 
 /// Commands, events and errors of TavelClipboardAgent. docs/protocol.md says what they mean. All texts are
 /// UTF-8. `sequence` is the pasteboard's change count that an event is about. `marker` is the text with which

@@ -187,10 +187,9 @@ public:
         std::vector<char*> variables;
         if (environment)
             variables = pointersTo(*environment);
-        const int error =
-            posix_spawn(&process_, arguments.front().c_str(), settings.actions(), settings.attributes(),
-                        pointersTo(arguments).data(),
-                        environment ? variables.data() : environmentOfThisProcess());
+        const int error = posix_spawn(&process_, arguments.front().c_str(), settings.actions(),
+                                      settings.attributes(), pointersTo(arguments).data(),
+                                      environment ? variables.data() : environmentOfThisProcess());
         if (error != 0)
             throw AgentNotFound(arguments.front() + ": " + std::generic_category().message(error));
         input_ = std::move(input.writeEnd);
@@ -241,7 +240,7 @@ private:
     static Descriptor watchEnd(pid_t process) {
 #ifdef __APPLE__
         Descriptor queue(kqueue());
-        struct kevent exit{};
+        struct kevent exit {};
         EV_SET(&exit, static_cast<uintptr_t>(process), EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
         if (!queue.isOpen() || kevent(queue.number(), &exit, 1, nullptr, 0, nullptr) != 0)
             return {};
