@@ -26,6 +26,8 @@ protected:
         return poll(&watched, 1, timeout) == 1;
     }
 
+    ClipboardAgent* client_ = nullptr;
+
     std::string nextMessage() { return std::get<LogMessage>(events_.take()).message; }
 };
 
@@ -55,6 +57,23 @@ TEST_F(ClientCalls, mayStartTheAgentAgain) {
     agent->ping().get();
 }
 
+TEST_F(ClientCalls, cannotStartTheAgentAgainWhileTheObjectIsDestroyed) {
+    HandOver<bool> began;
+    std::unique_ptr<ClipboardAgent> agent;
+    agent = std::make_unique<ClipboardAgent>(of(program(replyToAll)), Handlers{.ended = [&](const End&) {
+                                                 began.add(true);
+                                                 std::this_thread::sleep_for(shortTime);
+                                                 client_->start();
+                                             }});
+    client_ = agent.get();
+    agent->start();
+    const pid_t first = agent->processIdentifier();
+    kill(first, SIGKILL);
+    began.take();
+    agent.reset();
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "another agent was started";
+}
+
 TEST_F(ClientCalls, tellACompletionTheCountOrTheError) {
     ClipboardAgent agent(of(realAgent()));
     agent.start();
@@ -80,8 +99,9 @@ TEST_F(ClientCalls, showEveryLineInItsOrder) {
     EXPECT_TRUE(agent.sendLine(R"({"request_id":7 })"));
     EXPECT_THROW(agent.sendLine("{\n}"), std::invalid_argument);
     ends_.take();
-    EXPECT_THAT(lines, ElementsAre(X, R"(<{"event":"log","level":"warning","message":"a/b"})",
-                                   R"(<{"request_id":7,"ok":true,"reason":"","sequence":1})"));
+    EXPECT_THAT(lines,
+                ElementsAre(R"(>{"request_id":7 })", R"(<{"event":"log","level":"warning","message":"a/b"})",
+                            R"(<{"request_id":7,"ok":true,"reason":"","sequence":1})"));
 }
 
 TEST_F(ClientCalls, areMadeInProcessForAnApplicationWithAnEventLoop) {

@@ -86,6 +86,7 @@ TEST_F(ClientOutput, endsAProgramThatWritesTooLongALine) {
             EXPECT_EQ(events_.take(), Event(UnknownEvent{{{"event", "news"}}}));
         else
             expectFailure<ProtocolError>(std::move(count));
+        agent.end({});
     }
 }
 
@@ -118,6 +119,7 @@ TEST_F(ClientOutput, readsEveryKindOfEvent) {
                     ImageChange{"/i.png", "m", 4}, FormatsChange{{"/text.html"}, "m", UINT64_MAX},
                     FileRenamed{6}, LogMessage{"warning", "é"},
                     UnknownEvent{{{"event", "change"}, {"kind", "news"}, {"marker", ""}, {"sequence", 8}}}));
+    agent.end({});
 }
 
 TEST_F(ClientOutput, goesOnBehindAnUnintelligibleLineForAnApplicationThatWantsIt) {

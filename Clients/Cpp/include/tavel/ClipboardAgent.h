@@ -97,20 +97,20 @@ public:
     /// Ends the agent as end() does. Then waits for the function that is running; those that wait to be
     /// called are not called any more.
     ~ClipboardAgent() {
-        end();
         {
             const std::lock_guard lock(mutex_);
             isDestroyed_ = true;
         }
         called_.notify_all();
+        end();
         if (caller_.joinable())
             caller_.join();
     }
     ClipboardAgent(const ClipboardAgent&) = delete;
     ClipboardAgent& operator=(const ClipboardAgent&) = delete;
 
-    /// Does nothing if the agent is running. Throws AgentNotFound, and std::system_error if the system
-    /// refuses threads or descriptors.
+    /// Does nothing if the agent is running, and while the object is destroyed. Throws AgentNotFound, and
+    /// std::system_error if the system refuses threads or descriptors.
     void start() {
         const std::lock_guard life(life_);
         startAlone();

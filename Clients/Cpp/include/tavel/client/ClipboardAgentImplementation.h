@@ -30,8 +30,11 @@ inline std::shared_ptr<detail::Connection> ClipboardAgent::connect() {
 }
 
 inline void ClipboardAgent::startAlone() {
-    if (isRunning())
-        return;
+    {
+        const std::lock_guard lock(mutex_);
+        if (isRunning_ || isDestroyed_)
+            return;
+    }
     endAlone({}); // takes the thread of a run that has ended by itself
     if (options_.calls == Options::Calls::onOwnThread && !caller_.joinable())
         caller_ = std::thread([this] { callAll(); });
