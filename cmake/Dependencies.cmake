@@ -1,5 +1,8 @@
 # docs/dependencies.md tells what each library is for and why it was chosen.
 find_package(Threads REQUIRED)
+if(TAVEL_BUILD_TOOLS OR TAVEL_BUILD_TESTS)
+  find_package(nlohmann_json REQUIRED)
+endif()
 
 option(TAVEL_PREFER_ARCHIVES "Link archives of some small libraries; packagers may want the shared libraries" ON)
 
