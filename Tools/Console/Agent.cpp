@@ -1,29 +1,24 @@
 #include "Console/Agent.h"
 
+#include "Support/Error.h"
 #include "TavelClipboardAgent/main/Protocol/Encoder.h"
 #include "TavelClipboardAgent/main/Protocol/MessageDecoder.h"
 
-#include <unistd.h>
-
-#include <csignal>
+#include <limits>
 #include <utility>
-#include <vector>
 
 namespace tavel {
 
 namespace {
 
-/// How long the agent has to end after each signal.
-constexpr std::chrono::milliseconds signalTimeout{1000};
-
-std::vector<std::string> launchArguments(const std::filesystem::path& executable,
-                                         const std::optional<std::string>& pasteboard) {
-    std::vector<std::string> arguments{executable.string(), "--parent-pid", std::to_string(getpid())};
-    if (pasteboard) {
-        arguments.emplace_back("--test-pasteboard");
-        arguments.push_back(*pasteboard);
-    }
-    return arguments;
+client::Options launchOptions(const std::filesystem::path& executable,
+                              const std::optional<std::string>& pasteboard) {
+    client::Options options;
+    options.program = executable;
+    options.testPasteboard = pasteboard;
+    options.calls = client::Options::Calls::inProcess;
+    options.longestQueue = std::numeric_limits<std::size_t>::max(); // the user may try any line
+    return options;
 }
 
 } // namespace
@@ -31,19 +26,30 @@ std::vector<std::string> launchArguments(const std::filesystem::path& executable
 Agent::Agent(const std::filesystem::path& executable, const std::optional<std::string>& pasteboard,
              Handlers handlers)
     : handlers_(std::move(handlers)),
-      process_(launchArguments(executable, pasteboard),
-               {[this](std::string_view bytes) {
-                    lines_.append(bytes, [this](std::string_view line) { receive(line); });
-                },
-                [this](int status) { noteEnd(status); }}) {}
+      client_(launchOptions(executable, pasteboard),
+              {.ended =
+                   [this](const client::End& end) {
+                       hasEnded_ = true;
+                       handlers_.ended(end.waitStatus.value()); // nobody else waits for the agent
+                   },
+               .received = [this](std::string_view line) { receive(line); },
+               .unintelligible = [](std::string_view) {}}) { // receive tells of them
+    try {
+        client_.start();
+    } catch (const client::AgentNotFound& error) {
+        throw Error("POSIX", 0, std::string("Cannot start ") + error.what());
+    }
+    clientWatch_ = Watch::readable(client_.descriptor(), [this] { client_.process(); });
+}
 
 std::uint64_t Agent::send(std::string name, ClipboardCommand command) {
     const std::uint64_t requestID = ++lastRequestID_;
     std::visit([requestID](auto& one) { one.requestID = requestID; }, command);
     std::string line = encodeCommand(command).value();
     outstanding_.emplace(requestID, std::move(name));
-    handlers_.sent(std::string_view(line).substr(0, line.size() - 1));
-    process_.send(std::move(line));
+    line.pop_back(); // the line feed
+    handlers_.sent(line);
+    client_.sendLine(line);
     return requestID;
 }
 
@@ -51,20 +57,13 @@ void Agent::sendLine(std::string_view line) {
     if (auto head = decodeCommandHead(line))
         outstanding_.emplace(head->requestID, std::move(head->name));
     handlers_.sent(line);
-    process_.send(std::string(line) + '\n');
+    client_.sendLine(line);
 }
 
 bool Agent::end(std::chrono::milliseconds timeout) {
-    const auto hasEnded = [this] { return !isRunning(); };
-    process_.closeInput();
-    if (runUntil(hasEnded, timeout))
-        return true;
-    process_.sendSignal(SIGTERM);
-    if (!runUntil(hasEnded, signalTimeout)) {
-        process_.sendSignal(SIGKILL);
-        runUntil(hasEnded, signalTimeout);
-    }
-    return false;
+    const bool endedByItself = client_.end(timeout);
+    client_.process();
+    return endedByItself;
 }
 
 void Agent::receive(std::string_view line) {
@@ -83,11 +82,6 @@ void Agent::receive(std::string_view line) {
         }
     }
     handlers_.said(*message, requestName);
-}
-
-void Agent::noteEnd(int status) {
-    lines_.finish([this](std::string_view line) { receive(line); });
-    handlers_.ended(status);
 }
 
 } // namespace tavel

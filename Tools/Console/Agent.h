@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Console/ChildProcess.h"
-#include "Console/LineSplitter.h"
+#include "Console/Watch.h"
 #include "TavelClipboardAgent/main/Protocol/AgentMessage.h"
 #include "TavelClipboardAgent/main/Protocol/ClipboardCommand.h"
+#include "tavel/ClipboardAgent.h"
 
 #include <chrono>
 #include <cstdint>
@@ -47,22 +47,23 @@ public:
     /// Whether a request still awaits its reply.
     bool hasOutstandingRequests() const { return !outstanding_.empty(); }
 
-    bool isRunning() const { return process_.isRunning(); }
+    /// Whether the end has not been told yet.
+    bool isRunning() const { return !hasEnded_; }
 
-    /// Closes the agent's input and waits for its end. False if it did not end in time and had to be
-    /// signalled.
+    /// Closes the agent's input, waits for its end, and tells what came until then. False if it did not end
+    /// in time and had to be signalled.
     bool end(std::chrono::milliseconds timeout);
 
 private:
     void receive(std::string_view line);
-    void noteEnd(int status);
 
     Handlers handlers_;
-    LineSplitter lines_;
+    bool hasEnded_ = false;
     std::uint64_t lastRequestID_ = 0;
     /// Names of commands by number. The user may use a number twice.
     std::multimap<std::uint64_t, std::string> outstanding_;
-    ChildProcess process_; // calls back into the members above, so it is destroyed first
+    client::ClipboardAgent client_; // calls back into the members above, so it is destroyed first
+    Watch clientWatch_;
 };
 
 } // namespace tavel

@@ -1,5 +1,6 @@
 #include "Console/Demo.h"
 
+#include "Console/ChildProcess.h"
 #include "Console/HumanText.h"
 #include "Console/LineSplitter.h"
 #include "Console/Paragraph.h"

@@ -1,5 +1,6 @@
 #include "Console/Session.h"
 
+#include "Console/ChildProcess.h"
 #include "Console/HumanText.h"
 #include "Support/Files.h"
 #include "TavelClipboardAgent/main/Protocol/MessageDecoder.h"

@@ -3,6 +3,7 @@
 #include "Console/Agent.h"
 #include "Console/HumanCommand.h"
 #include "Console/LineEditor.h"
+#include "Console/LineSplitter.h"
 #include "Console/Options.h"
 #include "Console/Paragraph.h"
 #include "Console/ReplyComparison.h"

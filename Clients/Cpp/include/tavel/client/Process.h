@@ -12,7 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <filesystem>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -241,8 +241,8 @@ private:
 #ifdef __APPLE__
         Descriptor queue(kqueue());
         struct kevent exit {};
-        EV_SET(&exit, static_cast<uintptr_t>(process), EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
-        if (!queue.isOpen() || kevent(queue.number(), &exit, 1, nullptr, 0, nullptr) != 0)
+        EV_SET(&change, static_cast<uintptr_t>(process), EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
+        if (!queue.isOpen() || kevent(queue.number(), &change, 1, nullptr, 0, nullptr) != 0)
             return {};
         fcntl(queue.number(), F_SETFD, FD_CLOEXEC);
         return queue;
