@@ -1,5 +1,6 @@
 #include "Doctor/AgentTrial.h"
 
+#include "Console/ChildProcess.h"
 #include "Support/Error.h"
 
 #include <utility>
