@@ -4,6 +4,7 @@
 #include "TavelClipboardAgent/main/Protocol/Encoder.h"
 #include "TavelClipboardAgent/main/Protocol/MessageDecoder.h"
 
+#include <csignal>
 #include <limits>
 #include <utility>
 
@@ -30,7 +31,8 @@ Agent::Agent(const std::filesystem::path& executable, const std::optional<std::s
               {.ended =
                    [this](const client::End& end) {
                        hasEnded_ = true;
-                       handlers_.ended(end.waitStatus.value()); // nobody else waits for the agent
+                       handlers_.ended(
+                           end.waitStatus.value_or(SIGKILL)); // unknown where even that did not end it
                    },
                .received = [this](std::string_view line) { receive(line); },
                .unintelligible = [](std::string_view) {}}) { // receive tells of them

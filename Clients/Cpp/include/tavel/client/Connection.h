@@ -64,14 +64,17 @@ private:
     std::string rest_;
 };
 
-/// Blocks every signal in this thread as long as it exists. A thread that starts meanwhile keeps them
-/// blocked: it handles no signal of the application, and a write to an agent that is gone only fails.
+/// Blocks the signals in this thread as long as it exists. A thread that starts meanwhile keeps them blocked:
+/// it handles no signal of the application, and a write to an agent that is gone only fails. Signals of a
+/// thread's own faults are not blocked, because the system then ends the process without its handlers.
 class BlockedSignals {
 public:
     BlockedSignals() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &former_);
+        sigset_t blocked;
+        sigfillset(&blocked);
+        for (const int fault : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP})
+            sigdelset(&blocked, fault);
+        pthread_sigmask(SIG_SETMASK, &blocked, &former_);
     }
     ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
     BlockedSignals(const BlockedSignals&) = delete;

@@ -240,7 +240,7 @@ private:
     static Descriptor watchEnd(pid_t process) {
 #ifdef __APPLE__
         Descriptor queue(kqueue());
-        struct kevent exit {};
+        struct kevent change {};
         EV_SET(&change, static_cast<uintptr_t>(process), EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
         if (!queue.isOpen() || kevent(queue.number(), &change, 1, nullptr, 0, nullptr) != 0)
             return {};
