@@ -92,9 +92,11 @@ TEST_F(ClientEnd, carriesOutTheCommandsThatWaitBeforeIt) {
 }
 
 TEST_F(ClientEnd, isNoticedThoughAnotherProcessHoldsTheOutput) {
-    ClipboardAgent agent(of(program("read -r line; sleep 60 & reply \"$line\" $!")), handlers());
+    ClipboardAgent agent(of(program("read -r line; sleep 60 & reply \"$line\" $!; read -r line")),
+                         handlers());
     agent.start();
     const auto child = static_cast<pid_t>(agent.ping().get());
+    agent.sendLine("{}"); // after which it ends without a word
     EXPECT_EQ(ends_.take().description(), "exit status 0");
     kill(child, SIGKILL);
 }
