@@ -25,8 +25,6 @@ protected:
         return poll(&watched, 1, timeout) == 1;
     }
 
-    ClipboardAgent* client_ = nullptr;
-
     std::string nextMessage() { return std::get<LogMessage>(events_.take()).message; }
 };
 
@@ -54,25 +52,6 @@ TEST_F(ClientCalls, mayStartTheAgentAgain) {
     kill(first, SIGKILL);
     EXPECT_NE(processes.take(), first);
     agent->ping().get();
-}
-
-TEST_F(ClientCalls, cannotStartTheAgentAgainWhileTheObjectIsDestroyed) {
-    bool isStarted = true;
-    HandOver<bool> began;
-    std::unique_ptr<ClipboardAgent> agent;
-    agent = std::make_unique<ClipboardAgent>(of(program(replyToAll)), Handlers{.ended = [&](const End&) {
-                                                 began.add(true);
-                                                 std::this_thread::sleep_for(shortTime);
-                                                 client_->start();
-                                                 isStarted = client_->isRunning();
-                                             }});
-    client_ = agent.get();
-    agent->start();
-    const pid_t first = agent->processIdentifier();
-    kill(first, SIGKILL);
-    began.take();
-    agent.reset();
-    EXPECT_FALSE(isStarted);
 }
 
 TEST_F(ClientCalls, tellACompletionTheCountOrTheError) {
