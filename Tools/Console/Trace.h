@@ -48,7 +48,8 @@ private:
     bool failed_ = false;
 };
 
-/// The lines of both sides, and the agent's end. Throws Error if the file cannot be read or is no such record.
+/// The lines of both sides, and the agent's end. Throws Error if the file cannot be read or is no such
+/// record.
 std::vector<TracedLine> readTrace(const std::filesystem::path& path);
 
 } // namespace tavel
